@@ -51,6 +51,8 @@ extern void (*s_parmFunc)();
 extern psStringList* g_pHotList;
 extern psStringList* g_pLibInfoList;
 extern psStringList* g_pLibFuncList;
+// The real paths of the shared objects that were opened.
+inline psStringList* g_pLibPathList = nullptr;
 extern psString* pCmdLine;
 extern void (*initTimingMethod)(psTool&);
 extern bool qKeys;

@@ -1,0 +1,42 @@
+// The keys of the command line: what each echoes and does, and their help.
+#pragma once
+
+#include "pslist.h"
+#include "psstring.h"
+
+class psSession;
+
+// One key. `help` is the line (or lines) of the short help, `description` the
+// text of the extended help; -@ alone has neither echo nor effect of its own.
+struct psOption {
+    using Info = psString (*)(const psString& arg);
+    using Apply = void (*)(const psString& arg, psSession* session);
+
+    char key = ' ';
+    bool hidden = false;
+    psString help;
+    Info info = nullptr;
+    Apply apply = nullptr;
+    psString description;
+};
+
+using psOptionList = psList<psOption*>;
+
+// Registers every key through psSession::initOption, in the order of the help.
+// -q and -Q are left out unless psRegQKeys was called.
+void psRegisterKeys(psSession& session);
+
+// The first option with the key, or null.
+psOption* psFindOption(const psOptionList& options, char key);
+
+// Puts `list` in place of the tab character of a description; a description
+// without one stays as it is.
+void psInsertIntoDescription(psOption& option, const psString& list);
+
+// The texts of the help. `arg` is psShortHelp, or the key to explain; 'h' with
+// the hidden keys left out (-hh) and '?' with them (-??) explain all keys.
+constexpr char psShortHelp = 1;
+psString psHelpText(const psOptionList& options, char arg, bool hideHidden);
+psString psQuickHelp(const psOptionList& options, bool hideHidden);
+psString psFullHelp(const psOptionList& options, bool hideHidden);
+psString psKeyHelp(const psOptionList& options, char key);
