@@ -1,0 +1,78 @@
+# What the scripts share; sourced by them, never run. Messages go to standard
+# error, so that standard output stays what the started program prints.
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '%s\n' "$*" >&2; }
+
+die() {
+    say "${0##*/}: $*"
+    exit 1
+}
+
+# Answers whether what a Debian package brings is there. Tools are looked for by
+# name, since they may come from elsewhere; only headers need the package.
+have_package() {
+    case $1 in
+        ninja-build) command -v ninja >/dev/null ;;
+        libgtest-dev) [ -e /usr/include/gtest/gtest.h ] || [ -e /usr/local/include/gtest/gtest.h ] ;;
+        *) command -v "$1" >/dev/null ;;
+    esac
+}
+
+# need_packages PACKAGE...: installs those that are missing, with apt-get, and
+# tells before it does. Rights are asked for only when something is missing.
+need_packages() {
+    local package missing=() as_root=()
+    for package in "$@"; do
+        have_package "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    command -v apt-get >/dev/null ||
+        die "missing: ${missing[*]}; this is no Debian system, install what these packages bring by hand"
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null ||
+            die "missing: ${missing[*]}; run as root: apt-get install --no-install-recommends ${missing[*]}"
+        as_root=(sudo)
+    fi
+    say "Installing the Debian packages ${missing[*]} ..."
+    local log
+    log=$(mktemp)
+    if ! { "${as_root[@]}" apt-get update &&
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+            apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+        tail -n 20 "$log" >&2
+        rm -f "$log"
+        die "apt-get could not install ${missing[*]}"
+    fi
+    rm -f "$log"
+    for package in "${missing[@]}"; do
+        have_package "$package" || die "apt-get has installed $package, but it does not work here"
+    done
+}
+
+need_platform() {
+    [ "$(uname -s)-$(uname -m)" = Linux-x86_64 ] ||
+        die "pscv measures on x86-64 Linux, and this is $(uname -s) on $(uname -m)"
+}
+
+# build_preset PRESET TESTS [TARGET...]: configures and builds; TESTS is ON or
+# OFF. Quiet, but a failure shows what the compiler said.
+build_preset() {
+    local preset=$1 tests=$2 log=build/$1.log target=()
+    shift 2
+    [ $# -eq 0 ] || target=(--target "$@")
+    mkdir -p build
+    say "Building the $preset preset (course: $log) ..."
+    if ! cmake --preset "$preset" -DPSCV_TESTS="$tests" >"$log" 2>&1; then
+        tail -n 40 "$log" >&2
+        die "cmake cannot configure the $preset preset"
+    fi
+    if ! cmake --build --preset "$preset" -j"$(nproc)" "${target[@]}" >>"$log" 2>&1; then
+        grep -vE '^\[[0-9]+/[0-9]+\] ' "$log" | tail -n 60 >&2
+        die "the $preset preset does not build"
+    fi
+}
+
+# The C and C++ sources of the tree, one a line.
+sources() { find bench perf perflib tests zmo -name '*.[ch]' -o -name '*.cpp' -o -name '*.inc' | sort; }

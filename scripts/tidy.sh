@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Runs clang-tidy with the checks of .clang-tidy over the C++ sources of the
+# release build, or over those whose path holds the pattern given.
+set -euo pipefail
+. "$(dirname "$0")/lib.sh"
+
+need_packages cmake ninja-build g++ libgtest-dev clang-tidy-14
+build_preset release ON
+run_tidy=$(command -v run-clang-tidy-14 || command -v run-clang-tidy) ||
+    die "run-clang-tidy is missing (package clang-tools-14)"
+"$run_tidy" -quiet -clang-tidy-binary "$(command -v clang-tidy-14)" -p build/release \
+    -j "$(nproc)" "$PWD/.*${1-}.*\.cpp"
