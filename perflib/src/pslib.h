@@ -1,0 +1,69 @@
+// The measured library's core functions as process-wide pointers, the choice of
+// its code path, and the names of processor features.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "pslist.h"
+#include "psstring.h"
+#include "zmocore.h"
+
+// Never null: each is preset to a fallback that does nothing and answers -2
+// (the features 0, the status text "OK", "Note" or "Fail").
+extern decltype(&zmoGetCpuFeatures) zmo_GetCpuFeatures;
+extern decltype(&zmoGetEnabledCpuFeatures) zmo_GetEnabledCpuFeatures;
+extern decltype(&zmoGetMaxCacheSizeB) zmo_GetMaxCacheSizeB;
+extern decltype(&zmoGetStatusString) zmo_GetStatusString;
+extern decltype(&zmoInit) zmo_Init;
+extern decltype(&zmoSetCpuFeatures) zmo_SetCpuFeatures;
+extern decltype(&zmoSetNumThreads) zmo_SetNumThreads;
+extern decltype(&zmoGetNumThreads) zmo_GetNumThreads;
+
+// Registered by the test modules before main.
+using psZmoEnvironment = void (*)();
+using psZmoVersion = const ZmoLibraryVersion* (*)();
+extern psZmoEnvironment zmoEnvironment;          // null: no module registered one
+extern psList<psZmoVersion>* zmoVersionList;     // created by the first registration
+bool psRegZmoEnvironment(psZmoEnvironment set);  // the last call wins
+bool psRegZmoVersion(psZmoVersion version);      // duplicates are normal
+
+// Binds the pointers through the registered function, then gives those that are
+// null their fallback.
+void setZmoEnvironment();
+
+// Initialises the library, with `haveMask` on the code path that `mask` selects,
+// and binds again. Without a registered environment it only sets the fallbacks.
+void psZmoCpuSetup(bool haveMask, std::uint64_t mask);
+
+// CPUID of one leaf (subleaf 0) through the library, or directly without it:
+// EAX, EBX, ECX, EDX; zeros for a leaf that the processor lacks.
+std::array<std::uint32_t, 4> psCpuid(std::uint32_t leaf);
+std::uint64_t psProcessorFeatures();
+
+psString psProcessorName();  // the processor's own brand text, or empty
+int psMaxCacheSize();        // bytes of the largest cache, 0 when unknown
+
+class psCpuFeatures {
+  public:
+    struct Row {
+        const char* label;
+        std::uint64_t mask;
+        const char* description;
+        bool isCodePath;
+    };
+
+    static std::span<const Row> rows();
+
+    // The features of a list of labels, separated by ',' or '|'; labels are
+    // matched exactly and unknown ones add nothing.
+    static std::uint64_t cpuFeatures(const psString& list);
+    // "Undefined" and "Unknown processor" when no row has exactly that mask.
+    static psString cpuLabel(std::uint64_t mask);
+    static psString cpuName(std::uint64_t mask);
+    // One line a code path of the library.
+    static psString optimizedList();
+    // Stores the words and their number; with null for words it only counts.
+    static void split(psString* words, const psString& text, char separator, int& count);
+};
