@@ -8,20 +8,16 @@
 #include "pscond.h"
 #include "psctable.h"
 #include "pslist.h"
+#include "psoption.h"
 #include "psstream.h"
 #include "psstring.h"
 
 class psCommandList;
-class psOption;
 class psSession;
 
 // The session of this process, set before main by psRegSession() or by main.
 extern psSession* pSession;
 bool psRegSession(psSession* session);  // not owned
-
-// What an option does: the echo of its argument, and its effect.
-using psOptionInfo = psString (*)(const psString& arg);
-using psOptionApply = void (*)(const psString& arg, psSession* session);
 
 class psSession {
   public:
@@ -62,10 +58,10 @@ class psSession {
 
     // The registered keys, in registration order; owned by the session. The key
     // is the first character of a one-letter text.
-    void initOption(const char* key, const psString& help, psOptionInfo info, psOptionApply apply,
-                    const psString& description, bool hidden = false);
+    void initOption(const char* key, const psString& help, psOption::Info info,
+                    psOption::Apply apply, const psString& description, bool hidden = false);
     psOption* getOption(char key) const;  // null when no such key is registered
-    const psList<psOption*>& options() const { return m_options; }
+    const psOptionList& options() const { return m_options; }
     // Adds the key's echo to the options line and lets it act.
     void applyOption(char key, const psString& arg);
 
@@ -80,7 +76,7 @@ class psSession {
     void logicCondition(int logic);
     void unopenedFile() { m_unopened = true; }
     void setSignalName(const psString& path) { m_signalName = path; }
-    // -h and -?: 1 for the short help, 'h' or '?' for all of it, or a key.
+    // -h and -?: psShortHelp, 'h' or '?' for all of it, or a key.
     void setHelp(char arg, bool hideHidden);
     void setVersion() { m_version = true; }                                 // -v
     void setCpuFeatures(unsigned long long mask) { m_cpuFeatures = mask; }  // -T; 0: none
@@ -159,7 +155,7 @@ class psSession {
     void destroyTests();
 
     std::unique_ptr<psConditions> m_conditions;
-    psList<psOption*> m_options;
+    psOptionList m_options;
     std::unique_ptr<psCommandList> m_commandList;
     int m_askMode = 0;
     bool m_batMode = false;

@@ -52,11 +52,15 @@ void io_stream::close() {
     m_file = nullptr;
 }
 
+void (*o_stream::beforeConsole)() = nullptr;
+
 void o_stream::write(const psString& text) {
-    if (isConsole())
-        std::printf("%s", text.c_str());
-    else
+    if (!isConsole()) {
         std::fputs(text.c_str(), m_file);
+        return;
+    }
+    if (beforeConsole) beforeConsole();
+    std::printf("%s", text.c_str());
 }
 
 bool o_stream::flush() {

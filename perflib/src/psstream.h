@@ -61,6 +61,10 @@ class o_stream : public io_stream {
   public:
     using io_stream::io_stream;
 
+    // Called before text goes to the console: a progress line on the same
+    // terminal makes room for it. Unset by default.
+    static void (*beforeConsole)();
+
     void write(const psString& text);
     // Writes out what is buffered; false once a write has failed.
     bool flush();

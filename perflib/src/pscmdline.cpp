@@ -1,0 +1,143 @@
+#include "pscmdline.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "psstream.h"
+
+psCommandList* pCmdList = nullptr;
+
+namespace {
+
+bool isSign(char c) {
+    return c == '+' || c == '-' || c == '=';
+}
+
+// Unlike psParse, which takes a double quote among the separators as the wish
+// for quoted words, this cuts at it.
+psStringList splitWords(std::string_view text) {
+    constexpr std::string_view delimiters = " \";\t\r\n";
+    psStringList words;
+    for (;;) {
+        const std::size_t begin = text.find_first_not_of(delimiters);
+        if (begin == std::string_view::npos) return words;
+        text.remove_prefix(begin);
+        const std::size_t length = std::min(text.find_first_of(delimiters), text.size());
+        words.push_back(psString(text.substr(0, length)));
+        text.remove_prefix(length);
+    }
+}
+
+}  // namespace
+
+bool psCommandKey::isKeyWord(const psString& word) {
+    return word.length() >= 2 && (word[0] == '-' || word[0] == '/');
+}
+
+bool psCommandKey::setArg(const psString& word, const psString& separateArg) {
+    if (word == "--help") return setArg("-h", separateArg);
+    if (word == "--version") return setArg("-v", separateArg);
+    if (!isKeyWord(word)) return false;
+    m_key = word[1];
+    psString rest = word.substr(2);
+    psString sign;
+    if (!rest.empty() && isSign(rest[0])) {
+        sign = psString(rest[0]);
+        rest = rest.substr(1);
+    }
+    m_arg = sign + (rest.empty() ? separateArg : rest);
+    return true;
+}
+
+bool psCommandKey::getArg(char key, psString& arg) const {
+    if (key != m_key) return false;
+    arg = m_arg;
+    return true;
+}
+
+psCommandList::psCommandList() {
+    push_back(psCommandKey());
+}
+
+psCommandList::iterator psCommandList::endMark() {
+    iterator mark = end();
+    return --mark;
+}
+
+void psCommandList::setArgs(int count, char** words) {
+    psStringList list;
+    for (int i = 0; i < count; ++i) list.push_back(words[i]);
+    setArgs(list);
+}
+
+void psCommandList::setArgs(const char* text) {
+    insertArgs(text, endMark());
+}
+
+void psCommandList::setArgs(const psStringList& words) {
+    insertArgs(words, endMark());
+}
+
+void psCommandList::setArg(const psString& word, const psString& arg) {
+    insertArg(word, arg, endMark());
+}
+
+void psCommandList::setArg(char key, const psString& arg) {
+    setArg("-" + psString(key), arg);
+}
+
+void psCommandList::insertArgs(const char* text, iterator position) {
+    insertArgs(splitWords(text), position);
+}
+
+void psCommandList::insertArgs(const psStringList& words, iterator position) {
+    for (auto word = words.begin(); word != words.end();) {
+        const psString& key = *word++;
+        const bool separate = word != words.end() && !psCommandKey::isKeyWord(*word);
+        insertArg(key, separate ? *word++ : psString(), position);
+    }
+}
+
+void psCommandList::insertArg(const psString& word, const psString& separateArg,
+                              iterator position) {
+    psCommandKey key;
+    if (key.setArg(word, separateArg)) insert(position, key);
+}
+
+bool psCommandList::insertFromFile(const psString& file, iterator position) {
+    i_stream stream(file, io_stream::READ | io_stream::NAME_AS_GIVEN);
+    if (!stream.isOpen()) return false;
+    psString text;
+    for (psString line; stream.getline(line);) text += line + " ";
+    if (stream.readError()) {  // a directory opens, but does not read
+        g_ostrm << MessageLevel::ERR << "-- Can't open file " << file << " to read: \n"
+                << MessageLevel::END;
+        return false;
+    }
+    insertArgs(text.c_str(), position);
+    return true;
+}
+
+bool psCommandList::expandFiles() {
+    bool read = true;
+    for (iterator position = begin(); position != end();) {
+        psString file;
+        if (!position->getArg('@', file)) {
+            ++position;
+            continue;
+        }
+        position = erase(position);
+        read = insertFromFile(file, position) && read;
+    }
+    return read;
+}
+
+bool psCommandList::isKey(char key) const {
+    return std::ranges::any_of(*this, [=](const auto& entry) { return entry.key() == key; });
+}
+
+bool psCommandList::getArg(char key, psString& arg) const {
+    bool found = false;
+    for (const psCommandKey& entry : *this) found = entry.getArg(key, arg) || found;
+    return found;
+}
