@@ -1,0 +1,201 @@
+#include "ppfunc.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+TEST(PpFunc, SplitsNames) {
+    struct {
+        const char *name, *prefix, *base, *types, *descr;
+    } const cases[] = {
+        {"zmoiCanny_16s8u_C1R", "zmoi", "Canny", "16s8u", "C1R"},
+        {"zmosMul_16u16s_ISfs", "zmos", "Mul", "16u16s", "ISfs"},
+        {"zmoiNormDiff_Inf_8u_C3CMR", "zmoi", "NormDiff_Inf", "8u", "C3CMR"},
+        {"zmoiMorph3x3_4Con_8u_C1R", "zmoi", "Morph3x3_4Con", "8u", "C1R"},
+        {"zmoiFastN2DToVec_8u", "zmoi", "FastN2DToVec", "8u", ""},
+        {"zmoiSrhPSpectr_8u32f_C1IR_Copy", "zmoi", "SrhPSpectr", "8u32f", "C1IR_Copy"},
+        {"zmoiMalloc", "zmoi", "Malloc", "", ""},
+        {"zmoiMalloc_L", "zmoi", "Malloc_L", "", ""},
+        {"Filter_32fc_AC4R", "", "Filter", "32fc", "AC4R"},
+        {"_16s_C3", "", "", "16s", "C3"},
+        {"_16s_", "", "", "16s", ""},
+        {"zmo_12", "", "zmo_12", "", ""},
+        {"", "", "", "", ""},
+    };
+    for (const auto& c : cases) {
+        const ppFunc f(c.name);
+        EXPECT_STREQ(f.prefix().c_str(), c.prefix) << c.name;
+        EXPECT_STREQ(f.baseName().c_str(), c.base) << c.name;
+        EXPECT_STREQ(f.typeName().c_str(), c.types) << c.name;
+        EXPECT_STREQ(f.descrName().c_str(), c.descr) << c.name;
+    }
+}
+
+TEST(PpFunc, MeasuresTypeTokens) {
+    struct {
+        const char* text;
+        int length;
+    } const cases[] = {{"8u", 2}, {"16sc_C1", 4}, {"32f64f", 3}, {"", 0},   {"64", 0},
+                       {"u8", 0}, {"3x3", 0},     {"8Con", 0},   {"1u", 2}, {"32fcc", 4}};
+    for (const auto& c : cases) EXPECT_EQ(ppFunc::lenOfType(c.text), c.length) << c.text;
+}
+
+TEST(PpFunc, FindsArgumentTypes) {
+    struct {
+        const char* name;
+        ppType src, src2, dst, dst2;
+    } const cases[] = {
+        {"zmoiCanny_16s8u_C1R", pp16s, pp16s, pp8u, pp8u},
+        {"zmoiApplyHaarClassifier_32s_C1RSfs", pp32s, pp32s, pp32s, pp32s},
+        {"zmoiSqrIntegral_8u32s64f_C1R", pp8u, pp32s, pp64f, pp64f},
+        {"zmoiMalloc", 0, 0, 0, 0},
+        {"zmoiThreshold_1u8u_C1R", pp8u, pp8u, pp8u, pp8u},
+        {"zmoiX_24u_C1R", 0, 0, 0, 0},
+        // Corrections of signal functions
+        {"zmosMagnitude_32fc", pp32fc, pp32fc, pp32f, pp32f},
+        {"zmosMagnitudeX_32fc", pp32fc, pp32fc, pp32fc, pp32fc},
+        {"zmoiMagnitude_32fc", pp32fc, pp32fc, pp32fc, pp32fc},
+        {"zmosPolarToCart_32fc", pp32f, pp32f, pp32fc, pp32fc},
+        {"zmosRealToCplx_16s", pp16s, pp16s, pp16sc, pp16sc},
+        {"zmosDotProd_32f32fc", pp32f, pp32fc, pp32fc, pp32fc},
+        {"zmosDotProd_32f64f", pp32f, pp32f, pp64f, pp64f},
+        {"zmosPowerSpectr_64fc", pp64fc, pp64fc, pp64f, pp64f},
+        {"zmosMul_16u16s_ISfs", pp16u, pp16s, pp16s, pp16s},
+        {"zmosGoertzTwo_32f", pp32f, pp32f, pp32fc, pp32fc},
+        // Corrections of image functions
+        {"zmoiMean_8u_C1R", pp8u, pp8u, pp64f, pp64f},
+        {"zmoiMean_StdDev_8u_C1R", pp8u, pp8u, pp8u, pp8u},
+        {"zmoiCopy_16s_C1MR", pp16s, pp8u, pp16s, pp16s},
+        {"zmoiCopySubpix_16u_C1R", pp16u, pp16u, pp16u, pp16u},
+        {"zmoiCompareEqualEps_32f_C1R", pp32f, pp32f, pp8u, pp8u},
+    };
+    for (const auto& c : cases) {
+        const ppFunc f(c.name);
+        EXPECT_EQ(f.srcType(), c.src) << c.name;
+        EXPECT_EQ(f.src2Type(), c.src2) << c.name;
+        EXPECT_EQ(f.dstType(), c.dst) << c.name;
+        EXPECT_EQ(f.dst2Type(), c.dst2) << c.name;
+    }
+}
+
+TEST(PpFunc, FindsTypesByIndex) {
+    const ppFunc three("zmoiSqrIntegral_8u32s64f_C1R");
+    EXPECT_EQ(three.type(0), pp8u);
+    EXPECT_EQ(three.type(1), pp8u);
+    EXPECT_EQ(three.type(2), pp32s);
+    EXPECT_EQ(three.type(3), pp64f);
+    EXPECT_EQ(three.type(4), 0);
+    EXPECT_EQ(ppFunc("zmosConvert64sc_8u").type(0), pp64sc);
+    EXPECT_EQ(ppFunc("zmosConvert32s8u_16s").type(0), pp32s);
+    EXPECT_EQ(ppFunc("zmosConvert64u_16s").type(0), pp16s);  // the base knows no 64u
+}
+
+TEST(PpFunc, FindsChannelsAndFlags) {
+    struct {
+        const char *descr, *src, *dst;
+        int srcCount, dstCount, srcCode, dstCode;
+    } const channels[] = {
+        {"C1R", "C1", "C1", 1, 1, 1, 1},      {"C3C1R", "C3", "C1", 3, 1, 3, 1},
+        {"AC4R", "AC4", "AC4", 4, 4, 9, 9},   {"C3P3R", "C3", "P3", 3, 3, 3, 6},
+        {"AP4C4R", "AP4", "C4", 4, 4, 11, 4}, {"A0C4R", "C4", "C4", 4, 4, 4, 4},
+        {"C3CMR", "C3", "C3", 3, 3, 3, 3},    {"", "", "", 0, 0, 0, 0},
+        {"IR", "", "", 0, 0, 0, 0},           {"C5R", "", "", 0, 0, 0, 0},
+        {"C3RP", "P3", "P3", 3, 3, 6, 6},     {"AC1R", "AC1", "AC1", 1, 1, 8, 8},
+        {"C2P2R", "C2", "P2", 2, 2, 2, 5},
+    };
+    for (const auto& c : channels) {
+        const ppFunc f(psString("zmoiX_8u_") + c.descr);
+        EXPECT_STREQ(f.srcChannelsName().c_str(), c.src) << c.descr;
+        EXPECT_STREQ(f.dstChannelsName().c_str(), c.dst) << c.descr;
+        EXPECT_EQ(f.srcChannels(), c.srcCount) << c.descr;
+        EXPECT_EQ(f.channels(ppArgDst2), c.dstCount) << c.descr;
+        EXPECT_EQ(f.channels(3), 1) << c.descr;
+        EXPECT_EQ(f.zmoChannels(1), c.srcCode) << c.descr;
+        EXPECT_EQ(f.zmoChannels(2), c.dstCode) << c.descr;
+    }
+
+    struct {
+        const char *descr, *flags;  // I in place, M mask, S scaled, R region, c channel of interest
+        bool srcPlane, dstPlane, srcAlpha, dstAlpha;
+    } const flags[] = {
+        {"C1R", "R", false, false, false, false},
+        {"C1IMR", "IMR", false, false, false, false},
+        {"C1RSfs", "SR", false, false, false, false},
+        {"C1R_Sfs", "SR", false, false, false, false},
+        {"C1IR_Copy", "IRc", false, false, false, false},
+        {"C3CMR", "MRc", false, false, false, false},
+        {"C3C", "c", false, false, false, false},
+        {"C3P3R", "R", false, true, false, false},
+        {"P3C3R", "R", true, false, false, false},
+        {"P4R", "R", true, true, false, false},
+        {"AC4R", "R", false, false, true, true},
+        {"AC4C3R", "R", false, false, true, false},
+    };
+    for (const auto& c : flags) {
+        const ppFunc f(psString("zmoiX_8u_") + c.descr);
+        std::string found;
+        if (f.inplace()) found += 'I';
+        if (f.mask()) found += 'M';
+        if (f.scale()) found += 'S';
+        if (f.roi()) found += 'R';
+        if (f.coi()) found += 'c';
+        EXPECT_EQ(found, c.flags) << c.descr;
+        bool src, dst;
+        f.getPlanes(src, dst);
+        EXPECT_EQ(src, c.srcPlane) << c.descr;
+        EXPECT_EQ(dst, c.dstPlane) << c.descr;
+        EXPECT_EQ(f.plane(1), c.srcPlane) << c.descr;
+        EXPECT_EQ(f.plane(2), c.dstPlane) << c.descr;
+        f.getAlpha(src, dst);
+        EXPECT_EQ(src, c.srcAlpha) << c.descr;
+        EXPECT_EQ(dst, c.dstAlpha) << c.descr;
+    }
+}
+
+TEST(PpFunc, TypeTableIsConsistent) {
+    for (const ppTypeInfo& info : ppTypes) {
+        EXPECT_EQ(ppFunc::stringToType(info.name), info.code);
+        EXPECT_STREQ(ppFunc::typeToString(info.code).c_str(), info.name);
+        bool visited = false;
+        ppVisitType(info.code, [&]<class T>(T) {
+            visited = true;
+            EXPECT_EQ(static_cast<int>(sizeof(T)) * (ppIsComplex(info.code) ? 2 : 1),
+                      ppItem(info.code));
+            EXPECT_EQ(std::is_floating_point_v<T>, ppIsFloat(info.code));
+            if (!ppIsFloat(info.code)) {
+                EXPECT_EQ(std::is_signed_v<T>, ppIsSigned(info.code));
+                EXPECT_EQ(ppTruncate64(info.min),
+                          static_cast<std::int64_t>(std::numeric_limits<T>::min()));
+            }
+        });
+        EXPECT_TRUE(visited) << info.name;
+    }
+    EXPECT_STREQ(ppFunc::typeToString(24).c_str(), "undef");
+    EXPECT_EQ(ppFunc::zmoType(pp16uc), 8);
+    EXPECT_EQ(ppFunc::zmoType(pp8sc), 0);
+    EXPECT_EQ(ppFunc::zmoType(pp64fc), 20);
+    EXPECT_FALSE(ppVisitType(0, [](auto) {}));
+}
+
+TEST(PpFunc, SortsByNameTypesAndDescriptor) {
+    const char* const sorted[] = {
+        "zmoiAdd_8u_C1R",    "zmoiAdd_8u_C3R",        "zmoiAdd_8u_AC4R", "zmoiAdd_8u_C1IR",
+        "zmoiAdd_8u32f_C1R", "zmoiAdd_16u_C1R",       "zmoiAdd_16s_C1R", "zmoiAdd_32f_C1R",
+        "zmoiAdd_32fc_C1R",  "zmoiAddProduct_8u_C1R", "zmosAdd_8u",
+    };
+    for (const char* a : sorted) {
+        for (const char* b : sorted) {
+            const auto rank = [&](const char* name) { return std::ranges::find(sorted, name); };
+            const int order = ppFunc(a).compare(ppFunc(b));
+            EXPECT_EQ(order < 0, rank(a) < rank(b)) << a << " " << b;
+            EXPECT_EQ(order == 0, a == b) << a << " " << b;
+        }
+    }
+    EXPECT_LT(ppFunc::compareTypes("", "8u"), 0);
+    EXPECT_EQ(ppFunc::compareTypes("8u8u8u16s", "8u8u8u32f"), 0);  // three tokens count
+}
+
+}  // namespace

@@ -1,0 +1,189 @@
+#include "psdata.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "psstream.h"
+
+namespace {
+
+std::uintptr_t address(const void* p) {
+    return reinterpret_cast<std::uintptr_t>(p);
+}
+
+// What the message stream prints while `run` runs, at the given level.
+template <class Run>
+std::string printed(MessageLevel level, Run run) {
+    g_ostrm.push_back(&c_out);
+    psOutLevelGuard guard(static_cast<int>(level));
+    testing::internal::CaptureStdout();
+    run();
+    std::string text = testing::internal::GetCapturedStdout();
+    g_ostrm.clear();
+    return text;
+}
+
+std::vector<void*> liveBlocks() {
+    std::vector<void*> blocks;
+    for (void* p = psMallocFirst(nullptr, nullptr); p; p = psMallocNext(nullptr, nullptr))
+        blocks.push_back(p);
+    return blocks;
+}
+
+struct CountingObject : psObject {
+    int reserveCopy() override { return ++reserved; }
+    int setReservedCopy() override {
+        if (toFree) psFree(toFree);
+        return ++reset;
+    }
+    void* self() { return static_cast<psObject*>(this); }
+    int reserved = 0;
+    int reset = 0;
+    void* toFree = nullptr;
+};
+
+TEST(PsData, PlacesBlocksByShiftAndOffset) {
+    struct {
+        int shift, offset;
+        std::uintptr_t low;  // the address modulo 4096 relative to the base
+    } const cases[] = {{0, 0, 0},   {3, 0, 3},   {67, 0, 3}, {63, 0, 63}, {0, 512, 512},
+                       {5, 64, 69}, {3, 10, 65}, {0, 1, 64}, {-64, 0, 0}, {3, 1024, 1027}};
+    for (const auto& c : cases) {
+        void* p = psMalloc(100, c.shift, c.offset, nullptr);
+        ASSERT_NE(p, nullptr);
+        // The lowest boundary that the raw block allows is not visible, so the
+        // base is found through the trace text.
+        unsigned long long base = 0;
+        const std::string text = printed(MessageLevel::MALLOC, [p] { psFree(p); });
+        ASSERT_EQ(std::sscanf(text.c_str(), " - psFree: size:100  address:%llx", &base), 1) << text;
+        EXPECT_EQ(base % 64, 0u);
+        EXPECT_EQ(address(p) - base, c.low) << c.shift << " " << c.offset;
+    }
+}
+
+TEST(PsData, EveryByteOfABlockIsItsOwn) {
+    // Under the address sanitizer this also shows that the slack suffices.
+    for (int shift : {-130, -63, -1, 0, 1, 63, 200}) {
+        for (int offset : {0, 1, 63, 64, 1000}) {
+            auto* p = static_cast<unsigned char*>(psMalloc(777, shift, offset, nullptr));
+            ASSERT_NE(p, nullptr);
+            std::memset(p, 0xA5, 777);
+            psFree(p);
+        }
+    }
+    EXPECT_TRUE(liveBlocks().empty());
+}
+
+TEST(PsData, RefusedSizesGiveOneMessageAndNull) {
+    for (int size : {INT_MAX, INT_MAX - 300, -1000}) {
+        const std::string text = printed(MessageLevel::ERR, [size] {
+            int before = 0;
+            void* p = &before;
+            EXPECT_EQ(psMalloc(p, size, 0, 0), nullptr);
+            EXPECT_EQ(p, nullptr);
+        });
+        EXPECT_EQ(text, "-- Memory fault: can't allocate " + std::to_string(size) + " bytes\n");
+    }
+    EXPECT_TRUE(liveBlocks().empty());
+}
+
+TEST(PsData, RegistryListsInOrderAndSurvivesReleaseInTheWalk) {
+    CountingObject object;
+    void* a = psMalloc(10, 0, 0, nullptr);
+    void* b = psMalloc(20, 0, 0, object.self());
+    void* c = psMalloc(30, 0, 0, psBufferOwner());
+    EXPECT_EQ(liveBlocks(), (std::vector<void*>{a, b, c}));
+    EXPECT_EQ(psMallocTotal(), 60);
+
+    int size = 0;
+    void* owner = nullptr;
+    EXPECT_TRUE(psMallocInfo(b, &size, &owner));
+    EXPECT_EQ(size, 20);
+    EXPECT_EQ(owner, object.self());
+    EXPECT_FALSE(psMallocInfo(&size, &size, &owner));
+
+    EXPECT_EQ(psMallocFirst(nullptr, nullptr), a);
+    psFree(b);
+    EXPECT_EQ(psMallocNext(&size, &owner), c);
+    EXPECT_EQ(size, 30);
+    EXPECT_TRUE(psIsBuffer(owner));
+    EXPECT_EQ(psUntaggedOwner(owner), nullptr);
+    EXPECT_EQ(psMallocNext(nullptr, nullptr), nullptr);
+    psFree(a);
+    psFree(c);
+}
+
+TEST(PsData, ReleasingAForeignPointerOnlyTraces) {
+    void* p = psMalloc(8, 0, 0, nullptr);
+    int foreign = 0;
+    EXPECT_EQ(printed(MessageLevel::MALLOC, [&] { psFree(&foreign); }), " - psFree: \n");
+    EXPECT_EQ(printed(MessageLevel::MALLOC, [&] { psFree(nullptr); }), "");
+    EXPECT_EQ(liveBlocks(), std::vector<void*>{p});
+    psFree(p);
+}
+
+TEST(PsData, FreeAllForgetsWithoutReleasing) {
+    auto* p = static_cast<char*>(psMalloc(8, 0, 0, nullptr));
+    EXPECT_EQ(psFreeAll(), 0);
+    EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr);
+    EXPECT_EQ(psMallocTotal(), 0);
+    std::memset(p, 1, 8);
+    EXPECT_EQ(printed(MessageLevel::MALLOC, [p] { psFree(p); }), "");
+    EXPECT_EQ(p[7], 1);
+}
+
+TEST(PsData, OnlyOwnersThatStandForThemselvesAreVisited) {
+    CountingObject plain, parent, buffered;
+    void* blocks[] = {psMalloc(8, 0, 0, nullptr), psMalloc(8, 0, 0, psBufferOwner(buffered.self())),
+                      psMalloc(8, 0, 0, psSubObjectOwner(parent.self())),
+                      psMalloc(8, 0, 0, plain.self()), psMalloc(8, 0, 0, parent.self())};
+    psReserveAllVectors();
+    plain.toFree = blocks[3];  // the block that the walk stands on
+    psResetAllVectors();
+    EXPECT_EQ(plain.reserved, 1);
+    EXPECT_EQ(plain.reset, 1);
+    EXPECT_EQ(parent.reserved, 1);
+    EXPECT_EQ(parent.reset, 1);
+    EXPECT_EQ(buffered.reserved + buffered.reset, 0);
+    for (void* p : blocks) psFree(p);
+}
+
+TEST(PsData, BuffersAreNoData) {
+    void* buffer = psMalloc(8, 0, 0, psBufferOwner());
+    void* anonymous = psMalloc(8, 0, 0, nullptr);
+    EXPECT_FALSE(psMallocHasData());
+    CountingObject object;
+    void* plane = psMalloc(8, 0, 0, psSubObjectOwner(object.self()));
+    EXPECT_TRUE(psMallocHasData());
+    for (void* p : {buffer, anonymous, plane}) psFree(p);
+}
+
+TEST(PsData, VectorAlignKeepsTheRemainder) {
+    struct {
+        int value, stored, returned;
+    } const cases[] = {{70, 6, 1}, {63, 63, 0}, {-70, -6, -1}, {128, 0, 2}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(psSetVectorAlign(c.value), c.returned);
+        EXPECT_EQ(psGetVectorAlign(), c.stored);
+    }
+    psSetVectorAlign(0);
+}
+
+TEST(PsData, ALargerBoundaryHoldsForLaterBlocks) {
+    void* before = psMalloc(8, 0, 0, nullptr);
+    psSetAlignMax(4096);
+    void* p = psMalloc(8, 100, 0, nullptr);
+    EXPECT_EQ(address(p) % 4096, 100u);
+    psSetAlignMax(PS_ALIGN_DEF);
+    psFree(p);
+    psFree(before);
+    EXPECT_TRUE(liveBlocks().empty());
+}
+
+}  // namespace
