@@ -110,8 +110,8 @@ ZMO_API Zmo64s zmoStopTscp(void);
  *   5  sets the bits under mask of MXCSR to value (reserved bits stay); returns the new MXCSR
  *   6  returns MXCSR
  *   7  clears the exception flags of MXCSR; returns the new MXCSR
- * Any other operation does nothing and returns 0. Writing a control register never traps on flags
- * that are already set: they only take effect at the next floating-point instruction. */
+ * Any other operation does nothing and returns 0. Operation 1 uses a waiting instruction: an
+ * unmasked x87 exception that is already pending traps there, so clear the flags (4) first. */
 ZMO_API unsigned zmoFpuSsx4TS(int op, unsigned value, unsigned mask);
 
 #ifdef __cplusplus

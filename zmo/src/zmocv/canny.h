@@ -1,0 +1,30 @@
+// Canny edges: what entry points and kernels share.
+#pragma once
+
+#include "common/image.h"
+#include "common/level.h"
+
+namespace zmo {
+
+// limits are for the compared size: |dx| + |dy| (L1) or dx dx + dy dy (L2). A pixel passes a limit
+// when its size is greater. A 16s limit stays below the largest int, which stands for a size of
+// 2^31.
+template <class Limit>
+using CannyKernel = void (*)(Source dx, Source dy, Target dst, Region roi, Limit low, Limit high,
+                             void* buffer);
+
+struct CannyKernels {
+    CannyKernel<int> l1From16s;
+    CannyKernel<int> l2From16s;
+    CannyKernel<float> l1From32f;
+    CannyKernel<float> l2From32f;
+};
+ZMO_LEVEL_TABLES(CannyKernels, cannyKernels);
+
+// A pixel on the stack of pixels whose neighbours are still to be looked at.
+struct CannyPixel {
+    int x;
+    int y;
+};
+
+}  // namespace zmo
