@@ -1,0 +1,192 @@
+#include "psinifile.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "psstream.h"
+
+using enum MessageLevel;
+
+namespace {
+
+// Works for constant and changing lists; null when there is none.
+template <class Sections>
+auto findSection(Sections& sections, const psString& name) -> decltype(&sections.front()) {
+    const auto pos =
+        std::ranges::find_if(sections, [&](const auto& item) { return item.name == name; });
+    return pos == sections.end() ? nullptr : &*pos;
+}
+
+template <class Values>
+auto findValue(Values& values, const psString& key) -> decltype(&values.front()) {
+    const auto pos = std::ranges::find_if(values, [&](const auto& item) { return item.key == key; });
+    return pos == values.end() ? nullptr : &*pos;
+}
+
+psString trimmed(std::string_view text) {
+    psString copy(text);
+    copy.trim();
+    return copy;
+}
+
+}  // namespace
+
+bool psIniFile::open(const psString& name, bool write) {
+    m_name = name;
+    m_write = write;
+    m_sections.clear();
+    if (readFile(!write)) return true;
+    m_write = write && createFile();
+    return m_write;
+}
+
+bool psIniFile::readFile(bool report) {
+    i_stream file(m_name, io_stream::READ | io_stream::BINARY | io_stream::NAME_AS_GIVEN, report);
+    if (!file.isOpen()) return false;
+    std::vector<char> text;
+    char piece[4096];
+    while (const std::size_t n = std::fread(piece, 1, sizeof piece, file.handle()))
+        text.insert(text.end(), piece, piece + n);
+    if (file.readError()) {
+        // A directory opens like a file and fails at the first read.
+        if (report) g_ostrm << ERR << "-- Can't open file " << m_name << " to read: \n" << END;
+        return false;
+    }
+    readText(text.data(), text.size());
+    return true;
+}
+
+bool psIniFile::createFile() const {
+    return o_stream(m_name, io_stream::WRITE | io_stream::NAME_AS_GIVEN).isOpen();
+}
+
+void psIniFile::readText(const char* text, std::size_t size) {
+    std::string_view rest(text, size);
+    psSectionItem* current = nullptr;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        readLine(rest.substr(0, end), current);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+}
+
+void psIniFile::readLine(std::string_view line, psSectionItem*& current) {
+    line = line.substr(0, line.find('\0'));
+    const psString text = trimmed(line.substr(0, line.find("//")));
+    psString name;
+    psString value;
+    if (getSection(text, name)) {
+        current = &needSection(name);
+    } else if (getValue(text, name, value)) {
+        if (!current) current = &needSection({});
+        if (psValueItem* item = findValue(current->values, name))
+            item->value = value;
+        else
+            current->values.push_back({name, value, {}});
+    }
+}
+
+bool psIniFile::getSection(const psString& line, psString& name) {
+    const int open = line.find("[");
+    const int end = open < 0 ? -1 : line.find("]", open);
+    if (end < 0) return false;
+    name = line.substr(open + 1, end - open - 1);
+    name.trim();
+    return true;
+}
+
+bool psIniFile::getValue(const psString& line, psString& key, psString& value) {
+    if (line.empty()) return false;
+    const int equals = line.find("=");
+    if (equals < 0) {
+        key = line;
+        value = flagValue;
+        return true;
+    }
+    key = line.substr(0, equals).trim();
+    value = line.substr(equals + 1).trim();
+    return true;
+}
+
+psString psIniFile::writeText() const {
+    psString text;
+    for (const psSectionItem& section : m_sections) {
+        text += "\n[" + section.name + "]\n";
+        for (const psValueItem& item : section.values) {
+            text += item.key;
+            if (item.value != flagValue) text += "=" + item.value;
+            if (!item.comment.empty()) text += "\t// " + item.comment;
+            text += "\n";
+        }
+    }
+    return text;
+}
+
+bool psIniFile::updateFile() {
+    if (!m_write) return true;
+    o_stream file(m_name, io_stream::WRITE | io_stream::NAME_AS_GIVEN);
+    if (!file.isOpen()) return false;
+    file << writeText();
+    if (file.flush()) return true;
+    g_ostrm << ERR << "-- Can't write file " << m_name << "\n" << END;
+    return false;
+}
+
+bool psIniFile::close() {
+    const bool written = updateFile();
+    m_write = false;
+    m_sections.clear();
+    return written;
+}
+
+psString psIniFile::read(const psString& section, const psString& key,
+                         const psString& defaultValue) const {
+    const psSectionItem* found = findSection(m_sections, section);
+    const psValueItem* item = found ? findValue(found->values, key) : nullptr;
+    return item ? item->value : defaultValue;
+}
+
+void psIniFile::write(const psString& section, const psString& key, const psString& value,
+                      const psString& comment) {
+    psSectionItem& target = needSection(section);
+    if (key.empty()) return;
+    psValueItem* item = findValue(target.values, key);
+    if (!item)
+        target.values.push_back({key, value, comment});
+    else if (item->comment.empty())
+        item->comment = comment;
+}
+
+psSectionItem& psIniFile::needSection(const psString& name) {
+    if (psSectionItem* found = findSection(m_sections, name)) return *found;
+    m_sections.push_back({name, {}});
+    return m_sections.back();
+}
+
+bool psIniFile::sectionExist(const psString& section) const {
+    return findSection(m_sections, section) != nullptr;
+}
+
+bool psIniFile::valueExist(const psString& section, const psString& key) const {
+    const psSectionItem* found = findSection(m_sections, section);
+    return found && findValue(found->values, key);
+}
+
+bool psIniFile::eraseSection(const psString& section) {
+    const auto pos = std::ranges::find_if(
+        m_sections, [&](const psSectionItem& item) { return item.name == section; });
+    if (pos == m_sections.end()) return false;
+    m_sections.erase(pos);
+    return true;
+}
+
+bool psIniFile::deleteKey(const psString& section, const psString& key) {
+    psSectionItem* found = findSection(m_sections, section);
+    if (!found) return false;
+    const auto pos = std::ranges::find_if(found->values,
+                                          [&](const psValueItem& item) { return item.key == key; });
+    if (pos == found->values.end()) return false;
+    found->values.erase(pos);
+    return true;
+}
