@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "psctable.h"
+#include "psdata.h"
 #include "psexcept.h"
 #include "psistream.h"
 #include "psstream.h"
@@ -23,6 +24,10 @@ bool psFromText(const psString& text, ZmoiSize& size) {
         return false;
     size = read;
     return true;
+}
+
+bool operator==(const ZmoiSize& a, const ZmoiSize& b) {
+    return a.width == b.width && a.height == b.height;
 }
 
 psString psValueText(float value) {
@@ -141,7 +146,7 @@ void psParameter::fromIStream() {
         try {
             psGuarded([this] { readValue(); });
         } catch (const psException& failure) {
-            g_ostrm << "-" << failure.msg() << "\n";
+            g_ostrm << ERR << "-" << failure.msg() << "\n" << END;
         }
     }
     g_ostrm << " " << description() << "\n";
@@ -157,3 +162,11 @@ void psParameter::translate(const psString&) {}
 void psParameter::saveDefinition() {}
 
 void psParameter::restoreDefinition() {}
+
+int DefaultAlign::validItem(const psString& text) const {
+    return psDefault<int>::validItem(text) % PS_ALIGN_MAX;
+}
+
+int DefaultShift::validItem(const psString& text) const {
+    return psDefault<int>::validItem(text) & -PS_ALIGN_MAX;
+}

@@ -16,6 +16,7 @@ class psOStream;
 // "WxH", read back with x, X or *; both sides are decimal integers.
 psString psText(const ZmoiSize& size);
 bool psFromText(const psString& text, ZmoiSize& size);
+bool operator==(const ZmoiSize& a, const ZmoiSize& b);
 
 // The texts of parameter values. They read back to the same value: a number that
 // the general formatter would round gets the digits it needs.
@@ -188,6 +189,20 @@ class psDefault : public psDefault_NSC<T> {
         if (!psValueFromText(text, value)) text.setFailed();
         return value;
     }
+};
+
+// A misalignment: what is entered is taken modulo PS_ALIGN_MAX.
+class DefaultAlign : public psDefault<int> {
+  public:
+    using psDefault<int>::psDefault;
+    int validItem(const psString& text) const override;
+};
+
+// A mutual shift: rounded down to a multiple of PS_ALIGN_MAX.
+class DefaultShift : public psDefault<int> {
+  public:
+    using psDefault<int>::psDefault;
+    int validItem(const psString& text) const override;
 };
 
 // One line of a table of names.

@@ -20,7 +20,8 @@ auto findSection(Sections& sections, const psString& name) -> decltype(&sections
 
 template <class Values>
 auto findValue(Values& values, const psString& key) -> decltype(&values.front()) {
-    const auto pos = std::ranges::find_if(values, [&](const auto& item) { return item.key == key; });
+    const auto pos =
+        std::ranges::find_if(values, [&](const auto& item) { return item.key == key; });
     return pos == values.end() ? nullptr : &*pos;
 }
 

@@ -18,8 +18,8 @@ void psDataList::set(const psString& name, const psString& value) {
 }
 
 bool psDataList::get(const psString& name, psString& value) const {
-    const auto pos = std::ranges::find_if(
-        m_items, [&](const psValueItem& item) { return item.key == name; });
+    const auto pos =
+        std::ranges::find_if(m_items, [&](const psValueItem& item) { return item.key == name; });
     if (pos == m_items.end()) return false;
     value = pos->value;
     return true;
@@ -67,8 +67,8 @@ psString psIStream::lookUp(const psString& name, const psString& defaultValue,
 psString psIStream::getItemValue(i_stream& console, const psString& name, const psString& prompt,
                                  const psString& defaultValue) {
     // ERR, so that the question shows whatever the output level is.
-    g_ostrm << ERR << "\n " << (prompt.empty() ? name : prompt) << " [" << defaultValue << "] = "
-            << END;
+    g_ostrm << ERR << "\n " << (prompt.empty() ? name : prompt) << " [" << defaultValue
+            << "] = " << END;
     g_ostrm.flushWithConsole();
     psString answer;
     console.getline(answer);
