@@ -264,25 +264,36 @@ psReportTestResult::psReportTestResult(const psTest& test)
       m_measuredNothing(test.notStarted()),
       m_seconds(std::difftime(test.endTime(), test.startTime())),
       m_resultName(psResultName(test.result())) {
-    ps87& fpu = ps87::instance();
-    psSSX& sse = psSSX::instance();
-    const psString status87 = guardStatus(fpu.strSW(), test.badControl87());
-    const psString statusSSX = guardStatus(sse.strExceptionState(), test.badControlSSX());
-    if (test.badControl87()) m_statusText += psString("x87 ") + status87;
-    if (test.badControlSSX()) m_statusText += psString("SSE ") + statusSSX;
-    m_statusText.trim();
     const psTestInfo& info = test.info();
     m_fields = {test.funcName(),
                 info.className,
-                fpu.strCW(),
-                status87,
-                sse.strCW(),
-                statusSSX,
+                {},
+                {},
+                {},
+                {},
                 info.variant.empty() ? info.kind : info.variant,
                 psFormat("%.0f", m_seconds),
                 test.fileName(),
                 m_resultName,
                 psCStream::m_exePath.getFileName()};
+    if (!m_measuredNothing) addStatus(test.badControl87(), test.badControlSSX());
+}
+
+void psReportTestResult::addStatus(bool bad87, bool badSSX) {
+    ps87& fpu = ps87::instance();
+    psSSX& sse = psSSX::instance();
+    // The check behind the last set has emptied the SSE guard; the register
+    // still holds the state that the test worked with.
+    if (sse.get() == 0) sse.stop();
+    const psString status87 = guardStatus(fpu.strSW(), bad87);
+    const psString statusSSX = guardStatus(sse.strExceptionState(), badSSX);
+    if (bad87) m_statusText += psString("x87 ") + status87;
+    if (badSSX) m_statusText += psString("SSE ") + statusSSX;
+    m_statusText.trim();
+    m_fields[2] = fpu.strCW();
+    m_fields[3] = status87;
+    m_fields[4] = sse.strCW();
+    m_fields[5] = statusSSX;
 }
 
 psReportEnd::psReportEnd(const psTestList& tests) {

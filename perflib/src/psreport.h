@@ -106,6 +106,8 @@ class psReportTestResult {
     double seconds() const { return m_seconds; }
 
   private:
+    void addStatus(bool bad87, bool badSSX);
+
     bool m_header = true;
     bool m_measuredNothing = false;
     double m_seconds = 0;
