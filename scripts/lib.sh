@@ -1,7 +1,8 @@
+# shellcheck shell=bash
 # What the scripts share; sourced by them, never run. Messages go to standard
 # error, so that standard output stays what the started program prints.
 
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 
 say() { printf '%s\n' "$*" >&2; }
 
