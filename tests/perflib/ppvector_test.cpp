@@ -1,0 +1,408 @@
+#include "ppvector.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "ppfill.h"
+#include "psdata.h"
+#include "psstream.h"
+
+namespace {
+
+constexpr double two63 = 9223372036854775808.0;
+
+// The definition of the random values, in 64-bit arithmetic and one at a time.
+std::vector<double> plainRandom(int count, double lo, double hi, std::uint32_t& seed) {
+    std::uint64_t const wrap = 1ULL << 32;
+    std::uint64_t history[3] = {seed, (seed * 69069ULL + 1013904243) % wrap,
+                                (seed * 475559465ULL + 924302730) % wrap};
+    std::uint64_t carry = wrap - 1, g = 1131199209;
+    std::vector<double> values;
+    for (int i = 0; i < count; ++i) {
+        const std::uint64_t t = (carry + wrap - history[2] + history[1]) % wrap;
+        const bool top = t >= wrap / 2;
+        const std::uint64_t x = top ? (t + wrap - 18) % wrap : t;
+        g = (g * 69069 + 1013904243) % wrap;
+        std::int64_t r = static_cast<std::int64_t>((x + g) % wrap);
+        if (r >= static_cast<std::int64_t>(wrap / 2)) r -= static_cast<std::int64_t>(wrap);
+        const double scaled = static_cast<double>(r) * ((hi - lo) * 2.3283064365386963e-10);
+        values.push_back(scaled + (hi + lo) * 0.5);
+        history[2] = history[1];
+        history[1] = history[0];
+        history[0] = x;
+        carry = top ? wrap - 1 : 0;
+    }
+    if (count > 0) seed = static_cast<std::uint32_t>(history[0]);
+    return values;
+}
+
+std::vector<double> contents(const ppVector& v) {
+    std::vector<double> values;
+    for (int i = 0; i < v.length(); ++i) values.push_back(v.getIndex(i));
+    return values;
+}
+
+template <class Run>
+std::string printedErrors(Run run) {
+    g_ostrm.push_back(&c_out);
+    psOutLevelGuard guard(static_cast<int>(MessageLevel::ERR));
+    testing::internal::CaptureStdout();
+    run();
+    std::string text = testing::internal::GetCapturedStdout();
+    g_ostrm.clear();
+    return text;
+}
+
+class PpVector : public testing::Test {
+  protected:
+    void SetUp() override { ppVector::m_seed = 7; }
+    void TearDown() override {
+        EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr) << "a block is left";
+        psSetVectorAlign(0);
+        psSetAlignSrc(true);
+        psSetAlignByByte(true);
+    }
+};
+
+TEST_F(PpVector, ConvertsByTruncationAndKeepsTheLowBits) {
+    EXPECT_EQ(ppConvert<unsigned char>(300.9), 44);
+    EXPECT_EQ(ppConvert<unsigned char>(-1.5), 255);
+    EXPECT_EQ(ppConvert<signed char>(-1.9), -1);
+    EXPECT_EQ(ppConvert<int>(4294967296.0 * 3 + 5), 5);
+    EXPECT_EQ(ppConvert<unsigned char>(1e300), 255);
+    EXPECT_EQ(ppConvert<short>(-1e300), 0);
+    EXPECT_EQ(ppConvert<long long>(two63), LLONG_MAX);
+    EXPECT_EQ(ppConvert<long long>(-two63), LLONG_MIN);
+    EXPECT_EQ(ppConvert<unsigned long long>(two63), 1ULL << 63);
+    EXPECT_EQ(ppConvert<unsigned long long>(two63 * 1.5), 3ULL << 62);
+    EXPECT_EQ(ppConvert<unsigned long long>(two63 * 2), ULLONG_MAX);
+    EXPECT_EQ(ppConvert<unsigned long long>(-1.0), ULLONG_MAX);
+    EXPECT_EQ(ppConvert<int>(std::nan("")), 0);
+}
+
+TEST_F(PpVector, RandomFollowsTheDefinitionInEveryTypeAndOnEveryByte) {
+    constexpr int n = 257;
+    struct {
+        double lo, hi;
+    } const ranges[] = {{-1, 1}, {0.1, 0.7}, {-1e30, 1e30}, {300, 10}, {5, 5}};
+    for (const ppTypeInfo& info : ppTypes) {
+        const int parts = ppIsComplex(info.code) ? 2 : 1;
+        const int item = ppItem(info.code);
+        for (const auto& range : ranges) {
+            unsigned seed = 12345;
+            std::uint32_t plainSeed = seed;
+            std::vector<unsigned char> bytes(static_cast<std::size_t>(n * item + 9), 0xEE);
+            unsigned char* p = bytes.data() + 3;
+            ASSERT_TRUE(ppFillRandom(info.code, p, n, range.lo, range.hi, seed));
+            const std::vector<double> expected = plainRandom(
+                n * parts, std::max(range.lo, info.min), std::min(range.hi, info.max), plainSeed);
+            EXPECT_EQ(seed, plainSeed);
+            ppVisitType(info.code, [&]<class T>(T) {
+                for (std::size_t i = 0; i < expected.size(); ++i) {
+                    const T got = ppLoad<T>(p + i * sizeof(T));
+                    ASSERT_EQ(got, ppConvert<T>(expected[i])) << info.name << " " << i;
+                }
+            });
+            EXPECT_EQ(bytes[2], 0xEE);
+            EXPECT_EQ(p[n * item], 0xEE) << info.name;
+        }
+    }
+}
+
+TEST_F(PpVector, RandomStaysInRangeAndTheSeedMovesOn) {
+    ppVector a(pp8u), b(pp8u);
+    ASSERT_TRUE(a.createVector(1000, SET_RANDOM, 10, 20));
+    ASSERT_TRUE(b.createVector(1000, SET_RANDOM, 10, 20));
+    EXPECT_NE(contents(a), contents(b));
+    for (double value : contents(a)) {
+        EXPECT_GE(value, 10);
+        EXPECT_LT(value, 20);
+    }
+    ppVector again(pp8u);
+    ASSERT_TRUE(again.createVector(1000));
+    ASSERT_TRUE(again.setRandom(10, 20, 7));
+    EXPECT_EQ(contents(again), contents(a));
+
+    // Equal values ask for the default range.
+    ASSERT_TRUE(again.setVector(SET_RANDOM, 0, 0));
+    double low = 255, high = 0;
+    for (double value : contents(again)) {
+        low = std::min(low, value);
+        high = std::max(high, value);
+    }
+    EXPECT_LT(low, 10);
+    EXPECT_GT(high, 245);
+
+    const unsigned before = ppVector::m_seed;
+    EXPECT_TRUE(again.setDataRandom(again.data(), 0, 0, 1));
+    EXPECT_EQ(ppVector::m_seed, before);
+}
+
+TEST_F(PpVector, SequencesAccumulateAndWrap) {
+    struct {
+        ppType type;
+        double start, hi, step;
+        bool wrap;
+        std::vector<double> expected;
+    } const cases[] = {
+        {pp8u, 0, 10, 3, false, {0, 3, 6, 9, 10, 10}},
+        {pp8u, 0, 10, 3, true, {0, 3, 6, 9, 0, 3}},
+        {pp8u, 300, 400, 1, true, {44, 44, 44}},      // the limit meets only the next values
+        {pp8u, -5, 4, 2, true, {0, 2, 4, 0}},         // the start is brought into the range
+        {pp8s, 127, 1e9, 1, false, {127, 127, 127}},  // and so is the upper limit
+        {pp16s, 5, 100, -3, true, {5, 2, -1, -4}},
+        {pp64s, two63, two63, 1, false, {two63, two63}},
+        {pp32fc, 1, 2, 0.5, true, {1, 1.5, 2, 1}},
+    };
+    for (const auto& c : cases) {
+        ppVector v(c.type);
+        ASSERT_TRUE(v.createVector(static_cast<int>(c.expected.size())));
+        ASSERT_TRUE(v.setSequence(c.start, c.hi, c.step, c.wrap));
+        EXPECT_EQ(contents(v), c.expected) << c.type << " " << c.start;
+        double re, im;
+        ASSERT_TRUE(v.getIndex(1, re, im));
+        EXPECT_EQ(im, ppIsComplex(c.type) ? re : 0);
+    }
+
+    ppVector v(pp64f);
+    ASSERT_TRUE(v.createVector(10));
+    ASSERT_TRUE(v.setSequence(0, 1));
+    EXPECT_EQ(v.getIndex(9), 0) << "nine additions of 1/9 pass 1";
+    ASSERT_TRUE(v.setVector(SET_SEQUENCE, 0, 5));
+    EXPECT_EQ(v.getIndex(1), 0.5);
+    ppVector whole(pp16u);
+    ASSERT_TRUE(whole.createVector(4, SET_SEQUENCE, 7, 9));
+    EXPECT_EQ(contents(whole), (std::vector<double>{7, 8, 9, 7}));  // the step is at least 1
+    ppVector one(pp16u);
+    ASSERT_TRUE(one.createVector(1));
+    ASSERT_TRUE(one.setSequence(9, 1));
+    EXPECT_EQ(one.getIndex(0), 9);
+}
+
+TEST_F(PpVector, JaehneIsAChirp) {
+    ppVector v(pp8u);
+    ASSERT_TRUE(v.createVector(1));
+    ASSERT_TRUE(v.setJaehne());
+    EXPECT_EQ(v.getIndex(0), 127);
+
+    constexpr int n = 100000;  // i * i leaves the range of int
+    ppVector f(pp64f), wide(pp16sc);
+    ASSERT_TRUE(f.createVector(n));
+    ASSERT_TRUE(f.setJaehne(3.0));
+    ASSERT_TRUE(wide.createVector(n));
+    ASSERT_TRUE(wide.setJaehne(1e9));  // limited to half the range
+    for (int i : {0, 1, 777, 46341, 65536, n - 1}) {
+        const double wave = std::sin(double(i) * i * 1.5707963267948966 * (1.0 / n));
+        EXPECT_EQ(f.getIndex(i), wave * 3.0) << i;
+        double re, im;
+        ASSERT_TRUE(wide.getIndex(i, re, im));
+        EXPECT_EQ(re, std::trunc(wave * 32767.5)) << i;
+        EXPECT_EQ(im, re) << i;
+    }
+    EXPECT_FALSE(f.setJaehne(-1));
+    EXPECT_EQ(f.getIndex(1), std::sin(1.5707963267948966 * (1.0 / n)) * 3.0);
+
+    double magnitude = INFINITY, offset = 1;
+    ASSERT_TRUE(f.updateJaehneMagn(magnitude, offset));
+    EXPECT_EQ(magnitude, f.maxValue());
+    EXPECT_EQ(offset, 0);
+}
+
+TEST_F(PpVector, ConstantsAndLimits) {
+    struct {
+        ppType type;
+        double standard;
+        double zero, one, max, min;
+    } const cases[] = {
+        {pp8u, 2, 0, 1, 255, 0},
+        {pp64u, 2, 0, 1, two63, 0},
+        {pp64s, 2, 0, 1, two63 /* 2^63 - 1 as a double */, -two63},
+        {pp32s, 2, 0, 1, 2147483647, -2147483648.0},
+        {pp64f, 1.00001, 0, 1, 1.7976931348623157e308, -1.7976931348623157e308},
+        {pp32fc, 1.00001F, 0, 1, 3.4028234663852886e38, -3.4028234663852886e38},
+        {pp16sc, 2, 0, 1, 32767, -32768},
+    };
+    for (const auto& c : cases) {
+        ppVector v(c.type);
+        ASSERT_TRUE(v.createVector(3));
+        double re, im;
+        const auto expect = [&](double real, double imaginary) {
+            ASSERT_TRUE(v.getIndex(2, re, im));
+            EXPECT_EQ(re, real) << c.type;
+            EXPECT_EQ(im, ppIsComplex(c.type) ? imaginary : 0) << c.type;
+        };
+        expect(c.standard, c.standard);
+        v.setVector(SET_ONE, 0, 0);
+        expect(c.one, 0);
+        v.setVector(SET_MAX, 0, 0);
+        expect(c.max, c.max);
+        v.setVector(SET_MIN, 0, 0);
+        expect(c.min, c.min);
+        v.setVector(SET_CONST, 5.5, 6.9);
+        expect(ppIsFloat(c.type) ? 5.5 : 5, ppIsFloat(c.type) ? double(6.9F) : 6);
+        v.setVector(static_cast<SetMode>(8), 1, 1);
+        expect(ppIsFloat(c.type) ? 5.5 : 5, ppIsFloat(c.type) ? double(6.9F) : 6);
+        v.setVector(SET_DEFAULT, 0, 0);
+        expect(c.standard, c.standard);
+    }
+    ppVector v(pp64s);
+    ASSERT_TRUE(v.createVector(1, SET_MAX));
+    EXPECT_EQ(*v.ptr64s(), LLONG_MAX);
+    EXPECT_TRUE(v.setConst_64s(LLONG_MAX - 1, 0));
+    EXPECT_EQ(*v.ptr64s(), LLONG_MAX - 1);
+}
+
+TEST_F(PpVector, EmptyOrRefusedVectorsDoNothing) {
+    ppVector v(pp8u);
+    EXPECT_FALSE(v.setConst());
+    EXPECT_FALSE(v.setRandom());
+    EXPECT_FALSE(v.setIndex(0, SET_ONE, 0, 0));
+    EXPECT_FALSE(v.reserveCopy());
+    EXPECT_FALSE(v.setReservedCopy());
+    EXPECT_TRUE(v.getString().empty());
+    EXPECT_EQ(v.getPointerAt(3), nullptr);
+    for (long long len : {0LL, -3LL}) {
+        EXPECT_EQ(printedErrors([&] { EXPECT_FALSE(v.createVector(static_cast<int>(len))); }),
+                  "-- Memory fail: can't allocate " + std::to_string(len) + " bytes\n");
+    }
+    ppVector wide(pp64fc);
+    EXPECT_EQ(printedErrors([&] { EXPECT_FALSE(wide.createVector(INT_MAX)); }),
+              "-- Memory fail: can't allocate 34359738352 bytes\n");
+    ppVector undefined;
+    EXPECT_NE(printedErrors([&] { EXPECT_FALSE(undefined.createVector(10)); }), "");
+}
+
+TEST_F(PpVector, TakesTypeAndChannelsFromAFunction) {
+    const ppFunc f("zmoiGradient_8u16s_C3C1R");
+    ppVector src(f, ppArgSrc), dst(f, ppArgDst), second(f, 2);
+    EXPECT_STREQ(src.name().c_str(), "_8u_C3");
+    EXPECT_STREQ(dst.name().c_str(), "_16s_C1");
+    EXPECT_STREQ(second.name().c_str(), "_16s_C1");
+    EXPECT_EQ(dst.type(), pp16s);
+    ASSERT_TRUE(dst.createVector(5));
+    EXPECT_EQ(dst.size(), 10);
+    EXPECT_STREQ(dst.objectInfo().c_str(), "Vector 16s len=5");
+    EXPECT_EQ(static_cast<void*>(dst.ptr16s()), dst.data());
+    EXPECT_EQ(dst.ptr16u(), nullptr);
+    dst.init(pp32f);
+    EXPECT_EQ(dst.data(), nullptr);
+    EXPECT_EQ(dst.ptr32f(), nullptr);
+    EXPECT_STREQ(dst.name().c_str(), "_32f_");
+}
+
+TEST_F(PpVector, LiesWhereItIsPut) {
+    const auto low = [](const ppVector& v) {
+        return reinterpret_cast<std::uintptr_t>(v.data()) % 64;
+    };
+    ppVector a(pp32f), b(pp32f);
+    for (int misalign : {0, 512, 3, 515, 63}) {
+        ASSERT_TRUE(a.createVector(16, misalign));
+        EXPECT_EQ(low(a), static_cast<unsigned>(misalign % 64));
+    }
+    a.deleteVector();
+
+    struct {
+        int align;
+        bool byByte, firstOnly;
+        unsigned first, second;
+        int misalign0, misalign2;
+    } const cases[] = {{0, true, true, 0, 0, 0, 1024},
+                       {5, true, true, 5, 0, 5, 1024},
+                       {5, true, false, 5, 5, 5, 1029},
+                       {3, false, true, 12, 0, 12, 1024},
+                       {3, false, false, 12, 12, 12, 1036}};
+    void* buffer = psMalloc(8, 0, 0, nullptr);  // is no data: the vector behind it is the first
+    for (const auto& c : cases) {
+        psSetVectorAlign(c.align);
+        psSetAlignByByte(c.byByte);
+        psSetAlignSrc(c.firstOnly);
+        ASSERT_TRUE(a.createVector(16));
+        ASSERT_TRUE(b.createVectorExt(16, 7, SET_ONE));  // the 7 is not used
+        EXPECT_EQ(low(a), c.first);
+        EXPECT_EQ(low(b), c.second);
+        EXPECT_EQ(ppMisalign(0, 4), c.misalign0);
+        EXPECT_EQ(ppMisalign(2, 4), c.misalign2);
+        EXPECT_EQ(b.getIndex(15), 1);
+        a.deleteVector();
+        b.deleteVector();
+    }
+    psFree(buffer);
+    EXPECT_EQ(ppMisalign(INT_MAX), INT_MAX);
+}
+
+TEST_F(PpVector, ReservedCopyPutsTheDataBack) {
+    ppVector v(pp16s), w(pp8u);
+    ASSERT_TRUE(v.createVector(100, SET_RANDOM, 0, 1000));
+    ASSERT_TRUE(w.createVector(3));
+    const std::vector<double> before = contents(v);
+    psReserveAllVectors();
+    ASSERT_TRUE(v.setConst(0, 0));
+    ASSERT_TRUE(w.setConst(0, 0));
+    psResetAllVectors();
+    EXPECT_EQ(contents(v), before);
+    EXPECT_EQ(w.getIndex(2), 2);
+    EXPECT_NE(v.getReservedData(), nullptr);
+    v.deleteReservedCopy();
+    EXPECT_FALSE(v.setReservedCopy());
+    ASSERT_TRUE(w.createVector(4));
+    EXPECT_FALSE(w.setReservedCopy()) << "the copy of the old block must not be put back";
+}
+
+TEST_F(PpVector, FillsSingleElements) {
+    ppVector v(pp16sc);
+    ASSERT_TRUE(v.createVector(3, SET_ZERO));
+    EXPECT_TRUE(v.setIndex(1, SET_CONST, -4, 5));
+    EXPECT_TRUE(v.setIndex(2, SET_SEQUENCE, 9, 20));
+    EXPECT_STREQ(v.getString().c_str(), " (      0,      0) (     -4,      5) (      9,      9)");
+    EXPECT_FALSE(v.setIndex(3, SET_ONE, 0, 0));
+    EXPECT_FALSE(v.setIndex(-1, SET_ONE, 0, 0));
+    ppVector r(pp32f);
+    ASSERT_TRUE(r.createVector(2));
+    const unsigned before = ppVector::m_seed;
+    EXPECT_TRUE(r.setIndex(0, SET_RANDOM, 0, 1));
+    std::uint32_t seed = before;
+    EXPECT_EQ(r.getIndex(0), static_cast<float>(plainRandom(1, 0, 1, seed)[0]));
+    EXPECT_EQ(ppVector::m_seed, seed);
+    EXPECT_EQ(r.getIndex(1), 1.00001F);
+}
+
+TEST_F(PpVector, PrintsItsElements) {
+    struct {
+        ppType type;
+        const char* text;
+    } const cases[] = {
+        {pp8u, " 254"},
+        {pp16s, "     -2"},
+        {pp64u, "    18446744073709551614"},
+        {pp64s, "                      -2"},
+        {pp32f, "            -2"},
+        {pp64f, "                  -2"},
+        {pp8sc, " (   -2,   -2)"},
+        {pp64sc, " (                      -2,                      -2)"},
+        {pp64fc, " (                  -2,                  -2)"},
+    };
+    for (const auto& c : cases) {
+        ppVector v(c.type);
+        ASSERT_TRUE(v.createVector(2, SET_CONST, -2, -2));
+        EXPECT_EQ(std::string(v.getString().c_str()), std::string(c.text) + c.text) << c.type;
+    }
+    EXPECT_STREQ(ppVector::getByteString("\x01\xAB", 2).c_str(), " 01 AB");
+    EXPECT_TRUE(ppVector::getByteString("x", 0).empty());
+    EXPECT_TRUE(ppVector::getDataString(24, "x", 1).empty());
+}
+
+TEST_F(PpVector, OutlivesTheRegistry) {
+    ppVector v(pp8u);
+    ASSERT_TRUE(v.createVector(10));
+    psFreeAll();
+    v.deleteVector();
+    EXPECT_EQ(v.data(), nullptr);
+}
+
+}  // namespace
