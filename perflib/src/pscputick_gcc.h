@@ -1,7 +1,6 @@
 // Time-stamp counter, processor frequency, host, and process priority.
 #pragma once
 
-#include <cstdint>
 #include <ctime>
 
 #include "psstring.h"
@@ -9,7 +8,7 @@
 // A counter reader. Start lets no later instruction begin before the reading,
 // Stop waits for all earlier ones; both are preset to the system's own, so they
 // are never null. A time is always Stop minus Start.
-using psCpuClocks = std::int64_t (*)();
+using psCpuClocks = long long (*)();
 extern psCpuClocks zmo_StartCpuClocks;
 extern psCpuClocks zmo_StopCpuClocks;
 

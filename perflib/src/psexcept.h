@@ -5,7 +5,6 @@
 #include <csignal>
 #include <exception>
 #include <memory>
-#include <type_traits>
 
 #include "psstring.h"
 
@@ -65,8 +64,7 @@ class tsSignal {
 // armed frame is gone. Nests. Results of f must go to memory outside of f.
 template <class F>
 void psGuarded(F&& f) {
-    using Body = std::remove_reference_t<F>;
-    auto* context = const_cast<void*>(static_cast<const volatile void*>(std::addressof(f)));
-    const int signal = psGuardedCall([](void* body) { (*static_cast<Body*>(body))(); }, context);
+    auto* body = std::addressof(f);
+    const int signal = psGuardedCall([](void* p) { (**static_cast<decltype(body)*>(p))(); }, &body);
     if (signal != 0) throw psException(tsSignal::getInfo(signal));
 }

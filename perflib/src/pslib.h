@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
 #include <span>
 
 #include "pslist.h"
@@ -35,12 +34,12 @@ void setZmoEnvironment();
 
 // Initialises the library, with `haveMask` on the code path that `mask` selects,
 // and binds again. Without a registered environment it only sets the fallbacks.
-void psZmoCpuSetup(bool haveMask, std::uint64_t mask);
+void psZmoCpuSetup(bool haveMask, Zmo64u mask);
 
 // CPUID of one leaf (subleaf 0) through the library, or directly without it:
 // EAX, EBX, ECX, EDX; zeros for a leaf that the processor lacks.
-std::array<std::uint32_t, 4> psCpuid(std::uint32_t leaf);
-std::uint64_t psProcessorFeatures();
+std::array<Zmo32u, 4> psCpuid(Zmo32u leaf);
+Zmo64u psProcessorFeatures();
 
 psString psProcessorName();  // the processor's own brand text, or empty
 int psMaxCacheSize();        // bytes of the largest cache, 0 when unknown
@@ -49,7 +48,7 @@ class psCpuFeatures {
   public:
     struct Row {
         const char* label;
-        std::uint64_t mask;
+        Zmo64u mask;
         const char* description;
         bool isCodePath;
     };
@@ -58,10 +57,10 @@ class psCpuFeatures {
 
     // The features of a list of labels, separated by ',' or '|'; labels are
     // matched exactly and unknown ones add nothing.
-    static std::uint64_t cpuFeatures(const psString& list);
+    static Zmo64u cpuFeatures(const psString& list);
     // "Undefined" and "Unknown processor" when no row has exactly that mask.
-    static psString cpuLabel(std::uint64_t mask);
-    static psString cpuName(std::uint64_t mask);
+    static psString cpuLabel(Zmo64u mask);
+    static psString cpuName(Zmo64u mask);
     // One line a code path of the library.
     static psString optimizedList();
     // Stores the words and their number; with null for words it only counts.

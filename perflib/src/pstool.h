@@ -96,6 +96,8 @@ class psTool {
     void runTimFunc(int n, double* out, bool loopOnly);
     psResult callOnce(int* n, long long budget, bool loopOnly);
     psResult callFunctions(int* n, long long budget, bool loopOnly);
+    void initOnce() const;
+    int warmUp() const;
     void runTimFuncStat(long long budget, int* calls, double* out);
     void customLoopTiming();
     void statisticTiming();
@@ -111,6 +113,7 @@ class psTool {
     void finishBest();
     void failBest(psResult code);
     bool statusDisturbed() const;
+    const char* countWord() const;
     bool methodTiming();
 
     void updateResult(psResult code);

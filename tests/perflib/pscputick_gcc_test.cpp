@@ -1,0 +1,229 @@
+#include "pscputick_gcc.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "capture.h"
+#include "pslib.h"
+
+namespace {
+
+class Clock : public testing::Test {
+  protected:
+    void TearDown() override {
+        zmo_StartCpuClocks = m_start;
+        zmo_StopCpuClocks = m_stop;
+        zmo_GetCpuFeatures = m_features;
+    }
+    psCpuClocks m_start = zmo_StartCpuClocks;
+    psCpuClocks m_stop = zmo_StopCpuClocks;
+    decltype(zmo_GetCpuFeatures) m_features = zmo_GetCpuFeatures;
+};
+
+long long one() {
+    return 1;
+}
+long long two() {
+    return 2;
+}
+long long three() {
+    return 3;
+}
+long long four() {
+    return 4;
+}
+
+template <bool rdtscp>
+ZmoStatus features(Zmo64u* mask, Zmo32u leaf, Zmo32u* regs) {
+    *mask = 7;
+    if (regs) regs[3] = leaf == 0x80000001 && rdtscp ? 1u << 27 : 0;
+    return 0;
+}
+
+TEST_F(Clock, SelectsReadersByTheProcessor) {
+    zmo_GetCpuFeatures = features<true>;
+    psSelectCpuClocks(one, two, three, four);
+    EXPECT_EQ(zmo_StartCpuClocks(), 3);
+    EXPECT_EQ(zmo_StopCpuClocks(), 4);
+    zmo_GetCpuFeatures = features<false>;
+    psSelectCpuClocks(one, two, three, four);
+    EXPECT_EQ(zmo_StartCpuClocks(), 1);
+    EXPECT_EQ(zmo_StopCpuClocks(), 2);
+}
+
+TEST_F(Clock, OwnReadersCount) {
+    for (const bool tscp : {false, psHasRdtscp()}) {
+        zmo_GetCpuFeatures = tscp ? features<true> : features<false>;
+        psSelectCpuClocks(nullptr, nullptr, nullptr, nullptr);
+        const long long first = zmo_StartCpuClocks();
+        usleep(1000);
+        const long long last = zmo_StopCpuClocks();
+        EXPECT_GT(last - first, 100'000);  // 1 ms at 100 MHz
+        EXPECT_LT(last - first, 10'000'000'000);
+    }
+    const long long overhead = psTimerOverhead();
+    EXPECT_GE(overhead, 0);
+    EXPECT_LT(overhead, 100);
+}
+
+TEST_F(Clock, OverheadIsTheSmallestDifference) {
+    static long long now;
+    static long long step;
+    now = 0;
+    step = 0;
+    zmo_StartCpuClocks = [] { return now; };
+    // 1000 - i clocks in try i: 901 at the end
+    zmo_StopCpuClocks = []() -> long long { return now += 1000 - step++; };
+    EXPECT_EQ(psTimerOverhead(), 9);
+    EXPECT_EQ(step, 100);
+}
+
+TEST(CpuTicker, NominalFrequency) {
+    const struct {
+        int measured;
+        int nominal;
+    } cases[] = {
+        {2594, 2600}, {3500, 3500}, {2600, 2600}, {3154, 3060}, {3155, 3155},
+        {1443, 1400}, {1444, 1444}, {1850, 1800}, {1950, 1900}, {2230, 2200},
+        {61, 60},     {5000, 5000}, {1, 1},       {0, 0},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(psCpuTicker::nominal(c.measured), c.nominal) << c.measured;
+}
+
+// A second passes with every 1000 questions; the counter runs at 2594 MHz then.
+TEST_F(Clock, MeasuresTwoSeconds) {
+    static long long asked;
+    asked = 0;
+    zmo_StartCpuClocks = [] { return asked * 2'594'000; };
+    const auto now = [](std::time_t*) { return static_cast<std::time_t>(asked++ / 1000); };
+    const double mhz = psCpuTicker::measure(now);
+    EXPECT_NEAR(mhz, 2594.0, 6);  // the first question of a second may be late by one
+    EXPECT_EQ(psCpuTicker::nominal(static_cast<int>(mhz)), 2600);
+}
+
+// The environment is read once a process, so each case gets its own.
+int exitCode(const std::function<int()>& body) {
+    const pid_t child = fork();
+    if (child == 0) _exit(body());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// Time in which no second passes slowly: the measurement ends at once.
+TEST_F(Clock, FrequencyFromTheEnvironment) {
+    EXPECT_EQ(exitCode([] {
+                  setenv("PSCV_FREQ_MHZ", " 2345 ", 1);
+                  psCpuTicker::m_freqMHz = 0;
+                  return psCpuTicker::given() && psCpuTicker::getFreq() == 2345 &&
+                                 psCpuTicker::m_freqMHz == 2345
+                             ? 0
+                             : 1;
+              }),
+              0);
+    for (const char* unusable : {"fast", "0", "-5", "2600MHz", "100001", "2.6", ""}) {
+        EXPECT_EQ(exitCode([&] {
+                      Capture out(1);
+                      setenv("PSCV_FREQ_MHZ", unusable, 1);
+                      const bool given = psCpuTicker::given();
+                      const std::string line = out.take();
+                      psCpuTicker::given();
+                      return !given && out.take().empty() &&
+                                     line == "-- PSCV_FREQ_MHZ=\"" + std::string(unusable) +
+                                                 "\" is ignored: it must be a whole number of "
+                                                 "MHz from 1 to 100000\n"
+                                 ? 0
+                                 : 1;
+                  }),
+                  0)
+            << unusable;
+    }
+}
+
+// Three seconds: the only measurement of the suite.
+TEST_F(Clock, MeasuredFrequencyAgreesWithTheRawClock) {
+    EXPECT_EQ(exitCode([] {
+                  unsetenv("PSCV_FREQ_MHZ");
+                  psCpuTicker::m_freqMHz = 0;
+                  timespec begin{}, end{};
+                  clock_gettime(CLOCK_MONOTONIC_RAW, &begin);
+                  const long long first = zmo_StartCpuClocks();
+                  const int mhz = psCpuTicker::getFreq();
+                  const long long last = zmo_StopCpuClocks();
+                  clock_gettime(CLOCK_MONOTONIC_RAW, &end);
+                  const double seconds = static_cast<double>(end.tv_sec - begin.tv_sec) +
+                                         static_cast<double>(end.tv_nsec - begin.tv_nsec) * 1e-9;
+                  const double exact = static_cast<double>(last - first) / seconds * 1e-6;
+                  // rounding to a nominal value moves it by up to 3 %
+                  return std::abs(mhz - exact) < exact * 0.035 && !psCpuTicker::given() ? 0 : 1;
+              }),
+              0);
+}
+
+TEST(CpuTicker, FrequencyText) {
+    EXPECT_STREQ(psFreqText(2600).c_str(), "2.6 GHz");
+    EXPECT_STREQ(psFreqText(999).c_str(), "999 MHz");
+    EXPECT_STREQ(psFreqText(1000).c_str(), "1 GHz");
+}
+
+TEST(Host, Texts) {
+    char name[psHostSize];
+    char text[psOSSize];
+    psHost(name);
+    psOS(text);
+    EXPECT_GT(std::strlen(name), 0u);
+    EXPECT_EQ(std::string(text).rfind("Linux (", 0), 0u);
+    EXPECT_EQ(text[std::strlen(text) - 1], ')');
+    EXPECT_GE(psGetNumOfProcessors(), 1);
+}
+
+int niceValue() {
+    return getpriority(PRIO_PROCESS, 0);
+}
+
+TEST(Priority, SuperuserIsRaisedAndRestored) {
+    if (getuid() != 0) GTEST_SKIP() << "needs the superuser";
+    const struct {
+        int level;
+        int nice;
+    } cases[] = {{3, 10}, {2, 0}, {1, -20}, {0, 3}, {7, 3}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(exitCode([&] {
+                      setpriority(PRIO_PROCESS, 0, 3);
+                      // containers may refuse to lower the value again
+                      if (setpriority(PRIO_PROCESS, 0, -20) != 0) return 77;
+                      setpriority(PRIO_PROCESS, 0, 3);
+                      psSetPriority(c.level);
+                      if (niceValue() != c.nice) return 1;
+                      psResetPriority();
+                      if (niceValue() != 3) return 2;
+                      psResetPriority();
+                      return niceValue() == 3 ? 0 : 3;
+                  }),
+                  0)
+            << c.level << " (77: this machine does not let the superuser raise a priority)";
+    }
+}
+
+TEST(Priority, OrdinaryUserKeepsHers) {
+    EXPECT_EQ(exitCode([] {
+                  setpriority(PRIO_PROCESS, 0, 4);
+                  if (setuid(65534) != 0) return 1;
+                  psSetPriority(3);
+                  if (niceValue() != 4) return 2;
+                  psResetPriority();
+                  return niceValue() == 4 ? 0 : 3;
+              }),
+              0);
+}
+
+}  // namespace

@@ -1,0 +1,254 @@
+#include "psctrl87.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "capture.h"
+#include "psexcept.h"
+#include "pslib.h"
+
+namespace {
+
+// Registers held in memory, in the place of the processor's.
+struct FakeRegisters {
+    unsigned control = 0;
+    unsigned status = 0;
+    unsigned mxcsr = 0;
+} fake;
+
+unsigned fakeAccess(int op, unsigned value, unsigned mask) {
+    switch (op) {
+        case 1:
+            return fake.control = (fake.control & ~mask) | (value & mask);
+        case 2:
+            return fake.control;
+        case 3:
+            return fake.status;
+        case 4:
+            return fake.status = 0;
+        case 5:
+            return fake.mxcsr = (fake.mxcsr & ~mask) | (value & mask);
+        case 6:
+            return fake.mxcsr;
+        default:
+            return fake.mxcsr &= ~0x3fu;
+    }
+}
+
+class FakeGuards : public testing::Test {
+  protected:
+    void SetUp() override {
+        ps87::instance();
+        psSSX::instance();
+        zmo_FpuSsx4TS = fakeAccess;
+        fake = {};
+        psInitCtrlStatus();
+    }
+    void TearDown() override {
+        ps87::setExceptionValue(0x3b);
+        psSSX::setExceptionValue(0x1f80);
+        zmo_FpuSsx4TS = psFpuSsx4TS;
+        psClearCtrlStatus();
+        psMaskExceptions();
+    }
+    static void measure(unsigned status, unsigned mxcsrFlags) {
+        ps87::instance().start();
+        psSSX::instance().start();
+        fake.status |= status;
+        fake.mxcsr |= mxcsrFlags;
+        ps87::instance().stop();
+        psSSX::instance().stop();
+    }
+};
+
+TEST_F(FakeGuards, FlagTexts) {
+    const struct {
+        unsigned flags;
+        const char* text;
+        bool bad;
+    } cases[] = {
+        {0x00, "Ok", false},
+        {0x01, "?Invalid ", true},
+        {0x02, "?Denormal ", true},
+        {0x04, "?Zerodivide ", true},
+        {0x08, "?Overflow ", true},
+        {0x10, "?Underflow ", true},
+        {0x20, "_Inexact ", false},
+        {0x3f, "?Invalid ?Denormal ?Zerodivide ?Overflow ?Underflow _Inexact ", true},
+    };
+    for (const auto& c : cases) {
+        psInitCtrlStatus();
+        measure(c.flags, c.flags);
+        EXPECT_STREQ(ps87::instance().strSW().c_str(), c.text);
+        EXPECT_STREQ(psSSX::instance().strExceptionState().c_str(), c.text);
+        EXPECT_EQ(ps87::instance().badStatus(), c.bad) << c.text;
+        EXPECT_EQ(psSSX::instance().badStatus(), c.bad) << c.text;
+        EXPECT_EQ(psBadCtrlStatus(), c.bad) << c.text;
+    }
+}
+
+TEST_F(FakeGuards, ControlTexts) {
+    const struct {
+        unsigned control;
+        unsigned mxcsr;
+        const char* text87;
+        const char* textSSX;
+    } cases[] = {
+        {0x23b, 0x9f80, "Near 53 Invalid Denormal Overflow Underflow Inexact ",
+         "Near Invalid Denormal Zerodivide Overflow Underflow Inexact FlushToZero "},
+        {0x420, 0x3000, "Down 24 Inexact ", "Down Inexact NoFlushToZero "},
+        {0xb00, 0xc000, "Up 64 ", "Up FlushToZero "},
+        {0xd04, 0x6200, "Zero Zerodivide ", "Zero Zerodivide NoFlushToZero "},
+    };
+    for (const auto& c : cases) {
+        psInitCtrlStatus();
+        fake.control = c.control;
+        fake.mxcsr = c.mxcsr;
+        measure(0, 0);
+        EXPECT_STREQ(ps87::instance().strCW().c_str(), c.text87);
+        EXPECT_STREQ(psSSX::instance().strCW().c_str(), c.textSSX);
+    }
+}
+
+TEST_F(FakeGuards, DefaultsLeaveOtherBitsAlone) {
+    fake.control = 0x1040;
+    fake.mxcsr = 0x7f;
+    psInitCtrlStatus();
+    EXPECT_EQ(fake.control, 0x1040u | 0x23b);
+    EXPECT_EQ(fake.mxcsr, 0x9fc0u);  // denormals-are-zero stays, the flags go
+}
+
+TEST_F(FakeGuards, AccumulateUntilCleared) {
+    measure(0x04, 0);
+    measure(0x20, 0x10);
+    EXPECT_STREQ(ps87::instance().strSW().c_str(), "?Zerodivide _Inexact ");
+    EXPECT_STREQ(psSSX::instance().strExceptionState().c_str(), "?Underflow ");
+    ps87::instance().clear();
+    EXPECT_TRUE(ps87::instance().badStatus());  // the accumulated words stay
+    psSSX::instance().clear();
+    EXPECT_FALSE(psSSX::instance().badStatus());
+    psClearCtrlStatus();
+    EXPECT_FALSE(psBadCtrlStatus());
+}
+
+TEST_F(FakeGuards, CheckReportsOnceAndClears) {
+    Capture out(7);
+    bool bad87 = false;
+    bool badSSX = false;
+    measure(0x20, 0x20);
+    EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), PS_UNDEFINED);
+    EXPECT_FALSE(bad87 || badSSX);
+    EXPECT_EQ(out.take(), "");
+
+    measure(0x01, 0);
+    EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), PS_BADSTSWRN);
+    EXPECT_TRUE(bad87);
+    EXPECT_FALSE(badSSX);
+    EXPECT_NE(out.take().find("x87 ?Invalid "), std::string::npos);
+
+    measure(0, 0x08);
+    EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), PS_BADSTSWRN);
+    EXPECT_TRUE(bad87 && badSSX);  // a good guard leaves its flag alone
+    EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), PS_UNDEFINED);
+}
+
+TEST_F(FakeGuards, InexactMaskIsBuiltFromTheFlags) {
+    fake.status = 0x05;
+    // set() clears the flags after they were read
+    ps87::instance().base().disableInexactException();
+    EXPECT_EQ(fake.control & 0x3f, 0x25u);
+    psSSX::instance().base().enableExceptions();
+    EXPECT_EQ(fake.mxcsr & 0x1f80, 0u);
+    psSSX::instance().base().disableInexactException();
+    EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1000u);
+}
+
+TEST_F(FakeGuards, UnmaskingLastsUntilMasked) {
+    ps87::setExceptionValue(0x20);
+    psSSX::setExceptionValue(0x1000);
+    psInitCtrlStatus();
+    measure(0, 0);
+    EXPECT_STREQ(ps87::instance().strCW().c_str(), "Near 53 Inexact ");
+    EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1000u);
+    psMaskExceptions();
+    EXPECT_EQ(fake.control & 0x3f, 0x3fu);
+    EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1f80u);
+    psInitCtrlStatus();
+    EXPECT_EQ(fake.control & 0x3f, 0x20u);
+}
+
+TEST_F(FakeGuards, WithoutSseNothingIsTouched) {
+    const auto query = zmo_GetCpuFeatures;
+    zmo_GetCpuFeatures = [](Zmo64u* mask, Zmo32u, Zmo32u*) -> ZmoStatus { return *mask = 1, 0; };
+    fake.mxcsr = 0x1234;
+    tsSSXBase base;
+    base.setDefault();
+    base.enableExceptions();
+    base.reset();
+    zmo_GetCpuFeatures = query;
+    EXPECT_FALSE(base.isPresent());
+    EXPECT_EQ(fake.mxcsr, 0x1234u);
+    EXPECT_EQ(base.get(), 0u);
+}
+
+// The processor's registers.
+class RealGuards : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_control = psFpuSsx4TS(2, 0, 0);
+        m_mxcsr = psFpuSsx4TS(6, 0, 0);
+    }
+    void TearDown() override {
+        ps87::setExceptionValue(0x3b);
+        psSSX::setExceptionValue(0x1f80);
+        psFpuSsx4TS(4, 0, 0);
+        psFpuSsx4TS(1, m_control, 0xf3f);
+        psFpuSsx4TS(5, m_mxcsr, 0xffff);
+    }
+    static void divide87() { asm volatile("fld1\n\tfldz\n\tfdivrp\n\tfstp %%st(0)" : : : "st"); }
+    static void divideSSE() {
+        volatile double zero = 0;
+        volatile double quotient = 1 / zero;
+        static_cast<void>(quotient);
+    }
+
+  private:
+    unsigned m_control = 0;
+    unsigned m_mxcsr = 0;
+};
+
+TEST_F(RealGuards, OwnAccessKeepsReservedBits) {
+    EXPECT_EQ(psFpuSsx4TS(1, 0xc00, 0xc00) & 0xc00, 0xc00u);
+    EXPECT_EQ(psFpuSsx4TS(2, 0, 0) & 0xc00, 0xc00u);
+    EXPECT_EQ(psFpuSsx4TS(1, 0, 0xc00) & 0xc00, 0u);
+    EXPECT_EQ(psFpuSsx4TS(5, 0xffffffff, 0xffff8000) & 0xffff8000, 0x8000u);
+    EXPECT_EQ(psFpuSsx4TS(99, 0, 0), 0u);
+    divideSSE();
+    EXPECT_EQ(psFpuSsx4TS(6, 0, 0) & 0x3f, 4u);
+    EXPECT_EQ(psFpuSsx4TS(7, 0, 0) & 0x3f, 0u);
+}
+
+TEST_F(RealGuards, ZeroDivideTrapsInX87OnlyByDefault) {
+    psInitCtrlStatus();
+    EXPECT_NO_THROW(psGuarded(divideSSE));
+    EXPECT_THROW(psGuarded(divide87), psException);
+    psMaskExceptions();
+    EXPECT_NO_THROW(psGuarded(divide87));
+    ps87::instance().stop();
+    psSSX::instance().stop();
+    EXPECT_STREQ(ps87::instance().strSW().c_str(), "?Zerodivide ");
+    psClearCtrlStatus();
+    EXPECT_FALSE(psBadCtrlStatus());
+}
+
+TEST_F(RealGuards, UnmaskedSseTrapsAndIsMaskedAgain) {
+    psSSX::setExceptionValue(0x1000);
+    psInitCtrlStatus();
+    EXPECT_THROW(psGuarded(divideSSE), psException);
+    EXPECT_EQ(psFpuSsx4TS(6, 0, 0) & 0x1f80, 0x1000u);  // as it was when armed
+    psMaskExceptions();
+    EXPECT_NO_THROW(psGuarded(divideSSE));
+}
+
+}  // namespace

@@ -1,0 +1,220 @@
+#include "psexcept.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "psctrl87.h"
+#include "psstream.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
+
+namespace {
+
+// The faults, written so that neither compiler nor sanitizer can see them.
+[[gnu::noinline]] void readNull() {
+    asm volatile("movl 0, %%eax" : : : "eax", "memory");
+}
+[[gnu::noinline]] void divideByZero() {
+    int dividend = 1;
+    int divisor = 0;
+    asm volatile("xorl %%edx, %%edx\n\tidivl %1" : "+a"(dividend) : "r"(divisor) : "edx", "cc");
+}
+[[gnu::noinline]] void divideByZero87() {
+    // Unmasked, as the guards leave the x87 unit; the fault comes with the fwait
+    // that ends the guarded region.
+    const unsigned short control = 0x23b;
+    asm volatile("fldcw %0\n\tfld1\n\tfldz\n\tfdivrp" : : "m"(control));
+}
+[[gnu::noinline]] void illegalInstruction() {
+    asm volatile("ud2");
+}
+[[gnu::noinline]] int overflowStack(const volatile char* previous) {
+    volatile char block[4096];
+    block[0] = previous[0];
+    return block[0] == 'x' ? 0 : overflowStack(block) + block[0];
+}
+
+struct Fault {
+    const char* name;
+    void (*raise)();
+    const char* info;
+};
+
+const char* const storage = "Illegal storage access.";
+const char* const arithmetic = "FP fail, such as overflow, division by zero, invalid operation.";
+
+const Fault faults[] = {
+    {"null", readNull, storage},
+    {"integer division", divideByZero, arithmetic},
+    {"x87 division", divideByZero87, arithmetic},
+    {"illegal instruction", illegalInstruction, "Illegal instruction."},
+    {"bus", [] { raise(SIGBUS); }, storage},
+};
+
+std::string infoOf(const std::function<void()>& body) {
+    try {
+        psGuarded(body);
+    } catch (const psException& fault) {
+        return fault.info().c_str();
+    }
+    return "";
+}
+
+// Main runs with flush-to-zero and denormals-are-zero; every test here too.
+class PsExcept : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_mxcsr = psFpuSsx4TS(6, 0, 0);
+        m_control = psFpuSsx4TS(2, 0, 0);
+        psFpuSsx4TS(5, 0x8040, 0x8040);
+    }
+    void TearDown() override {
+        psFpuSsx4TS(5, m_mxcsr, 0xffff);
+        psFpuSsx4TS(4, 0, 0);
+        psFpuSsx4TS(1, m_control, 0xf3f);
+        psException::currentName = nullptr;
+    }
+
+  private:
+    unsigned m_mxcsr = 0;
+    unsigned m_control = 0;
+};
+
+TEST_F(PsExcept, MessagesOfBothForms) {
+    const psException fault(psString("no such image"));
+    EXPECT_STREQ(fault.msg().c_str(), "--ZMO. Exception: no such image");
+    EXPECT_STREQ(fault.info().c_str(), "no such image");
+    EXPECT_STREQ(fault.what(), fault.msg().c_str());
+    EXPECT_TRUE(fault.where().empty());
+    EXPECT_STREQ(psException("trap").msg().c_str(), "--ZMO. Signal: trap");
+    EXPECT_EQ(psException(psString(std::string(300, 'x'))).info().length(), 255);
+    EXPECT_STREQ(tsSignal::getInfo(SIGTERM), "Unknown exception");
+}
+
+TEST_F(PsExcept, EveryFaultComesBackAsException) {
+    for (const Fault& fault : faults) EXPECT_EQ(infoOf(fault.raise), fault.info) << fault.name;
+    EXPECT_EQ(infoOf([] {}), "");
+}
+
+TEST_F(PsExcept, TellsTheTracedOperation) {
+    psException::currentName = psTrace::getCurName;
+    try {
+        const psTraceScope outer("outer");
+        psGuarded([] {
+            psTrace::traceIn("inner");
+            readNull();
+        });
+        FAIL();
+    } catch (const psException& fault) {
+        EXPECT_STREQ(fault.where().c_str(), "inner");
+        EXPECT_STREQ(fault.msg().c_str(), "--ZMO. Signal: Illegal storage access.");
+    }
+    psTrace::traceOut("outer");
+}
+
+TEST_F(PsExcept, ThousandsInARow) {
+    const std::size_t kinds = std::size(faults);
+    int caught = 0;
+    for (std::size_t i = 0; i < 20000; ++i) {
+        const Fault& fault = faults[i % kinds];
+        if (infoOf(fault.raise) == fault.info) ++caught;
+    }
+    EXPECT_EQ(caught, 20000);
+}
+
+TEST_F(PsExcept, StackOverflowsInARow) {
+    if (sanitized) {
+        std::puts("skipped: the address sanitizer ends the process at a stack overflow");
+        GTEST_SKIP() << "the address sanitizer ends the process at a stack overflow";
+    }
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_EQ(infoOf([] { overflowStack(""); }), storage) << i;
+        ASSERT_EQ(infoOf(illegalInstruction), "Illegal instruction.") << i;
+    }
+}
+
+TEST_F(PsExcept, KeepsControlWords) {
+    psFpuSsx4TS(1, 0x63b, 0xf3f);  // 53 bits, rounding down, zero-divide traps
+    for (const Fault& fault : faults) {
+        infoOf(fault.raise);
+        EXPECT_EQ(psFpuSsx4TS(6, 0, 0) & 0xffc0, 0x8040u | 0x1f80u) << fault.name;
+        EXPECT_EQ(psFpuSsx4TS(2, 0, 0) & 0xf3f, 0x63bu) << fault.name;
+        EXPECT_EQ(psFpuSsx4TS(3, 0, 0) & 0x3f, 0u) << fault.name;
+    }
+    // The x87 register stack is usable: eight values fit.
+    asm volatile("fldz\n\tfldz\n\tfldz\n\tfldz\n\tfldz\n\tfldz\n\tfldz\n\tfldz");
+    const unsigned invalid = psFpuSsx4TS(3, 0, 0) & 1;
+    asm volatile("fninit");
+    EXPECT_EQ(invalid, 0u);
+}
+
+TEST_F(PsExcept, Nests) {
+    std::string inner;
+    const std::string outer = infoOf([&] {
+        inner = infoOf(readNull);
+        illegalInstruction();  // the outer region is armed again
+    });
+    EXPECT_EQ(inner, storage);
+    EXPECT_EQ(outer, "Illegal instruction.");
+    EXPECT_FALSE(tsSignal::isArmed());
+}
+
+TEST_F(PsExcept, DestructorsOfTheArmingFrameRun) {
+    bool destroyed = false;
+    struct Flag {
+        bool& set;
+        ~Flag() { set = true; }
+    };
+    try {
+        const Flag flag{destroyed};
+        psGuarded(readNull);
+        FAIL();
+    } catch (const psException&) {
+        EXPECT_TRUE(destroyed);
+    }
+}
+
+TEST_F(PsExcept, OtherExceptionsPassAndDisarm) {
+    EXPECT_THROW(psGuarded([] { throw std::runtime_error("mine"); }), std::runtime_error);
+    EXPECT_FALSE(tsSignal::isArmed());
+    EXPECT_EQ(infoOf([] {
+                  try {
+                      psGuarded([] { throw 1; });
+                  } catch (int) {
+                  }
+                  readNull();
+              }),
+              storage);
+}
+
+using PsExceptDeath = PsExcept;
+
+// A sanitizer's own handler would turn these into reports.
+TEST_F(PsExceptDeath, UnarmedSignalsEndTheProcess) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    for (const int signal : {SIGFPE, SIGILL, SIGSEGV, SIGBUS}) {
+        EXPECT_EXIT(
+            {
+                tsSignal::install();
+                raise(signal);
+            },
+            testing::KilledBySignal(signal), "");
+    }
+    EXPECT_EXIT(
+        {
+            psGuarded([] {});
+            illegalInstruction();
+        },
+        testing::KilledBySignal(SIGILL), "");
+}
+
+}  // namespace
