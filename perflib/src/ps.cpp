@@ -294,6 +294,7 @@ int psSession::run(int argc, char** argv) {
     io_stream::inPathRule = inPath;
     io_stream::outPathRule = outPath;
     psCatchInterrupts();
+    m_libraryWanted = false;
     g_ostrm.setMsgLevel(PERF);
     g_ostrm.push_back(&c_out);
     setZmoEnvironment();

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <string_view>
-
 #include "pslib.h"
 
 using enum MessageLevel;
@@ -13,14 +11,15 @@ __psMorvaCpuTest::__psMorvaCpuTest()
              "Morva CPU information") {}
 
 psString __psMorvaCpuTest::featureLine() {
-    const std::uint64_t features = psProcessorFeatures();
-    const auto rows = psCpuFeatures::rows();
+    Zmo64u features = 0;
+    if (zmo_GetCpuFeatures(&features, 0, nullptr) < 0) return "unknown without libzmocore";
     psString line;
-    for (std::size_t i = 0; i < rows.size() && !rows[i].isCodePath; ++i) {
-        if ((rows[i].mask & features) != rows[i].mask) continue;
-        line += line.empty() ? psString(rows[i].label) : psString(" ") + rows[i].label;
+    for (const psCpuFeatures::Row& row : psCpuFeatures::rows()) {
+        if (row.isCodePath) break;  // the instruction sets come first
+        if ((row.mask & features) != row.mask) continue;
+        line += line.empty() ? psString(row.label) : psString(" ") + row.label;
     }
-    return line.empty() ? psString("none known") : line;
+    return line.empty() ? psString("none") : line;
 }
 
 psString __psMorvaCpuTest::cacheLine() {
