@@ -3,6 +3,7 @@
 #pragma once
 
 #include <ctime>
+#include <memory>
 
 #include "pslist.h"
 #include "psresult.h"
@@ -62,7 +63,7 @@ class psTest {
     bool badControl87() const { return m_bad87; }
     bool badControlSSX() const { return m_badSSX; }
     const psList<psParameter*>& parms() const { return m_parms; }
-    psCacheIterator* cacheIter() const { return m_cacheIter; }
+    psCacheIterator* cacheIter() const { return m_cacheIter.get(); }
 
     static psResult m_currentResult;  // worst result over the sets of the running test
     static int m_hot;                 // 0 none, 1 -H, 2 -HONLY
@@ -135,7 +136,7 @@ class psTest {
     psResult measureSet();
     psResult checkCtrlStatus();
     void finishTable();
-    void runFailed(const psString& message);
+    void runFailed(const psString& message, const psString& where);
     bool openIniSection() const;
     void putTableName();
     void putTextError(psResult result);
@@ -160,8 +161,7 @@ class psTest {
     bool m_bad87 = false;
     bool m_badSSX = false;
     psList<psParameter*> m_parms;  // not owned
-    psCacheIterator* m_cacheIter = nullptr;
-    std::unique_ptr<psCacheIterator> m_cacheOwner;
+    std::unique_ptr<psCacheIterator> m_cacheIter;
     bool m_cacheSizeBad = false;
     psString m_timingComment;
 };
