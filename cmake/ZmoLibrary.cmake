@@ -64,6 +64,8 @@ function(zmo_level_objects library level)
   add_custom_target(${target}_check DEPENDS ${stamp})
   add_dependencies(${library} ${target}_check)
   target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
+  # For tests that look into the tables of kernels, which no library exports.
+  set_property(GLOBAL APPEND PROPERTY ZMO_KERNEL_TARGETS ${target})
 endfunction()
 
 function(zmo_family library family)

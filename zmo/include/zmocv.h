@@ -23,7 +23,8 @@ ZMO_API const ZmoLibraryVersion* zmocvGetVersion(void);
  *   zmoiNormL2   m = sqrt(dx dx + dy dy), taken by its square: sizes and thresholds are compared
  *                through m m = dx dx + dy dy, low low and high high
  *   16s computes m, or its square, exactly. 32f computes it in single precision (each product and
- *   sum rounded once) and compares with the exact threshold or its exact square.
+ *   sum rounded once) and compares with the exact threshold or its exact square, where what lies
+ *   below 2^-126 counts as 0.
  *
  * Sector, from |dx| and |dy|, the first that holds:
  *   along x      16s: 32768 |dy| <= 13573 |dx|        32f: |dy| <= t |dx|

@@ -90,8 +90,9 @@ ZMO_API ZmoStatus zmoiConvert_8u32f_C1R(const Zmo8u* pSrc, int srcStep, Zmo32f* 
  *
  *   x' =  c x + s y + xShift,   y' = -s x + c y + yShift,   c = cos(angle), s = sin(angle)
  *
- * in degrees: a positive angle turns the picture against the clock, as y points down. The shift
- * that leaves (xCenter, yCenter) where it is:
+ * A positive angle turns the picture against the clock, as y points down. Angles are in degrees; cos
+ * and sin are taken of fmod(angle, 360) times 0.017453292519943295, and are exact at the multiples of
+ * 90 degrees. The shift that leaves (xCenter, yCenter) where it is:
  *
  *   xShift = xCenter - c xCenter - s yCenter,   yShift = yCenter + s xCenter - c yCenter
  *

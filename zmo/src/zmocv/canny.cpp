@@ -2,6 +2,8 @@
 
 #include <bit>
 #include <climits>
+#include <limits>
+#include <type_traits>
 
 #include "common/check.h"
 #include "zmocv.h"
@@ -31,16 +33,14 @@ int floorToInt(double limit) {
 }
 
 // The largest float that is not above limit >= 0, found in the bits: a conversion would round, and
-// could raise overflow or underflow.
+// could raise overflow. Denormal limits become 0, since each comparison with one would raise a flag.
 float floorToFloat(double limit) {
-    constexpr double largest = 3.4028234663852886e38;
-    constexpr double smallestNormal = 0x1p-126;
-    if (limit > largest) {
-        return std::bit_cast<float>(limit > 1.7976931348623157e308 ? 0x7f800000U : 0x7f7fffffU);
-    }
-    if (limit < smallestNormal) {
-        return std::bit_cast<float>(static_cast<uint32_t>(limit * 0x1p149));
-    }
+    constexpr double smallestNormal = std::numeric_limits<float>::min();
+    constexpr double largest = std::numeric_limits<float>::max();
+    if (limit < smallestNormal) return 0;
+    if (limit == std::numeric_limits<double>::infinity())
+        return std::numeric_limits<float>::infinity();
+    if (limit > largest) return std::numeric_limits<float>::max();
     constexpr uint64_t surplusBits = (1ULL << 29) - 1;
     return static_cast<float>(std::bit_cast<double>(std::bit_cast<uint64_t>(limit) & ~surplusBits));
 }
@@ -62,7 +62,7 @@ ZmoStatus canny(CannyKernel<Limit> CannyKernels::*l1, CannyKernel<Limit> CannyKe
     if (isEmpty(roi)) return zmoStsSizeErr;
     if (badStep<T>(srcStep, roi.width) || badStep<T>(src2Step, roi.width)) return zmoStsStepErr;
     if (badStep<Zmo8u>(dstStep, roi.width)) return zmoStsStepErr;
-    // isless, unlike <, raises no flag for a threshold that is not a number.
+    // Unlike < and <=, these raise no flag for a threshold that is not a number.
     if (!__builtin_isgreaterequal(low, 0.0F) || !__builtin_islessequal(low, high)) {
         return zmoStsThresholdErr;
     }

@@ -8,10 +8,24 @@
 namespace zmo {
 namespace {
 
-constexpr double radiansPerDegree = 0.017453292519943295;
+struct Direction {
+    double c;
+    double s;
+};
 
+// Cosine and sine of an angle in degrees, exact at the multiples of 90: a quarter turn must not push
+// the pixels of an edge outside by a rounding error.
+Direction directionOf(double degrees) {
+    constexpr double radiansPerDegree = 0.017453292519943295;
+    constexpr Direction quarters[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+    const double rest = std::fmod(degrees, 360.0);
+    if (std::fmod(rest, 90.0) == 0) return quarters[(static_cast<int>(rest) / 90 + 4) % 4];
+    return {std::cos(rest * radiansPerDegree), std::sin(rest * radiansPerDegree)};
+}
+
+// islessequal, unlike <=, raises no flag for what is not a number.
 bool isPlain(double value) {
-    return std::fabs(value) <= 1e9;
+    return std::islessequal(std::fabs(value), 1e9);
 }
 
 }  // namespace
@@ -23,8 +37,7 @@ ZmoStatus zmoiRotateGetShift(Zmo64f xCenter, Zmo64f yCenter, Zmo64f angle, Zmo64
     if (!std::isfinite(xCenter) || !std::isfinite(yCenter) || !std::isfinite(angle)) {
         return zmoStsRangeErr;
     }
-    const double c = std::cos(angle * zmo::radiansPerDegree);
-    const double s = std::sin(angle * zmo::radiansPerDegree);
+    const auto [c, s] = zmo::directionOf(angle);
     *pXShift = xCenter - c * xCenter - s * yCenter;
     *pYShift = yCenter + s * xCenter - c * yCenter;
     return zmoStsNoErr;
@@ -39,9 +52,9 @@ ZmoStatus zmoiRotate_8u_C1R(const Zmo8u* pSrc, int srcStep, ZmoiSize srcRoi, Zmo
     if (!zmo::isPlain(angle) || !zmo::isPlain(xShift) || !zmo::isPlain(yShift)) {
         return zmoStsRangeErr;
     }
-    const double radians = angle * zmo::radiansPerDegree;
+    const auto [c, s] = zmo::directionOf(angle);
     zmo::kernelsInUse(zmo::rotateKernelsByLevel)
         .rotate8u({pSrc, srcStep}, {srcRoi.width, srcRoi.height}, {pDst, dstStep},
-                  {roi.width, roi.height}, {std::cos(radians), std::sin(radians), xShift, yShift});
+                  {roi.width, roi.height}, {c, s, xShift, yShift});
     return zmoStsNoErr;
 }

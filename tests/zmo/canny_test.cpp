@@ -1,0 +1,330 @@
+#include <cmath>
+#include <limits>
+
+#include "kit.h"
+#include "oracle/canny.h"
+#include "oracle/sobel.h"
+#include "zmocv.h"
+
+namespace {
+
+template <class T>
+ZmoStatus (*const cannyOf)(const T*, int, const T*, int, Zmo8u*, int, ZmoiSize, Zmo32f, Zmo32f,
+                           ZmoiNorm, Zmo8u*) = nullptr;
+template <>
+constexpr auto* cannyOf<Zmo16s> = zmoiCanny_16s8u_C1R;
+template <>
+constexpr auto* cannyOf<Zmo32f> = zmoiCanny_32f8u_C1R;
+
+template <class T>
+kit::Image<Zmo8u> runCanny(const kit::Image<T>& dx, const kit::Image<T>& dy, kit::Layout layout,
+                           float low, float high, ZmoiNorm norm) {
+    int size = 0;
+    EXPECT_EQ(zmoiCannyGetSize(dx.size(), &size), zmoStsNoErr);
+    kit::Buffer buffer(size, layout.misalign);
+    kit::Image<Zmo8u> dst(dx.size(), layout);
+    kit::succeed([&] {
+        return cannyOf<T>(dx.ptr(), dx.step(), dy.ptr(), dy.step(), dst.ptr(), dst.step(),
+                          dx.size(), low, high, norm, buffer.ptr());
+    });
+    dst.expectSurroundingsUntouched("destination");
+    buffer.expectSurroundingsUntouched();
+    return dst;
+}
+
+// Compares every level with the oracle; returns the number of edge pixels.
+template <class T>
+int expectOracle(const kit::Image<T>& dx, const kit::Image<T>& dy, kit::Layout layout, float low,
+                 float high, ZmoiNorm norm) {
+    SCOPED_TRACE(testing::Message() << dx.size() << " " << layout << " low " << low << " high "
+                                    << high << " norm " << norm);
+    const oracle::Canny<T> expected(dx, dy, low, high, norm);
+    kit::forEachLevel([&] {
+        const kit::Image<Zmo8u> dst = runCanny(dx, dy, layout, low, high, norm);
+        kit::expectPixels(dst, [&](int x, int y) { return expected.edges().get(x, y); });
+    });
+    dx.expectUntouched("dx");
+    dy.expectUntouched("dy");
+    return expected.count();
+}
+
+// Values from a few sizes, so that ties, sector bounds and thresholds are hit exactly.
+template <class T, class Draw>
+int expectOracleEverywhere(Draw draw, float low, float high) {
+    int edges = 0;
+    for (const ZmoiSize size : kit::sizes()) {
+        for (const kit::Layout layout : kit::layouts()) {
+            kit::Image<T> dx(size, layout);
+            kit::Image<T> dy(size, {layout.misalign + 1, layout.padding + 2});
+            dx.fill(draw);
+            dy.fill(draw);
+            for (const ZmoiNorm norm : {zmoiNormL1, zmoiNormL2}) {
+                edges += expectOracle(dx, dy, layout, low, high, norm);
+            }
+        }
+    }
+    return edges;
+}
+
+TEST(Canny, RandomGradients) {
+    kit::Random random(20);
+    EXPECT_GT(expectOracleEverywhere<Zmo16s>([&] { return random.between(-500, 500); }, 200, 400),
+              0);
+    EXPECT_GT(expectOracleEverywhere<Zmo32f>([&] { return random.uniform(-500, 500); }, 200, 400),
+              0);
+}
+
+TEST(Canny, TiesAndExactThresholds) {
+    kit::Random random(21);
+    const auto few = [&] { return random.between(-3, 3); };
+    EXPECT_GT(expectOracleEverywhere<Zmo16s>(few, 3, 4), 0);
+    EXPECT_GT(expectOracleEverywhere<Zmo32f>(few, 3, 4), 0);
+}
+
+TEST(Canny, ExtremeValues) {
+    kit::Random random(22);
+    const auto extreme = [&] { return random.between(0, 1) == 0 ? -32768 : 32767; };
+    EXPECT_GT(expectOracleEverywhere<Zmo16s>(extreme, 46339, 46340), 0);
+    const auto large = [&] { return static_cast<float>(random.uniform(-1e18, 1e18)); };
+    EXPECT_GT(expectOracleEverywhere<Zmo32f>(large, 1e17F, 8e17F), 0);
+}
+
+TEST(Canny, SectorBounds) {
+    kit::Random random(23);
+    // 13573 and 32768 are the two sides of the bound itself.
+    const auto bound = [&] {
+        const int64_t size = random.between(0, 1) == 0 ? 13573 : 32767;
+        return (random.between(0, 1) * 2 - 1) * (size + random.between(-1, 0));
+    };
+    expectOracleEverywhere<Zmo16s>(bound, 10, 20);
+    kit::Image<Zmo16s> dx({3, 3});
+    kit::Image<Zmo16s> dy({3, 3});
+    for (const Zmo16s across : {Zmo16s{13572}, Zmo16s{13573}, Zmo16s{13574}}) {
+        dx.fill([&] { return random.between(-9, 9) * 1000; });
+        dy.fill([&] { return random.between(-9, 9) * 1000; });
+        dx.set(1, 1, -32768);
+        dy.set(1, 1, across);
+        dx.snapshot();
+        dy.snapshot();
+        expectOracle(dx, dy, {}, 10, 20, zmoiNormL2);
+    }
+}
+
+// Gradients of a picture of smooth discs: long contours, which weak pixels join to strong ones.
+template <class T>
+void drawDiscs(kit::Image<T>& dx, kit::Image<T>& dy, kit::Random& random) {
+    const ZmoiSize size = dx.size();
+    kit::Image<Zmo8u> picture(size);
+    const double centerX = random.uniform(0, size.width);
+    const double centerY = random.uniform(0, size.height);
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            const double radius = std::hypot(x - centerX, y - centerY);
+            const double contrast = 100 * std::sin(0.05 * x) * std::sin(radius / 4);
+            picture.set(x, y, static_cast<Zmo8u>(std::lround(127 + contrast)));
+        }
+    }
+    const oracle::Extended<Zmo8u> a{picture, zmoiBorderReplicate, 0};
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            dx.set(x, y, static_cast<T>(oracle::sobel(a, x, y, 1, true)));
+            dy.set(x, y, static_cast<T>(oracle::sobel(a, x, y, 1, false)));
+        }
+    }
+    dx.snapshot();
+    dy.snapshot();
+}
+
+template <class T>
+void expectContours() {
+    kit::Random random(24);
+    for (const ZmoiSize size : {ZmoiSize{120, 90}, ZmoiSize{61, 200}, ZmoiSize{333, 40}}) {
+        kit::Image<T> dx(size, {1, 1});
+        kit::Image<T> dy(size, {3, 0});
+        drawDiscs(dx, dy, random);
+        const int both = expectOracle(dx, dy, {}, 20, 100, zmoiNormL2);
+        const int strongOnly = expectOracle(dx, dy, {}, 100, 100, zmoiNormL2);
+        const int weakToo = expectOracle(dx, dy, {}, 20, 20, zmoiNormL2);
+        expectOracle(dx, dy, {}, 20, 100, zmoiNormL1);
+        // Hysteresis has work to do, and each of low, high and norm changes the result.
+        EXPECT_GT(both, strongOnly);
+        EXPECT_GT(weakToo, both);
+        EXPECT_FALSE(kit::samePixels(runCanny(dx, dy, {}, 20, 100, zmoiNormL1),
+                                     runCanny(dx, dy, {}, 20, 100, zmoiNormL2)));
+    }
+}
+
+TEST(Canny, ContoursWithHysteresis16s) {
+    expectContours<Zmo16s>();
+}
+TEST(Canny, ContoursWithHysteresis32f) {
+    expectContours<Zmo32f>();
+}
+
+// A spiral of candidates with one seed at its inner end: an edge is followed over the whole image, and
+// a limit on passes or depth would cut it.
+TEST(Canny, FollowsAChainToItsEnd) {
+    const ZmoiSize size{201, 201};
+    kit::Image<Zmo32f> dx(size);
+    kit::Image<Zmo32f> dy(size);
+    dx.fill([] { return 0; });
+    dy.fill([] { return 0; });
+    int x = 0;
+    int y = 0;
+    int stepX = 1;
+    int stepY = 0;
+    // Each side is walked until the next pixel but one is taken.
+    const auto taken = [&](int i, int j) {
+        if (i < 0 || j < 0 || i >= size.width || j >= size.height) return false;
+        return dx.get(i, j) != 0 || dy.get(i, j) != 0;
+    };
+    const auto blocked = [&] {
+        const int i = x + stepX;
+        const int j = y + stepY;
+        if (i < 0 || j < 0 || i >= size.width || j >= size.height) return true;
+        return taken(x + 2 * stepX, y + 2 * stepY);
+    };
+    int length = 1;
+    // The gradient stands across the line, so every pixel of the line is a maximum.
+    const auto mark = [&](float strength) {
+        dx.set(x, y, stepX != 0 ? 0 : strength);
+        dy.set(x, y, stepX != 0 ? strength : 0);
+    };
+    mark(10);
+    for (int turns = 0; turns < 2;) {
+        if (blocked()) {
+            const int turned = stepX;
+            stepX = -stepY;
+            stepY = turned;
+            ++turns;
+            continue;
+        }
+        turns = 0;
+        x += stepX;
+        y += stepY;
+        ++length;
+        mark(10);
+    }
+    ASSERT_GT(length, 15000);
+    dx.snapshot();
+    dy.snapshot();
+    EXPECT_EQ(expectOracle(dx, dy, {}, 5, 20, zmoiNormL2), 0);
+    mark(30);
+    dx.snapshot();
+    dy.snapshot();
+    const kit::Image<Zmo8u> edges = runCanny(dx, dy, {}, 5, 20, zmoiNormL2);
+    int found = 0;
+    for (int j = 0; j < size.height; ++j) {
+        for (int i = 0; i < size.width; ++i) found += edges.get(i, j) == 255 ? 1 : 0;
+    }
+    // Where the line turns, a pixel of the other direction may be suppressed; the chain stays whole.
+    EXPECT_GT(found, length * 97 / 100);
+    EXPECT_EQ(edges.get(0, 0), 255);
+}
+
+// Thresholds far outside the range of the sizes select all maxima or none, without a flag.
+TEST(Canny, ExtremeThresholds) {
+    kit::Random random(25);
+    kit::Image<Zmo16s> dx({40, 20});
+    kit::Image<Zmo16s> dy({40, 20});
+    kit::Image<Zmo32f> dxf({40, 20});
+    kit::Image<Zmo32f> dyf({40, 20});
+    dx.fill([&] { return random.between(-32768, 32767); });
+    dy.fill([&] { return random.between(-32768, 32767); });
+    dxf.fill([&] { return random.uniform(-10, 10); });
+    dyf.fill([&] { return random.uniform(-10, 10); });
+    constexpr float largest = std::numeric_limits<float>::max();
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    for (const ZmoiNorm norm : {zmoiNormL1, zmoiNormL2}) {
+        const int all = expectOracle(dx, dy, {}, 0, 0, norm);
+        EXPECT_GT(all, 0);
+        EXPECT_EQ(expectOracle(dx, dy, {}, 1e-30F, 1e-20F, norm), all);
+        EXPECT_EQ(expectOracle(dx, dy, {}, 65536, 65537, norm), 0);
+        EXPECT_EQ(expectOracle(dx, dy, {}, 3e9F, infinity, norm), 0);
+        const int allFloat = expectOracle(dxf, dyf, {}, 0, 0, norm);
+        EXPECT_GT(allFloat, 0);
+        EXPECT_EQ(expectOracle(dxf, dyf, {}, 1e-30F, 1e-20F, norm), allFloat);
+        EXPECT_EQ(expectOracle(dxf, dyf, {}, 1e-20F, largest, norm), 0);
+        EXPECT_EQ(expectOracle(dxf, dyf, {}, largest, infinity, norm), 0);
+    }
+}
+
+template <class T>
+void expectCannyFaults() {
+    struct Args {
+        const T* pSrc;
+        int srcStep;
+        const T* pSrc2;
+        int src2Step;
+        Zmo8u* pDst;
+        int dstStep;
+        ZmoiSize roi;
+        float low;
+        float high;
+        ZmoiNorm norm;
+        Zmo8u* pBuffer;
+    };
+    const ZmoiSize roi{16, 5};
+    kit::Image<T> dx(roi);
+    kit::Image<T> dy(roi);
+    kit::Image<Zmo8u> dst(roi);
+    dx.fill([] { return 4; });
+    dy.fill([] { return 5; });
+    int size = 0;
+    ASSERT_EQ(zmoiCannyGetSize(roi, &size), zmoStsNoErr);
+    kit::Buffer buffer(size);
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr int element = sizeof(T);
+    kit::expectFaults(
+        Args{dx.ptr(), dx.step(), dy.ptr(), dy.step(), dst.ptr(), dst.step(), roi, 10, 20,
+             zmoiNormL1, buffer.ptr()},
+        [](const Args& a) {
+            return cannyOf<T>(a.pSrc, a.srcStep, a.pSrc2, a.src2Step, a.pDst, a.dstStep, a.roi,
+                              a.low, a.high, a.norm, a.pBuffer);
+        },
+        {{"null dx", zmoStsNullPtrErr, [](Args& a) { a.pSrc = nullptr; }},
+         {"null dy", zmoStsNullPtrErr, [](Args& a) { a.pSrc2 = nullptr; }},
+         {"null destination", zmoStsNullPtrErr, [](Args& a) { a.pDst = nullptr; }},
+         {"null buffer", zmoStsNullPtrErr, [](Args& a) { a.pBuffer = nullptr; }},
+         {"width", zmoStsSizeErr, [](Args& a) { a.roi.width = 0; }},
+         {"height", zmoStsSizeErr, [](Args& a) { a.roi.height = -2; }},
+         {"dx step", zmoStsStepErr, [](Args& a) { a.srcStep = 15 * element; }},
+         {"odd dx step", zmoStsStepErr, [](Args& a) { a.srcStep = 16 * element + 1; }},
+         {"dy step", zmoStsStepErr, [](Args& a) { a.src2Step = -16 * element; }},
+         {"odd dy step", zmoStsStepErr, [](Args& a) { a.src2Step = 17 * element - 1; }},
+         {"destination step", zmoStsStepErr, [](Args& a) { a.dstStep = 15; }},
+         {"negative low", zmoStsThresholdErr, [](Args& a) { a.low = -1; }},
+         {"low above high", zmoStsThresholdErr, [](Args& a) { a.low = 21; }},
+         {"low no number", zmoStsThresholdErr, [](Args& a) { a.low = nan; }},
+         {"high no number", zmoStsThresholdErr, [](Args& a) { a.high = nan; }},
+         {"norm", zmoStsNormErr, [](Args& a) { a.norm = static_cast<ZmoiNorm>(2); }}},
+        [&] {
+            dst.expectUntouched("destination");
+            buffer.expectUntouched();
+        });
+    // A region beyond the size query is refused before anything is touched.
+    EXPECT_EQ(cannyOf<T>(dx.ptr(), 4 << 20, dy.ptr(), 4 << 20, dst.ptr(), 1 << 20,
+                         {1 << 20, 1 << 20}, 10, 20, zmoiNormL1, buffer.ptr()),
+              zmoStsTooLargeErr);
+}
+
+TEST(Canny, BadArguments) {
+    expectCannyFaults<Zmo16s>();
+    expectCannyFaults<Zmo32f>();
+}
+
+TEST(Canny, SizeQuery) {
+    int size = -5;
+    EXPECT_EQ(zmoiCannyGetSize({0, 4}, nullptr), zmoStsNullPtrErr);
+    EXPECT_EQ(zmoiCannyGetSize({0, 4}, &size), zmoStsSizeErr);
+    EXPECT_EQ(zmoiCannyGetSize({4, -1}, &size), zmoStsSizeErr);
+    EXPECT_EQ(zmoiCannyGetSize({2147483647, 2147483647}, &size), zmoStsTooLargeErr);
+    EXPECT_EQ(size, -5);
+    ASSERT_EQ(zmoiCannyGetSize({1, 1}, &size), zmoStsNoErr);
+    EXPECT_GE(size, 64);
+    const int small = size;
+    ASSERT_EQ(zmoiCannyGetSize({1, 1000}, &size), zmoStsNoErr);
+    EXPECT_GT(size, small);
+}
+
+}  // namespace

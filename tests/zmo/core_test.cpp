@@ -1,0 +1,324 @@
+#include "zmocore.h"
+
+#include <pthread.h>
+#include <xmmintrin.h>
+
+#include <cfenv>
+#include <climits>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "kit.h"
+#include "zmocv.h"
+#include "zmoi.h"
+#include "zmos.h"
+#include "zmovm.h"
+
+extern "C" int zmoUseFromC(void);
+
+namespace {
+
+Zmo64u processorMask() {
+    Zmo64u mask = 0;
+    EXPECT_EQ(zmoGetCpuFeatures(&mask, 0, nullptr), zmoStsNoErr);
+    return mask;
+}
+
+// The words of the "flags" line of /proc/cpuinfo.
+std::set<std::string> kernelFlags() {
+    std::ifstream file("/proc/cpuinfo");
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("flags", 0) != 0) continue;
+        std::istringstream words(line.substr(line.find(':') + 1));
+        std::set<std::string> flags;
+        for (std::string word; words >> word;) flags.insert(word);
+        return flags;
+    }
+    return {};
+}
+
+TEST(CoreFeatures, AgreeWithTheKernel) {
+    const std::set<std::string> flags = kernelFlags();
+    if (flags.empty()) GTEST_SKIP() << "/proc/cpuinfo has no flags";
+    const struct {
+        Zmo64u bit;
+        const char* flag;
+    } rows[] = {{ZMO_CPU_MMX, "mmx"},
+                {ZMO_CPU_SSE, "sse"},
+                {ZMO_CPU_SSE2, "sse2"},
+                {ZMO_CPU_SSE3, "pni"},
+                {ZMO_CPU_SSSE3, "ssse3"},
+                {ZMO_CPU_MOVBE, "movbe"},
+                {ZMO_CPU_SSE41, "sse4_1"},
+                {ZMO_CPU_SSE42, "sse4_2"},
+                {ZMO_CPU_AVX, "avx"},
+                {ZMO_CPU_AES, "aes"},
+                {ZMO_CPU_CLMUL, "pclmulqdq"},
+                {ZMO_CPU_RDRAND, "rdrand"},
+                {ZMO_CPU_F16C, "f16c"},
+                {ZMO_CPU_AVX2, "avx2"},
+                {ZMO_CPU_ADCOX, "adx"},
+                {ZMO_CPU_RDSEED, "rdseed"},
+                {ZMO_CPU_PREFETCHW, "3dnowprefetch"},
+                {ZMO_CPU_SHA, "sha_ni"},
+                {ZMO_CPU_AVX512F, "avx512f"},
+                {ZMO_CPU_AVX512CD, "avx512cd"},
+                {ZMO_CPU_AVX512ER, "avx512er"},
+                {ZMO_CPU_AVX512PF, "avx512pf"},
+                {ZMO_CPU_AVX512BW, "avx512bw"},
+                {ZMO_CPU_AVX512DQ, "avx512dq"},
+                {ZMO_CPU_AVX512VL, "avx512vl"},
+                {ZMO_CPU_AVX512VBMI, "avx512vbmi"},
+                {ZMO_CPU_MPX, "mpx"},
+                {ZMO_CPU_AVX512_4FMADDPS, "avx512_4fmaps"},
+                {ZMO_CPU_AVX512_4VNNIW, "avx512_4vnniw"},
+                {ZMO_CPU_AVX512IFMA, "avx512ifma"},
+                {ZMO_CPU_AVX512VPOPCNTDQ, "avx512_vpopcntdq"},
+                {ZMO_CPU_AVX512_BITALG, "avx512_bitalg"},
+                {ZMO_CPU_AVX512_FP16, "avx512_fp16"},
+                {ZMO_CPU_AVX_VNNI, "avx_vnni"}};
+    const Zmo64u mask = processorMask();
+    for (const auto& row : rows) {
+        const bool inKernel = flags.count(row.flag) != 0;
+        // The kernel hides RDSEED of some processors that announce it but fail.
+        if (row.bit == ZMO_CPU_RDSEED && !inKernel) continue;
+        EXPECT_EQ((mask & row.bit) != 0, inKernel) << row.flag;
+    }
+    Zmo64u known =
+        ZMO_CPU_AVX_VNNI_INT8 | ZMO_CPU_AVX_VNNI_INT16 | ZMO_CPU_AVX10_256 | ZMO_CPU_AVX10_512;
+    for (const auto& row : rows) known |= row.bit;
+    EXPECT_EQ(mask & ~known, 0U);
+}
+
+TEST(CoreFeatures, TellALeaf) {
+    Zmo64u mask = 0;
+    Zmo32u vendor[4] = {};
+    Zmo32u extended[4] = {};
+    ASSERT_EQ(zmoGetCpuFeatures(&mask, 0, vendor), zmoStsNoErr);
+    ASSERT_EQ(zmoGetCpuFeatures(&mask, 0x80000001U, extended), zmoStsNoErr);
+    EXPECT_GE(vendor[0], 1U);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(vendor[1] >> (8 * i) & 0x80U, 0U) << "no vendor text";
+    EXPECT_NE(extended[3] & 1U << 29, 0U) << "a 64-bit processor has long mode";
+
+    Zmo32u beyond[4] = {1, 2, 3, 4};
+    ASSERT_EQ(zmoGetCpuFeatures(&mask, 0x7fffU, beyond), zmoStsNoErr);
+    for (const Zmo32u reg : beyond) EXPECT_EQ(reg, 0U);
+    EXPECT_EQ(zmoGetCpuFeatures(nullptr, 0, beyond), zmoStsNullPtrErr);
+}
+
+TEST(CoreLevels, TakeTheHighestInsideTheMask) {
+    const Zmo64u processor = processorMask();
+    const struct {
+        Zmo64u mask;
+        ZmoStatus status;
+        Zmo64u level;
+    } rows[] = {
+        {0x7, zmoStsNoErr, ZMO_LEVEL_SSE2},
+        {0x1f, zmoStsNoErr, ZMO_LEVEL_SSE2},
+        {0xdf, zmoStsNoErr, ZMO_LEVEL_SSE42},
+        {0x1df, zmoStsNoErr, ZMO_LEVEL_SSE42},
+        {0x85df, zmoStsNoErr, ZMO_LEVEL_AVX2},
+        {0x8000, zmoStsNoLevel, ZMO_LEVEL_SSE2},
+        {0x73081df & ~ZMO_CPU_AVX512VL, zmoStsNoErr, ZMO_LEVEL_AVX2},
+        {0x73081df, zmoStsNoErr, ZMO_LEVEL_AVX512},
+        {0x3, zmoStsNoLevel, ZMO_LEVEL_SSE2},
+        {0, zmoStsNoLevel, ZMO_LEVEL_SSE2},
+        {0x400, zmoStsNoLevel, ZMO_LEVEL_SSE2},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.mask);
+        if ((row.mask & ~processor) != 0) {
+            EXPECT_EQ(zmoSetCpuFeatures(row.mask), zmoStsCpuFeaturesErr);
+            continue;
+        }
+        EXPECT_EQ(zmoSetCpuFeatures(row.mask), row.status);
+        EXPECT_EQ(zmoGetEnabledCpuFeatures(), row.level);
+    }
+    zmoInit();
+}
+
+TEST(CoreLevels, AMaskBeyondTheProcessorChangesNothing) {
+    ASSERT_EQ(zmoSetCpuFeatures(ZMO_LEVEL_SSE2), zmoStsNoErr);
+    // Bit 63 belongs to no feature.
+    EXPECT_EQ(zmoSetCpuFeatures(ZMO_LEVEL_SSE2 | 1ULL << 63), zmoStsCpuFeaturesErr);
+    EXPECT_EQ(zmoSetCpuFeatures(~0ULL), zmoStsCpuFeaturesErr);
+    EXPECT_EQ(zmoGetEnabledCpuFeatures(), ZMO_LEVEL_SSE2);
+    ASSERT_EQ(zmoInit(), zmoStsNoErr);
+    EXPECT_EQ(zmoSetCpuFeatures(processorMask()), zmoStsNoErr);
+    const Zmo64u best = zmoGetEnabledCpuFeatures();
+    ASSERT_EQ(zmoInit(), zmoStsNoErr);
+    EXPECT_EQ(zmoGetEnabledCpuFeatures(), best);
+}
+
+TEST(CoreVersion, EveryTextEndsWithTheLevel) {
+    const struct {
+        const ZmoLibraryVersion* (*get)();
+        const char* name;
+    } libraries[] = {{zmocoreGetVersion, "libzmocore"},
+                     {zmovmGetVersion, "libzmovm"},
+                     {zmosGetVersion, "libzmos"},
+                     {zmoiGetVersion, "libzmoi"},
+                     {zmocvGetVersion, "libzmocv"}};
+    size_t level = 0;
+    kit::forEachLevel([&] {
+        const std::string ending = std::string(" ") + kit::allLevels()[level].name;
+        ++level;
+        for (const auto& library : libraries) {
+            const ZmoLibraryVersion* const version = library.get();
+            ASSERT_NE(version, nullptr);
+            EXPECT_STREQ(version->name, library.name);
+            const std::string text = version->version;
+            ASSERT_GT(text.size(), ending.size());
+            EXPECT_EQ(text.substr(text.size() - ending.size()), ending);
+            const std::string number =
+                std::to_string(version->major) + "." + std::to_string(version->minor);
+            EXPECT_EQ(text.rfind(number, 0), 0U) << text;
+            EXPECT_EQ(std::string(version->buildDate).size(), 11U);
+        }
+    });
+}
+
+TEST(CoreStatus, EveryCodeHasItsOwnText) {
+    std::set<std::string> texts;
+    for (int status = -22; status <= 4; ++status) {
+        if (status == -1) continue;
+        const std::string text = zmoGetStatusString(status);
+        EXPECT_EQ(text.rfind("zmoSts", 0), 0U) << status;
+        EXPECT_TRUE(texts.insert(text).second) << status;
+    }
+    for (const int status : {-1, -23, 5, INT_MIN, INT_MAX}) {
+        EXPECT_STREQ(zmoGetStatusString(status), "Unknown status");
+    }
+    EXPECT_NE(std::string(zmoGetStatusString(-21)).find("zmoStsCpuFeaturesErr"), std::string::npos);
+}
+
+TEST(CoreThreads, OneIsInUse) {
+    int threads = 0;
+    EXPECT_EQ(zmoSetNumThreads(0), zmoStsRangeErr);
+    EXPECT_EQ(zmoSetNumThreads(-3), zmoStsRangeErr);
+    EXPECT_EQ(zmoSetNumThreads(4), zmoStsNoErr);
+    EXPECT_EQ(zmoGetNumThreads(&threads), zmoStsNoErr);
+    EXPECT_EQ(threads, 1);
+    EXPECT_EQ(zmoGetNumThreads(nullptr), zmoStsNullPtrErr);
+}
+
+// "512K" and the like from sysfs.
+long long sysfsCache(int index) {
+    std::ifstream file("/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index) +
+                       "/size");
+    long long number = 0;
+    char unit = 0;
+    if (!(file >> number >> unit)) return 0;
+    return number * (unit == 'M' ? 1024 * 1024 : 1024);
+}
+
+TEST(CoreCache, AgreesWithTheKernel) {
+    int size = -1;
+    ASSERT_EQ(zmoGetMaxCacheSizeB(nullptr), zmoStsNullPtrErr);
+    const ZmoStatus status = zmoGetMaxCacheSizeB(&size);
+    long long largest = 0;
+    for (int index = 0; index < 8; ++index) largest = std::max(largest, sysfsCache(index));
+    if (status == zmoStsUnavailable) {
+        EXPECT_EQ(size, 0);
+        GTEST_SKIP() << "the processor does not tell its caches";
+    }
+    ASSERT_EQ(status, zmoStsNoErr);
+    EXPECT_GE(size, 1024);
+    if (largest != 0) {
+        EXPECT_EQ(size, largest);
+    }
+}
+
+TEST(CoreClock, ReadersMeasureTheSameClocks) {
+    const struct {
+        Zmo64s (*start)();
+        Zmo64s (*stop)();
+    } pairs[] = {{zmoStartTsc, zmoStopTsc}, {zmoStartTscp, zmoStopTscp}};
+    for (const auto& pair : pairs) {
+        Zmo64s empty = LLONG_MAX;
+        Zmo64s loaded = LLONG_MAX;
+        for (int repeat = 0; repeat < 200; ++repeat) {
+            Zmo64s start = pair.start();
+            empty = std::min(empty, pair.stop() - start);
+            start = pair.start();
+            // 400 dependent multiplications take at least 1200 core clocks.
+            unsigned value = 3;
+            for (int i = 0; i < 400; ++i) {
+                value *= value;
+                __asm__ volatile("" : "+r"(value));
+            }
+            loaded = std::min(loaded, pair.stop() - start);
+        }
+        EXPECT_GT(empty, 0);
+        EXPECT_LT(empty, 5000);
+        EXPECT_GT(loaded, empty + 200);
+    }
+    const Zmo64s first = zmoStartTsc();
+    const Zmo64s second = zmoStartTscp();
+    const Zmo64s third = zmoStopTsc();
+    EXPECT_LT(first, second);
+    EXPECT_LT(second, third);
+    EXPECT_LT(third, zmoStopTscp());
+}
+
+// Puts the floating-point registers back.
+class RegisterKeeper {
+  public:
+    RegisterKeeper() { std::fegetenv(&m_environment); }
+    ~RegisterKeeper() { std::fesetenv(&m_environment); }
+    RegisterKeeper(const RegisterKeeper&) = delete;
+    RegisterKeeper& operator=(const RegisterKeeper&) = delete;
+
+  private:
+    std::fenv_t m_environment;
+};
+
+TEST(CoreRegisters, X87ControlWord) {
+    const RegisterKeeper keeper;
+    const unsigned before = zmoFpuSsx4TS(2, 0, 0);
+    EXPECT_EQ(zmoFpuSsx4TS(1, 0x23f, 0xf3f) & 0xf3f, 0x23fU);
+    EXPECT_EQ(zmoFpuSsx4TS(2, 0, 0) & 0xf3f, 0x23fU);
+    // Only the bits under the mask change.
+    zmoFpuSsx4TS(1, 0xfff, 0x300);
+    EXPECT_EQ(zmoFpuSsx4TS(2, 0, 0) & 0xf3f, 0x33fU);
+    zmoFpuSsx4TS(1, 0, 0);
+    EXPECT_EQ(zmoFpuSsx4TS(2, 0xfff, 0xfff) & 0xf3f, 0x33fU) << "reading writes nothing";
+    zmoFpuSsx4TS(1, before, 0xffff);
+    EXPECT_EQ(zmoFpuSsx4TS(2, 0, 0), before);
+}
+
+TEST(CoreRegisters, X87Flags) {
+    const RegisterKeeper keeper;
+    zmoFpuSsx4TS(4, 0, 0);
+    EXPECT_EQ(zmoFpuSsx4TS(3, 0, 0) & 0x3f, 0U);
+    __asm__ volatile("fld1\n\tfldz\n\tfdivrp\n\tfstp %%st(0)" ::: "st", "st(1)");
+    EXPECT_EQ(zmoFpuSsx4TS(3, 0, 0) & 0x3f, 0x4U);
+    EXPECT_EQ(zmoFpuSsx4TS(4, 0, 0) & 0x3f, 0U);
+    EXPECT_EQ(zmoFpuSsx4TS(3, 0, 0) & 0x3f, 0U);
+}
+
+TEST(CoreRegisters, Mxcsr) {
+    const RegisterKeeper keeper;
+    EXPECT_EQ(zmoFpuSsx4TS(5, 0x9f80, 0xffbf) & 0xffbf, 0x9f80U);
+    EXPECT_EQ(_mm_getcsr() & 0xffbf, 0x9f80U);
+    zmoFpuSsx4TS(5, 0x40, 0x40);
+    EXPECT_EQ(zmoFpuSsx4TS(6, 0, 0) & 0x8040, 0x8040U);
+    // Reserved bits are refused by the processor; the call leaves them alone.
+    zmoFpuSsx4TS(5, 0xffff0000U, 0xffff0000U);
+    EXPECT_EQ(zmoFpuSsx4TS(6, 0, 0), _mm_getcsr());
+
+    _mm_setcsr(_mm_getcsr() | 0x3f);
+    EXPECT_EQ(zmoFpuSsx4TS(7, 0xffff, 0xffff), 0x9fc0U);
+    EXPECT_EQ(_mm_getcsr(), 0x9fc0U);
+    for (const int op : {0, 8, -1}) {
+        EXPECT_EQ(zmoFpuSsx4TS(op, 0xffff, 0xffff), 0U);
+        EXPECT_EQ(_mm_getcsr(), 0x9fc0U);
+    }
+}
+
+TEST(CoreUse, FromC) {
+    EXPECT_EQ(zmoUseFromC(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+// Test kit of the zmo library: guarded images, seeded data, a loop over processor levels, calls that
+// watch the floating-point flags, and checks of bad arguments. A family's test needs an oracle and
+// one call of its function inside these loops.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "zmotypes.h"
+
+inline bool operator==(ZmoiSize a, ZmoiSize b) {
+    return a.width == b.width && a.height == b.height;
+}
+inline std::ostream& operator<<(std::ostream& out, ZmoiSize size) {
+    return out << size.width << "x" << size.height;
+}
+
+namespace kit {
+
+// The seed of this run: ZMO_TEST_SEED from the environment, or a fresh one. It is printed once.
+uint64_t runSeed();
+
+class Random {
+  public:
+    // stream tells apart the generators of one run.
+    explicit Random(uint64_t stream = 0) : m_state(runSeed() + stream * 0x9e3779b97f4a7c15U) {}
+
+    uint64_t bits();
+    // Uniform, both ends included.
+    int64_t between(int64_t low, int64_t high);
+    double uniform(double low, double high);
+
+  private:
+    uint64_t m_state;
+};
+
+// Where an image lies: its first pixel `misalign` bytes off a 64-byte boundary, `padding` elements
+// between the end of a row and the next row.
+struct Layout {
+    int misalign = 0;
+    int padding = 0;
+};
+inline std::ostream& operator<<(std::ostream& out, Layout layout) {
+    return out << "misalign " << layout.misalign << " padding " << layout.padding;
+}
+
+std::vector<Layout> layouts();
+
+// Regions that are small, narrow, and just around the lengths of vectors.
+std::vector<ZmoiSize> sizes();
+
+// Memory with a fixed pattern on both sides of the part that belongs to the test.
+class Memory {
+  public:
+    Memory(size_t bytes, int misalign);
+
+    unsigned char* data() { return m_storage.data() + m_start; }
+    const unsigned char* data() const { return m_storage.data() + m_start; }
+    // Remembers the present content.
+    void snapshot() { m_before = m_storage; }
+    // Index, relative to data(), of the first byte that changed since the snapshot though `mine` does
+    // not allow it; -1 when there is none.
+    ptrdiff_t firstChange(const std::function<bool(ptrdiff_t)>& mine) const;
+
+  private:
+    size_t m_start;
+    std::vector<unsigned char> m_storage;
+    std::vector<unsigned char> m_before;
+};
+
+// An image in guarded memory, with `margin` readable pixels around the region.
+template <class T>
+class Image {
+  public:
+    explicit Image(ZmoiSize size, Layout layout = {}, int margin = 0, int channels = 1)
+        : m_size(size),
+          m_margin(margin),
+          m_channels(channels),
+          m_stepElements((size.width + 2 * margin) * channels + layout.padding),
+          m_memory(static_cast<size_t>(m_stepElements) * sizeof(T) *
+                       static_cast<size_t>(size.height + 2 * margin),
+                   layout.misalign) {
+        m_memory.snapshot();
+    }
+
+    ZmoiSize size() const { return m_size; }
+    int step() const { return m_stepElements * static_cast<int>(sizeof(T)); }
+    T* ptr() { return reinterpret_cast<T*>(m_memory.data() + offset(0, 0, 0)); }
+    const T* ptr() const { return reinterpret_cast<const T*>(m_memory.data() + offset(0, 0, 0)); }
+
+    T get(int x, int y, int channel = 0) const {
+        T value;
+        std::memcpy(&value, m_memory.data() + offset(x, y, channel), sizeof(T));
+        return value;
+    }
+    void set(int x, int y, T value) { set(x, y, 0, value); }
+    void set(int x, int y, int channel, T value) {
+        std::memcpy(m_memory.data() + offset(x, y, channel), &value, sizeof(T));
+    }
+
+    // Calls draw() for every element of the region and its margin.
+    template <class Draw>
+    Image& fill(Draw draw) {
+        for (int y = -m_margin; y < m_size.height + m_margin; ++y) {
+            for (int x = -m_margin; x < m_size.width + m_margin; ++x) {
+                for (int c = 0; c < m_channels; ++c) set(x, y, c, static_cast<T>(draw()));
+            }
+        }
+        m_memory.snapshot();
+        return *this;
+    }
+    // Remembers the present content for the two checks below.
+    void snapshot() { m_memory.snapshot(); }
+
+    // No byte outside the region changed since the snapshot.
+    void expectSurroundingsUntouched(const char* name) const {
+        const ptrdiff_t rowBytes = static_cast<ptrdiff_t>(m_size.width) * m_channels * sizeof(T);
+        const ptrdiff_t first = offset(0, 0, 0);
+        const ptrdiff_t change = m_memory.firstChange([&](ptrdiff_t byte) {
+            const ptrdiff_t inRegion = byte - first;
+            return inRegion >= 0 && inRegion / step() < m_size.height &&
+                   inRegion % step() < rowBytes;
+        });
+        EXPECT_EQ(change, -1) << name << ": byte " << change - first
+                              << " from the first pixel was written";
+    }
+    // No byte at all changed since the snapshot.
+    void expectUntouched(const char* name) const {
+        EXPECT_EQ(m_memory.firstChange([](ptrdiff_t) { return false; }), -1)
+            << name << " was written";
+    }
+
+  private:
+    ptrdiff_t offset(int x, int y, int channel) const {
+        const ptrdiff_t row = static_cast<ptrdiff_t>(y + m_margin) * m_stepElements;
+        return (row + static_cast<ptrdiff_t>(x + m_margin) * m_channels + channel) *
+               static_cast<ptrdiff_t>(sizeof(T));
+    }
+
+    ZmoiSize m_size;
+    int m_margin;
+    int m_channels;
+    int m_stepElements;
+    Memory m_memory;
+};
+
+// A work buffer of exactly the size that a query told.
+class Buffer {
+  public:
+    explicit Buffer(int size, int misalign = 1)
+        : m_size(size), m_memory(static_cast<size_t>(size), misalign) {
+        m_memory.snapshot();
+    }
+    Zmo8u* ptr() { return m_memory.data(); }
+    void expectSurroundingsUntouched() const {
+        const int size = m_size;
+        EXPECT_EQ(m_memory.firstChange([size](ptrdiff_t i) { return i >= 0 && i < size; }), -1)
+            << "a byte outside the work buffer was written";
+    }
+    void expectUntouched() const {
+        EXPECT_EQ(m_memory.firstChange([](ptrdiff_t) { return false; }), -1)
+            << "the work buffer was written";
+    }
+
+  private:
+    int m_size;
+    Memory m_memory;
+};
+
+// Runs body at every level that the processor has, and says which ones it lacks. The library is at
+// its best level afterwards.
+struct LevelInfo {
+    const char* name;
+    Zmo64u mask;
+};
+const std::vector<LevelInfo>& allLevels();
+void forEachLevel(const std::function<void()>& body);
+
+// Makes a call and checks that it raises no floating-point flag but "inexact".
+ZmoStatus watched(const std::function<ZmoStatus()>& call);
+
+// The same, for calls that must succeed.
+inline void succeed(const std::function<ZmoStatus()>& call) {
+    EXPECT_EQ(watched(call), zmoStsNoErr);
+}
+
+// Every pixel of the region has the bits that expected(x, y) tells; prints the first that has not.
+template <class T, class Expected>
+void expectPixels(const Image<T>& image, Expected expected) {
+    for (int y = 0; y < image.size().height; ++y) {
+        for (int x = 0; x < image.size().width; ++x) {
+            const T want = static_cast<T>(expected(x, y));
+            const T have = image.get(x, y);
+            if (std::memcmp(&want, &have, sizeof(T)) == 0) continue;
+            ADD_FAILURE() << "pixel (" << x << ", " << y << ") of " << image.size() << " is "
+                          << +have << " instead of " << +want << "; ZMO_TEST_SEED=" << runSeed();
+            return;
+        }
+    }
+}
+
+template <class T>
+bool samePixels(const Image<T>& a, const Image<T>& b) {
+    if (!(a.size() == b.size())) return false;
+    for (int y = 0; y < a.size().height; ++y) {
+        for (int x = 0; x < a.size().width; ++x) {
+            if (a.get(x, y) != b.get(x, y)) return false;
+        }
+    }
+    return true;
+}
+
+// One thing that can be wrong with the arguments of a call, in the order of the checks.
+template <class Args>
+struct Fault {
+    const char* name;
+    ZmoStatus status;
+    std::function<void(Args&)> apply;
+};
+
+// `good` succeeds; each fault alone gives its status, and of two faults the earlier one decides.
+// untouched checks that a failed call has written nothing.
+template <class Args, class Call, class Untouched>
+void expectFaults(const Args& good, Call call, const std::vector<Fault<Args>>& faults,
+                  Untouched untouched) {
+    for (size_t i = 0; i < faults.size(); ++i) {
+        SCOPED_TRACE(faults[i].name);
+        Args bad = good;
+        faults[i].apply(bad);
+        EXPECT_EQ(watched([&] { return call(bad); }), faults[i].status);
+        for (size_t j = i + 1; j < faults.size(); ++j) {
+            SCOPED_TRACE(faults[j].name);
+            Args worse = good;
+            faults[j].apply(worse);
+            faults[i].apply(worse);
+            EXPECT_EQ(watched([&] { return call(worse); }), faults[i].status);
+        }
+        untouched();
+    }
+    EXPECT_EQ(watched([&] { return call(good); }), zmoStsNoErr);
+}
+
+}  // namespace kit

@@ -1,0 +1,33 @@
+// What lies around an image, one pixel at a time.
+#pragma once
+
+#include <algorithm>
+
+#include "kit.h"
+
+namespace oracle {
+
+// The coordinate inside 0..n-1 for a border that repeats pixels of the image.
+inline int folded(int i, int n, ZmoiBorderType border) {
+    if (border == zmoiBorderReplicate) return std::min(std::max(i, 0), n - 1);
+    if (n == 1) return 0;
+    while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
+    return i;
+}
+
+template <class T>
+struct Extended {
+    const kit::Image<T>& image;
+    ZmoiBorderType border;
+    T value;
+
+    T operator()(int x, int y) const {
+        const ZmoiSize size = image.size();
+        const bool inside = x >= 0 && x < size.width && y >= 0 && y < size.height;
+        if (inside || border == zmoiBorderInMem) return image.get(x, y);
+        if (border == zmoiBorderConst) return value;
+        return image.get(folded(x, size.width, border), folded(y, size.height, border));
+    }
+};
+
+}  // namespace oracle

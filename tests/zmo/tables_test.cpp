@@ -1,0 +1,53 @@
+// Each processor level has kernels of its own, and the library takes them from the level in use.
+#include "common/level.h"
+#include "kit.h"
+#include "zmocore.h"
+#include "zmocv/canny.h"
+#include "zmoi/convert.h"
+#include "zmoi/rotate.h"
+#include "zmoi/sobel.h"
+
+namespace {
+
+using AnyKernel = void (*)();
+
+// A table is a record of nothing but pointers to functions.
+template <class Kernels>
+std::vector<AnyKernel> entries(const Kernels& table) {
+    static_assert(sizeof(Kernels) % sizeof(AnyKernel) == 0);
+    std::vector<AnyKernel> list(sizeof(Kernels) / sizeof(AnyKernel));
+    std::memcpy(list.data(), &table, sizeof(Kernels));
+    return list;
+}
+
+template <class Kernels>
+void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& tables) {
+    SCOPED_TRACE(family);
+    std::vector<AnyKernel> all;
+    for (const Kernels* table : tables.at) {
+        const std::vector<AnyKernel> list = entries(*table);
+        all.insert(all.end(), list.begin(), list.end());
+    }
+    for (size_t i = 0; i < all.size(); ++i) {
+        EXPECT_NE(all[i], nullptr) << "entry " << i;
+        for (size_t j = 0; j < i; ++j) EXPECT_NE(all[i], all[j]) << "entries " << j << ", " << i;
+    }
+}
+
+TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
+    expectOwnKernels("canny", zmo::cannyKernelsByLevel);
+    expectOwnKernels("convert", zmo::convertKernelsByLevel);
+    expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
+    expectOwnKernels("sobel", zmo::sobelKernelsByLevel);
+}
+
+TEST(LevelTables, FollowTheLevelInUse) {
+    int level = 0;
+    kit::forEachLevel([&] {
+        EXPECT_EQ(&zmo::kernelsInUse(zmo::sobelKernelsByLevel), zmo::sobelKernelsByLevel.at[level]);
+        ++level;
+    });
+    EXPECT_GE(level, 1);
+}
+
+}  // namespace
