@@ -39,6 +39,16 @@ void appendElement(std::string& text, const char* format, const void* p, bool co
     text.append(buffer, static_cast<std::size_t>(n));
 }
 
+void appendElements(std::string& text, ppType type, const void* p, int n) {
+    if (!p) return;
+    const ppTypeInfo info = ppInfo(type);
+    ppVisitType(type, [&]<class T>(T) {
+        for (int i = 0; i < n; ++i)
+            appendElement<T>(text, info.format, at(p, static_cast<long long>(i) * ppItem(type)),
+                             ppIsComplex(type));
+    });
+}
+
 }  // namespace
 
 int ppMisalign(int k, int elementSize) {
@@ -299,19 +309,32 @@ bool ppVector::setElement(void* p, double re, double im) const {
     return p && setDataConst(p, 1, re, im);
 }
 
+long long ppVector::blockSize(long long step, long long rows) {
+    if (step < 1 || rows < 1) return 0;
+    return rows > LLONG_MAX / step ? LLONG_MAX : step * rows;
+}
+
+bool ppVector::checkStep(int step, long long rowBytes) const {
+    if (step >= rowBytes && step % item() == 0) return true;
+    g_ostrm << ERR << "-- Memory fail: step " << step << " does not fit rows of " << rowBytes
+            << " bytes\n"
+            << END;
+    return false;
+}
+
 psString ppVector::getString() const {
-    return getDataString(m_type, m_data, m_len);
+    std::string text;
+    const int rows = getNumRows();
+    for (int row = 0; row < rows; ++row) {
+        if (row > 0) text += row % planeRows() == 0 ? "\n\n" : "\n";
+        appendElements(text, m_type, getRowPointer(row), getRowLen());
+    }
+    return psString(std::string_view(text));
 }
 
 psString ppVector::getDataString(ppType type, const void* p, int n) {
-    if (!p || n < 1) return {};
     std::string text;
-    const ppTypeInfo info = ppInfo(type);
-    ppVisitType(type, [&]<class T>(T) {
-        for (int i = 0; i < n; ++i)
-            appendElement<T>(text, info.format, at(p, static_cast<long long>(i) * ppItem(type)),
-                             ppIsComplex(type));
-    });
+    appendElements(text, type, p, n);
     return psString(std::string_view(text));
 }
 

@@ -118,6 +118,7 @@ class ppVector : public psObject {
     virtual void* getPointerAt(int i) const;
     bool getElement(const void* p, double& re, double& im) const;
 
+    // The elements, a line each row.
     virtual psString getString() const;
     static psString getDataString(ppType type, const void* p, int n);
     static psString getByteString(const void* p, int n);
@@ -145,6 +146,13 @@ class ppVector : public psObject {
   protected:
     void setName(const ppFunc& name);
     void setLength(int len) { m_len = len; }
+    // Bytes of so many rows, or the largest number when 64 bits do not hold them;
+    // 0 for nothing or less.
+    static long long blockSize(long long step, long long rows);
+    // False, after a message, when rows of so many bytes do not fit into the step.
+    bool checkStep(int step, long long rowBytes) const;
+    // Printed text has an empty line after so many rows.
+    virtual int planeRows() const { return getNumRows(); }
     // Stores one element, converted as the fills convert.
     bool setElement(void* p, double re, double im) const;
 

@@ -1,0 +1,270 @@
+#include "ppbmpfile.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "ppimage.h"
+#include "psdata.h"
+#include "psstream.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+// A bitmap file written by hand; every field can lie.
+struct Bmp {
+    int bits = 8;
+    std::int64_t width = 3, height = 2;
+    std::vector<std::uint32_t> palette = {};  // 0xRRGGBB
+    Bytes pixels = {};
+    bool bigEndian = false;
+    std::uint32_t compression = 0, clrUsed = 0, bfSize = 1, biSize = 40;
+    std::int64_t offBits = -1;  // -1: right behind the palette
+    int planes = 1, xPels = 0, yPels = 0;
+    std::string magic = "BM";
+    std::size_t cut = SIZE_MAX;  // the file ends here
+
+    Bytes bytes() const {
+        Bytes out(magic.begin(), magic.end());
+        if (bigEndian) std::swap(out[0], out[1]);
+        const auto put = [&](std::int64_t value, int size) {
+            for (int i = 0; i < size; ++i) {
+                const int shift = 8 * (bigEndian ? size - 1 - i : i);
+                out.push_back(static_cast<unsigned char>(value >> shift));
+            }
+        };
+        put(bfSize, 4);
+        put(0, 4);
+        put(offBits >= 0 ? offBits : static_cast<std::int64_t>(54 + 4 * palette.size()), 4);
+        put(biSize, 4);
+        put(width, 4);
+        put(height, 4);
+        put(planes, 2);
+        put(bits, 2);
+        put(compression, 4);
+        put(0, 4);
+        put(xPels, 4);
+        put(yPels, 4);
+        put(clrUsed, 4);
+        put(0, 4);
+        for (const std::uint32_t colour : palette) {  // bytes, whatever the byte order
+            for (int i = 0; i < 4; ++i)
+                out.push_back(static_cast<unsigned char>(colour >> (8 * i)));
+        }
+        out.insert(out.end(), pixels.begin(), pixels.end());
+        out.resize(std::min(cut, out.size()));
+        return out;
+    }
+};
+
+std::vector<std::uint32_t> greys(std::size_t n) {
+    std::vector<std::uint32_t> palette(n);
+    for (std::size_t i = 0; i < n; ++i)
+        palette[i] = static_cast<std::uint32_t>((i * 3 + 1) % 256 * 0x010101);
+    return palette;
+}
+
+class PpBmpFile : public testing::Test {
+  protected:
+    ~PpBmpFile() override { std::remove(m_path.c_str()); }
+
+    // Loads the file; the messages go into m_messages.
+    bool load(const Bytes& bytes) {
+        std::FILE* file = std::fopen(m_path.c_str(), "wb");
+        EXPECT_NE(file, nullptr);
+        EXPECT_EQ(std::fwrite(bytes.data(), 1, bytes.size(), file), bytes.size());
+        std::fclose(file);
+        return load(m_path);
+    }
+    bool load(const Bmp& bmp) { return load(bmp.bytes()); }
+    bool load(const std::string& path) {
+        m_image.deleteVector();
+        g_ostrm.push_back(&c_out);
+        psOutLevelGuard guard(static_cast<int>(MessageLevel::ERR));
+        testing::internal::CaptureStdout();
+        const bool loaded = m_image.loadImage(path.c_str());
+        m_messages = testing::internal::GetCapturedStdout();
+        g_ostrm.clear();
+        return loaded;
+    }
+    std::string row(int y) const {
+        return ppVector::getDataString(pp8u, m_image.getRowPointer(y), m_image.getRowLen()).c_str();
+    }
+    std::string refusal(const char* why) const {
+        return "--- Can't load file " + m_path + ": " + why + "\n";
+    }
+
+    ppImage m_image;
+    std::string m_messages;
+    std::string m_path = testing::TempDir() + "ppbmpfile_" + std::to_string(getpid()) + ".bmp";
+};
+
+TEST_F(PpBmpFile, LooksPalettesUp) {
+    Bmp eight{.palette = greys(256), .pixels = {0, 1, 2, 9, 85, 255, 7, 9}};
+    Bmp colour = eight;
+    colour.palette[255] = 0x102030;
+    Bmp four{.bits = 4, .width = 3, .palette = greys(16), .pixels = {0x12, 0x3F, 0, 0, 0xF0, 0x40}};
+    four.pixels.resize(8);
+    // Whole bytes from the highest bit, the rest of the row from the lowest.
+    Bmp one{.bits = 1,
+            .width = 10,
+            .height = 1,
+            .palette = {0x050505, 0x090909},
+            .pixels = {0b10000010, 0b00000010, 0, 0}};
+    Bmp used{.width = 2, .height = 1, .palette = greys(3), .pixels = {2, 200, 0, 0}, .clrUsed = 3};
+    Bmp overstated{.bits = 4,
+                   .width = 1,
+                   .height = 1,
+                   .palette = greys(16),
+                   .pixels = {0xF0, 0, 0, 0},
+                   .clrUsed = 16};
+    struct {
+        const Bmp& bmp;
+        const char *name, *row0, *row1;
+    } const cases[] = {
+        {eight, "_8u_C1", "   1   4   7", "   0 254  22"},
+        {colour, "_8u_C3", "   1   1   1   4   4   4   7   7   7",
+         "   0   0   0  48  32  16  22  22  22"},
+        {four, "_8u_C1", "   4   7  10", "  46   1  13"},
+        {one, "_8u_C1", "   9   5   5   5   5   5   9   5   5   9", ""},
+        {used, "_8u_C1", "   7   7", ""},  // the index is clamped to the last entry
+        {overstated, "_8u_C1", "  46", ""},
+    };
+    for (const auto& c : cases) {
+        for (bool bigEndian : {false, true}) {
+            Bmp bmp = c.bmp;
+            bmp.bigEndian = bigEndian;
+            ASSERT_TRUE(load(bmp)) << c.name << c.row0;
+            EXPECT_STREQ(m_image.name().c_str(), c.name);
+            EXPECT_EQ(m_image.width(), bmp.width);
+            EXPECT_EQ(m_image.height(), bmp.height);
+            EXPECT_EQ(row(0), c.row0);
+            if (bmp.height > 1) {
+                EXPECT_EQ(row(1), c.row1);
+            }
+            EXPECT_EQ(m_messages, "");
+        }
+    }
+}
+
+TEST_F(PpBmpFile, ReadsDirectColourAsItStands) {
+    struct {
+        int bits;
+        const char* name;
+    } const cases[] = {{16, "_8u_C2"}, {24, "_8u_C3"}, {32, "_8u_AC4"}};
+    for (const auto& c : cases) {
+        // The file's rows are shorter than the image's: all of them fall into row 0.
+        Bmp bmp{.bits = c.bits, .pixels = Bytes(24)};
+        for (std::size_t i = 0; i < bmp.pixels.size(); ++i)
+            bmp.pixels[i] = static_cast<unsigned char>(i + 1);
+        ASSERT_TRUE(load(bmp)) << c.bits;
+        EXPECT_STREQ(m_image.name().c_str(), c.name);
+        const auto* first = static_cast<unsigned char*>(m_image.getRowPointer(0));
+        EXPECT_TRUE(std::equal(bmp.pixels.begin(), bmp.pixels.end(), first));
+        EXPECT_EQ(first[24], 0);
+        EXPECT_EQ(m_image.getImageAt(0, 1, 0), 0);
+    }
+    // A row that equals the step arrives row by row.
+    Bmp bmp{.bits = 32, .width = 16, .height = 2, .pixels = Bytes(128, 9)};
+    bmp.pixels[64] = 77;
+    ASSERT_TRUE(load(bmp));
+    EXPECT_EQ(m_image.getImageAt(0, 1, 0), 77);
+    EXPECT_EQ(m_image.getImageAt(15, 1, 3), 9);
+    bmp.cut = 54 + 65;
+    ASSERT_TRUE(load(bmp)) << "a truncated one loads";
+    EXPECT_EQ(m_image.getImageAt(0, 1, 0), 77);
+    EXPECT_EQ(m_image.getImageAt(1, 1, 0), 0);
+}
+
+TEST_F(PpBmpFile, TakesPixelsFromTheirOffset) {
+    Bmp bmp{.palette = greys(256),
+            .pixels = {9, 9, 9, 9, 9, 9, 9, 9, 0, 1, 2, 0, 2, 1, 0, 0},
+            .offBits = 54 + 1024 + 8};
+    bmp.biSize = 124;  // the palette follows the 40 bytes whatever this says
+    ASSERT_TRUE(load(bmp));
+    EXPECT_EQ(row(1), "   7   4   1");
+    bmp.offBits = 2;  // nonsense, but inside the file
+    EXPECT_TRUE(load(bmp));
+    bmp.offBits = 0xFFFFFFFF;
+    EXPECT_FALSE(load(bmp));
+    EXPECT_EQ(m_messages, "");
+}
+
+TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
+    const Bmp good{.palette = greys(256), .pixels = Bytes(8)};
+    const auto with = [&](auto change) {
+        Bmp bmp = good;
+        change(bmp);
+        return bmp;
+    };
+    struct {
+        const char* what;
+        Bmp bmp;
+        const char* message;  // null: silent
+    } const cases[] = {
+        {"type", with([](Bmp& b) { b.magic = "PM"; }), "Bitmap files are valid only"},
+        {"compression", with([](Bmp& b) { b.compression = 1; }), "Compression is not valid"},
+        {"2 bits", with([](Bmp& b) { b.bits = 2; }),
+         "Bitmap header is corrupted: biBitCount is invalid"},
+        {"5 bits", with([](Bmp& b) { b.bits = 5; }), nullptr},
+        {"no size", with([](Bmp& b) { b.bfSize = 0; }), nullptr},
+        {"no info size", with([](Bmp& b) { b.biSize = 0; }), nullptr},
+        {"no offset", with([](Bmp& b) { b.offBits = 0; }), nullptr},
+        {"no width", with([](Bmp& b) { b.width = 0; }), nullptr},
+        {"top-down", with([](Bmp& b) { b.height = -2; }), nullptr},
+        {"planes", with([](Bmp& b) { b.planes = 3; }), nullptr},
+        {"resolution", with([](Bmp& b) { b.xPels = -1; }), nullptr},
+        {"resolution y", with([](Bmp& b) { b.yPels = -1; }), nullptr},
+        {"pixels cut", with([](Bmp& b) { b.cut = 54 + 1024 + 7; }), nullptr},
+        {"palette cut", with([](Bmp& b) { b.cut = 54 + 1000; }), nullptr},
+        {"header cut", with([](Bmp& b) { b.cut = 53; }), nullptr},
+        {"file header cut", with([](Bmp& b) { b.cut = 13; }), nullptr},
+        {"empty", with([](Bmp& b) { b.cut = 0; }), nullptr},
+    };
+    ASSERT_TRUE(load(good));
+    for (const auto& c : cases) {
+        EXPECT_FALSE(load(c.bmp)) << c.what;
+        EXPECT_EQ(m_messages, c.message ? refusal(c.message) : "") << c.what;
+    }
+    EXPECT_FALSE(load(testing::TempDir())) << "a directory";
+    EXPECT_FALSE(load("/nonexistent/x.bmp"));
+    EXPECT_EQ(m_messages, "--- Can't load file /nonexistent/x.bmp: Open fail\n");
+}
+
+TEST_F(PpBmpFile, AllocatesNoMoreThanTheFileIsWorth) {
+    struct {
+        int bits;
+        std::int64_t width, height;
+        bool loads;  // direct colour loads however little the file holds
+    } const cases[] = {
+        {24, 1000, 300, true},                                        // below 1 MiB
+        {24, 1000, 400, false},       {32, INT_MAX, INT_MAX, false},  // 2^64 bytes
+        {32, INT_MAX, 1, false},      {16, 1, INT_MAX, false},
+        {24, 715827882, 1, false},    {1, 512, 512, false},  // fits, but the pixels are missing
+        {8, INT_MAX, INT_MAX, false},
+    };
+    for (const auto& c : cases) {
+        const Bmp bmp{.bits = c.bits,
+                      .width = c.width,
+                      .height = c.height,
+                      .palette = c.bits <= 8 ? greys(1U << c.bits) : greys(0),
+                      .pixels = Bytes(8)};
+        EXPECT_EQ(load(bmp), c.loads) << c.width << "x" << c.height;
+        EXPECT_EQ(m_messages, "");
+        EXPECT_LE(psMallocTotal(), 1 << 20);
+    }
+    // 16 times the length: 64 bytes a row of one pixel, 4 in the file.
+    Bmp narrow{.width = 1, .height = 20000, .palette = greys(256), .pixels = Bytes(80000)};
+    EXPECT_TRUE(load(narrow));
+    EXPECT_GT(psMallocTotal(), 1 << 20);
+}
+
+}  // namespace

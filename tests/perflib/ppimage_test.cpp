@@ -1,0 +1,233 @@
+#include "ppimage.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "psdata.h"
+#include "psstream.h"
+
+namespace {
+
+class PpImage : public testing::Test {
+  protected:
+    void SetUp() override {
+        ppVector::m_seed = 7;
+        g_ostrm.setOutLevel(0);
+    }
+    void TearDown() override {
+        EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr) << "a block is left";
+        g_ostrm.setOutLevel(static_cast<int>(MessageLevel::ERR));
+    }
+};
+
+std::uintptr_t address(const void* p) {
+    return reinterpret_cast<std::uintptr_t>(p);
+}
+
+TEST_F(PpImage, LayoutComesFromTheDescriptor) {
+    struct {
+        const char* name;
+        bool planar;
+        int channels, actual, pixel;
+        long long step10, size10x10;
+    } const cases[] = {
+        {"_8u_C1", false, 1, 1, 1, 64, 640},    {"_32f_C3", false, 3, 3, 12, 128, 1280},
+        {"_8u_P3", true, 3, 3, 3, 64, 1920},    {"_16s_AC4", false, 4, 3, 8, 128, 1280},
+        {"_16s_C4", false, 4, 4, 8, 128, 1280}, {"_64fc_AP4", true, 4, 3, 64, 192, 7680},
+        {"zmoiX_8u_", false, 1, 1, 1, 64, 640}, {"_8u_C2", false, 2, 2, 2, 64, 640},
+    };
+    for (const auto& c : cases) {
+        const ppFunc f(c.name);
+        EXPECT_EQ(ppImage::isPlane(f), c.planar) << c.name;
+        EXPECT_EQ(ppImage::numChannels(f), c.channels) << c.name;
+        EXPECT_EQ(ppImage::numActualChannels(f), c.actual) << c.name;
+        EXPECT_EQ(ppImage::pixel(f), c.pixel) << c.name;
+        EXPECT_EQ(ppImage::step(f, 10), c.step10) << c.name;
+        EXPECT_EQ(ppImage::size(f, 10, 10), c.size10x10) << c.name;
+    }
+    EXPECT_EQ(ppImage::step("_8u_C1", 1), 64);
+    EXPECT_EQ(ppImage::step("_8u_C1", 65), 128);
+    EXPECT_EQ(ppImage::size("_8u_P3", 10, 10, 100), 3000);
+    EXPECT_STREQ(ppImage(pp8u, 4, false).name().c_str(), "_8u_AC4");
+    EXPECT_STREQ(ppImage(pp32f, 3, true).name().c_str(), "_32f_P3");
+    EXPECT_STREQ(ppImage("zmoiX_8u_C4R", ppArgSrc).name().c_str(), "_8u_C4");
+    EXPECT_EQ(ppImage("zmoiX_8u_C3P3R", ppArgDst).isPlane(), true);
+}
+
+TEST_F(PpImage, PlacesPixelsInBothLayouts) {
+    ppImage pixels(pp8u, 3, false), planes(pp8u, 3, true);
+    ASSERT_TRUE(pixels.createImage(70, 10, 0, 3));
+    ASSERT_TRUE(planes.createImage(70, 10, 0, 3));
+    const auto* base = pixels.ptr8u();
+    EXPECT_EQ(address(base) % 64, 3u);
+    EXPECT_EQ(pixels.step(), 256);
+    EXPECT_EQ(pixels.getPointerAt(2, 1, 1), base + 256 + 7);
+    EXPECT_EQ(planes.data(), nullptr);
+    EXPECT_EQ(planes.ptr8u(), nullptr);
+    EXPECT_EQ(planes.step(), 128);
+    EXPECT_EQ(planes.plane(), 1280);
+    EXPECT_EQ(planes.size(), 3840);
+    EXPECT_EQ(planes.getNumRows(), 30);
+    EXPECT_EQ(planes.getRowLen(), 70);
+    EXPECT_EQ(planes.getPointerAt(2, 1, 1), static_cast<char*>(planes.planePtrs()[1]) + 128 + 2);
+    EXPECT_EQ(planes.getPointerAt(2, 1, 1), static_cast<char*>(planes.getRowPointer(11)) + 2);
+
+    for (ppImage* image : {&pixels, &planes}) {
+        EXPECT_EQ(image->numItems(), 2100);
+        EXPECT_TRUE(image->setImageAt(69, 9, 2, 77));
+        EXPECT_EQ(image->getImageAt(69, 9, 2), 77);
+        EXPECT_EQ(image->getIndex(2099), 77);
+        for (const auto [x, y, c] : {std::array{70, 0, 0}, {0, 10, 0}, {0, 0, 3}, {-1, 0, 0}})
+            EXPECT_EQ(image->getPointerAt(x, y, c), nullptr);
+        EXPECT_EQ(image->getPointerAt(2100), nullptr);
+        EXPECT_EQ(image->getRowPointer(image->getNumRows()), nullptr);
+    }
+}
+
+TEST_F(PpImage, MisalignsPlanesAsAsked) {
+    for (int firstOnly : {0, 1}) {
+        ppImage image(pp16s, 3, true);
+        ASSERT_TRUE(image.createImage(5, 5, 0, 6, firstOnly));
+        for (int c = 0; c < 3; ++c) {
+            EXPECT_EQ(address(image.planePtrs()[c]) % 64, c > 0 && firstOnly ? 0u : 6u);
+        }
+    }
+}
+
+TEST_F(PpImage, FillsRowByRowAndLeavesThePaddingZero) {
+    for (bool planar : {false, true}) {
+        ppImage image(pp8u, 3, planar);
+        ASSERT_TRUE(image.createImage(7, 4, SET_ZERO));
+        ASSERT_TRUE(image.setRandom(1, 255, 99));
+        ppVector row(pp8u);
+        ASSERT_TRUE(row.createVector(image.getRowLen()));
+        ppVector::m_seed = 99;
+        for (int r = 0; r < image.getNumRows(); ++r) {
+            ASSERT_TRUE(row.setRandom(1, 255));
+            const auto* p = static_cast<unsigned char*>(image.getRowPointer(r));
+            EXPECT_EQ(std::memcmp(p, row.data(), static_cast<std::size_t>(row.length())), 0) << r;
+            for (int i = row.length(); i < image.step(); ++i) EXPECT_EQ(p[i], 0) << r << " " << i;
+        }
+        ASSERT_TRUE(image.setVector(SET_SEQUENCE, 5, 100));
+        EXPECT_EQ(image.getIndex(0), 5);
+        EXPECT_EQ(image.getIndex(image.getRowLen()), 5) << "every row starts anew";
+        ASSERT_TRUE(image.setMaxValue());
+        EXPECT_EQ(image.getImageAt(6, 3, 2), 255);
+    }
+}
+
+TEST_F(PpImage, JaehneIsARoundChirpThatWraps) {
+    ppImage one(pp8u, 1, false);
+    ASSERT_TRUE(one.createImage(1, 1));
+    ASSERT_TRUE(one.setJaehne());
+    EXPECT_EQ(one.getImageAt(0, 0, 0), 255);
+
+    ppImage row(pp8u, 1, false);
+    ASSERT_TRUE(row.createImage(5, 1));
+    ASSERT_TRUE(row.setJaehne());
+    EXPECT_STREQ(row.getString().c_str(), " 254 126 255 126 254");
+
+    ppImage wide(pp8u, 1, false);
+    ASSERT_TRUE(wide.createImage(15, 5));
+    ASSERT_TRUE(wide.setJaehne());
+    EXPECT_EQ(wide.getImageAt(0, 1, 0), 254);
+
+    struct {
+        ppType type;
+        bool planar;
+    } const cases[] = {
+        {pp8u, false}, {pp16s, true}, {pp32f, false}, {pp32fc, true}, {pp16sc, false}};
+    for (const auto& c : cases) {
+        ppImage image(c.type, 3, c.planar);
+        ASSERT_TRUE(image.createImage(31, 17, 0, 5));
+        ASSERT_TRUE(image.setJaehne(100));
+        for (int y = 0; y < 17; ++y) {
+            for (int x = 0; x < 31; ++x) {
+                const double r2 = (x - 15.0) * (x - 15.0) + (y - 8.0) * (y - 8.0);
+                const double value = (std::sin(r2 * 1.5707963267948966 * (1.0 / 17)) + 1.0) * 100 +
+                                     (c.type == pp8u ? 127.5 : 0);
+                double expected = value;
+                if (c.type == pp32f || c.type == pp32fc) expected = static_cast<float>(value);
+                if (c.type == pp8u) expected = static_cast<int>(value) & 255;
+                if (c.type == pp16s || c.type == pp16sc) expected = std::trunc(value);
+                for (int channel = 0; channel < 3; ++channel) {
+                    double re, im;
+                    ASSERT_TRUE(image.getImageAt(x, y, channel, re, im));
+                    ASSERT_EQ(re, expected) << c.type << " " << x << " " << y;
+                    ASSERT_EQ(im, ppIsComplex(c.type) ? expected : 0);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(PpImage, KeepsAndPutsBackItsData) {
+    ppImage pixels(pp8u, 1, false), planes(pp16u, 3, true);
+    ASSERT_TRUE(pixels.createImage(9, 9, SET_RANDOM));
+    ASSERT_TRUE(planes.createImage(9, 9, SET_RANDOM));
+    const psString before = pixels.getString(), planesBefore = planes.getString();
+    psReserveAllVectors();
+    ASSERT_TRUE(pixels.setConst());
+    ASSERT_TRUE(planes.setConst());
+    psResetAllVectors();
+    EXPECT_TRUE(pixels.getString() == before);
+    EXPECT_TRUE(planes.getString() == planesBefore);
+    planes.deleteReservedCopy();
+    EXPECT_FALSE(planes.setReservedCopy());
+}
+
+TEST_F(PpImage, APlanarImageIsListedOnce) {
+    ppImage image(pp8u, 3, true);
+    ASSERT_TRUE(image.createImage(4, 4));
+    int objects = 0, subObjects = 0;
+    void* owner = nullptr;
+    for (void* p = psMallocFirst(nullptr, &owner); p; p = psMallocNext(nullptr, &owner)) {
+        EXPECT_EQ(psUntaggedOwner(owner), static_cast<psObject*>(&image));
+        ++(psIsSubObject(owner) ? subObjects : objects);
+    }
+    EXPECT_EQ(objects, 1);
+    EXPECT_EQ(subObjects, 3);
+}
+
+TEST_F(PpImage, PrintsRowsAndPlanes) {
+    ppImage image(pp8u, 2, true);
+    ASSERT_TRUE(image.createImage(2, 2, SET_ONE));
+    EXPECT_STREQ(image.getString().c_str(), "   1   1\n   1   1\n\n   1   1\n   1   1");
+    EXPECT_STREQ(image.objectInfo().c_str(), "Image 8u_P2 width=2 height=2 step=64");
+}
+
+TEST_F(PpImage, RefusesWhatCannotBe) {
+    struct {
+        int width, height, step;
+    } const cases[] = {{0, 5, 0},      {5, 0, 0},         {-100, -10, 0},        {INT_MAX, 1, 0},
+                       {100, 5, 99},   {46341, 46341, 0}, {INT_MAX, INT_MAX, 0}, {5, 5, 101},
+                       {1, INT_MAX, 2}};
+    for (bool planar : {false, true}) {
+        for (const auto& c : cases) {
+            ppImage image(pp64fc, 4, planar);
+            EXPECT_FALSE(image.createImage(c.width, c.height, c.step)) << c.width;
+            EXPECT_EQ(image.getNumRows(), 0);
+            EXPECT_FALSE(image.setRandom());
+            EXPECT_FALSE(image.setJaehne());
+        }
+    }
+    ppImage untyped;
+    EXPECT_FALSE(untyped.createImage(4, 4, 4));
+}
+
+TEST_F(PpImage, CanBeReused) {
+    ppImage image(pp8u, 3, true);
+    ASSERT_TRUE(image.createImage(4, 4));
+    ASSERT_TRUE(image.createImage(40, 40));
+    image.init(pp32f, 1, false);
+    EXPECT_EQ(image.getNumRows(), 0);
+    ASSERT_TRUE(image.createImage(3, 3, SET_DEFAULT));
+    EXPECT_EQ(image.ptr32f()[2], 1.00001F);
+}
+
+}  // namespace

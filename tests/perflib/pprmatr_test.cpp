@@ -1,0 +1,72 @@
+#include "pprmatr.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+
+#include "psdata.h"
+#include "psstream.h"
+
+namespace {
+
+TEST(PprMatrice, RowsLieAtTheStep) {
+    struct {
+        ppType type;
+        int rows, columns, step, expected;
+    } const cases[] = {
+        {pp32f, 3, 5, 0, 32}, {pp8u, 2, 16, 0, 16}, {pp8u, 2, 17, 0, 32}, {pp64fc, 4, 2, 48, 48}};
+    for (const auto& c : cases) {
+        pprMatrice m(c.type);
+        ASSERT_TRUE(m.createMatrice(c.rows, c.columns, c.step, 3));
+        EXPECT_EQ(m.step(), c.expected);
+        const auto* base = static_cast<char*>(m.data());
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(base) % 64, 3u);
+        for (int row = 0; row < c.rows; ++row) EXPECT_EQ(m.rowPtrs()[row], base + row * c.expected);
+        EXPECT_EQ(m.getPointerAt(c.rows - 1, c.columns - 1),
+                  base + (c.rows - 1) * c.expected + (c.columns - 1) * ppItem(c.type));
+        EXPECT_EQ(m.getPointerAt(c.rows, 0), nullptr);
+        EXPECT_EQ(m.getPointerAt(0, c.columns), nullptr);
+    }
+}
+
+TEST(PprMatrice, FillsAndReadsElements) {
+    pprMatrice m(pp32fc);
+    ASSERT_TRUE(m.createMatrice(2, 3, SET_SEQUENCE, 1, 7));
+    EXPECT_EQ(m.getMatriceAt(1, 2), 5);  // a row each: 1, 3, 5
+    EXPECT_EQ(m.getIndex(5), 5);
+    EXPECT_TRUE(m.setMatriceAt(1, 0, -1, 4));
+    double re, im;
+    ASSERT_TRUE(m.getMatriceAt(1, 0, re, im));
+    EXPECT_EQ(re, -1);
+    EXPECT_EQ(im, 4);
+    EXPECT_FALSE(m.setMatriceAt(2, 0, 1));
+    EXPECT_STREQ(m.objectInfo().c_str(), "rMatrix 32fc rows=2 columns=3");
+    pprMatrice small(pp8u);
+    ASSERT_TRUE(small.createMatrice(2, 2, SET_ONE));
+    EXPECT_STREQ(small.getString().c_str(), "   1   1\n   1   1");
+    ASSERT_TRUE(small.setJaehne());
+    EXPECT_STREQ(small.getString().c_str(), " 127 217\n 127 217");  // sin(pi/4)
+}
+
+TEST(PprMatrice, IsReservedOnceAndReleasesAllBlocks) {
+    {
+        pprMatrice m(pp16s);
+        ASSERT_TRUE(m.createMatrice(3, 3, SET_RANDOM));
+        const psString before = m.getString();
+        psReserveAllVectors();
+        ASSERT_TRUE(m.setConst());
+        psResetAllVectors();
+        EXPECT_TRUE(m.getString() == before);
+        psOutLevelGuard quiet(0);
+        EXPECT_FALSE(m.createMatrice(0, 3));
+        EXPECT_FALSE(m.createMatrice(3, 3, 4));
+        EXPECT_FALSE(m.createMatrice(INT_MAX, INT_MAX));
+        EXPECT_FALSE(m.createMatrice(INT_MAX / 2, 1, 2));
+        EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr);
+        ASSERT_TRUE(m.createMatrice(3, 3));
+    }
+    EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr);
+}
+
+}  // namespace
