@@ -1,14 +1,14 @@
 #include "pscmdline.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
-#include "psstream.h"
+#include "capture.h"
 
 namespace {
 
@@ -105,27 +105,16 @@ TEST(CommandList, TheLastEntryOfAKeyCounts) {
 
 class OptionFile : public testing::Test {
   protected:
-    OptionFile() {
-        std::filesystem::create_directories(m_dir);
-        g_ostrm.addStream(psString((m_dir + "/listing").c_str()), false);
-    }
-    ~OptionFile() override {
-        g_ostrm.close();
-        g_ostrm.clear();
-        std::filesystem::remove_all(m_dir);
-    }
+    OptionFile() { std::filesystem::create_directories(m_dir); }
+    ~OptionFile() override { std::filesystem::remove_all(m_dir); }
 
     std::string file(const char* name, const std::string& content) {
         std::ofstream(m_dir + "/" + name, std::ios::binary) << content;
         return m_dir + "/" + name;
     }
-    std::string messages() {
-        g_ostrm.flush();
-        std::ifstream stream(m_dir + "/listing");
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
-    std::string m_dir = testing::TempDir() + "pscmdline_test";
+    Capture m_messages{static_cast<int>(MessageLevel::ERR)};
+    std::string m_dir = testing::TempDir() + "pscmdline_test_" + std::to_string(getpid());
 };
 
 TEST_F(OptionFile, IsExpandedWhereItStands) {
@@ -151,7 +140,7 @@ TEST_F(OptionFile, IsExpandedWhereItStands) {
         EXPECT_TRUE(list.expandFiles()) << c.line;
         EXPECT_EQ(keysOf(list), c.keys) << c.line;
     }
-    EXPECT_EQ(messages(), "");
+    EXPECT_EQ(m_messages.take(), "");
 }
 
 TEST_F(OptionFile, ThatCannotBeReadIsNamedAndTheOthersAreExpanded) {
@@ -159,8 +148,9 @@ TEST_F(OptionFile, ThatCannotBeReadIsNamedAndTheOthersAreExpanded) {
     list.setArgs(("-@" + m_dir + "/none -@" + m_dir + " -@" + file("good", "-B")).c_str());
     EXPECT_FALSE(list.expandFiles());
     EXPECT_EQ(keysOf(list), "B[]");
-    EXPECT_EQ(messages(), "-- Can't open file " + m_dir + "/none to read: \n-- Can't open file " +
-                              m_dir + " to read: \n");
+    EXPECT_EQ(m_messages.take(), "-- Can't open file " + m_dir +
+                                     "/none to read: \n-- Can't open file " + m_dir +
+                                     " to read: \n");
 }
 
 TEST_F(OptionFile, OfBinaryJunkYieldsNoKeysThatWereNotThere) {

@@ -1,0 +1,45 @@
+#include <xmmintrin.h>
+
+#include <exception>
+#include <memory>
+
+#include "ps.h"
+#include "psdata.h"
+#include "psexcept.h"
+#include "psinterrupt.h"
+
+using enum MessageLevel;
+
+namespace {
+
+void runSession(int argc, char** argv) {
+    std::unique_ptr<psSession> plain;
+    if (!pSession) {
+        plain = std::make_unique<psSession>();
+        psRegSession(plain.get());
+    }
+    pSession->run(argc, argv);
+}
+
+}  // namespace
+
+// The exit status is 0 whatever happens: failures show in the output.
+int main(int argc, char** argv) {
+    constexpr unsigned flushToZero = 0x8000;
+    constexpr unsigned denormalsAreZero = 0x0040;
+    _mm_setcsr(_mm_getcsr() | flushToZero | denormalsAreZero);
+    {
+        const psTraceScope trace("main");
+        try {
+            runSession(argc, argv);
+        } catch (const psException& e) {
+            g_ostrm << ERR << e.msg() << " in " << e.where() << "\n" << END_FLUSH;
+        } catch (const std::exception& e) {
+            g_ostrm << ERR << "-- PS exception: " << e.what() << "\n" << END_FLUSH;
+        }
+        psFreeAll();
+    }
+    g_ostrm.flushWithConsole();
+    psEndIfInterrupted();
+    return 0;
+}

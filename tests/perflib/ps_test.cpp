@@ -1,0 +1,615 @@
+#include "ps.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "pscmdline.h"
+#include "pscputest.h"
+#include "pscputick_gcc.h"
+#include "psdata.h"
+#include "psistream.h"
+#include "pslib.h"
+#include "pstool.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+std::string readFile(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// Closes what a session opened.
+void release(psSinkList& stream) {
+    for (o_stream* sink : stream) {
+        if (sink != &c_out) delete sink;
+    }
+    stream.clear();
+}
+
+// A session whose operations note the output level that they find.
+class NotingSession : public psSession {
+  public:
+    std::string notes;
+    bool endEarly = false;
+    bool dropTests = false;
+
+    void initSession() override {
+        note("init");
+        psSession::initSession();
+    }
+    bool startSession() override {
+        note("start");
+        if (dropTests) {
+            delete pTestList;
+            pTestList = nullptr;
+        }
+        return !endEarly;
+    }
+    void outputHeader() override { note("header"); }
+    void listTests(int mode) override { note("list" + std::to_string(mode)); }
+    void readCommonData() override {
+        note("common");
+        psSession::readCommonData();
+    }
+    void putTableTitle() override {
+        note("title");
+        psSession::putTableTitle();
+    }
+    void outputFooter() override { note("footer"); }
+    void outputSignal() override {
+        note("signal");
+        psSession::outputSignal();
+    }
+
+  private:
+    void note(const std::string& what) {
+        notes += what + ":" + std::to_string(g_ostrm.getOutLevel()) + " ";
+    }
+};
+
+// Runs a session in a directory of its own; every process-wide setting that a
+// session changes is put back.
+class SessionTest : public testing::Test {
+  protected:
+    SessionTest() : m_old(std::filesystem::current_path()) {
+        std::filesystem::remove_all(m_dir);
+        std::filesystem::create_directories(m_dir + "/bin");
+        std::filesystem::current_path(m_dir);
+        psCpuTicker::m_freqMHz = 1000;
+    }
+    ~SessionTest() override {
+        g_istrm.close();
+        g_istrm.dataList().clear();
+        for (psSinkList* stream :
+             std::initializer_list<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm}) {
+            release(*stream);
+        }
+        g_ostrm.setOutLevel(1);
+        psGlobalTool() = psTool();
+        psTest::m_hot = 0;
+        psSession::m_exitLevel = 0;
+        psSession::m_nameMode = 0;
+        delete pTestList;
+        pTestList = nullptr;
+        delete pCmdLine;
+        pCmdLine = nullptr;
+        zmoEnvironment = nullptr;
+        std::filesystem::current_path(m_old);
+        std::filesystem::remove_all(m_dir);
+    }
+
+    static std::vector<char*> argvOf(Words& words) {
+        std::vector<char*> argv;
+        for (std::string& word : words) argv.push_back(word.data());
+        return argv;
+    }
+    // The console's text of a whole run.
+    std::string run(psSession& session, const Words& keys) {
+        Words words{"bin/pscv"};
+        words.insert(words.end(), keys.begin(), keys.end());
+        std::vector<char*> argv = argvOf(words);
+        testing::internal::CaptureStdout();
+        m_result = session.run(static_cast<int>(argv.size()), argv.data());
+        return testing::internal::GetCapturedStdout();
+    }
+    // The echo of the keys alone.
+    std::string parse(psSession& session, const Words& keys, const char* exe = "bin/pscv") {
+        Words words{exe};
+        words.insert(words.end(), keys.begin(), keys.end());
+        std::vector<char*> argv = argvOf(words);
+        g_ostrm.push_back(&c_out);
+        session.initSession();
+        testing::internal::CaptureStdout();
+        m_parsed = session.parseCommandLine(static_cast<int>(argv.size()), argv.data());
+        return testing::internal::GetCapturedStdout();
+    }
+    void file(const std::string& name, const std::string& content) const {
+        std::ofstream(m_dir + "/" + name, std::ios::binary) << content;
+    }
+
+    std::string m_dir = testing::TempDir() + "ps_test_" + std::to_string(getpid());
+    std::filesystem::path m_old;
+    int m_result = -1;
+    bool m_parsed = false;
+};
+
+TEST(SessionPaths, DirectoriesLieBehindTheExecutables) {
+    const struct {
+        const char* exe;
+        const char* dir;
+        const char* path;
+    } cases[] = {
+        {"/opt/ps/pscv", "", "/opt/ps/"},
+        {"/opt/ps/pscv", "out", "/opt/ps/out/"},
+        {"/opt/ps/pscv", "out/", "/opt/ps/out/"},
+        {"/opt/ps/pscv", "/tmp", "/tmp/"},
+        {"/opt/ps/pscv", "\\x", "\\x/"},
+        {"/opt/ps/pscv", "C:x", "C:x/"},
+        {"pscv", "", ""},
+        {"pscv", "out", "out/"},
+        {"/pscv", "", "/"},
+        {"b\\pscv", "out\\", "b\\out\\"},
+        {"", "", ""},
+    };
+    const psString old = psSession::m_exePath;
+    for (const auto& c : cases) {
+        psSession::m_exePath = c.exe;
+        EXPECT_EQ(psSession::genDirName(c.dir), psString(c.path)) << c.exe << " " << c.dir;
+    }
+    psSession::m_exePath = old;
+}
+
+TEST(SessionPaths, NamesWithoutADotGetTheExtension) {
+    const struct {
+        const char* defName;
+        const char* name;
+        const char* path;
+    } cases[] = {
+        {"run", "", "d/run.txt"},        {"run.1", "", "d/run.1.txt"}, {"/abs", "", "d//abs.txt"},
+        {"run", "x", "d/x.txt"},         {"run", "x.log", "d/x.log"},  {"run", "./x", "d/./x"},
+        {"run", "/data/x", "/data/x"},   {"run", "\\x", "\\x"},        {"run", "C:x", "C:x"},
+        {"run", "sub/x", "d/sub/x.txt"},
+    };
+    const psString old = psSession::m_defName;
+    for (const auto& c : cases) {
+        psSession::setDefName(c.defName);
+        EXPECT_EQ(psSession::genPathName("d/", c.name, ".txt"), psString(c.path)) << c.name;
+    }
+    psSession::setDefName(old);
+}
+
+TEST(EnterTitle, IsFramedAndCentred) {
+    const std::string stars = " " + std::string(78, '*') + "\n";
+    const struct {
+        std::string text;
+        std::string line;
+    } cases[] = {
+        {"ab", " *" + std::string(37, ' ') + "ab" + std::string(37, ' ') + "*\n"},
+        {"abc", " *" + std::string(36, ' ') + "abc" + std::string(37, ' ') + "*\n"},
+        {std::string(75, 'x'), " *" + std::string(75, 'x') + " *\n"},
+        {std::string(90, 'x'), " *" + std::string(90, 'x') + "*\n"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(psSession::getEnterTitle(c.text.c_str()),
+                  psString((stars + c.line + stars).c_str()));
+}
+
+TEST_F(SessionTest, EchoesKeysInTheirOrder) {
+    psSession session;
+    EXPECT_EQ(parse(session, {"-B", "-z1", "-n", "x"}),
+              "Command line options: \n-B: batch mode\n-z1: ignored: incorrect "
+              "option key\n"
+              "-nx: name ini-file and output files as x.<proper-ext>\n");
+    EXPECT_TRUE(m_parsed);
+    EXPECT_EQ(session.askMode(), 0);
+    EXPECT_EQ(psSession::getOutPath(), "bin/");
+    EXPECT_EQ(psSession::m_defName, "x");
+}
+
+TEST_F(SessionTest, ExitLevelsReplaceTheEcho) {
+    const struct {
+        Words keys;
+        int level;
+        const char* echo;  // of -B, which says it at every level
+    } cases[] = {
+        {{"-B"}, 0, "batch mode"},
+        {{"-B", "-e"}, 1, "ignored because of -e option"},
+        {{"-B", "-h"}, 2, "ignored because of -h option"},
+        {{"-B", "-?"}, 2, "ignored because of -h option"},
+        {{"-B", "-v"}, 3, "ignored because of -v option"},
+        {{"-B", "-e", "-v"}, 1, "ignored because of -e option"},
+        {{"-B", "-v", "-e", "-h"}, 2, "ignored because of -h option"},
+        {{"-B", "--help"}, 2, "ignored because of -h option"},
+    };
+    for (const auto& c : cases) {
+        psSession session;
+        const std::string echo = parse(session, c.keys);
+        EXPECT_EQ(psSession::m_exitLevel, c.level) << echo;
+        EXPECT_NE(echo.find(std::string("-B: ") + c.echo + "\n"), std::string::npos) << echo;
+        EXPECT_TRUE(session.batMode());
+        release(g_ostrm);
+    }
+}
+
+// What must be known before any key acts is not looked for in option files.
+TEST_F(SessionTest, OptionFilesAreAppliedInPlaceButSetNoDefaults) {
+    file("opts", "-nother -p/in -e\n-@opts");
+    psSession session;
+    const std::string echo = parse(session, {"-ntitle", "-@opts", "-B"});
+    EXPECT_TRUE(m_parsed);
+    EXPECT_EQ(psSession::m_defName, "title");
+    EXPECT_EQ(psSession::getInPath(), "bin/");
+    EXPECT_EQ(psSession::m_exitLevel, 0);
+    EXPECT_EQ(session.enumMode(), 0);
+    EXPECT_NE(echo.find("-@opts: ignored: option files cannot be nested\n-B: batch mode\n"),
+              std::string::npos)
+        << echo;
+}
+
+TEST_F(SessionTest, TheLastOfTheNameKeysCountsAndAnEmptyOneKeepsTheTitle) {
+    const struct {
+        Words keys;
+        const char* title;
+        const char* in;
+        const char* out;
+    } cases[] = {
+        {{}, "pscv", "bin/", "bin/"},
+        {{"-na", "-nb"}, "b", "bin/", "bin/"},
+        {{"-na", "-n"}, "pscv", "bin/", "bin/"},
+        {{"-pin", "-l/out"}, "pscv", "bin/in/", "/out/"},
+        {{"-pin", "-p"}, "pscv", "bin/", "bin/"},
+    };
+    for (const auto& c : cases) {
+        psSession session;
+        Words keys = c.keys;
+        keys.push_back("-B");
+        parse(session, keys);
+        EXPECT_EQ(psSession::m_defName, psString(c.title));
+        EXPECT_EQ(psSession::getInPath(), psString(c.in));
+        EXPECT_EQ(psSession::getOutPath(), psString(c.out));
+        release(g_ostrm);
+    }
+}
+
+TEST_F(SessionTest, WithoutArgumentsTheConfigurationFileIsTheCommandLine) {
+    const std::string header = "Command line options: ";
+    const struct {
+        std::map<std::string, std::string> files;
+        const char* forced;
+        std::string echo;
+    } cases[] = {
+        {{}, nullptr, ""},
+        {{}, "-B", header + "set by _FORCE_CMDLINE preprocessor definition\n-B: batch mode\n"},
+        {{{"pscv.cfg", "-B\n-nlost\n"}},
+         "-s-",
+         header + "read from pscv.cfg file\n-B: batch mode\n"},
+        {{{"bin/pscv.cfg", "-B"}},
+         nullptr,
+         header + "read from bin/pscv.cfg file\n-B: batch mode\n"},
+        {{{"pscv.cfg", "-s-"}, {"bin/pscv.cfg", "-B"}},
+         nullptr,
+         header + "read from pscv.cfg file\n-s-: don't sort functions\n"},
+        {{{"pscv.cfg", ""}}, "-B", header + "read from pscv.cfg file\n"},
+        {{{"pscv.cfg", "-@more\r\n"}, {"more", "-B"}},
+         nullptr,
+         header + "read from pscv.cfg file\n-B: batch mode\n"},
+        {{{"pscv.cfg", std::string(1021, ' ') + "-B -s-"}},
+         nullptr,
+         header + "read from pscv.cfg file\n-B: batch mode\n"},
+    };
+    for (const auto& c : cases) {
+        for (const auto& [name, content] : c.files) file(name, content);
+        if (c.forced) psRegCmdLine(c.forced);
+        psSession session;
+        EXPECT_EQ(parse(session, {}), c.echo);
+        release(g_ostrm);
+        for (const auto& entry : c.files) std::filesystem::remove(m_dir + "/" + entry.first);
+        delete pCmdLine;
+        pCmdLine = nullptr;
+    }
+}
+
+TEST_F(SessionTest, ADirectoryIsNoConfigurationFile) {
+    std::filesystem::create_directory(m_dir + "/pscv.cfg");
+    file("bin/pscv.cfg", "-B");
+    psSession session;
+    parse(session, {});
+    EXPECT_TRUE(session.batMode());
+}
+
+TEST_F(SessionTest, FilesThatCannotBeOpenedEndTheRunAfterAllKeys) {
+    file("plain", "");
+    const struct {
+        const char* key;
+        const char* message;
+    } cases[] = {
+        {"-oplain/x.txt", "can't open output file"},
+        {"-rplain/x.csv", "can't open output file"},
+        {"-@none", "can't open output file"},
+        {"-Iplain/x.ini", "can't open ini-file"},
+    };
+    for (const auto& c : cases) {
+        NotingSession session;
+        const std::string text = run(session, {c.key, "-B", "-l" + m_dir, "-p" + m_dir});
+        EXPECT_NE(text.find("-B: batch mode\n"), std::string::npos) << text;
+        EXPECT_NE(text.find(std::string("FATAL FAIL: ") + c.message + " for writing\n"),
+                  std::string::npos)
+            << text;
+        EXPECT_EQ(session.notes, "init:1 signal:7 ");
+        EXPECT_EQ(m_result, 0);
+        release(g_ostrm);
+        g_ostrm.setOutLevel(1);
+    }
+}
+
+TEST_F(SessionTest, TheOutputLevelFollowsTheCourseOfTheRun) {
+    const struct {
+        Words keys;
+        const char* notes;
+    } cases[] = {
+        {{"-B", "-fnone"}, "init:1 start:7 header:7 common:7 title:1 footer:1 signal:1 "},
+        {{"-B", "-fnone", "-LI"}, "init:1 start:7 header:7 common:7 title:15 footer:15 signal:15 "},
+        {{"-e"}, "init:1 start:7 header:7 list0:7 signal:7 "},
+        {{"-e+"}, "init:1 start:7 header:7 list1:7 signal:7 "},
+        {{"-e-"}, "init:1 start:7 header:7 list-1:7 signal:7 "},
+        {{"-h"}, "init:1 start:7 signal:7 "},
+        {{"-v", "-e"}, "init:1 start:7 signal:7 "},
+    };
+    for (const auto& c : cases) {
+        NotingSession session;
+        run(session, c.keys);
+        EXPECT_EQ(session.notes, c.notes);
+        EXPECT_EQ(pTestList, nullptr);
+        release(g_ostrm);
+        g_ostrm.setOutLevel(1);
+    }
+}
+
+TEST_F(SessionTest, SaysWhenThereIsNoTestList) {
+    NotingSession session;
+    session.dropTests = true;
+    const std::string text = run(session, {"-B", "-gend"});
+    EXPECT_TRUE(text.ends_with("Fail! pTestList is NULL\n")) << text;
+    EXPECT_EQ(session.notes, "init:1 start:7 ");
+    EXPECT_FALSE(std::filesystem::exists(m_dir + "/bin/end.end"));
+}
+
+// Nothing on the way to help and version may open the measured library.
+TEST_F(SessionTest, TheLibraryIsWantedOnlyOnceTheKeysAreApplied) {
+    static std::string calls;
+    const struct {
+        const char* key;
+        const char* calls;
+    } cases[] = {{"-e", "011"}, {"-h", "0"}, {"-v", "0"}, {"-@none", "0"}};
+    for (const auto& c : cases) {
+        calls.clear();
+        psRegZmoEnvironment([] { calls += psSession::libraryWanted() ? "1" : "0"; });
+        NotingSession session;
+        run(session, {c.key});
+        EXPECT_EQ(calls, c.calls) << c.key;
+        release(g_ostrm);
+    }
+}
+
+TEST_F(SessionTest, TheSignalFileClosesARunOfAnyKind) {
+    for (const char* key : {"-B", "-h"}) {
+        NotingSession session;
+        run(session, {key, "-fnone", "-gdone"});
+        const std::string text = readFile(m_dir + "/bin/done.end");
+        ASSERT_EQ(std::count(text.begin(), text.end(), '\n'), 3) << text;
+        EXPECT_EQ(text.substr(0, 6), "00:00:");
+        EXPECT_EQ(text.size(), 9U + 25U + 1U);
+        release(g_ostrm);
+        std::filesystem::remove(m_dir + "/bin/done.end");
+    }
+}
+
+TEST_F(SessionTest, TheTableHasNineAndFiveTitleWordsAndASixthWhenHot) {
+    const struct {
+        Words keys;
+        const char* line;
+    } cases[] = {
+        {{"-B", "-fnone", "-rt"},
+         "function,Parm1,Parm2,Parm3,Parm4,Parm5,Parm6,Parm7,Parm8,Comment,"
+         "Clocks,per,Time "
+         "(usec),MFlops\n"},
+        {{"-B", "-fnone", "-rt", "-H"},
+         "function,Parm1,Parm2,Parm3,Parm4,Parm5,Parm6,Parm7,Parm8,Comment,"
+         "Clocks,per,Time "
+         "(usec),MFlops,Interest\n"},
+    };
+    for (const auto& c : cases) {
+        NotingSession session;
+        run(session, c.keys);
+        release(g_cstrm);
+        release(g_ostrm);
+        EXPECT_EQ(readFile(m_dir + "/bin/t.csv"), c.line);
+    }
+}
+
+TEST_F(SessionTest, TimingValuesActInBatchModeWhateverTheirSource) {
+    struct Expected {
+        int method;
+        double accuracy;
+        long long a, b, c;
+    };
+    const struct {
+        Words keys;
+        Expected expected;
+    } cases[] = {
+        {{}, {psTool::AUTO, 0.05, 0, 0, 0}},
+        {{"-dAccuracy, %=2.5"}, {psTool::AUTO, 0.025, 0, 0, 0}},
+        {{"-dMethod=Manual"}, {psTool::MANUAL, 1.0, 10, 0, 0}},
+        {{"-dMethod=m", "-dNumLoops=77"}, {psTool::MANUAL, 1.0, 77, 0, 0}},
+        {{"-dMethod=Statistic", "-dNumCalls=9", "-dTotalCpuClocks=5000000000"},
+         {psTool::STATISTIC, 1.0, 9, 5000000000, 0}},
+        {{"-dMethod=Iterative", "-dStartNumLoops=3", "-dStopNumLoops=99", "-dMinCpuClocks=7"},
+         {psTool::ITERATIVE, 0.05, 3, 99, 7}},
+        {{"-dMethod=Iterative"}, {psTool::ITERATIVE, 0.05, 1, 2048, 10000}},
+        {{"-dMethod=unknown"}, {psTool::AUTO, 0.05, 0, 0, 0}},
+        {{"-dNumLoops=x", "-dMethod=Manual"}, {psTool::MANUAL, 1.0, 10, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        NotingSession session;
+        Words keys{"-B", "-fnone"};
+        keys.insert(keys.end(), c.keys.begin(), c.keys.end());
+        run(session, keys);
+        const psTool& tool = psGlobalTool();
+        int a = 0;
+        int b = 0;
+        long long clocks = 0;
+        EXPECT_EQ(tool.method(), c.expected.method);
+        EXPECT_DOUBLE_EQ(tool.accuracyLimit(), c.expected.accuracy);
+        if (tool.getMethodLoop(a)) {
+            EXPECT_EQ(a, c.expected.a);
+        }
+        if (tool.getMethodStat(a, clocks)) {
+            EXPECT_EQ(a, c.expected.a);
+            EXPECT_EQ(clocks, c.expected.b);
+        }
+        if (tool.getMethodBest(a, b, clocks)) {
+            EXPECT_EQ(a, c.expected.a);
+            EXPECT_EQ(b, c.expected.b);
+            EXPECT_EQ(clocks, c.expected.c);
+        }
+        g_istrm.dataList().clear();
+        release(g_ostrm);
+        psGlobalTool() = psTool();
+    }
+}
+
+TEST_F(SessionTest, TheRegisteredFunctionSeesTheTimingThatWasRead) {
+    static int seen;
+    seen = -1;
+    psRegTimingMethod([](psTool& tool) { tool.getMethodLoop(seen); });
+    NotingSession session;
+    run(session, {"-B", "-fnone", "-dMethod=Manual", "-dNumLoops=31"});
+    initTimingMethod = nullptr;
+    EXPECT_EQ(seen, 31);
+}
+
+TEST_F(SessionTest, AlignmentValuesAreBroughtIntoRange) {
+    NotingSession session;
+    run(session, {"-B", "-fnone", "-dAlignVectorsBy=element", "-dVectorAlign=70",
+                  "-dMisalignFirstVectorOnly=no", "-dMutualVectorShift=700"});
+    EXPECT_FALSE(psGetAlignByByte());
+    EXPECT_EQ(psGetVectorAlign(), 6);
+    EXPECT_FALSE(psGetAlignSrc());
+    EXPECT_EQ(psGetVectorShift(), 640);
+    psSetAlignByByte(true);
+    psSetVectorAlign(0);
+    psSetAlignSrc(true);
+    psSetVectorShift(512);
+}
+
+// The console is asked for what neither -d nor the ini-file gives; its end is
+// an empty answer.
+TEST_F(SessionTest, TheConsoleIsAskedForTheSelectedGroups) {
+    const struct {
+        Words keys;
+        const char* input;
+        const char* title;  // null: nothing is asked
+        int method;
+        int loops;
+    } cases[] = {
+        {{"-AT"}, "Manual\n12\n\n", "Specify timing method, please", psTool::MANUAL, 12},
+        {{"-AT"}, "", "Specify timing method, please", psTool::AUTO, 0},
+        {{"-AT"}, "bad\n", "Specify timing method, please", psTool::AUTO, 0},
+        {{"-AT", "-dMethod=Manual", "-dNumLoops=5", "-dAccuracy, %=3"},
+         "Auto\n",
+         nullptr,
+         psTool::MANUAL,
+         5},
+        {{"-AP"}, "Manual\n", nullptr, psTool::AUTO, 0},
+        {{"-AM"}, "\n\n\n\n", "Specify vectors alignment, please", psTool::AUTO, 0},
+        {{"-AT", "-B"}, "Manual\n", nullptr, psTool::AUTO, 0},
+        {{}, "Manual\n8\n", "Specify timing method, please", psTool::MANUAL, 8},
+    };
+    for (const auto& c : cases) {
+        file("input", c.input);
+        ASSERT_NE(std::freopen((m_dir + "/input").c_str(), "r", stdin), nullptr);
+        NotingSession session;
+        Words keys{"-fnone"};
+        keys.insert(keys.end(), c.keys.begin(), c.keys.end());
+        const std::string text = run(session, keys);
+        const bool asked = text.find("End of common specifications") != std::string::npos;
+        EXPECT_EQ(asked, c.title != nullptr) << text;
+        if (c.title) {
+            EXPECT_NE(text.find(c.title), std::string::npos) << text;
+        }
+        EXPECT_EQ(psGlobalTool().method(), c.method);
+        int loops = 0;
+        psGlobalTool().getMethodLoop(loops);
+        EXPECT_EQ(loops, c.loops);
+        g_istrm.dataList().clear();
+        release(g_ostrm);
+        psGlobalTool() = psTool();
+    }
+    ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr);
+}
+
+TEST_F(SessionTest, TheIniFileTakesTheSettingsAndGivesThemBack) {
+    {
+        NotingSession session;
+        run(session, {"-B", "-fnone", "-Iset", "-dMethod=Manual", "-dNumLoops=21"});
+    }
+    const std::string text = readFile(m_dir + "/bin/set.ini");
+    EXPECT_NE(text.find("[Perf System]\nMethod=Manual\t// Auto|Manual|Statistic|Iterative\n"
+                        "NumLoops=21\n"),
+              std::string::npos)
+        << text;
+    g_istrm.dataList().clear();
+    release(g_ostrm);
+    psGlobalTool() = psTool();
+
+    // Nothing is left to ask for.
+    NotingSession session;
+    const std::string console = run(session, {"-AT", "-fnone", "-iset"});
+    EXPECT_EQ(console.find("End of common"), std::string::npos) << console;
+    int loops = 0;
+    EXPECT_TRUE(psGlobalTool().getMethodLoop(loops));
+    EXPECT_EQ(loops, 21);
+}
+
+// Stands in for the library's answer.
+ZmoStatus someFeatures(Zmo64u* mask, Zmo32u, Zmo32u*) {
+    *mask = 0x5f;
+    return zmoStsNoErr;
+}
+
+TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
+    const struct {
+        decltype(&zmoGetCpuFeatures) answer;
+        const char* line;
+    } cases[] = {
+        {zmo_GetCpuFeatures, "CPU features: unknown without libzmocore\n"},
+        {someFeatures, "CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n"},
+    };
+    const auto fallback = zmo_GetCpuFeatures;
+    for (const auto& c : cases) {
+        NotingSession session;
+        psRegZmoEnvironment([] {});
+        zmo_GetCpuFeatures = c.answer;
+        const std::string text = run(session, {"-B", "-f__ps", "-rt"});
+        EXPECT_EQ(m_result, 0);
+        EXPECT_NE(text.find("\nCPU: "), std::string::npos) << text;
+        EXPECT_NE(text.find(c.line), std::string::npos) << text;
+        release(g_cstrm);
+        release(g_ostrm);
+        const std::string table = readFile(m_dir + "/bin/t.csv");
+        EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1) << table;
+    }
+    zmo_GetCpuFeatures = fallback;
+}
+
+}  // namespace
