@@ -1,0 +1,194 @@
+#include "pstiming.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+namespace {
+
+// A counter that stands still but for the calls; each reading costs 2 clocks.
+long long now = 0;
+std::string course;  // S start, E stop, c call, i init
+int calls = 0;
+std::function<int(int)> statusOf;  // of the n-th call, counted from 1
+std::function<long long(int)> clocksOf;
+
+long long readStart() {
+    course += 'S';
+    return now += 2;
+}
+long long readStop() {
+    course += 'E';
+    return now += 2;
+}
+[[gnu::always_inline]] inline int tcall_fake() {
+    course += 'c';
+    ++calls;
+    now += clocksOf(calls);
+    return statusOf(calls);
+}
+void putBack() {
+    course += 'i';
+    now += 1000;
+}
+psResult check(int status) {
+    return status < 0 ? PS_FUNCFAIL : status > 0 ? PS_FUNCWRN : PS_OK;
+}
+
+constexpr auto loopTiming = psLoopTiming<tcall_fake, check>;
+constexpr auto statTiming = psStatTiming<tcall_fake, check>;
+
+class Timing : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_start = zmo_StartCpuClocks;
+        m_stop = zmo_StopCpuClocks;
+        zmo_StartCpuClocks = readStart;
+        zmo_StopCpuClocks = readStop;
+        reset();
+    }
+    void TearDown() override {
+        zmo_StartCpuClocks = m_start;
+        zmo_StopCpuClocks = m_stop;
+    }
+    static void reset() {
+        now = 0;
+        calls = 0;
+        course.clear();
+        statusOf = [](int) { return 0; };
+        clocksOf = [](int) { return 50LL; };
+    }
+    // What stands behind the measuring of the overhead and the readings around it.
+    static std::string measured() { return course.substr(1 + 2 * 100 + 1); }
+
+  private:
+    psCpuClocks m_start = nullptr;
+    psCpuClocks m_stop = nullptr;
+};
+
+TEST_F(Timing, LoopTakesTheFastestCall) {
+    clocksOf = [](int n) { return n == 1 ? 5LL : 100LL - 10 * n; };
+    long long clocks = -1;
+    EXPECT_EQ(loopTiming(3, &clocks), PS_OK);
+    EXPECT_EQ(clocks, 62);  // the fourth call, and one reading
+    EXPECT_EQ(course, "cSScEScEScE");
+}
+
+TEST_F(Timing, LoopOfNothingTellsTheOverhead) {
+    for (const int n : {0, -3}) {
+        reset();
+        long long clocks = -1;
+        EXPECT_EQ(loopTiming(n, &clocks), PS_OK);
+        EXPECT_EQ(calls, 1);
+        EXPECT_EQ(clocks, 2);
+    }
+}
+
+TEST_F(Timing, LoopGoesOnAfterErrorsAndReportsTheLastStatus) {
+    long long clocks = 0;
+    statusOf = [](int n) { return n == 3 ? -5 : 0; };
+    EXPECT_EQ(loopTiming(10, &clocks), PS_OK);
+    EXPECT_EQ(calls, 11);
+    reset();
+    statusOf = [](int n) { return n == 11 ? -5 : 0; };
+    EXPECT_EQ(loopTiming(10, &clocks), PS_FUNCFAIL);
+}
+
+TEST_F(Timing, StatCountsCallsAndBudget) {
+    const struct {
+        const char* what;
+        int n;
+        long long budget;
+        int inner;
+        int calls;
+        long long clocks;
+    } cases[] = {
+        {"calls alone", 12, 0, 1, 12, 52},
+        {"one block", 12, 0, 100, 100, 50},
+        {"budget: the 20th call reaches 1040", 1, 1030, 1, 20, 52},
+        {"both are needed", 30, 1030, 1, 30, 52},
+        {"blocks of ten", 1, 1030, 10, 30, 50},
+        {"nothing asked", 0, 0, 1, 0, 0},
+        {"less than nothing", -1, -5, 100, 0, 0},
+        {"inner below 2 is 1", 3, 0, -7, 3, 52},
+    };
+    for (const auto& c : cases) {
+        reset();
+        int n = c.n;
+        long long clocks = c.budget;
+        EXPECT_EQ(statTiming(&n, &clocks, c.inner), PS_OK) << c.what;
+        EXPECT_EQ(n, c.calls) << c.what;
+        EXPECT_EQ(calls, c.calls) << c.what;
+        EXPECT_EQ(clocks, c.clocks) << c.what;
+    }
+}
+
+TEST_F(Timing, StatTimesOneCallAnInterval) {
+    int n = 3;
+    long long clocks = 0;
+    statTiming(&n, &clocks, 1);
+    EXPECT_EQ(measured(), "ScEScEScE");
+    reset();
+    n = 3;
+    clocks = 0;
+    statTiming(&n, &clocks, 2);
+    EXPECT_EQ(measured(), "SccESccE");
+}
+
+TEST_F(Timing, StatStopsAtAnErrorAndRemembersNotes) {
+    const struct {
+        int inner;
+        int at;
+        int status;
+        int calls;
+        psResult result;
+    } cases[] = {
+        {1, 3, -5, 3, PS_FUNCFAIL}, {10, 3, -5, 3, PS_FUNCFAIL}, {10, 13, -5, 13, PS_FUNCFAIL},
+        {10, 3, 2, 20, PS_FUNCWRN}, {1, 3, 2, 12, PS_FUNCWRN},
+    };
+    for (const auto& c : cases) {
+        reset();
+        statusOf = [&](int n) { return n == c.at ? c.status : 0; };
+        int n = 12;
+        long long clocks = 0;
+        EXPECT_EQ(statTiming(&n, &clocks, c.inner), c.result);
+        EXPECT_EQ(n, c.calls);
+        EXPECT_EQ(calls, c.calls);
+    }
+}
+
+TEST_F(Timing, StatTakesTheOverheadOff) {
+    // The empty loop of the overhead costs 500 clocks: 5 a step.
+    static bool measuring;
+    measuring = true;
+    zmo_StopCpuClocks = [] { return now += measuring ? 500 : 2; };
+    int n = 1;
+    long long clocks = 0;
+    clocksOf = [](int) { return measuring = false, 50LL; };
+    statTiming(&n, &clocks, 1);
+    EXPECT_EQ(clocks, 52 - 5);
+    reset();
+    measuring = true;
+    clocksOf = [](int) { return measuring = false, 2LL; };
+    n = 1;
+    clocks = 0;
+    statTiming(&n, &clocks, 1);
+    EXPECT_EQ(clocks, 4);  // below the overhead nothing is taken off
+}
+
+TEST_F(Timing, InitStandsBeforeEveryTimedInterval) {
+    long long clocks = 0;
+    psLoopTiming<tcall_fake, check, putBack>(2, &clocks);
+    EXPECT_EQ(course, "icSiScEiScE");
+    EXPECT_EQ(clocks, 52);
+    reset();
+    int n = 3;
+    clocks = 0;
+    psStatTiming<tcall_fake, check, putBack>(&n, &clocks, 100);
+    EXPECT_EQ(measured(), "iScEiScEiScE");
+    EXPECT_EQ(n, 3);
+    EXPECT_EQ(clocks, 52);
+}
+
+}  // namespace
