@@ -69,6 +69,7 @@ void psCStream::linePostponeOut(int count) {
     while (!m_postponed.empty()) {
         m_line = m_postponed.front();
         m_filled = maxColumns;
+        while (m_filled > 0 && m_line[slot(m_filled - 1)].empty()) --m_filled;
         m_postponed.erase(m_postponed.begin());
         lineOut(count);
     }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <string>
 
 using enum MessageLevel;
 
@@ -65,7 +66,7 @@ void o_stream::write(const psString& text) {
 
 bool o_stream::flush() {
     std::FILE* file = isConsole() ? stdout : m_file;
-    return std::fflush(file) == 0 && !std::ferror(file);
+    return !file || (std::fflush(file) == 0 && !std::ferror(file));
 }
 
 o_stream& operator<<(o_stream& stream, const psString& text) {
@@ -76,24 +77,22 @@ o_stream& operator<<(o_stream& stream, const psString& text) {
 bool i_stream::getline(psString& line) {
     line.free();
     if (!m_file) return false;
-    bool any = false;
-    char piece[512];
-    while (std::fgets(piece, sizeof piece, m_file)) {
-        any = true;
-        line += piece;
-        if (line.endsWith("\n")) {
-            line.resize(line.length() - 1);
-            break;
-        }
-    }
+    // Not fgets: it hides where a line ends that holds a NUL byte.
+    std::string text;
+    int c = std::getc(m_file);
+    const bool any = c != EOF;
+    for (; c != EOF && c != '\n'; c = std::getc(m_file)) text.push_back(static_cast<char>(c));
+    line = psString(std::string_view(text));
     return any;
 }
 
 namespace {
 
 o_stream& consoleOut() {
-    static o_stream console(nullptr);
-    return console;
+    // Never destroyed: the lists of sinks may be destroyed later than this file's
+    // objects and look at it.
+    static auto* console = new o_stream(nullptr);
+    return *console;
 }
 
 i_stream& consoleIn() {
@@ -114,7 +113,7 @@ o_stream* createOStream(const psString& name, bool append) {
 
 psSinkList::~psSinkList() {
     for (o_stream* sink : *this) {
-        if (!sink->isConsole()) delete sink;
+        if (sink->isOwned()) delete sink;
     }
 }
 
@@ -146,14 +145,18 @@ void psSinkList::flushSinks(bool console) {
         }
         lost.push_back(sink->isConsole() ? psString("standard output") : sink->path());
         pos = erase(pos);
-        if (!sink->isConsole()) delete sink;
+        if (sink->isOwned()) delete sink;
     }
     for (const psString& path : lost)
         g_ostrm << ERR << "-- Can't write " << path << ": no more output goes there\n" << END;
 }
 
 void psSinkList::close() {
-    for (o_stream* sink : *this) sink->close();
+    for (auto pos = begin(); pos != end();) {
+        o_stream* sink = *pos;
+        pos = sink->isConsole() ? std::next(pos) : erase(pos);
+        if (sink->isOwned()) delete sink;
+    }
 }
 
 void psOStream::setMsgLevel(MessageLevel level) {

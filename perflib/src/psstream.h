@@ -25,7 +25,8 @@ enum class MessageLevel : int {
 // A set of MessageLevel bits.
 using OutputLevel = int;
 
-// One open file. A null handle is the console.
+// One open file, or the console. A file that could not be opened, or is closed,
+// takes no output and gives no input.
 class io_stream {
   public:
     enum Mode { READ = 1, WRITE = 2, APPEND = 4, BINARY = 8, NAME_AS_GIVEN = 256 };
@@ -36,8 +37,10 @@ class io_stream {
     static PathRule inPathRule;
     static PathRule outPathRule;
 
-    // A handle that the stream does not close.
-    explicit io_stream(std::FILE* handle) : m_file(handle), m_owned(false) {}
+    // A handle that the stream does not close; null is the console, that is
+    // standard output.
+    explicit io_stream(std::FILE* handle)
+        : m_file(handle), m_owned(false), m_console(handle == nullptr) {}
     // Opens a file; a failure leaves isOpen() false and, with `report`, tells
     // the path at level ERR.
     io_stream(const psString& name, int mode, bool report = true);
@@ -46,7 +49,8 @@ class io_stream {
     virtual ~io_stream();
 
     bool isOpen() const { return m_file != nullptr; }
-    bool isConsole() const { return m_file == nullptr; }
+    bool isConsole() const { return m_console; }
+    bool isOwned() const { return m_owned; }
     std::FILE* handle() const { return m_file; }
     const psString& path() const { return m_path; }
     void close();
@@ -54,6 +58,7 @@ class io_stream {
   protected:
     std::FILE* m_file = nullptr;
     bool m_owned = true;
+    bool m_console = false;
     psString m_path;
 };
 
@@ -103,6 +108,7 @@ class psSinkList : public psList<o_stream*> {
     // rest of the run; its path goes to the message stream once.
     void flush();
     void flushWithConsole();
+    // Closes the files and drops them; the console stays.
     void close();
 
   private:

@@ -427,6 +427,10 @@ bool psFromText(const psString& text, bool& value) {
 }
 
 bool psFromText(const psString& text, void*& value) {
+    if (text == "(nil)") {  // what %p makes of null
+        value = nullptr;
+        return true;
+    }
     unsigned long long address = 0;
     if (!wholeNumber(text, address,
                      [](const char* s, char** e) { return std::strtoull(s, e, 16); }))

@@ -1,0 +1,263 @@
+#include "psdefault.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <climits>
+
+#include "message_capture.h"
+#include "psctable.h"
+#include "psdata.h"
+#include "psexcept.h"
+#include "psistream.h"
+#include "psiterator.h"
+#include "temp_dir.h"
+
+namespace {
+
+template <class Parm>
+std::string failure(Parm& parm, const char* text) {
+    try {
+        parm.translate(text);
+    } catch (const psException& exception) {
+        return str(exception.info());
+    }
+    return "";
+}
+
+template <class T>
+void expectRoundTrip(const T& value) {
+    psDefault<T> source(value, "p");
+    psDefault<T> target(T{}, "p");
+    target.translate(source.defaultString());
+    EXPECT_TRUE(target.value() == value) << str(source.defaultString());
+}
+
+TEST(PsDefault, DefaultsReadBackAsTheSameValue) {
+    for (const int value : {0, -1, INT_MAX, INT_MIN}) expectRoundTrip(value);
+    for (const unsigned value : {0U, UINT_MAX}) expectRoundTrip(value);
+    for (const float value : {0.0F, 0.1F, 16777215.0F, -1.00000012F, FLT_MAX, FLT_MIN})
+        expectRoundTrip(value);
+    for (const double value : {0.1, 1.0 / 3, 123456789.0, DBL_MAX, DBL_MIN}) expectRoundTrip(value);
+    for (const bool value : {false, true}) expectRoundTrip(value);
+    int target = 0;
+    for (void* value : {static_cast<void*>(nullptr), static_cast<void*>(&target)})
+        expectRoundTrip(value);
+    expectRoundTrip(psString("any text"));
+    expectRoundTrip(ZmoiSize{640, 480});
+    EXPECT_EQ(str(psValueText(0.1F)), "0.1");
+    EXPECT_EQ(str(psValueText(100000.0)), "100000");
+}
+
+TEST(PsDefault, ReadsNumbersWholeOrNotAtAll) {
+    psDefault<int> number(7, "n");
+    for (const char* text : {"", " ", "1x", "0x10", "1.5", "2147483648", "1 2", "--1"}) {
+        EXPECT_EQ(failure(number, text), std::string("Invalid value of n = ") + text);
+        EXPECT_EQ(number.value(), 7);
+    }
+    EXPECT_EQ(failure(number, " -12 "), "");
+    EXPECT_EQ(number.value(), -12);
+
+    psDefault<float> real(7, "f");
+    for (const char* text : {"1e99", "nan", "inf", "1,5"})
+        EXPECT_NE(failure(real, text), "") << text;
+    EXPECT_EQ(failure(real, "1e3"), "");
+    EXPECT_EQ(real.value(), 1000.0F);
+
+    psDefault<ZmoiSize> size({1, 2}, "s");
+    for (const char* text : {"", "64", "x", "64x", "x64", "64x64x2", "3000000000x1", "a x b"}) {
+        EXPECT_NE(failure(size, text), "") << text;
+        EXPECT_EQ(str(size.valueString()), "1x2");
+    }
+    for (const char* text : {"64x48", "64X48", "64*48", " 64 x 48 "}) {
+        size.setValue({});
+        EXPECT_EQ(failure(size, text), "");
+        EXPECT_EQ(str(size.valueString()), "64x48");
+    }
+}
+
+TEST(PsDefault, AlignmentsAreReducedToTheBoundary) {
+    DefaultAlign align(0, "VectorAlign");
+    DefaultShift shift(512, "MutualVectorShift");
+    const int boundary = PS_ALIGN_MAX;
+    struct {
+        int entered, align, shift;
+    } const cases[] = {
+        {70, 70 % boundary, 70 / boundary * boundary}, {-1, -1, -boundary}, {0, 0, 0}};
+    for (const auto& c : cases) {
+        align.translate(psText(c.entered));
+        shift.translate(psText(c.entered));
+        EXPECT_EQ(align.value(), c.align) << c.entered;
+        EXPECT_EQ(shift.value(), c.shift) << c.entered;
+    }
+    EXPECT_NE(failure(align, "x"), "");
+}
+
+TEST(PsMapDefault, TheFirstNameThatBeginsWithTheTextWins) {
+    psMapDefault<int> map(2, "Border", "Border type");
+    map[1] = "replicate";
+    map[2] = "const";
+    map[3] = "consts";
+    map[4] = "mirror";
+    struct {
+        const char* text;
+        int key;
+    } const cases[] = {{"C", 2}, {"co", 2}, {"consts", 3}, {"MIRROR", 4}, {"", 1}};
+    for (const auto& c : cases) {
+        map.translate(c.text);
+        EXPECT_EQ(map.value(), c.key) << c.text;
+    }
+    map[3] = "const";
+    map.translate("const");
+    EXPECT_EQ(map.value(), 2) << "the earlier of equal names";
+    EXPECT_EQ(failure(map, "x"), "Invalid value of Border = x");
+    EXPECT_EQ(failure(map, "replicated"), "Invalid value of Border = replicated");
+    EXPECT_EQ(str(map.prompt()), "Border type {replicate|const|const|mirror}");
+    EXPECT_EQ(str(map.description()), "Border = const");
+    map.setValue(9);
+    EXPECT_EQ(str(map.valueString()), "");
+
+    const psMapDefault<bool> ask("Ask", "", {{false, "no"}, {true, "yes"}}, true);
+    EXPECT_EQ(str(ask.prompt()), "Ask {no|yes}");
+    EXPECT_EQ(str(ask.valueString()), "yes");
+}
+
+TEST(PsParameter, APlainOneYieldsOneValue) {
+    psDefault<int> number(7, "n");
+    EXPECT_TRUE(number.firstValue());
+    EXPECT_FALSE(number.nextValue());
+    EXPECT_TRUE(number.nextValue());
+    EXPECT_TRUE(number.firstValue()) << "in the middle of a pass";
+    EXPECT_FALSE(number.nextValue());
+}
+
+class Column3 : public psDefault<int> {
+  public:
+    using psDefault<int>::psDefault;
+    int colmIndex() const override { return 3; }
+};
+
+psString cell(psCStream& table, int index) {
+    psString text;
+    table.getColm(index, text);
+    return text;
+}
+
+TEST(PsParameter, CellsShowNameValueQuotesOrTheOldText) {
+    psCStream table;
+    psDefault<int> number(5, "n");
+    psDefault<int> nameless(5, "");
+    Column3 fixed(8, "f");
+    number.toCStream(table);
+    number.setDisplayFlags(psParameter::QUOTED);
+    number.toCStream(table);
+    nameless.toCStream(table);
+    fixed.toCStream(table);
+    const char* const expected[] = {"5", " \"5\"", "", "8"};
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(str(cell(table, i)), expected[i]) << i;
+
+    table.tableFlush();
+    number.nameToCStream(table);
+    fixed.nameToCStream(table);
+    EXPECT_EQ(str(cell(table, 0)), "n");
+    EXPECT_EQ(str(cell(table, 3)), "f");
+    EXPECT_EQ(table.filledColms(), 4);
+
+    EXPECT_FALSE(number.isDeprecatedParm());
+    EXPECT_FALSE(number.setDeprecatedFlag(true));
+    number.addDeprecated(4, "four");
+    number.addDeprecated(5, "five");
+    EXPECT_TRUE(number.isDeprecatedParm());
+    EXPECT_TRUE(number.isDeprecatedValue());
+    EXPECT_TRUE(number.setDeprecatedFlag(true));
+    table.tableFlush();
+    number.toCStream(table);
+    EXPECT_FALSE(number.setDeprecatedFlag(false));
+    number.toCStream(table);
+    number.setValue(6);
+    EXPECT_FALSE(number.isDeprecatedValue());
+    EXPECT_FALSE(number.setDeprecatedFlag(true));
+    EXPECT_EQ(str(cell(table, 0)), "five");
+    EXPECT_EQ(str(cell(table, 1)), " \"5\"");
+}
+
+// Values for g_istrm, gone at the end of the test.
+class FromIStream : public testing::Test {
+  protected:
+    ~FromIStream() override {
+        g_istrm.dataList().clear();
+        g_istrm.setIStream(nullptr);
+    }
+};
+
+TEST_F(FromIStream, PrintsTheValueTaken) {
+    MessageCapture messages(7);
+    psDefault<int> number(7, "n");
+    psDefault<int> fixed(8, "fixed");
+    psDefault<int> nameless(9, "");
+    g_istrm.dataList().set("n", "12");
+    g_istrm.dataList().set("fixed", "13");
+    fixed.setInput(false);
+    number.fromIStream();
+    fixed.fromIStream();
+    nameless.fromIStream();
+    EXPECT_EQ(messages.text(), " n = 12\n fixed = 8\n");
+}
+
+TEST_F(FromIStream, ABadTextIsReportedAndKeepsTheValue) {
+    MessageCapture messages(1);
+    psDefault<int> number(7, "n");
+    g_istrm.dataList().set("n", "many");
+    number.fromIStream();
+    EXPECT_EQ(number.value(), 7);
+    EXPECT_EQ(messages.text(), "---ZMO. Exception: Invalid value of n = many\n")
+        << "the value itself is shown at PERF only";
+}
+
+class Faulty : public psDefault<int> {
+  public:
+    using psDefault<int>::psDefault;
+    void translate(const psString&) override { std::raise(SIGFPE); }
+};
+
+TEST_F(FromIStream, ASignalIsReportedLikeABadText) {
+    MessageCapture messages(7);
+    Faulty number(7, "n");
+    number.fromIStream();
+    EXPECT_EQ(number.value(), 7);
+    EXPECT_EQ(messages.text().rfind("---ZMO. Signal: ", 0), 0U) << messages.text();
+    EXPECT_NE(messages.text().find("\n n = 7\n"), std::string::npos);
+}
+
+TEST_F(FromIStream, AConsoleRaisesTheLevelForTheQuestion) {
+    MessageCapture messages(1);
+    std::FILE* input = std::tmpfile();
+    std::fputs("mir\n", input);
+    std::rewind(input);
+    i_stream console(input);
+    psMapDefault<int> map("Border", "Border type", {{1, "const"}, {2, "mirror"}}, 1);
+    g_istrm.setIStream(&console);
+    map.fromIStream();
+    map.fromIStream();
+    std::fclose(input);
+    EXPECT_EQ(map.value(), 2);
+    EXPECT_EQ(g_istrm.source(), psDataSource::DEFAULT);
+    EXPECT_EQ(messages.text(),
+              "\n Border type {const|mirror} [const] =  Border = mirror\n"
+              "\n Border type {const|mirror} [mirror] =  Border = mirror\n");
+    EXPECT_EQ(g_ostrm.getOutLevel(), 1);
+}
+
+TEST(PsParameter, RestoresTheSavedDefinition) {
+    psDefault<int> number(7, "n");
+    number.restoreDefinition();
+    EXPECT_EQ(number.value(), 7) << "nothing was saved";
+    number.saveDefinition();
+    for (const char* text : {"8", "9"}) {
+        number.translate(text);
+        number.restoreDefinition();
+        EXPECT_EQ(number.value(), 7);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,123 @@
+#include "psinifile.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "message_capture.h"
+#include "temp_dir.h"
+
+namespace {
+
+std::string written(const std::string& text) {
+    psIniFile ini;
+    ini.readText(text.data(), text.size());
+    return str(ini.writeText());
+}
+
+TEST(PsIniFile, NormalisesWhatItReads) {
+    const std::string longLine(10'000, 'x');
+    struct {
+        std::string text, result;
+    } const cases[] = {
+        {"", ""},
+        {"[Perf System]\nlen = 64 // comment\n", "\n[Perf System]\nlen=64\n"},
+        {"[ a b ]\r\n\tkey\t=\t1 2 \r\n", "\n[a b]\nkey=1 2\n"},
+        {"[s]\nflag\nempty=\n", "\n[s]\nflag\nempty=\n"},
+        {"[s]\nk=1\nk=2", "\n[s]\nk=2\n"},  // the later value, no final line end
+        {"[s]\na=1\n[t]\n[s]\nb=2\n", "\n[s]\na=1\nb=2\n\n[t]\n"},  // continued
+        {"[s]\nk=v=w\n=5\n", "\n[s]\nk=v=w\n=5\n"},
+        {"a=1\n[s]\n", "\n[]\na=1\n\n[s]\n"},
+        {"[s]\nurl=http://x\n// all\n;k=1\n#\n", "\n[s]\nurl=http:\n;k=1\n#\n"},
+        {"x[s]y=3\nk]1[=2\n[open\n", "\n[s]\nk]1[=2\n[open\n"},
+        {"[s]\nk=" + longLine + "\n", "\n[s]\nk=" + longLine + "\n"},
+        {std::string("[s]\nk=1\0 2\nl=3\n\0\n", 17), "\n[s]\nk=1\nl=3\n"},
+        {"\xff\xfe[\x80]\n\x01=\x02\n", "\n[\x80]\n\x01=\x02\n"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(written(c.text), c.result) << c.text;
+        EXPECT_EQ(written(c.result), c.result) << "a second pass of " << c.text;
+    }
+}
+
+TEST(PsIniFile, WriteKeepsValuesAndFillsEmptyComments) {
+    psIniFile ini;
+    ini.write("s", "a", "1");
+    ini.write("s", "a", "2", "one|two");
+    ini.write("s", "a", "3", "other");
+    ini.write("t");
+    ini.write("t", "flag", psIniFile::flagValue, "set");
+    ini.write("s", "b");
+    EXPECT_EQ(str(ini.writeText()), "\n[s]\na=1\t// one|two\nb=\n\n[t]\nflag\t// set\n");
+    EXPECT_EQ(str(ini.read("t", "flag", "x")), "~~~");
+    EXPECT_EQ(str(ini.read("t", "Flag", "x")), "x");
+    EXPECT_EQ(str(ini.read("T", "flag", "x")), "x");
+    EXPECT_TRUE(ini.sectionExist("t"));
+    EXPECT_FALSE(ini.valueExist("t", "a"));
+
+    EXPECT_TRUE(ini.deleteKey("s", "a"));
+    EXPECT_FALSE(ini.deleteKey("s", "a"));
+    EXPECT_TRUE(ini.eraseSection("t"));
+    EXPECT_FALSE(ini.eraseSection("t"));
+    EXPECT_EQ(str(ini.writeText()), "\n[s]\nb=\n");
+}
+
+TEST(PsIniFile, WritingAddsToWhatTheFileHolds) {
+    const TempDir dir;
+    const psString path = dir.write("x.ini", "[s]\r\nk=old // gone\r\n");
+    psIniFile ini;
+    ASSERT_TRUE(ini.open(path, true));
+    ini.write("s", "k", "new", "c");
+    ini.write("s", "l", "1");
+    EXPECT_TRUE(ini.close());
+    EXPECT_EQ(dir.read("x.ini"), "\n[s]\nk=old\t// c\nl=1\n");
+    EXPECT_TRUE(ini.close()) << "nothing is open any more";
+    EXPECT_EQ(dir.read("x.ini"), "\n[s]\nk=old\t// c\nl=1\n");
+
+    ASSERT_TRUE(ini.open(path, false));
+    ini.write("s", "m", "1");
+    EXPECT_TRUE(ini.close());
+    EXPECT_EQ(dir.read("x.ini"), "\n[s]\nk=old\t// c\nl=1\n") << "opened to read only";
+
+    ASSERT_TRUE(ini.open(dir / "new.ini", true));
+    EXPECT_EQ(dir.read("new.ini"), "");
+    EXPECT_TRUE(std::filesystem::exists(dir.path() + "/new.ini"));
+}
+
+TEST(PsIniFile, FailuresNameThePath) {
+    const TempDir dir;
+    const psString file = dir.write("file", "");
+    struct {
+        psString path;
+        bool write;
+        std::string message;
+    } const cases[] = {
+        {dir / "missing", false, str("-- Can't open file " + (dir / "missing") + " to read: \n")},
+        {dir / "", false, str("-- Can't open file " + (dir / "") + " to read: \n")},
+        {dir / "", true, str("-- Can't open file " + (dir / "") + " to write: \n")},
+        {file + "/x", true, str("-- Can't open file " + file + "/x to write: \n")},
+    };
+    for (const auto& c : cases) {
+        MessageCapture messages(1);
+        psIniFile ini;
+        EXPECT_FALSE(ini.open(c.path, c.write)) << c.message;
+        EXPECT_FALSE(ini.isWritten());
+        EXPECT_TRUE(ini.close());
+        EXPECT_EQ(messages.text(), c.message);
+    }
+}
+
+TEST(PsIniFile, AFullDiskIsTold) {
+    const TempDir dir;
+    std::filesystem::create_symlink("/dev/full", dir.path() + "/full");
+    // /dev/full reads as endless zeros, so the file is exchanged after opening.
+    dir.write("x.ini", "[s]\n");
+    psIniFile ini;
+    ASSERT_TRUE(ini.open(dir / "x.ini", true));
+    std::filesystem::rename(dir.path() + "/full", dir.path() + "/x.ini");
+    MessageCapture messages(1);
+    EXPECT_FALSE(ini.close());
+    EXPECT_EQ(messages.text(), str("-- Can't write file " + (dir / "x.ini") + "\n"));
+}
+
+}  // namespace
