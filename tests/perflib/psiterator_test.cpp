@@ -1,0 +1,452 @@
+#include "psiterator.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <climits>
+
+#include "message_capture.h"
+#include "psctable.h"
+#include "psdata.h"
+#include "psistream.h"
+#include "temp_dir.h"
+
+namespace {
+
+// Declared before main, as test modules do.
+psIterator<ZmoiSize> imageSize("ImageSize", "Image size", {{64, 64}, {640, 480}});
+psIterator<ZmoiSize> imageSizeText("ImageSize", "Image size", "64x64; 640X480");
+psIterator<int> zeros("zeros", "", {0});
+psIterator<int> badText("bad", "", "1;x");
+psStepIterator<int> length("Len", "Vector length", "64;1024;*2");
+psStepIterator<int> lengthRange("Len", "Vector length", 64, 1024, 2, '*');
+psStepIterator<int> badRange("Len", "", 1, 2, 0, '*');
+psMapIterator<_ZmoiBorderType> border("Border",
+                                      {{zmoiBorderReplicate, "replicate"},
+                                       {zmoiBorderConst, "const"},
+                                       {zmoiBorderMirror, "mirror"}},
+                                      {zmoiBorderReplicate, zmoiBorderMirror});
+psEnumIterator<int> channels("Channels", "", {1, 3, 4}, {1, 3});
+psIterator<psString> words("Words", "", {"a b", "c"});
+
+// All values of one pass as texts; the pass is made twice to see that it starts anew.
+std::string walk(psParameter& parm, int limit = 40) {
+    std::string first;
+    for (int pass = 0; pass < 2; ++pass) {
+        std::string values;
+        int count = 0;
+        for (bool more = parm.firstValue(); more && count < limit; more = parm.nextValue(), ++count)
+            values += (values.empty() ? "" : " ") + str(parm.valueString());
+        EXPECT_FALSE(count < limit && parm.nextValue()) << "after the end";
+        if (pass == 0)
+            first = values;
+        else
+            EXPECT_EQ(values, first);
+    }
+    return first;
+}
+
+std::string failure(psParameter& parm, const char* text) {
+    try {
+        parm.translate(text);
+    } catch (const psException& exception) {
+        return str(exception.info());
+    }
+    return "";
+}
+
+const std::string conflict = "Conflict between iterator limits and operation";
+
+TEST(PsIterator, DeclarationsAtFileScope) {
+    struct {
+        psParameter& parm;
+        const char *definition, *values;
+    } const cases[] = {
+        {imageSize, "64x64; 640x480", "64x64 640x480"},
+        {imageSizeText, "64x64; 640x480", "64x64 640x480"},
+        {zeros, "0", "0"},
+        {badText, "", ""},
+        {length, "64;1024;*2", "64 128 256 512 1024"},
+        {lengthRange, "64;1024;*2", "64 128 256 512 1024"},
+        {badRange, "", ""},
+        {border, "replicate; mirror", "replicate mirror"},
+        {channels, "1; 3", "1 3"},
+        {words, "a b; c", "a b c"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(str(c.parm.defaultString()), c.definition);
+        EXPECT_EQ(walk(c.parm), c.values);
+    }
+    EXPECT_EQ(str(border.prompt()), "Border {replicate|const|mirror}");
+    EXPECT_EQ(str(channels.prompt()), "Channels {1|3|4}");
+    EXPECT_EQ(str(imageSize.prompt()), "Image size");
+}
+
+TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
+    struct {
+        const char *text, *values, *definition;
+    } const cases[] = {
+        {"1;2;4", "1 2 4", "1; 2; 4"},
+        {" 1 ;; 2 ;", "1 2", "1; 2"},
+        {"7", "7", "7"},
+        {"1;2;3;*4", nullptr, nullptr},
+        {"64 ; 1024 ; * 2", "64 128 256 512 1024", "64;1024;*2"},
+        {"100;10;-30", "100 70 40 10", "100;10;-30"},
+        {"1;10;+4", "1 5 9", "1;10;+4"},
+        {"5;5;+1", "5", "5;5;+1"},
+        {"10;1;+-3", "10 7 4 1", "10;1;+-3"},
+        {"1;10;--3", "1 4 7 10", "1;10;--3"},
+        {"-1;-20;*3", "-1 -3 -9", "-1;-20;*3"},
+        {"5;5;*2", "5", "5;5;*2"},
+        {"2147483640;2147483647;+5", "2147483640 2147483645", "2147483640;2147483647;+5"},
+        {"-2147483640;-2147483648;-5", "-2147483640 -2147483645", "-2147483640;-2147483648;-5"},
+        {"268435456;2147483647;*2", "268435456 536870912 1073741824", "268435456;2147483647;*2"},
+        {"1;2147483647;*2147483647", "1 2147483647", "1;2147483647;*2147483647"},
+    };
+    for (const auto& c : cases) {
+        psStepIterator<int> parm("n");
+        if (!c.values) {
+            EXPECT_EQ(failure(parm, c.text), "Invalid value of n = *4");
+            continue;
+        }
+        EXPECT_EQ(failure(parm, c.text), "") << c.text;
+        EXPECT_EQ(walk(parm), c.values) << c.text;
+        EXPECT_EQ(str(parm.defaultString()), c.definition);
+        psStepIterator<int> again("n");
+        again.translate(parm.defaultString());
+        EXPECT_EQ(walk(again), c.values) << "read back from " << c.definition;
+    }
+}
+
+TEST(PsStepIterator, ABadDefinitionKeepsTheOneBefore) {
+    const struct {
+        const char* text;
+        std::string message;
+    } cases[] = {
+        {"", "Empty iterator definition"},
+        {" ;; ", "Empty iterator definition"},
+        {"1;x", "Invalid value of n = x"},
+        {"x;2;+1", "Invalid first value = x"},
+        {"1;x;+1", "Invalid last value = x"},
+        {"1;2;+x", "Invalid step = x"},
+        {"1;2;*", "Invalid step = "},
+        {"1;99999999999;*2", "Invalid last value = 99999999999"},
+        {"10;1;+1", conflict},
+        {"10;1;+0", conflict},
+        {"1;10;+0", conflict},
+        {"1;10;-1", conflict},
+        {"1;10;-0", conflict},
+        {"10;1;--1", conflict},
+        {"5;5;-1", conflict},
+        {"1;10;*1", conflict},
+        {"1;10;*0", conflict},
+        {"1;10;*-2", conflict},
+        {"0;10;*2", conflict},
+        {"-5;10;*2", conflict},
+        {"1024;64;*2", conflict},
+        {"-1024;-64;*2", conflict},
+    };
+    for (const char* before : {"1;9;+4", "1; 5; 9"}) {
+        psStepIterator<int> parm("n", "", before);
+        ASSERT_EQ(walk(parm), "1 5 9");
+        for (const auto& c : cases) {
+            EXPECT_EQ(failure(parm, c.text), c.message) << c.text;
+            EXPECT_EQ(str(parm.defaultString()), before);
+            EXPECT_EQ(walk(parm), "1 5 9") << c.text;
+        }
+    }
+}
+
+TEST(PsStepIterator, FloatsEndWhereTheyShould) {
+    struct {
+        const char *text, *values;
+    } const cases[] = {
+        {"1.5;4.5;+1.5", "1.5 3 4.5"},
+        {"1;10;*2.5", "1 2.5 6.25"},
+        {"0.5; 0.25", "0.5 0.25"},
+        {"16777216;3e7;+1", "16777216"},  // too coarse for the step
+        {"1e38;3.4028235e38;*2", "1e+38 2e+38"},
+        {"3;1;-1", "3 2 1"},
+    };
+    for (const auto& c : cases) {
+        psStepIterator<float> parm("f");
+        EXPECT_EQ(failure(parm, c.text), "") << c.text;
+        EXPECT_EQ(walk(parm), c.values) << c.text;
+        psStepIterator<float> again("f");
+        again.translate(parm.defaultString());
+        EXPECT_EQ(walk(again), c.values) << str(parm.defaultString());
+    }
+    psStepIterator<float> parm("f");
+    for (const char* text : {"0;1;+0.25", "10;1;+0.5", "0.5;2;*2", "1;2;*0.5", "1;2;*1"})
+        EXPECT_EQ(failure(parm, text), conflict) << text;
+}
+
+TEST(PsStepIterator, InitForms) {
+    psStepIterator<int> parm("n");
+    parm.init(5);
+    EXPECT_EQ(str(parm.defaultString()), "5");
+    parm.init(2, 4);
+    EXPECT_EQ(walk(parm), "2 3 4");
+    parm.init(4, 2);
+    EXPECT_EQ(walk(parm), "4 3 2");
+    parm.init(1, 8, 2, '*');
+    EXPECT_EQ(walk(parm), "1 2 4 8");
+    EXPECT_EQ(parm.operation(), '*');
+    EXPECT_FALSE(parm.descending());
+    parm.init(1, 8, 2, '*', "3;6");
+    EXPECT_EQ(walk(parm), "3 6");
+    EXPECT_EQ(parm.operation(), '?');
+    EXPECT_THROW(parm.init(1, 8, 1, '*'), psException);
+    EXPECT_THROW(parm.init(1, 8, 1, '?'), psException);
+    EXPECT_EQ(walk(parm), "3 6");
+    parm.init(1, 8, 2, '*');
+    parm.add(7);
+    EXPECT_EQ(walk(parm), "1 2 4 8") << "a range goes before a list";
+    parm.reset();
+    EXPECT_EQ(walk(parm), "");
+    parm.add(7);
+    EXPECT_EQ(walk(parm), "7");
+}
+
+TEST(PsIterator, RestoresTheSavedDefinition) {
+    psStepIterator<int> range("n", "", "1;8;*2");
+    psIterator<ZmoiSize> sizes("s", "", "1x2;3x4");
+    for (psParameter* parm : std::initializer_list<psParameter*>{&range, &sizes}) {
+        const std::string before = walk(*parm);
+        parm->restoreDefinition();
+        EXPECT_EQ(walk(*parm), before) << "nothing was saved";
+        parm->saveDefinition();
+        for (const char* text : {"5x5", "7"}) {
+            failure(*parm, text);
+            parm->firstValue();
+            parm->restoreDefinition();
+            EXPECT_EQ(walk(*parm), before);
+        }
+    }
+}
+
+TEST(PsIterator, ACopyWalksItsOwnValues) {
+    psIterator<int> source("n", "", {1, 2, 3});
+    source.firstValue();
+    psIterator<int> copy(source);
+    source.translate("9");
+    EXPECT_EQ(walk(copy), "1 2 3");
+    source = copy;
+    copy.reset();
+    EXPECT_EQ(walk(source), "1 2 3");
+}
+
+TEST(PsMapIterator, TakesNamesByTheirBeginnings) {
+    psMapIterator<int> map("m");
+    map[1] = "inf";
+    map[2] = "L1";
+    map[3] = "L2";
+    map.add(3);
+    EXPECT_EQ(failure(map, "l ; INF; L2"), "");
+    EXPECT_EQ(str(map.defaultString()), "L1; inf; L2");
+    EXPECT_EQ(failure(map, "inf;L3"), "Invalid value of m = L3");
+    EXPECT_EQ(failure(map, "infinite"), "Invalid value of m = infinite");
+    EXPECT_EQ(walk(map), "L1 inf L2");
+    map.resetMap();
+    EXPECT_EQ(failure(map, "inf"), "Invalid value of m = inf");
+}
+
+TEST(PsMapIterator, ATestNarrowsTheTable) {
+    psMapIterator<int> map("m", "", {{1, "const"}, {2, "copy"}, {3, "mirror"}}, {1, 2, 3});
+    map.saveDefinition();
+    map.initValidation({2, 3});
+    EXPECT_EQ(str(map.prompt()), "m {copy|mirror}");
+    EXPECT_EQ(walk(map), "copy mirror");
+    EXPECT_EQ(failure(map, "co"), "");
+    EXPECT_EQ(walk(map), "copy");
+    EXPECT_EQ(failure(map, "const"), "Invalid value of m = const");
+    map.restoreDefinition();
+    EXPECT_EQ(str(map.prompt()), "m {const|copy|mirror}");
+    EXPECT_EQ(walk(map), "const copy mirror");
+}
+
+TEST(PsIterator, ReadsItsDefinitionFromTheCommandLine) {
+    MessageCapture messages(7);
+    psStepIterator<int> parm("n", "", "1;2");
+    g_istrm.dataList().set("n", "1;4;*2");
+    parm.fromIStream();
+    g_istrm.dataList().set("n", "4;1;*2");
+    parm.fromIStream();
+    g_istrm.dataList().clear();
+    parm.fromIStream();
+    EXPECT_EQ(messages.text(),
+              " n = 1;4;*2\n---ZMO. Exception: " + conflict + "\n n = 1;4;*2\n n = 1;4;*2\n");
+    EXPECT_EQ(walk(parm), "1 2 4");
+}
+
+TEST(PsShifted, StaysInTheRangeOrIsZero) {
+    struct {
+        int value, shift, result;
+    } const cases[] = {{1, 30, 1 << 30}, {1, 31, 0}, {3, 29, 1610612736}, {5, -2, 1},
+                       {5, -3, 0},       {5, 0, 5},  {5, -99, 0},         {5, 99, 0},
+                       {0, 3, 0},        {-5, 1, 0}, {INT_MAX, 1, 0}};
+    for (const auto& c : cases) EXPECT_EQ(psShifted(c.value, c.shift), c.result) << c.value;
+}
+
+// Test data of a size that follows a parameter.
+struct Data : psObject {
+    int objectSize() const override { return size; }
+    int size = 0;
+};
+
+class CacheIterator : public testing::Test {
+  protected:
+    CacheIterator() {
+        psCacheIterator::maxCacheSize = [](int* size) {
+            *size = cacheSize;
+            return 0;
+        };
+        cacheSize = 1 << 20;
+    }
+    ~CacheIterator() override { psCacheIterator::maxCacheSize = nullptr; }
+
+    static constexpr double inCacheLow = 0.1;
+    static constexpr double inCacheHigh = 0.9;
+    static inline int cacheSize = 0;
+    Data data;
+    int resized = 0;
+};
+
+TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
+    for (const int start : {1, 100, 100'000, 50'000'000}) {
+        MessageCapture messages(7);
+        psStepIterator<int> len("Len", "", {start});
+        psCacheIteratorInt iterator(len, &data, [&](int n) {
+            ++resized;
+            data.size = 4 * n;
+            return true;
+        });
+        std::string walked;
+        for (bool more = iterator.firstValue(); more; more = iterator.nextValue()) {
+            data.size = 4 * len.value();
+            ASSERT_EQ(len.value(), start) << "every search starts at the parameter's own value";
+            ASSERT_TRUE(iterator.validateSize()) << str(iterator.infoString());
+            EXPECT_EQ(data.size, 4 * len.value());
+            if (iterator.value() == psCacheIterator::IN_CACHE) {
+                EXPECT_GE(data.size, inCacheLow * cacheSize - 1);
+                EXPECT_LE(data.size, inCacheHigh * cacheSize);
+            } else {
+                EXPECT_GE(data.size, 1.05 * cacheSize - 1);
+            }
+            // Growing is exact, so what came out is the start times a power of two.
+            if (len.value() > start) {
+                EXPECT_EQ(len.value() % start, 0);
+                EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(len.value() / start)));
+            }
+            walked += str(iterator.comment()) + " ";
+        }
+        EXPECT_EQ(walked, "inCache outofCache ");
+    }
+    EXPECT_GT(resized, 5);
+}
+
+TEST_F(CacheIterator, ChangesTheAreaOfASizeByPowersOfTwo) {
+    psIterator<ZmoiSize> size("ImageSize", "", {{100, 50}});
+    const auto area = [](const ZmoiSize& s) { return s.width * s.height; };
+    psCacheIteratorSize iterator(size, &data, [&](const ZmoiSize& s) {
+        data.size = area(s);
+        return true;
+    });
+    MessageCapture messages(7);
+    ASSERT_TRUE(iterator.firstValue());
+    data.size = area(size.value());
+    ASSERT_TRUE(iterator.validateSize());
+    EXPECT_EQ(str(size.valueString()), "800x200") << "5000 * 2^5 is the first above 104857";
+    EXPECT_EQ(messages.text(), "       try: cacheParm=100x50 objectSize=5000 < 104857\n");
+    ASSERT_TRUE(iterator.nextValue());
+    EXPECT_EQ(str(size.valueString()), "100x50");
+    data.size = area(size.value());
+    ASSERT_TRUE(iterator.validateSize());
+    EXPECT_EQ(str(size.valueString()), "1600x800");
+    EXPECT_FALSE(iterator.nextValue());
+}
+
+TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
+    psStepIterator<int> len("Len", "", {1000});
+    void* block = psMalloc(1000, 0, 0, nullptr);
+    psCacheIteratorInt iterator(len, nullptr, [&](int n) {
+        psFree(block);
+        block = psMalloc(n, 0, 0, nullptr);
+        return block != nullptr;
+    });
+    MessageCapture messages(1);
+    ASSERT_TRUE(iterator.firstValue());
+    EXPECT_TRUE(iterator.validateSize());
+    EXPECT_EQ(psMallocTotal(), 128'000);
+    EXPECT_EQ(messages.text(), "      inCache: cacheParm=128000 totalSize=128000\n")
+        << "told where the level hides the set's own line";
+    psFree(block);
+}
+
+TEST_F(CacheIterator, EndsTheSearchForWhatIsOutOfReach) {
+    struct {
+        const char* what;
+        int start;
+        int (*sizeOf)(int);
+        int cache;
+        int mostResized;
+    } const cases[] = {
+        {"no data", 100, [](int) { return 0; }, 1 << 20, 0},
+        {"a size that does not follow", 1, [](int) { return 90'000; }, 1 << 20, 10},
+        {"too large whatever the value", 64, [](int) { return INT_MAX; }, 1 << 20, 6},
+        {"a value that overflows", 1 << 29, [](int) { return 1; }, 1 << 20, 0},
+        {"no cache", 100, [](int n) { return n; }, 0, 0},
+    };
+    for (const auto& c : cases) {
+        MessageCapture messages(7);
+        cacheSize = c.cache;
+        psStepIterator<int> len("Len", "", {c.start});
+        int count = 0;
+        data.size = c.sizeOf(c.start);
+        psCacheIteratorInt iterator(len, &data, [&](int n) {
+            ++count;
+            data.size = c.sizeOf(n);
+            return true;
+        });
+        ASSERT_TRUE(iterator.firstValue());
+        EXPECT_FALSE(iterator.validateSize()) << c.what;
+        EXPECT_LE(count, c.mostResized) << c.what;
+    }
+}
+
+TEST_F(CacheIterator, AFailedResizeEndsTheSearch) {
+    psStepIterator<int> len("Len", "", {1});
+    data.size = 1;
+    psCacheIteratorInt iterator(len, &data, [](int) { return false; });
+    MessageCapture messages(1);
+    ASSERT_TRUE(iterator.firstValue());
+    EXPECT_FALSE(iterator.validateSize());
+    EXPECT_EQ(str(iterator.infoString()), "       try: cacheParm=1 objectSize=1 < 104857\n");
+    EXPECT_EQ(messages.text(), "");
+}
+
+TEST_F(CacheIterator, StandsForItsParameter) {
+    psIterator<ZmoiSize> size("ImageSize", "Image size", {{8, 4}});
+    psCacheIteratorSize iterator(size, &data, [](const ZmoiSize&) { return true; });
+    MessageCapture messages(7);
+    g_istrm.dataList().set("ImageSize", "16x2");
+    iterator.fromIStream();
+    g_istrm.dataList().clear();
+    ASSERT_TRUE(iterator.firstValue());
+    iterator.toOStream(g_ostrm);
+    EXPECT_EQ(messages.text(), " ImageSize = 16x2\nImageSize=16x2 ");
+    psCStream table;
+    iterator.toCStream(table);
+    iterator.nameToCStream(table);
+    psString cell;
+    table.getColm(0, cell);
+    EXPECT_EQ(str(cell), "16x2");
+    table.getColm(1, cell);
+    EXPECT_EQ(str(cell), "ImageSize");
+    EXPECT_EQ(&iterator.parm(), &size);
+
+    size.reset();
+    EXPECT_FALSE(iterator.firstValue()) << "nothing to measure without a size";
+}
+
+}  // namespace
