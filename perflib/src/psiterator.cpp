@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "psdata.h"
+#include "pslib.h"
 #include "psstream.h"
 
 using enum MessageLevel;
@@ -187,7 +188,7 @@ int halvings(long long size, long long limit) {
 
 bool psCacheIterator::validateSize() {
     int bytes = 0;
-    if (!maxCacheSize || maxCacheSize(&bytes) < 0) bytes = 0;
+    if ((maxCacheSize ? maxCacheSize : zmo_GetMaxCacheSizeB)(&bytes) < 0) bytes = 0;
     const double cache = std::max(bytes, 0);
     const bool inCache = value() == IN_CACHE;
     const auto low = static_cast<long long>(cache * (inCache ? leastFraction : 1.05));
