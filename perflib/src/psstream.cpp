@@ -211,6 +211,10 @@ psOStream& operator<<(psOStream& stream, const char* text) {
     return stream << psString(text);
 }
 
+psOStream& operator<<(psOStream& stream, char c) {
+    return stream << psString(c);
+}
+
 psOStream& psMessageStream() {
     static psOStream stream;
     return stream;

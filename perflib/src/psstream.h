@@ -144,6 +144,7 @@ class psOStream : public psSinkList {
 psOStream& operator<<(psOStream& stream, MessageLevel level);
 psOStream& operator<<(psOStream& stream, const psString& text);
 psOStream& operator<<(psOStream& stream, const char* text);
+psOStream& operator<<(psOStream& stream, char c);
 
 template <class T>
 requires(std::integral<T> || std::floating_point<T>) psOStream& operator<<(psOStream& stream,

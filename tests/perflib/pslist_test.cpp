@@ -1,0 +1,148 @@
+#include "pslist.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "psstring.h"
+
+namespace {
+
+template <class T>
+std::vector<T> contents(const psList<T>& list) {
+    const std::vector<T> forward(list.begin(), list.end());
+    std::vector<T> backward;
+    for (auto pos = list.end(); pos != list.begin();) backward.insert(backward.begin(), *--pos);
+    EXPECT_EQ(forward, backward) << "the links back";
+    return forward;
+}
+
+psList<int> listOf(std::initializer_list<int> values) {
+    psList<int> list;
+    for (const int value : values) list.push_back(value);
+    return list;
+}
+
+using Ints = std::vector<int>;
+
+TEST(PsList, InsertsBeforeAndErases) {
+    psList<int> list;
+    EXPECT_TRUE(list.empty());
+    EXPECT_EQ(list.begin(), list.end());
+    list.push_back(2);
+    const auto two = list.begin();
+    list.insert(two, 1);
+    list.push_front(0);
+    list.insert(list.end(), 3);
+    EXPECT_EQ(contents(list), (Ints{0, 1, 2, 3}));
+    EXPECT_EQ(list.size(), 4);
+    EXPECT_EQ(list.front(), 0);
+    EXPECT_EQ(list.back(), 3);
+    EXPECT_EQ(*list.erase(two), 3);
+    list.erase(list.begin());
+    EXPECT_EQ(list.erase(std::prev(list.end())), list.end());
+    EXPECT_EQ(contents(list), (Ints{1}));
+    list.clear();
+    EXPECT_TRUE(list.empty());
+    list.push_back(9);
+    EXPECT_EQ(contents(list), (Ints{9}));
+}
+
+TEST(PsList, CopiesAreApart) {
+    psList<int> list = listOf({1, 2});
+    psList<int> copy(list);
+    list.push_back(3);
+    EXPECT_EQ(contents(copy), (Ints{1, 2}));
+    copy = list;
+    list.clear();
+    EXPECT_EQ(contents(copy), (Ints{1, 2, 3}));
+    copy = *&copy;
+    copy.swap(list);
+    EXPECT_EQ(contents(list), (Ints{1, 2, 3}));
+    EXPECT_TRUE(copy.empty());
+}
+
+TEST(PsList, TheWalkSurvivesTheReleaseOfItsNode) {
+    psList<int> list = listOf({1, 2, 3, 4});
+    EXPECT_EQ(*list.first(), 1);
+    list.erase(list.begin());           // behind the cursor
+    list.erase(list.begin());           // under the cursor
+    list.erase(std::prev(list.end()));  // ahead of it
+    EXPECT_EQ(*list.next(), 3);
+    EXPECT_EQ(list.next(), nullptr);
+    EXPECT_EQ(list.next(), nullptr);
+    list.clear();
+    EXPECT_EQ(list.first(), nullptr);
+}
+
+// Counts live objects, to see that every node goes.
+struct Counted {
+    Counted() { ++live; }
+    Counted(const Counted&) { ++live; }
+    Counted& operator=(const Counted&) = default;
+    ~Counted() { --live; }
+    static inline int live = 0;
+};
+
+TEST(PsList, DeletesAllNodes) {
+    {
+        psList<Counted> list;
+        EXPECT_EQ(Counted::live, 1) << "the end node";
+        list.push_back({});
+        list.push_back({});
+        psList<Counted> copy(list);
+        EXPECT_EQ(Counted::live, 6);
+        copy.erase(copy.begin());
+        copy.merge(list, [](const Counted&, const Counted&) { return false; });
+        EXPECT_EQ(Counted::live, 5);
+    }
+    EXPECT_EQ(Counted::live, 0);
+}
+
+TEST(PsList, MergesInOrder) {
+    const auto less = [](int a, int b) { return a < b; };
+    struct {
+        psList<int> a, b;
+        Ints merged;
+    } cases[] = {{listOf({1, 3, 5}), listOf({2, 4, 6}), {1, 2, 3, 4, 5, 6}},
+                 {listOf({}), listOf({1}), {1}},
+                 {listOf({1}), listOf({}), {1}},
+                 {listOf({5}), listOf({1, 2}), {1, 2, 5}},
+                 {listOf({1, 1}), listOf({1, 9}), {1, 1, 1, 9}}};
+    for (auto& c : cases) {
+        c.a.merge(c.b, less);
+        EXPECT_EQ(contents(c.a), c.merged);
+        EXPECT_TRUE(c.b.empty());
+        c.a.merge(c.a, less);
+        EXPECT_EQ(contents(c.a), c.merged);
+    }
+}
+
+TEST(PsList, SortIsStable) {
+    std::mt19937 random(1);
+    for (const int size : {0, 1, 2, 3, 7, 64, 1000, 70'000}) {  // beyond 2^16 too
+        psList<std::pair<int, int>> list;
+        std::vector<std::pair<int, int>> expected;
+        for (int i = 0; i < size; ++i) {
+            expected.emplace_back(static_cast<int>(random() % 10), i);
+            list.push_back(expected.back());
+        }
+        const auto less = [](const auto& a, const auto& b) { return a.first < b.first; };
+        std::ranges::stable_sort(expected, less);
+        list.sort(less);
+        ASSERT_EQ(contents(list), expected) << size;
+    }
+}
+
+TEST(PsObject, TheBaseReservesNothing) {
+    psObject object;
+    EXPECT_EQ(object.objectSize(), 0);
+    EXPECT_TRUE(object.objectInfo().empty());
+    EXPECT_EQ(object.reserveCopy(), 0);
+    EXPECT_EQ(object.setReservedCopy(), 0);
+}
+
+}  // namespace

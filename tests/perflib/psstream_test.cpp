@@ -1,0 +1,224 @@
+#include "psstream.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "message_capture.h"
+#include "temp_dir.h"
+
+using enum MessageLevel;
+
+namespace {
+
+TEST(PsOStream, PassesLevelsByTheirBits) {
+    struct {
+        OutputLevel out;
+        MessageLevel level;
+        bool shown, begins;
+    } const cases[] = {
+        {1, PERF, false, false}, {1, ERR, true, true},      {7, PERF, true, true},
+        {7, INFO, false, false}, {71, MALLOC, false, true}, {71, DATA, true, true},
+        {87, TRACE, true, true}, {0, ERR, false, false},    {8, ERR, false, true},
+    };
+    for (const auto& c : cases) {
+        MessageCapture messages(c.out);
+        g_ostrm << c.level << "text " << 4 << END;
+        EXPECT_EQ(messages.text(), c.shown ? "text 4" : "") << c.out;
+        const MessageLevel before = g_ostrm.getMsgLevel();
+        EXPECT_EQ(g_ostrm.beginMessage(c.level), c.begins) << c.out;
+        EXPECT_EQ(g_ostrm.getMsgLevel(), c.begins ? c.level : before);
+        if (c.begins) g_ostrm.endMessage();
+        EXPECT_EQ(g_ostrm.getMsgLevel(), before);
+    }
+}
+
+TEST(PsOStream, LevelsNestAndEndAtErr) {
+    psOStream stream;
+    EXPECT_EQ(stream.getOutLevel(), 1);
+    EXPECT_EQ(stream.getMsgLevel(), PERF);
+    stream << INFO << TRACE << END;
+    EXPECT_EQ(stream.getMsgLevel(), INFO);
+    stream << END_FLUSH;
+    EXPECT_EQ(stream.getMsgLevel(), PERF);
+    stream << END;
+    EXPECT_EQ(stream.getMsgLevel(), ERR) << "nothing saved";
+    stream << WARN << END;
+    EXPECT_EQ(stream.getMsgLevel(), ERR);
+}
+
+TEST(PsOStream, FillsAllSinksInTheirOrder) {
+    const TempDir dir;
+    psOStream stream;
+    EXPECT_TRUE(stream.addStream(dir / "a.txt", false));
+    EXPECT_TRUE(stream.addStream(dir / "b.txt", false));
+    stream.setOutLevel(7);
+    stream << "one" << 2 << ' ' << 2.5 << psString("\n");
+    stream.flush();
+    EXPECT_EQ(dir.read("a.txt"), "one2 2.5\n");
+    EXPECT_EQ(dir.read("b.txt"), dir.read("a.txt"));
+    stream.close();
+    EXPECT_TRUE(stream.empty());
+    testing::internal::CaptureStdout();
+    stream << "lost\n";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "a closed file is no console";
+
+    EXPECT_TRUE(stream.addStream(dir / "a.txt", true));
+    stream << "more\n";
+    stream.close();
+    EXPECT_EQ(dir.read("a.txt"), "one2 2.5\nmore\n");
+}
+
+TEST(PsOStream, TheConsoleStaysWhenFilesClose) {
+    const TempDir dir;
+    psOStream stream;
+    stream.push_back(&c_out);
+    stream.addStream(dir / "a.txt", false);
+    stream.close();
+    ASSERT_EQ(stream.size(), 1);
+    testing::internal::CaptureStdout();
+    stream << ERR << "%s shown\n" << END;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "%s shown\n");
+}
+
+TEST(PsOStream, TellsWhichFileCannotBeOpened) {
+    const TempDir dir;
+    const psString file = dir.write("file", "");
+    MessageCapture messages(1);
+    psOStream stream;
+    EXPECT_FALSE(stream.addStream(file + "/x", false));
+    EXPECT_FALSE(stream.addStream("", false));
+    EXPECT_TRUE(stream.empty());
+    const i_stream missing(dir / "missing", io_stream::READ);
+    const i_stream quiet(dir / "missing", io_stream::READ, false);
+    EXPECT_FALSE(missing.isOpen());
+    EXPECT_EQ(messages.text(), str("-- Can't open file " + file + "/x to write: \n" +
+                                   "-- Can't open file. Wrong filename (NULL)  to write: \n" +
+                                   "-- Can't open file " + (dir / "missing") + " to read: \n"));
+    testing::internal::CaptureStdout();
+    o_stream(file + "/x", io_stream::WRITE, false).write("lost");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(PsOStream, PathRulesApplyUnlessTheNameIsGiven) {
+    const TempDir dir;
+    dir.write("in.txt", "in\n");
+    static psString folder;
+    folder = dir / "";
+    io_stream::inPathRule = [](const psString& name) { return folder + name; };
+    io_stream::outPathRule = [](const psString& name) { return folder + "out_" + name; };
+    psString line;
+    EXPECT_TRUE(i_stream("in.txt", io_stream::READ).getline(line));
+    EXPECT_EQ(str(line), "in");
+    o_stream("x.txt", io_stream::WRITE).write("out");
+    EXPECT_EQ(dir.read("out_x.txt"), "out");
+    EXPECT_FALSE(i_stream("in.txt", io_stream::READ | io_stream::NAME_AS_GIVEN, false).isOpen());
+    io_stream::inPathRule = io_stream::outPathRule = nullptr;
+}
+
+TEST(PsOStream, AFullDiskDropsTheSinkWithOneLine) {
+    MessageCapture messages(1);
+    psOStream stream;
+    ASSERT_TRUE(stream.addStream("/dev/full", false));
+    for (int i = 0; i < 3; ++i) {
+        stream << ERR << "row\n" << END;
+        stream.flush();
+    }
+    EXPECT_TRUE(stream.empty());
+    EXPECT_EQ(messages.text(), "-- Can't write /dev/full: no more output goes there\n");
+}
+
+TEST(PsOStream, TheGuardRestoresTheLevelPastAnException) {
+    MessageCapture messages(5);
+    try {
+        const psOutLevelGuard quiet(1);
+        EXPECT_EQ(g_ostrm.getOutLevel(), 1);
+        EXPECT_EQ(quiet.saved(), 5);
+        throw std::runtime_error("");
+    } catch (const std::runtime_error&) {
+        EXPECT_EQ(g_ostrm.getOutLevel(), 5);
+    }
+}
+
+TEST(IStream, ReadsLinesOfAnyLength) {
+    const TempDir dir;
+    const std::string full(511, 'a');
+    const std::string longer(10'000, 'b');
+    const std::string lines[] = {"", "x\r", full, longer, std::string("nul\0byte", 8), "", "last"};
+    std::string content;
+    for (const std::string& line : lines) content += line + "\n";
+    content.pop_back();
+    i_stream file(dir.write("x.txt", content), io_stream::READ);
+    psString read = "old";
+    for (const std::string& line : lines) {
+        ASSERT_TRUE(file.getline(read));
+        EXPECT_EQ(str(read), line);
+    }
+    EXPECT_FALSE(file.getline(read));
+    EXPECT_TRUE(read.empty());
+    EXPECT_FALSE(file.readError());
+    EXPECT_FALSE(i_stream(dir / "missing", io_stream::READ, false).getline(read));
+
+    i_stream folder(dir / "", io_stream::READ);
+    EXPECT_FALSE(folder.getline(read));
+    EXPECT_TRUE(folder.readError());
+}
+
+class Trace : public testing::Test {
+  protected:
+    Trace() { psTrace::flush(); }
+};
+
+TEST_F(Trace, IndentsByTheOpenNames) {
+    MessageCapture messages(23);
+    psTrace::traceIn("a");
+    psTrace::traceIn("b");
+    EXPECT_EQ(str(psTrace::getCurName()), "b");
+    psTrace::traceOut("a");
+    EXPECT_EQ(str(psTrace::getCurName()), "");
+    psTrace::traceIn("c");
+    psTrace::traceOut("c");
+    const std::string expected =
+        "****** trace into   a\n"
+        "******* trace into   b\n"
+        "******* trace out of a\n"
+        "****** trace into   c\n"
+        "****** trace out of c\n";
+    EXPECT_EQ(messages.text(), expected);
+    EXPECT_EQ(str(psTrace::text()), expected);
+    psTrace::flush();
+    EXPECT_TRUE(psTrace::text().empty());
+}
+
+TEST_F(Trace, AnUnknownNameShortensThePrefixButNeverBelowNothing) {
+    MessageCapture messages(7);
+    psTrace::traceOut("x");
+    psTrace::traceIn("a");
+    psTrace::traceOut("x");
+    psTrace::traceOut("x");
+    EXPECT_EQ(str(psTrace::getCurName()), "a");
+    psTrace::traceOut("a");
+    EXPECT_EQ(messages.text(), "") << "below its level";
+    EXPECT_EQ(str(psTrace::text()),
+              "***** trace out of x\n"
+              "****** trace into   a\n"
+              "****** trace out of x\n"
+              "***** trace out of x\n"
+              "***** trace out of a\n");
+}
+
+TEST_F(Trace, AnExceptionKeepsTheNameOfWhereItCameFrom) {
+    try {
+        const psTraceScope outer("outer");
+        { const psTraceScope ended("ended"); }
+        const psTraceScope inner("inner");
+        throw std::runtime_error("");
+    } catch (const std::runtime_error&) {
+        EXPECT_EQ(str(psTrace::getCurName()), "inner");
+    }
+    psTrace::traceOut("outer");
+    EXPECT_EQ(str(psTrace::getCurName()), "");
+}
+
+}  // namespace

@@ -1,0 +1,244 @@
+#include "psstring.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <climits>
+#include <string>
+#include <utility>
+
+#include "temp_dir.h"
+
+namespace {
+
+// The contract of every operation: a NUL-terminated text, zeros up to the
+// capacity, and the capacity that the length asks for (`atLeast`: or more).
+void expectSound(const psString& s, bool atLeast = false) {
+    const int capacity = (s.length() & 0x7FFFFFF0) + 16;
+    if (atLeast)
+        EXPECT_GE(s.capacity(), capacity);
+    else
+        EXPECT_EQ(s.capacity(), capacity);
+    for (int i = s.length(); i < s.capacity(); ++i) EXPECT_EQ(s.c_str()[i], '\0') << i;
+}
+
+TEST(PsString, CapacityFollowsTheLength) {
+    for (const int length : {0, 1, 15, 16, 17, 31, 32, 1000}) {
+        const std::string text(static_cast<std::size_t>(length), 'x');
+        psString s(text.c_str());
+        EXPECT_EQ(s.length(), length);
+        expectSound(s);
+        s = "shorter";
+        expectSound(s);
+        s.assign(text.c_str());
+        expectSound(s);
+        s += "+more";
+        EXPECT_EQ(str(s), text + "+more");
+        expectSound(s);
+        s.resize(length / 2);
+        expectSound(s, true);
+        s.growBy(2);
+        EXPECT_EQ(s[length / 2], '\0') << "new bytes are zero";
+    }
+    EXPECT_EQ(psString("123456789012345").capacity(), 16);
+    EXPECT_EQ(psString("1234567890123456").capacity(), 32);
+    EXPECT_EQ(psString('c').capacity(), 16);
+}
+
+TEST(PsString, TakesPartsOfItself) {
+    psString s("abcdefghijklmnopqrstuvwxyz");
+    s += s;
+    EXPECT_EQ(str(s), "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyz");
+    s.assign(s.c_str() + 50);
+    EXPECT_EQ(str(s), "yz");
+    expectSound(s);
+    s.assign(s.c_str() + 1);
+    EXPECT_EQ(str(s), "z");
+    expectSound(s);
+    s = *&s;
+    EXPECT_EQ(str(s), "z");
+    s.assign(static_cast<const char*>(nullptr));
+    EXPECT_TRUE(s.empty());
+    s.resize(3, '.');
+    s.resize(5);
+    EXPECT_EQ(str(s), "...  ");
+    s.resize(-1);
+    EXPECT_EQ(str(s), "");
+}
+
+TEST(PsString, AMovedFromStringCanBeUsed) {
+    psString source("text");
+    const psString target(std::move(source));
+    EXPECT_EQ(str(target), "text");
+    expectSound(source);  // NOLINT(bugprone-use-after-move)
+    source += "new";
+    EXPECT_EQ(str(source), "new");
+    psString assigned;
+    assigned = std::move(source);
+    source = "again";
+    EXPECT_EQ(str(assigned) + str(source), "newagain");
+}
+
+TEST(PsString, ComparesBytesAsSigned) {
+    struct {
+        const char *a, *b;
+        int result;
+    } const cases[] = {{"ab", "abc", -1}, {"a", "abcd", -3}, {"abc", "ab", 1}, {"b", "abc", 1},
+                       {"abc", "b", -1},  {"", "", 0},       {"", "ab", -2},   {"\xe4", "a", -1},
+                       {"z", "a", 1},     {"a", "A", 1}};
+    for (const auto& c : cases) EXPECT_EQ(psString(c.a).compare(c.b), c.result) << c.a << c.b;
+    EXPECT_TRUE(psString("a") == "a");
+    EXPECT_FALSE(psString("a") == psString("a "));
+}
+
+TEST(PsString, FindsAndCuts) {
+    const psString s("abcabc");
+    struct {
+        const char* what;
+        int from, find, rfind;
+    } const cases[] = {{"abc", 0, 0, 3}, {"abc", 1, 3, 3},   {"abc", 4, -1, 3},
+                       {"c", 5, 5, 5},   {"", 6, 6, 6},      {"", 7, -1, 6},
+                       {"x", 0, -1, -1}, {"abc", -1, -1, 3}, {"abcabcabc", 0, -1, -1}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(s.find(c.what, c.from), c.find) << c.what << c.from;
+        EXPECT_EQ(s.rfind(c.what), c.rfind) << c.what;
+    }
+    EXPECT_EQ(str(s.substr(4, 99)), "bc");
+    EXPECT_EQ(str(s.substr(1, 2)), "bc");
+    EXPECT_EQ(str(s.substr(1, 0)), "");
+    EXPECT_EQ(str(s.substr(1, -5)), "");
+    EXPECT_EQ(str(s.substr(6)), "");
+    EXPECT_EQ(str(s.substr(99)), "");
+    EXPECT_EQ(str(s.substr(5)), "c");
+}
+
+TEST(PsString, TrimLeavesLineFeeds) {
+    struct {
+        const char *text, *trimmed;
+    } const cases[] = {{"\t word \r", "word"}, {"a b", "a b"},        {" \t\r", ""}, {"", ""},
+                       {" word\n", "word\n"},  {"\n word", "\n word"}};
+    for (const auto& c : cases) {
+        psString s(c.text);
+        EXPECT_EQ(str(s.trim()), c.trimmed);
+        expectSound(s, true);
+    }
+    EXPECT_EQ(str(psString("AbC-\xc4").toLower()), "abc-\xc4");
+}
+
+TEST(PsString, PartsOfAPath) {
+    struct {
+        const char *path, *dir, *name, *title;
+    } const cases[] = {{"a/b\\c.x", "a/b", "c.x", "c"},
+                       {"a\\b/c.x.y", "a\\b", "c.x.y", "c.x"},
+                       {"c", "", "c", "c"},
+                       {"/c.", "", "c.", "c"},
+                       {"a.b/", "a.b", "", ""},
+                       {".rc", "", ".rc", ".rc"},
+                       {"a.b/c", "a.b", "c", "c"}};
+    for (const auto& c : cases) {
+        const psString path(c.path);
+        EXPECT_EQ(str(path.getFileDir()), c.dir) << c.path;
+        EXPECT_EQ(str(path.getFileName()), c.name) << c.path;
+        EXPECT_EQ(str(path.getFileTitle()), c.title) << c.path;
+    }
+}
+
+std::string joined(const char* text, const char* separators) {
+    psStringList words;
+    const int count = psString(text).parse(words, separators);
+    EXPECT_EQ(count, words.size());
+    std::string all;
+    for (const psString& word : words) all += "<" + str(word) + ">";
+    return all;
+}
+
+TEST(PsParse, SplitsAtSeparators) {
+    struct {
+        const char *text, *separators, *words;
+    } const cases[] = {
+        {";;a;;b;;", ";", "<a><b>"},
+        {"", ";", ""},
+        {";;;", ";", ""},
+        {"a b", "", "<a b>"},
+        {"a\tb;c", "\t;", "<a><b><c>"},
+        {"a \"b c\" d", " ", "<a><\"b><c\"><d>"},
+        {"a \"b c\" d", " \"", "<a><b c><d>"},
+        {"\"a\"\"b\" c", "\" ", "<a\"b><c>"},
+        {"\"\" a", " \"", "<a>"},
+        {"\"open end ", " \"", "<open end >"},
+        {"\"", " \"", ""},
+        {"in\"side x", " \"", "<in\"side><x>"},
+        {"\"\"\"\"", " \"", "<\">"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(joined(c.text, c.separators), c.words) << c.text;
+}
+
+TEST(PsParse, FillsAsManyWordsAsThereAre) {
+    psString first = "x", second = "y", third = "z";
+    EXPECT_EQ(psString("a;b;c;d").parse(first, second, third, ";"), 4);
+    EXPECT_EQ(str(first + second + third), "abc");
+    EXPECT_EQ(psString("q").parse(first, second, third, ";"), 1);
+    EXPECT_EQ(str(first + "," + second + "," + third), "q,,");
+    EXPECT_EQ(psString("").parse(first, second, ";"), 0);
+    EXPECT_EQ(str(first), "");
+}
+
+TEST(PsNames, TablesOfNames) {
+    const int values[] = {1, 2, 2, 4, 6};
+    const char* const names[] = {"One", "Two", "Twice", "Four", "OneTwo"};
+    struct {
+        int value;
+        const char *name, *flags;
+    } const cases[] = {{2, "Two", "Two|Twice|OneTwo"},
+                       {3, "3", "One|Two|Twice|OneTwo"},
+                       {0, "0", "0"},
+                       {8, "8", "8"},
+                       {-8, "-8", "-8"},
+                       {9, "9", "One"}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(str(enumString(c.value, values, names, 5)), c.name);
+        EXPECT_EQ(str(flagString(c.value, values, names, 5)), c.flags);
+    }
+    const int withZero[] = {0, 1};
+    const char* const zeroNames[] = {"None", "One"};
+    EXPECT_EQ(str(flagString(0, withZero, zeroNames, 2)), "None");
+    EXPECT_EQ(str(flagString(1, withZero, zeroNames, 2)), "One");
+
+    EXPECT_EQ(enumValue("t", values, names, 5), 2);
+    EXPECT_EQ(enumValue("ONETWO", values, names, 5), 6);
+    EXPECT_EQ(enumValue("one", values, names, 5), 1);
+    EXPECT_EQ(enumValue("", values, names, 5), 1);
+    EXPECT_EQ(enumValue("x", values, names, 5), 0);
+    EXPECT_EQ(enumValue("o", values, names, 5, 2), 0);
+    EXPECT_EQ(flagValue("one|f,x;two", values, names, 5), 7);
+    EXPECT_EQ(flagValue("", values, names, 5), 0);
+}
+
+TEST(PsNumbers, TextsAndBack) {
+    EXPECT_EQ(str(psString("n") + -5), "n-5");
+    EXPECT_EQ(str(psText(LLONG_MIN)), "-9223372036854775808");
+    EXPECT_EQ(str(psText(0.1F)), "0.1");
+    EXPECT_EQ(str(psText(true)), "1");
+    EXPECT_EQ(str(psFormat("%s-%d", std::string(3000, 'x').c_str(), 1)).size(), 3002U);
+
+    long long wide = 0;
+    EXPECT_TRUE(psFromText("9223372036854775807", wide));
+    EXPECT_EQ(wide, LLONG_MAX);
+    EXPECT_FALSE(psFromText("9223372036854775808", wide));
+    EXPECT_EQ(wide, LLONG_MAX) << "kept";
+    unsigned number = 0;
+    EXPECT_TRUE(psFromText(" 4294967295\t", number));
+    EXPECT_EQ(number, UINT_MAX);
+    EXPECT_FALSE(psFromText("-1", number));
+    bool flag = false;
+    EXPECT_FALSE(psFromText("2", flag));
+    EXPECT_FALSE(psFromText("yes", flag));
+    double real = 0;
+    EXPECT_FALSE(psFromText("1e999", real));
+    EXPECT_FALSE(psFromText("1e5 x", real));
+    psString hole(std::string_view("1\0002", 3));
+    int whole = 0;
+    EXPECT_FALSE(psFromText(hole, whole)) << "a NUL byte ends no number";
+}
+
+}  // namespace
