@@ -57,7 +57,7 @@ void (*o_stream::beforeConsole)() = nullptr;
 
 void o_stream::write(const psString& text) {
     if (!isConsole()) {
-        std::fputs(text.c_str(), m_file);
+        if (m_file) std::fputs(text.c_str(), m_file);
         return;
     }
     if (beforeConsole) beforeConsole();

@@ -12,6 +12,8 @@ using enum MessageLevel;
 
 namespace {
 
+constexpr int readAsGiven = io_stream::READ | io_stream::NAME_AS_GIVEN;
+
 TEST(PsOStream, PassesLevelsByTheirBits) {
     struct {
         OutputLevel out;
@@ -90,14 +92,14 @@ TEST(PsOStream, TellsWhichFileCannotBeOpened) {
     EXPECT_FALSE(stream.addStream(file + "/x", false));
     EXPECT_FALSE(stream.addStream("", false));
     EXPECT_TRUE(stream.empty());
-    const i_stream missing(dir / "missing", io_stream::READ);
-    const i_stream quiet(dir / "missing", io_stream::READ, false);
+    const i_stream missing(dir / "missing", readAsGiven);
+    const i_stream quiet(dir / "missing", readAsGiven, false);
     EXPECT_FALSE(missing.isOpen());
     EXPECT_EQ(messages.text(), str("-- Can't open file " + file + "/x to write: \n" +
                                    "-- Can't open file. Wrong filename (NULL)  to write: \n" +
                                    "-- Can't open file " + (dir / "missing") + " to read: \n"));
     testing::internal::CaptureStdout();
-    o_stream(file + "/x", io_stream::WRITE, false).write("lost");
+    o_stream(file + "/x", io_stream::WRITE | io_stream::NAME_AS_GIVEN, false).write("lost");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
@@ -106,6 +108,8 @@ TEST(PsOStream, PathRulesApplyUnlessTheNameIsGiven) {
     dir.write("in.txt", "in\n");
     static psString folder;
     folder = dir / "";
+    const auto oldIn = io_stream::inPathRule;
+    const auto oldOut = io_stream::outPathRule;
     io_stream::inPathRule = [](const psString& name) { return folder + name; };
     io_stream::outPathRule = [](const psString& name) { return folder + "out_" + name; };
     psString line;
@@ -113,8 +117,9 @@ TEST(PsOStream, PathRulesApplyUnlessTheNameIsGiven) {
     EXPECT_EQ(str(line), "in");
     o_stream("x.txt", io_stream::WRITE).write("out");
     EXPECT_EQ(dir.read("out_x.txt"), "out");
-    EXPECT_FALSE(i_stream("in.txt", io_stream::READ | io_stream::NAME_AS_GIVEN, false).isOpen());
-    io_stream::inPathRule = io_stream::outPathRule = nullptr;
+    EXPECT_FALSE(i_stream("in.txt", readAsGiven, false).isOpen());
+    io_stream::inPathRule = oldIn;
+    io_stream::outPathRule = oldOut;
 }
 
 TEST(PsOStream, AFullDiskDropsTheSinkWithOneLine) {
@@ -149,7 +154,7 @@ TEST(IStream, ReadsLinesOfAnyLength) {
     std::string content;
     for (const std::string& line : lines) content += line + "\n";
     content.pop_back();
-    i_stream file(dir.write("x.txt", content), io_stream::READ);
+    i_stream file(dir.write("x.txt", content), readAsGiven);
     psString read = "old";
     for (const std::string& line : lines) {
         ASSERT_TRUE(file.getline(read));
@@ -158,9 +163,9 @@ TEST(IStream, ReadsLinesOfAnyLength) {
     EXPECT_FALSE(file.getline(read));
     EXPECT_TRUE(read.empty());
     EXPECT_FALSE(file.readError());
-    EXPECT_FALSE(i_stream(dir / "missing", io_stream::READ, false).getline(read));
+    EXPECT_FALSE(i_stream(dir / "missing", readAsGiven, false).getline(read));
 
-    i_stream folder(dir / "", io_stream::READ);
+    i_stream folder(dir / "", readAsGiven);
     EXPECT_FALSE(folder.getline(read));
     EXPECT_TRUE(folder.readError());
 }
