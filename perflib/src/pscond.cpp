@@ -95,8 +95,8 @@ psConditions::~psConditions() {
 }
 
 void psConditions::add(std::unique_ptr<RunCondition> condition) {
-    push_back(condition.get());
-    condition.release();
+    push_back(nullptr);
+    back() = condition.release();
 }
 
 int psConditions::count(int target) const {

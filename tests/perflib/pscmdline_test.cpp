@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,10 @@ struct WordsCase {
     std::vector<const char*> words;
     const char* keys;
 };
+
+void PrintTo(const WordsCase& c, std::ostream* stream) {
+    *stream << c.name;
+}
 
 class CommandWords : public testing::TestWithParam<WordsCase> {};
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ struct SelectionCase {
     int logic;
     const char* selected;  // the letters of the tests that run
 };
+
+void PrintTo(const SelectionCase& c, std::ostream* stream) {
+    *stream << c.name;
+}
 
 class Selection : public testing::TestWithParam<SelectionCase> {};
 
