@@ -1,0 +1,429 @@
+#include "psreport.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "psbase.h"
+#include "pscond.h"
+#include "pscputick_gcc.h"
+#include "psctable.h"
+#include "psctrl87.h"
+#include "psstream.h"
+#include "pstest.h"
+
+namespace {
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
+    return parts;
+}
+
+std::vector<std::string> linesOf(const psString& text) {
+    return split(text.c_str(), '\n');
+}
+
+// What a report writes into a stream of the kind.
+template <class Stream, class Report>
+std::string written(const Report& report) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* file = open_memstream(&text, &size);
+    Stream stream;
+    stream.push_back(new o_stream(file));
+    if constexpr (std::is_same_v<Stream, psOStream>) stream.setOutLevel(7);
+    stream << report;
+    std::fclose(file);
+    std::string result(text, size);
+    std::free(text);
+    return result;
+}
+
+void expectBox(const std::string& text) {
+    const std::vector<std::string> lines = split(text, '\n');
+    ASSERT_GE(lines.size(), 3U);
+    const std::string edge = "+" + std::string(77, '-') + "+";
+    EXPECT_EQ(lines.front(), edge);
+    EXPECT_EQ(lines.back(), edge);
+    EXPECT_EQ(text.back(), '\n');
+    for (const std::string& line : lines) {
+        EXPECT_EQ(line.size(), 79U) << line;
+        if (line != edge) {
+            EXPECT_TRUE(line.starts_with('|') && line.ends_with('|')) << line;
+        }
+    }
+}
+
+// Text layout
+
+TEST(ReportFormat, CutsAtTheLastBlankThatFits) {
+    const struct {
+        const char* text;
+        int room;
+        std::vector<std::string> pieces;
+    } rows[] = {
+        {"", 5, {""}},
+        {"abc", 5, {"abc"}},
+        {"abcde", 5, {"abcde"}},
+        {"abcde fg", 5, {"abcde", "fg"}},
+        {"ab cd ef", 5, {"ab cd", "ef"}},
+        {"ab cdefgh", 5, {"ab", "cdefg", "h"}},
+        {"abcdefghijk", 5, {"abcde", "fghij", "k"}},
+        {"ab    cd", 3, {"ab ", "cd"}},
+        {" abcdef", 3, {" ab", "cde", "f"}},
+        {"abc", 1, {"a", "b", "c"}},
+    };
+    for (const auto& row : rows) {
+        psString rest = row.text;
+        std::vector<std::string> pieces;
+        do {
+            pieces.emplace_back(psReportFormat::getPieceItem(rest, row.room).c_str());
+        } while (!rest.empty());
+        EXPECT_EQ(pieces, row.pieces) << row.text;
+    }
+}
+
+TEST(ReportFormat, PlacesItemsAtTheirColumns) {
+    psReportFormat format;
+    format.setColumns({1, 6, 20, -78});
+    EXPECT_EQ(format.firstLine(), format.separator());
+    const std::string line = format.line({"a", "b", "c", "end"}).c_str();
+    ASSERT_EQ(line.size(), 80U);
+    EXPECT_EQ(line.substr(0, 22), "|a    b             c ");
+    EXPECT_EQ(line.substr(75), "end|\n");
+    format.lastLine();
+    EXPECT_EQ(format.line({"a"}), psString(" a") + psString(std::string(76, ' ')) + "\n");
+}
+
+TEST(ReportFormat, PushesItemsBehindALongOneWhileTheyFit) {
+    psReportFormat format;
+    format.setColumns({1, 6, 20, -78});
+    format.firstLine();
+    const std::string line = format.line({"a", "123456789012345", "c", "+"}).c_str();
+    EXPECT_EQ(line.substr(0, 24), "|a    123456789012345 c ");
+    EXPECT_EQ(line.substr(77), "+|\n");
+    // Exactly up to the next column: the blank between them pushes by one.
+    EXPECT_EQ(format.line({"a", "12345678901234", "c"}).substr(0, 22), "|a    12345678901234 c");
+}
+
+TEST(ReportFormat, ContinuesItemsInTheirColumnsWhenTheLineIsTooNarrow) {
+    psReportFormat format;
+    format.setColumns({1, 6, 46, 62, -78});
+    psString text = format.firstLine();
+    const std::string name(100, 'n');
+    text += format.line({"   1", name.c_str(), "A test with blanks in its long name", "p_source", "+"});
+    text += format.lastLine();
+    expectBox(text.c_str());
+    const std::vector<std::string> lines = linesOf(text);
+    ASSERT_EQ(lines.size(), 2U + 3);
+    EXPECT_EQ(lines[1].substr(0, 47), "|   1 " + std::string(39, 'n') + " A");
+    EXPECT_EQ(lines[1].substr(46, 16), "A test with     ");
+    EXPECT_EQ(lines[2].substr(46, 16), "blanks in its   ");
+    EXPECT_EQ(lines[1].substr(62), "p_source       +|");
+    EXPECT_EQ(lines[3].substr(0, 50),
+              "|     " + std::string(22, 'n') + std::string(18, ' ') + "long");
+}
+
+TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
+    psReportFormat format;
+    psString text = format.firstLine();
+    text += format.titleItem("OS", "short");
+    text += format.titleItem("Computer",
+                             psString(std::string(60, 'x')) + " " + std::string(150, 'y').c_str());
+    text += format.titleItem("OS", "tab\tand\nline");
+    text += format.lastLine();
+    expectBox(text.c_str());
+    const std::vector<std::string> lines = linesOf(text);
+    ASSERT_EQ(lines.size(), 2U + 6);
+    EXPECT_EQ(lines[1].substr(0, 19), "| OS       : short ");
+    EXPECT_EQ(lines[2].substr(0, 14), "| Computer : x");
+    EXPECT_EQ(lines[3].substr(0, 14), "|            y");
+    EXPECT_EQ(lines[6].substr(0, 27), "| OS       : tab and line  ");
+}
+
+TEST(ReportFormat, TimesOfADayAndMore) {
+    const struct {
+        double seconds;
+        const char* text;
+    } rows[] = {
+        {0, "00:00:00"},
+        {59.9, "00:00:59"},
+        {3725, "01:02:05"},
+        {86399, "23:59:59"},
+        {360000 + 61, "100:01:01"},
+        {-5, "00:00:00"},
+        {1e300, "UNKNOWN (Very large value)"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(psReportFormat::getTimeStr(row.seconds), row.text) << row.seconds;
+}
+
+TEST(ReportFormat, CutsOneNewline) {
+    EXPECT_EQ(cutoffNL("a\n"), "a");
+    EXPECT_EQ(cutoffNL("a\n\n"), "a\n");
+    EXPECT_EQ(cutoffNL("a"), "a");
+    EXPECT_EQ(cutoffNL(""), "");
+}
+
+// Reports
+
+// A test whose one set ends as told, with work that disturbs the guards.
+class FakeTest : public psTest {
+  public:
+    FakeTest(const char* name, const char* info, psResult outcome = PS_OK,
+             std::function<void()> work = {})
+        : psTest(static_cast<FuncOld>(nullptr), name, "perf/p_fake", info),
+          m_outcome(outcome),
+          m_work(std::move(work)) {}
+
+  protected:
+    psResult runTiming() override {
+        psTool::ctrlStart();
+        if (m_work) m_work();
+        psTool::ctrlStop();
+        return m_outcome;
+    }
+    bool initData() override { return true; }
+    bool canStart() override { return m_outcome != PS_UNDEFINED; }
+
+  private:
+    psResult m_outcome;
+    std::function<void()> m_work;
+};
+
+void underflow() {
+    volatile double tiny = 1e-300;
+    tiny = tiny * tiny;
+}
+
+psReportTestResult resultOf(FakeTest& test) {
+    const psOutLevelGuard shown(7);
+    test.run();
+    return psReportTestResult(test);
+}
+
+void expectElevenFields(const std::string& line) {
+    EXPECT_EQ(std::ranges::count(line, ','), 10) << line;
+    for (const std::string& field : split(line, ',')) EXPECT_FALSE(field.empty()) << line;
+    EXPECT_FALSE(line.ends_with(',')) << line;
+}
+
+TEST(ReportTestResult, HeaderNamesElevenFields) {
+    const psReportTestResult header;
+    EXPECT_TRUE(header.isHeader());
+    EXPECT_EQ(written<psUStream>(header),
+              "Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,"
+              "Result,ExeName\n");
+    EXPECT_EQ(written<psOStream>(header), "");
+}
+
+TEST(ReportTestResult, SummaryLineOfAMeasuredTest) {
+    psCStream::m_exePath = "/opt/a, b/ps, cv";
+    FakeTest test("zmoiX_8u, C1R", "TimcX//PP_REG");
+    const std::string line = written<psUStream>(resultOf(test));
+    expectElevenFields(line);
+    const std::vector<std::string> fields = split(line, ',');
+    EXPECT_EQ(fields[0], "zmoiX_8u C1R");
+    EXPECT_EQ(fields[1], "TimcX");
+    EXPECT_TRUE(fields[2].starts_with("Near 53 Invalid Denormal Overflow")) << fields[2];
+    EXPECT_EQ(fields[3].find('?'), std::string::npos);
+    EXPECT_TRUE(fields[4].starts_with("Near Invalid")) << fields[4];
+    EXPECT_EQ(fields[6], "PP_REG");
+    EXPECT_EQ(fields[8], "p_fake");
+    EXPECT_EQ(fields[9], "OK");
+    EXPECT_EQ(fields[10], "ps cv\n");
+}
+
+TEST(ReportTestResult, TellsADisturbedStatusAfterTheGuardsAreCleared) {
+    FakeTest test("zmoiX_8u_C1R", "TimcX", PS_OK, underflow);
+    const psReportTestResult report = resultOf(test);
+    ASSERT_TRUE(test.badControlSSX());
+    const std::vector<std::string> fields = split(written<psUStream>(report), ',');
+    EXPECT_EQ(fields[5].substr(0, 1), "?") << fields[5];
+    EXPECT_EQ(fields[6], "-");
+    EXPECT_EQ(fields[9], "BADSTSWRN");
+    EXPECT_NE(written<psOStream>(report).find("Status   : SSE ?"), std::string::npos);
+}
+
+TEST(ReportTestResult, SaysWhenNothingWasMeasured) {
+    FakeTest test("zmoiX_8u_C1R", "TimcX", PS_UNDEFINED);
+    const std::string text = written<psUStream>(resultOf(test));
+    const std::string note = "--No measurements have been done\n";
+    ASSERT_TRUE(text.starts_with(note)) << text;
+    const std::string line = text.substr(note.size());
+    expectElevenFields(line);
+    EXPECT_EQ(line.substr(0, 29), "zmoiX_8u_C1R,TimcX,-,-,-,-,-,");
+}
+
+TEST(ReportTestTitle, BoxCommentAndCells) {
+    const FakeTest test("zmoiCanny_16s8u_C1R", "TimcCanny/border/PP_REG");
+    const psReportTestTitle title(test);
+    const std::string box = written<psOStream>(title);
+    expectBox(box);
+    for (const char* item : {"| Function : zmoiCanny_16s8u_C1R ", "| Test     : TimcCanny ",
+                             "| Source   : p_fake ", "| Description: border "})
+        EXPECT_NE(box.find(item), std::string::npos) << item;
+    EXPECT_EQ(written<psUStream>(title), "--zmoiCanny_16s8u_C1R TimcCanny\n");
+    EXPECT_EQ(split(written<psCStream>(title), '\n')[0], "Function,zmoiCanny_16s8u_C1R");
+
+    const FakeTest longName(std::string(300, 'f').c_str(), "a class with blanks in its name");
+    expectBox(written<psOStream>(psReportTestTitle(longName)));
+}
+
+// A title whose machine texts are known.
+class ReportTitle : public testing::Test {
+  protected:
+    ReportTitle() {
+        setenv("PSCV_FREQ_MHZ", "2600", 1);
+        psCpuTicker::m_freqMHz = 0;
+        g_pLibInfoList = &info;
+        g_pLibPathList = &paths;
+        info.push_back("zmoi, 1.0, (avx2), Mar 27 2026");
+        paths.push_back((std::string("/opt/") + std::string(200, 'd') + "/libzmoi.so").c_str());
+        tests.startTime = 1'000'000'000;
+    }
+    ~ReportTitle() override {
+        unsetenv("PSCV_FREQ_MHZ");
+        g_pLibInfoList = nullptr;
+        g_pLibPathList = nullptr;
+    }
+    std::string value(const psReportTitle& title, const char* name) const {
+        for (const psReportItem& item : title.items())
+            if (item.name == name) return item.value.c_str();
+        return "none";
+    }
+
+    psStringList info;
+    psStringList paths;
+    psTestList tests;
+};
+
+TEST_F(ReportTitle, TellsMachineLibraryAndStart) {
+    const psReportTitle title(tests);
+    const std::string computer = value(title, "Computer");
+    EXPECT_NE(computer.find("2.6 GHz (given)"), std::string::npos) << computer;
+    EXPECT_EQ(computer.find("x2.6 GHz") != std::string::npos, psGetNumOfProcessors() >= 2);
+    EXPECT_NE(value(title, "OS").find("Linux ("), std::string::npos);
+    EXPECT_NE(value(title, "Start").find("2001"), std::string::npos);
+    EXPECT_EQ(value(title, "Library"), "zmoi, 1.0, (avx2), Mar 27 2026");
+    const std::string box = written<psOStream>(title);
+    expectBox(box);
+    EXPECT_NE(box.find("| Computer : "), std::string::npos);
+}
+
+TEST_F(ReportTitle, LinesOfTheFilesHaveTwoFields) {
+    const psReportTitle title(tests);
+    for (const std::string& text : {written<psUStream>(title), written<psCStream>(title)}) {
+        const std::vector<std::string> lines = split(text, '\n');
+        EXPECT_EQ(lines.size(), static_cast<std::size_t>(title.items().size()));
+        for (const std::string& line : lines) EXPECT_EQ(std::ranges::count(line, ','), 1) << line;
+        EXPECT_NE(text.find("Library,zmoi 1.0 (avx2) Mar 27 2026\n"), std::string::npos) << text;
+    }
+}
+
+TEST(ReportEnd, RowsAddUp) {
+    psTestList tests;
+    tests.startTime = 100;
+    tests.endTime = 100 + 3725;
+    const psResult results[] = {PS_OK,       PS_OK,        PS_BADSTSWRN, PS_ACCURWRN,
+                                PS_WRN,      PS_FAIL,      PS_EXCPTFAIL, PS_DATAFAIL,
+                                PS_FUNCFAIL, PS_EXCPTFAIL, PS_UNDEFINED};
+    for (const psResult result : results) tests.plus(result);
+    const psReportEnd report(tests);
+    EXPECT_EQ(written<psUStream>(report),
+              "END_DATA\n"
+              ".Number of tests,11\n"
+              ".Successes      ,2\n"
+              ".Failures       ,8\n"
+              "...Fails        ,5\n"
+              ".....-FAIL      ,3\n"
+              ".....-EXCPTFAIL ,2\n"
+              "...Notes        ,3\n"
+              ".....-NOTE      ,2\n"
+              ".....-BADSTSWRN ,1\n"
+              "...Undefined    ,1\n"
+              ".Total time     ,01:02:05\n");
+    const std::string box = written<psOStream>(report);
+    expectBox(box);
+    const std::vector<std::string> lines = split(box, '\n');
+    EXPECT_EQ(lines[1].substr(0, 12), "|PS Summary ");
+    EXPECT_EQ(lines[3].substr(0, 24), "|.Number of tests   11  ");
+}
+
+TEST(ReportEnd, WithoutTestsAllCountsAreZero) {
+    const std::string text = written<psUStream>(psReportEnd(psTestList()));
+    EXPECT_EQ(std::ranges::count(text, '\n'), 12);
+    EXPECT_NE(text.find(".Number of tests,0\n"), std::string::npos);
+    EXPECT_NE(text.find(".Total time     ,00:00:00\n"), std::string::npos);
+}
+
+class ReportList : public testing::Test {
+  protected:
+    ReportList() {
+        g_pLibFuncList = &functions;
+        for (const char* name :
+             {"zmoiB_8u", "zmoiA_8u", "zmoiAGetBufferSize", "zmoiInitX", "zmoiSetX", "zmoiGet_8u",
+              "zmoiB_8u", "zmoiMalloc", "zmoiRotateCenter", "zmoiC_8u"})
+            functions.push_back(name);
+        tests.push_back(new FakeTest("zmoiA_8u", "TimcA"));
+        tests.push_back(new FakeTest("zmoiA_8u", "TimcA2"));
+        tests.push_back(new FakeTest("zmoiC_8u", "TimcC"));
+    }
+    ~ReportList() override { g_pLibFuncList = nullptr; }
+
+    // Function, test and mark of every row.
+    std::string rows(int mode) {
+        std::string text;
+        for (const psReportList::Row& row : psReportList(tests, conditions, mode).rows())
+            text += std::string(row.function.c_str()) + ":" + row.test.c_str() +
+                    (row.exists ? "+ " : " ");
+        return text;
+    }
+
+    psStringList functions;
+    psTestList tests;
+    psConditions conditions;
+};
+
+TEST_F(ReportList, ServiceFunctionsAreLeftOut) {
+    std::string text;
+    for (const psString& name : psReportList::createFuncList())
+        text += name.c_str() + std::string(" ");
+    EXPECT_EQ(text, "zmoiA_8u zmoiB_8u zmoiC_8u zmoiGet_8u ");
+}
+
+TEST_F(ReportList, ModesListTestsOrFunctions) {
+    EXPECT_EQ(rows(0), "zmoiA_8u:TimcA+ zmoiA_8u:TimcA2+ zmoiC_8u:TimcC+ ");
+    EXPECT_EQ(rows(1), "zmoiA_8u:TimcA+ zmoiB_8u: zmoiC_8u:TimcC+ zmoiGet_8u: ");
+    EXPECT_EQ(rows(-1), "zmoiB_8u: zmoiGet_8u: ");
+}
+
+TEST_F(ReportList, ConditionsSelectTheTests) {
+    conditions.add(psMakeCondition(RunCondition::function, "A_8u"));
+    EXPECT_EQ(rows(0), "zmoiA_8u:TimcA+ zmoiA_8u:TimcA2+ ");
+    EXPECT_EQ(rows(-1), "zmoiB_8u: zmoiC_8u: zmoiGet_8u: ");
+}
+
+TEST_F(ReportList, BoxAndTable) {
+    tests.push_back(new FakeTest((std::string("zmoi") + std::string(90, 'L')).c_str(), "Tim"));
+    const psReportList report(tests, conditions, 0);
+    const std::string box = written<psOStream>(report);
+    expectBox(box);
+    const std::vector<std::string> lines = split(box, '\n');
+    EXPECT_EQ(lines[1].substr(0, 16), "|   # Function  ");
+    EXPECT_EQ(lines[1].substr(46, 16), "Test            ");
+    EXPECT_EQ(lines[1].substr(62), "Source     Exist|");
+    EXPECT_EQ(lines[3].substr(0, 20), "|   1 zmoiA_8u      ");
+    EXPECT_EQ(lines[3].substr(76), " +|");
+    EXPECT_EQ(written<psCStream>(report).substr(0, 53),
+              "Function,Test,Source,Exist\nzmoiA_8u,TimcA,p_fake,+\nzm");
+}
+
+}  // namespace
