@@ -282,8 +282,9 @@ psReportTestResult::psReportTestResult(const psTest& test)
 void psReportTestResult::addStatus(bool bad87, bool badSSX) {
     ps87& fpu = ps87::instance();
     psSSX& sse = psSSX::instance();
-    // The check behind the last set has emptied the SSE guard; the register
-    // still holds the state that the test worked with.
+    // The check behind the last set has emptied the guards; the registers still
+    // hold the state that the test has left.
+    if (fpu.getCW() == 0) fpu.stop();
     if (sse.get() == 0) sse.stop();
     const psString status87 = guardStatus(fpu.strSW(), bad87);
     const psString statusSSX = guardStatus(sse.strExceptionState(), badSSX);
