@@ -78,7 +78,7 @@ Plane<Zmo8u> turnedPicture(const Functions& libraries, ZmoiSize size, ZmoiSize f
     Plane<Zmo8u> turned(size, 1024);
     double xShift = 0;
     double yShift = 0;
-    require(BIND(libraries.images, zmoiRotateGetShift)(size.width / 2, size.height / 2, 10.0,
+    require(BIND(libraries.images, zmoiRotateGetShift)(size.width / 2.0, size.height / 2.0, 10.0,
                                                        &xShift, &yShift),
             "zmoiRotateGetShift");
     require(

@@ -34,7 +34,7 @@ struct Data {
         buffer.resize(static_cast<size_t>(bytes));
         zmoiFilterSobelVertBorderGetBufferSize(size, zmoiMask5x5, zmo32f, 1, &bytes);
         buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
-        zmoiRotateGetShift(size.width / 2, size.height / 2, 10, &xShift, &yShift);
+        zmoiRotateGetShift(size.width / 2.0, size.height / 2.0, 10, &xShift, &yShift);
     }
 
     int step(size_t element) const { return size.width * static_cast<int>(element); }
