@@ -1,7 +1,5 @@
 #include "psctrl87.h"
 
-#include <xmmintrin.h>
-
 #include <array>
 
 #include "pslib.h"
@@ -306,10 +304,4 @@ psResult psCheckCtrlStatus(bool& bad87, bool& badSSX) {
 void psMaskExceptions() {
     ps87::instance().base().disableExceptions();
     psSSX::instance().base().disableExceptions();
-}
-
-void psFlushDenormals() {
-    constexpr unsigned flushToZero = 0x8000;
-    constexpr unsigned denormalsAreZero = 0x0040;
-    _mm_setcsr(_mm_getcsr() | flushToZero | denormalsAreZero);
 }

@@ -133,7 +133,6 @@ class psTest {
   private:
     void runPhases();
     void runOneSet(bool& first);
-    bool prepareSet();
     psResult measureSet();
     psResult checkCtrlStatus();
     void finishTable();

@@ -4,7 +4,13 @@ execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbo
 string(REGEX MATCHALL "[^\n ]+\n" exported "${symbols}")
 string(REPLACE "\n" "" exported "${exported}")
 
-file(READ ${HEADER} text)
+# The library's header and the headers of its groups, <stem>_<group>.h.
+string(REGEX REPLACE "\\.h$" "_*.h" groups ${HEADER})
+file(GLOB groups ${groups})
+foreach(file IN LISTS groups ITEMS ${HEADER})
+  file(READ ${file} part)
+  string(APPEND text "${part}")
+endforeach()
 string(REGEX MATCHALL "ZMO_API [^;(]*[ *]zmo[A-Za-z0-9_]+\\(" declarations "${text}")
 foreach(declaration IN LISTS declarations)
   string(REGEX REPLACE ".*[ *](zmo[A-Za-z0-9_]+)\\($" "\\1" name "${declaration}")

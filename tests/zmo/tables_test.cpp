@@ -3,6 +3,8 @@
 #include "kit.h"
 #include "zmocore.h"
 #include "zmocv/canny.h"
+#include "zmocv/norm.h"
+#include "zmocv/stat.h"
 #include "zmoi/convert.h"
 #include "zmoi/rotate.h"
 #include "zmoi/sobel.h"
@@ -37,8 +39,10 @@ void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& table
 TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("canny", zmo::cannyKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
+    expectOwnKernels("norm", zmo::normKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
     expectOwnKernels("sobel", zmo::sobelKernelsByLevel);
+    expectOwnKernels("stat", zmo::statKernelsByLevel);
 }
 
 TEST(LevelTables, FollowTheLevelInUse) {
