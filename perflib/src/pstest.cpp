@@ -416,6 +416,15 @@ psString psTest::formatClocks(double clocks) {
     return psFormat("%.*f", static_cast<int>(limit - limits), clocks);
 }
 
+namespace {
+
+// The levels beyond PERF write lines of their own while a set is measured.
+bool showsCourse() {
+    return g_ostrm.getOutLevel() > 7;
+}
+
+}  // namespace
+
 void psTest::parmsToOstrm() {
     for (psParameter* parm : m_parms) parm->toOStream(g_ostrm);
 }
@@ -427,15 +436,14 @@ void psTest::putTextParms() {
 void psTest::putTextParms(MessageLevel level) {
     g_ostrm << level << "  ";
     parmsToOstrm();
-    // What the levels beyond PERF write would go on in the middle of this line.
-    if (g_ostrm.getOutLevel() > 7) g_ostrm << "\n  ";
+    if (showsCourse()) g_ostrm << "\n";
     g_ostrm << END;
 }
 
 void psTest::putTextResult(psResult) {
     const psString clocks = formatClocks(m_tool.funcClocks() / getDivisor());
-    g_ostrm << PERF << (clocks.empty() ? psString("no") : clocks) << " clocks per " << getUnit()
-            << "\n"
+    g_ostrm << PERF << (showsCourse() ? "  " : "") << (clocks.empty() ? psString("no") : clocks)
+            << " clocks per " << getUnit() << "\n"
             << END;
 }
 
