@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -122,7 +124,8 @@ class Image {
 
     // No byte outside the region changed since the snapshot.
     void expectSurroundingsUntouched(const char* name) const {
-        const ptrdiff_t rowBytes = static_cast<ptrdiff_t>(m_size.width) * m_channels * sizeof(T);
+        const ptrdiff_t rowBytes =
+            static_cast<ptrdiff_t>(m_size.width) * m_channels * static_cast<ptrdiff_t>(sizeof(T));
         const ptrdiff_t first = offset(0, 0, 0);
         const ptrdiff_t change = m_memory.firstChange([&](ptrdiff_t byte) {
             const ptrdiff_t inRegion = byte - first;
@@ -192,6 +195,12 @@ inline void succeed(const std::function<ZmoStatus()>& call) {
     EXPECT_EQ(watched(call), zmoStsNoErr);
 }
 
+template <class T>
+bool sameBits(T a, T b) {
+    using Bytes = std::array<unsigned char, sizeof(T)>;
+    return std::bit_cast<Bytes>(a) == std::bit_cast<Bytes>(b);
+}
+
 // Every pixel of the region has the bits that expected(x, y) tells; prints the first that has not.
 template <class T, class Expected>
 void expectPixels(const Image<T>& image, Expected expected) {
@@ -199,7 +208,7 @@ void expectPixels(const Image<T>& image, Expected expected) {
         for (int x = 0; x < image.size().width; ++x) {
             const T want = static_cast<T>(expected(x, y));
             const T have = image.get(x, y);
-            if (std::memcmp(&want, &have, sizeof(T)) == 0) continue;
+            if (sameBits(want, have)) continue;
             ADD_FAILURE() << "pixel (" << x << ", " << y << ") of " << image.size() << " is "
                           << +have << " instead of " << +want << "; ZMO_TEST_SEED=" << runSeed();
             return;

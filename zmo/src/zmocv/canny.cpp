@@ -17,7 +17,7 @@ int64_t cannyBufferSize(ZmoiSize roi) {
     constexpr int64_t bytesOfPixel = sizeof(CannyPixel);
     constexpr int64_t most = INT64_MAX / 2 / bytesOfPixel;
     if (pixels > most) return INT64_MAX;
-    return 3 * 4 * (static_cast<int64_t>(roi.width) + 2) + bytesOfPixel * pixels + 64 + 4 * 63;
+    return int64_t{12} * (roi.width + int64_t{2}) + bytesOfPixel * pixels + 64 + int64_t{4} * 63;
 }
 
 // Sizes are compared with thresholds (L1) or their squares (L2); a float's square is exact in

@@ -46,7 +46,8 @@ inline D weigh(D first, Rest... rest) {
 }
 
 template <class T, class D, bool derive>
-void downColumns(const Elem<T>* const* rows, D* __restrict sums, ptrdiff_t count, int radius) {
+void downColumns(const Elem<T>* const* rows, D* __restrict sums, ptrdiff_t count,
+                 ptrdiff_t radius) {
     const Elem<T>* a = rows[0];
     const Elem<T>* b = rows[1];
     const Elem<T>* c = rows[2];
@@ -63,7 +64,7 @@ void downColumns(const Elem<T>* const* rows, D* __restrict sums, ptrdiff_t count
     }
 }
 
-template <class D, int radius, bool derive>
+template <class D, ptrdiff_t radius, bool derive>
 void alongRow(const D* __restrict sums, Elem<D>* __restrict dst, ptrdiff_t width) {
     for (ptrdiff_t x = 0; x < width; ++x) {
         if constexpr (radius == 1) {
@@ -74,7 +75,7 @@ void alongRow(const D* __restrict sums, Elem<D>* __restrict dst, ptrdiff_t width
     }
 }
 
-template <class T, class D, int radius, bool derive>
+template <class T, class D, ptrdiff_t radius, bool derive>
 D sumOfConstants(T value) {
     const D v = D(value);
     if constexpr (radius == 1) {
@@ -85,7 +86,7 @@ D sumOfConstants(T value) {
 }
 
 template <class D>
-void extendSums(D* sums, ptrdiff_t width, int radius, ZmoiBorderType border, D constant) {
+void extendSums(D* sums, ptrdiff_t width, ptrdiff_t radius, ZmoiBorderType border, D constant) {
     for (ptrdiff_t i = 1; i <= radius; ++i) {
         const ptrdiff_t right = width - 1 + i;
         if (border == zmoiBorderConst) {
@@ -111,7 +112,7 @@ const Elem<T>* extendedRow(Source src, ptrdiff_t y, ptrdiff_t height, ZmoiBorder
     return rowOf<T>(src, replicate ? replicated(y, height) : mirrored(y, height));
 }
 
-template <class T, int radius, bool alongX>
+template <class T, ptrdiff_t radius, bool alongX>
 void sobel(Source src, Target dst, Region roi, Border border, void* buffer) {
     using D = typename SobelSum<T>::type;
     Carver memory(buffer);
@@ -126,7 +127,7 @@ void sobel(Source src, Target dst, Region roi, Border border, void* buffer) {
     const ptrdiff_t outside = border.type == zmoiBorderInMem ? radius : 0;
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         const Elem<T>* rows[2 * radius + 1];
-        for (int j = -radius; j <= radius; ++j) {
+        for (ptrdiff_t j = -radius; j <= radius; ++j) {
             rows[j + radius] =
                 extendedRow<T>(src, y + j, roi.height, border.type, constantRow) - outside;
         }
