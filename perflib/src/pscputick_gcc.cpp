@@ -119,15 +119,36 @@ double secondsRaw() {
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
+struct Moment {
+    double seconds;
+    double clocks;
+};
+
+// Both clocks at one moment: of several tries the one in which the least time
+// passed around the reading, since another process may come between.
+Moment moment() {
+    constexpr int tries = 20;
+    Moment best{};
+    long long least = std::numeric_limits<long long>::max();
+    for (int i = 0; i < tries; ++i) {
+        const long long before = zmo_StartCpuClocks();
+        const double seconds = secondsRaw();
+        const long long width = zmo_StartCpuClocks() - before;
+        if (width >= least) continue;
+        least = width;
+        best = {seconds, static_cast<double>(before) + static_cast<double>(width) / 2};
+    }
+    return best;
+}
+
 // A tenth of a second against a clock that is exact to under 1 ppm.
 double measureRaw() {
     constexpr double interval = 0.1;
-    const double begin = secondsRaw();
-    const long long first = zmo_StartCpuClocks();
-    double elapsed = 0;
-    while (elapsed < interval) elapsed = secondsRaw() - begin;
-    const long long last = zmo_StartCpuClocks();
-    return static_cast<double>(last - first) / elapsed * 1e-6;
+    const Moment begin = moment();
+    while (secondsRaw() - begin.seconds < interval) {
+    }
+    const Moment end = moment();
+    return (end.clocks - begin.clocks) / (end.seconds - begin.seconds) * 1e-6;
 }
 
 // time() moves in ticks of the kernel: on a busy machine the seconds may be off

@@ -28,7 +28,7 @@ constexpr unsigned mxcsrMasks = 0x1f80;
 constexpr int mxcsrMaskShift = 7;
 constexpr Zmo64u featureSSE = 0x2;
 
-unsigned access(FpuOp op, unsigned value = 0, unsigned mask = 0) {
+unsigned fpuAccess(FpuOp op, unsigned value = 0, unsigned mask = 0) {
     return zmo_FpuSsx4TS(op, value, mask);
 }
 
@@ -78,21 +78,21 @@ void ts87Base::setDefault() {
 }
 
 unsigned ts87Base::getCW() const {
-    return access(getControl87);
+    return fpuAccess(getControl87);
 }
 
 unsigned ts87Base::getSW() const {
-    return access(getStatus87);
+    return fpuAccess(getStatus87);
 }
 
 // Flags go first: a set flag whose mask is taken away traps at once.
 void ts87Base::set(unsigned value, unsigned mask) {
     clear();
-    access(setControl87, value, mask);
+    fpuAccess(setControl87, value, mask);
 }
 
 void ts87Base::clear() {
-    access(clearFlags87);
+    fpuAccess(clearFlags87);
 }
 
 void ts87Base::enableExceptions() {
@@ -121,15 +121,15 @@ void tsSSXBase::setDefault() {
 }
 
 unsigned tsSSXBase::get() const {
-    return m_present ? access(getMxcsr) : 0;
+    return m_present ? fpuAccess(getMxcsr) : 0;
 }
 
 void tsSSXBase::set(unsigned value, unsigned mask) {
-    if (m_present) access(setMxcsr, value, mask);
+    if (m_present) fpuAccess(setMxcsr, value, mask);
 }
 
 void tsSSXBase::reset() {
-    if (m_present) access(resetSSX);
+    if (m_present) fpuAccess(resetSSX);
 }
 
 void tsSSXBase::clear() {

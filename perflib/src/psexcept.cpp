@@ -41,7 +41,7 @@ constexpr std::array trappedSignals{SIGFPE, SIGILL, SIGSEGV, SIGBUS};
 
 // The frame that the kernel lays for a handler holds all vector registers, tile
 // registers included: MINSIGSTKSZ is too small for it.
-constexpr std::size_t alternateStackSize = 64 * 1024;
+constexpr std::size_t alternateStackSize = 65536;
 
 void provideAlternateStack() {
     stack_t current{};

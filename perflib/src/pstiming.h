@@ -58,7 +58,7 @@ psResult psStatTiming(int* n, long long* clocks, int innerLoops) {
     start();
 
     int status = 0;
-    int calls = 0;
+    long long calls = 0;
     long long total = 0;
     long long best = std::numeric_limits<long long>::max();
     while (status >= 0 && (calls < wanted || factor * total < budget)) {
@@ -85,7 +85,7 @@ psResult psStatTiming(int* n, long long* clocks, int innerLoops) {
         total += spent;
     }
     const long long per = calls > 0 ? best / inner : 0;
-    *n = calls;
+    *n = static_cast<int>(std::min<long long>(calls, std::numeric_limits<int>::max()));
     *clocks = per > overhead ? per - overhead : per;
     return check(status);
 }

@@ -39,6 +39,12 @@ int times(int value, long long factor) {
     return toInt(value * factor);
 }
 
+// 0, which counts as no measurement, when there is nothing to divide by: with -W
+// a division by zero would end the process.
+double perLoop(double clocks, int loops) {
+    return loops > 0 ? clocks / loops : 0;
+}
+
 int orDefault(int value, int byDefault) {
     return value == 0 ? byDefault : value;
 }
@@ -368,7 +374,7 @@ void psTool::runTimFuncStat(long long budget, int* calls, double* out) {
     }
     updateResult(code);
     m_numLoops = *calls;
-    *out = *calls > 0 ? static_cast<double>(m_clocks) / *calls : 0;
+    *out = perLoop(static_cast<double>(m_clocks), *calls);
 }
 
 int psTool::warmUp() const {
@@ -411,7 +417,7 @@ psResult psTool::timCall_Stat(int* n, long long* clocks, bool resetVectors) {
     }
     psGuarded([&] {
         const long long factor = psCpuTicker::getClockFactor();
-        int calls = 0;
+        long long calls = 0;
         long long total = 0;
         while (calls < *n || factor * total < *clocks) {
             if (m_funcInit) m_funcInit();
@@ -425,7 +431,7 @@ psResult psTool::timCall_Stat(int* n, long long* clocks, bool resetVectors) {
             if (s != 0) status = s;
             if (s < 0) break;
         }
-        *n = calls;
+        *n = toInt(calls);
         *clocks = factor * total;
     });
     return checked(status);
@@ -507,7 +513,7 @@ bool psTool::priorMeasurement(int n, int& maxLoops, long long minClocks) {
 psResult psTool::startIterations(int n, long long minClocks) {
     m_funcClocks = 0;
     runTimFunc(n, &m_funcClocks, true);
-    m_funcClocks /= n;
+    m_funcClocks = perLoop(m_funcClocks, n);
     if (m_result > PS_WRN) return m_result;
     if (m_funcClocks <= 0) return PS_ACCURFAIL;
     return m_funcClocks * n < static_cast<double>(minClocks) ? PS_ACCURWRN : PS_OK;
@@ -546,8 +552,8 @@ psResult psTool::continueLoops(int startLoops, int maxLoops) {
     double previous = m_funcClocks;
     for (int loops = std::min(startLoops, maxLoops);;) {
         runTimFunc(loops, &m_funcClocks, false);
-        m_funcClocks /= m_numLoops;
-        if (!(m_funcClocks > 0)) return PS_ACCURFAIL;
+        m_funcClocks = perLoop(m_funcClocks, m_numLoops);
+        if (m_funcClocks <= 0) return PS_ACCURFAIL;
         m_accuracy = 2 * std::abs(m_funcClocks - previous) / (m_funcClocks + previous);
         if (statusDisturbed()) {
             m_funcClocks = previous;
@@ -562,8 +568,7 @@ psResult psTool::continueLoops(int startLoops, int maxLoops) {
 }
 
 psResult psTool::continueCalls() {
-    const double perLoop = tResolution * 100 / m_funcClocks;
-    numIntLoops = perLoop < 2 ? 1 : 100;
+    numIntLoops = tResolution * 100 / m_funcClocks < 2 ? 1 : 100;
     double budget = psCpuTicker::getFreq() * 100.0 * m_numMilliseconds;
     runTimFunc(m_minNumLoops, &budget, false);
     if (m_funcClocks <= 0) return PS_ACCURFAIL;

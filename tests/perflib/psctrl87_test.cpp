@@ -64,18 +64,18 @@ class FakeGuards : public testing::Test {
 
 TEST_F(FakeGuards, FlagTexts) {
     const struct {
-        unsigned flags;
         const char* text;
+        unsigned flags;
         bool bad;
     } cases[] = {
-        {0x00, "Ok", false},
-        {0x01, "?Invalid ", true},
-        {0x02, "?Denormal ", true},
-        {0x04, "?Zerodivide ", true},
-        {0x08, "?Overflow ", true},
-        {0x10, "?Underflow ", true},
-        {0x20, "_Inexact ", false},
-        {0x3f, "?Invalid ?Denormal ?Zerodivide ?Overflow ?Underflow _Inexact ", true},
+        {"Ok", 0x00, false},
+        {"?Invalid ", 0x01, true},
+        {"?Denormal ", 0x02, true},
+        {"?Zerodivide ", 0x04, true},
+        {"?Overflow ", 0x08, true},
+        {"?Underflow ", 0x10, true},
+        {"_Inexact ", 0x20, false},
+        {"?Invalid ?Denormal ?Zerodivide ?Overflow ?Underflow _Inexact ", 0x3f, true},
     };
     for (const auto& c : cases) {
         psInitCtrlStatus();

@@ -68,7 +68,7 @@ class Timing : public testing::Test {
 };
 
 TEST_F(Timing, LoopTakesTheFastestCall) {
-    clocksOf = [](int n) { return n == 1 ? 5LL : 100LL - 10 * n; };
+    clocksOf = [](int n) { return n == 1 ? 5LL : 100LL - 10LL * n; };
     long long clocks = -1;
     EXPECT_EQ(loopTiming(3, &clocks), PS_OK);
     EXPECT_EQ(clocks, 62);  // the fourth call, and one reading

@@ -536,7 +536,8 @@ TEST_F(Engine, LoopsOverTheCallFunction) {
 
 TEST_F(Engine, FaultsLeaveEverythingAsItWas) {
     psException::currentName = psTrace::getCurName;
-    const int nice = getpriority(PRIO_PROCESS, 0);
+    const auto niceValue = [] { return getpriority(PRIO_PROCESS, 0); };
+    const int before = niceValue();
     psTool::m_priority = 3;
     const struct {
         const char* what;
@@ -568,7 +569,7 @@ TEST_F(Engine, FaultsLeaveEverythingAsItWas) {
                 ASSERT_STREQ(fault.where().c_str(), where);
             }
             psTrace::traceOut(psTrace::getCurName());
-            ASSERT_EQ(getpriority(PRIO_PROCESS, 0), nice) << c.what;
+            ASSERT_EQ(niceValue(), before) << c.what;
             ASSERT_EQ(psFpuSsx4TS(2, 0, 0) & 0x3f, 0x3fu) << c.what;  // nothing traps
         }
     }
