@@ -199,9 +199,12 @@ TEST(EnterTitle, IsFramedAndCentred) {
         {std::string(75, 'x'), " *" + std::string(75, 'x') + " *\n"},
         {std::string(90, 'x'), " *" + std::string(90, 'x') + "*\n"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(psSession::getEnterTitle(c.text.c_str()),
-                  psString((stars + c.line + stars).c_str()));
+    for (const auto& c : cases) {
+        std::string title = stars;
+        title += c.line;
+        title += stars;
+        EXPECT_EQ(psSession::getEnterTitle(c.text.c_str()), psString(title.c_str()));
+    }
 }
 
 TEST_F(SessionTest, EchoesKeysInTheirOrder) {
