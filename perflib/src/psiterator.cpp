@@ -156,13 +156,13 @@ psString psCacheIterator::tryText(long long size) const {
 }
 
 void psCacheIterator::noteTry(long long size, const char* relation, long long limit) {
-    m_info = psString("      ") + " try: " + tryText(size) + relation + psText(limit) + "\n";
-    g_ostrm << PERF << m_info << END;
+    m_info = psString("      ") + " try: " + tryText(size) + relation + psText(limit);
+    g_ostrm << PERF << m_info << "\n" << END;
 }
 
 bool psCacheIterator::reached(long long size) {
-    m_info = "      " + comment() + ": " + tryText(size) + "\n";
-    if (g_ostrm.getOutLevel() <= 3) g_ostrm << ERR << m_info << END;
+    m_info = "      " + comment() + ": " + tryText(size);
+    if (g_ostrm.getOutLevel() <= 3) g_ostrm << ERR << m_info << "\n" << END;
     return true;
 }
 

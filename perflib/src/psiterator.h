@@ -237,29 +237,36 @@ class psEnumIterator_NCS : public psIterator_NSC<T> {
     T stringToValue(psString& text) const override { return m_names.keyOf(text, admits()); }
 
     // Narrows the table for one test: until resetValidation() only the values
-    // given are valid, and those that are not leave the list. Restoring the
-    // definition undoes it.
+    // given are valid, and those that are not leave the list. Each call starts
+    // from the whole table and list. Whoever narrows a shared iterator in
+    // canStart() undoes it in flushStart().
     void initValidation(std::initializer_list<T> values) {
-        m_admitted.emplace();
-        for (const T& value : values) m_admitted->push_back(value);
+        resetValidation();
+        m_narrowed = {{}, static_cast<const psList<T>&>(*this)};
+        for (const T& value : values) m_narrowed->admitted.push_back(value);
         for (auto pos = this->begin(); pos != this->end();)
             pos = admits()(*pos) ? std::next(pos) : this->erase(pos);
         this->resetIterator();
     }
-    void resetValidation() { m_admitted.reset(); }
+    void resetValidation() {
+        if (!m_narrowed) return;
+        psList<T>::operator=(m_narrowed->all);
+        m_narrowed.reset();
+        this->resetIterator();
+    }
     void resetMap() {
         m_names.clear();
-        resetValidation();
+        m_narrowed.reset();
     }
 
     void saveDefinition() override {
         psIterator_NSC<T>::saveDefinition();
         m_saved = true;
-        m_savedAdmitted = m_admitted;
+        m_savedNarrowed = m_narrowed;
     }
     void restoreDefinition() override {
         psIterator_NSC<T>::restoreDefinition();
-        if (m_saved) m_admitted = m_savedAdmitted;
+        if (m_saved) m_narrowed = m_savedNarrowed;
     }
 
   protected:
@@ -268,18 +275,23 @@ class psEnumIterator_NCS : public psIterator_NSC<T> {
     psNameMap<T> m_names;
 
   private:
+    struct Narrowed {
+        psList<T> admitted;
+        psList<T> all;  // the list of before
+    };
+
     auto admits() const {
         return [this](const T& value) {
-            if (!m_admitted) return true;
-            for (const T& admitted : *m_admitted) {
+            if (!m_narrowed) return true;
+            for (const T& admitted : m_narrowed->admitted) {
                 if (admitted == value) return true;
             }
             return false;
         };
     }
 
-    std::optional<psList<T>> m_admitted;
-    std::optional<psList<T>> m_savedAdmitted;
+    std::optional<Narrowed> m_narrowed;
+    std::optional<Narrowed> m_savedNarrowed;
     bool m_saved = false;
 };
 
@@ -339,7 +351,7 @@ class psCacheIterator : public psIterator<int> {
     // Changes the parameter until the data have the size wanted. False when that
     // is out of reach; the parameter's value is meaningless then.
     bool validateSize();
-    // A line about the last try.
+    // About the last try, without a line end.
     const psString& infoString() const { return m_info; }
 
     psString valueToString(const int& value) const override;

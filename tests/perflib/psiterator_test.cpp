@@ -263,6 +263,18 @@ TEST(PsMapIterator, ATestNarrowsTheTable) {
     map.restoreDefinition();
     EXPECT_EQ(str(map.prompt()), "m {const|copy|mirror}");
     EXPECT_EQ(walk(map), "const copy mirror");
+
+    map.initValidation({1});
+    map.saveDefinition();
+    map.initValidation({1, 3});
+    EXPECT_EQ(walk(map), "const mirror") << "each narrowing starts from the whole list";
+    map.restoreDefinition();
+    EXPECT_EQ(walk(map), "const");
+    map.resetValidation();
+    EXPECT_EQ(walk(map), "const copy mirror");
+    EXPECT_EQ(failure(map, "mirror"), "");
+    map.resetValidation();
+    EXPECT_EQ(walk(map), "mirror") << "nothing was narrowed";
 }
 
 TEST(PsIterator, ReadsItsDefinitionFromTheCommandLine) {
@@ -421,7 +433,7 @@ TEST_F(CacheIterator, AFailedResizeEndsTheSearch) {
     MessageCapture messages(1);
     ASSERT_TRUE(iterator.firstValue());
     EXPECT_FALSE(iterator.validateSize());
-    EXPECT_EQ(str(iterator.infoString()), "       try: cacheParm=1 objectSize=1 < 104857\n");
+    EXPECT_EQ(str(iterator.infoString()), "       try: cacheParm=1 objectSize=1 < 104857");
     EXPECT_EQ(messages.text(), "");
 }
 
