@@ -144,17 +144,16 @@ void psParameter::fromIStream() {
     if (m_input) {
         if (g_istrm.hasConsole()) g_ostrm.setOutLevel(7);
         try {
-            psGuarded([this] { readValue(); });
+            // The text is held out here: a signal drops what lies inside.
+            const psString text =
+                g_istrm.getItemValue(m_name, defaultString(), prompt(), validString());
+            psGuarded([&] { translate(text); });
         } catch (const psException& failure) {
             g_ostrm << ERR << "-" << failure.msg() << "\n" << END;
         }
     }
     g_ostrm << " " << description() << "\n";
     if (m_input && g_istrm.source() == psDataSource::CONSOLE) g_ostrm.flushWithConsole();
-}
-
-void psParameter::readValue() {
-    translate(g_istrm.getItemValue(m_name, defaultString(), prompt(), validString()));
 }
 
 void psParameter::translate(const psString&) {}

@@ -104,7 +104,6 @@ class psParameter {
     psString m_deprecatedText;
 
   private:
-    void readValue();
     void putColm(psCStream& table, const psString& text) const;
 
     psString m_name;
