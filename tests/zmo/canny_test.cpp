@@ -89,25 +89,36 @@ TEST(Canny, ExtremeValues) {
     EXPECT_GT(expectOracleEverywhere<Zmo32f>(large, 1e17F, 8e17F), 0);
 }
 
-TEST(Canny, SectorBounds) {
-    kit::Random random(23);
-    // 13573 and 32768 are the two sides of the bound itself.
-    const auto bound = [&] {
-        const int64_t size = random.between(0, 1) == 0 ? 13573 : 32767;
-        return (random.between(0, 1) * 2 - 1) * (size + random.between(-1, 0));
-    };
-    expectOracleEverywhere<Zmo16s>(bound, 10, 20);
-    kit::Image<Zmo16s> dx({3, 3});
-    kit::Image<Zmo16s> dy({3, 3});
-    for (const Zmo16s across : {Zmo16s{13572}, Zmo16s{13573}, Zmo16s{13574}}) {
-        dx.fill([&] { return random.between(-9, 9) * 1000; });
-        dy.fill([&] { return random.between(-9, 9) * 1000; });
-        dx.set(1, 1, -32768);
-        dy.set(1, 1, across);
-        dx.snapshot();
-        dy.snapshot();
-        expectOracle(dx, dy, {}, 10, 20, zmoiNormL2);
+// A pixel between two strong neighbours of one diagonal is an edge as long as its gradient counts as
+// lying along an axis.
+template <class T>
+void expectSectorBound(T along, T onBound, T beyond) {
+    for (const bool alongX : {true, false}) {
+        for (const T across : {onBound, beyond}) {
+            kit::Image<T> dx({3, 3});
+            kit::Image<T> dy({3, 3});
+            dx.fill([] { return 0; });
+            dy.fill([] { return 0; });
+            // along is negative and across positive: the rising diagonal is theirs.
+            dx.set(1, 1, alongX ? along : across);
+            dy.set(1, 1, alongX ? across : along);
+            for (const int x : {0, 2}) {
+                dx.set(x, 2 - x, along);
+                dy.set(x, 2 - x, along);
+            }
+            dx.snapshot();
+            dy.snapshot();
+            expectOracle(dx, dy, {}, 0, 0, zmoiNormL2);
+            const kit::Image<Zmo8u> edges = runCanny(dx, dy, {}, 0, 0, zmoiNormL2);
+            EXPECT_EQ(edges.get(1, 1), across == onBound ? 255 : 0) << "along x: " << alongX;
+        }
     }
+}
+
+TEST(Canny, SectorBounds) {
+    expectSectorBound<Zmo16s>(-32768, 13573, 13574);
+    expectSectorBound<Zmo32f>(-1, 0.41421356F, std::nextafter(0.41421356F, 1.0F));
+    expectSectorBound<Zmo32f>(-3e8F, 3e8F * 0.41421356F, std::nextafter(3e8F * 0.41421356F, 1e9F));
 }
 
 // Gradients of a picture of smooth discs: long contours, which weak pixels join to strong ones.
