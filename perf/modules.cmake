@@ -1,2 +1,2 @@
 # The test modules of pscv, one source file each. To add one, add its stem.
-set(PSCV_MODULES)
+set(PSCV_MODULES p_ccanny)

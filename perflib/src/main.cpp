@@ -1,9 +1,8 @@
-#include <xmmintrin.h>
-
 #include <exception>
 #include <memory>
 
 #include "ps.h"
+#include "psctrl87.h"
 #include "psdata.h"
 #include "psexcept.h"
 #include "psinterrupt.h"
@@ -25,9 +24,7 @@ void runSession(int argc, char** argv) {
 
 // The exit status is 0 whatever happens: failures show in the output.
 int main(int argc, char** argv) {
-    constexpr unsigned flushToZero = 0x8000;
-    constexpr unsigned denormalsAreZero = 0x0040;
-    _mm_setcsr(_mm_getcsr() | flushToZero | denormalsAreZero);
+    psFlushDenormals();
     {
         const psTraceScope trace("main");
         try {

@@ -1,5 +1,7 @@
 #include "psctrl87.h"
 
+#include <xmmintrin.h>
+
 #include <array>
 
 #include "pslib.h"
@@ -304,4 +306,10 @@ psResult psCheckCtrlStatus(bool& bad87, bool& badSSX) {
 void psMaskExceptions() {
     ps87::instance().base().disableExceptions();
     psSSX::instance().base().disableExceptions();
+}
+
+void psFlushDenormals() {
+    constexpr unsigned flushToZero = 0x8000;
+    constexpr unsigned denormalsAreZero = 0x0040;
+    _mm_setcsr(_mm_getcsr() | flushToZero | denormalsAreZero);
 }

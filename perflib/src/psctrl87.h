@@ -127,5 +127,9 @@ void psPrintCtrlStatus();  // both guards' texts, at level WARN
 psResult psCheckCtrlStatus(bool& bad87, bool& badSSX);
 // After the measured calls the system's own arithmetic must not trap.
 void psMaskExceptions();
+// Flush-to-zero and denormals-are-zero on, as all measured code runs. The guards
+// leave the latter alone, so a function that clears it would change every later
+// measurement.
+void psFlushDenormals();
 // Key -W: from the next psInitCtrlStatus on everything but inexact traps.
 void psSetExceptionValues();

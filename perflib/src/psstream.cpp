@@ -3,6 +3,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <utility>
 
 using enum MessageLevel;
 
@@ -185,7 +186,17 @@ void psOStream::endMessageFlush() {
 }
 
 void psOStream::put(const psString& text) {
-    if (isShown(m_msgLevel)) write(text);
+    if (!isShown(m_msgLevel)) return;
+    if (m_msgLevel == ERR && m_errorPreface) std::exchange(m_errorPreface, nullptr)();
+    write(text);
+}
+
+psErrorPreface::psErrorPreface(std::function<void()> tell) {
+    g_ostrm.setErrorPreface(std::move(tell));
+}
+
+psErrorPreface::~psErrorPreface() {
+    g_ostrm.setErrorPreface(nullptr);
 }
 
 psOStream& operator<<(psOStream& stream, MessageLevel level) {

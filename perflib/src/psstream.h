@@ -4,6 +4,7 @@
 
 #include <concepts>
 #include <cstdio>
+#include <functional>
 
 #include "pslist.h"
 #include "psstring.h"
@@ -134,11 +135,13 @@ class psOStream : public psSinkList {
     void endMessageFlush();
 
     void put(const psString& text);
+    void setErrorPreface(std::function<void()> tell) { m_errorPreface = std::move(tell); }
 
   private:
     OutputLevel m_outLevel = static_cast<int>(MessageLevel::ERR);
     MessageLevel m_msgLevel = MessageLevel::PERF;
     psList<MessageLevel> m_saved;  // most recent first
+    std::function<void()> m_errorPreface;
 };
 
 psOStream& operator<<(psOStream& stream, MessageLevel level);
@@ -161,6 +164,16 @@ psOStream& psMessageStream();
 psUStream& psSummaryStream();
 inline psOStream& g_ostrm = psMessageStream();
 inline psUStream& g_ustrm = psSummaryStream();
+
+// While it lives, `tell` is called once before the first message at level ERR:
+// it writes what the message is about.
+class psErrorPreface {
+  public:
+    explicit psErrorPreface(std::function<void()> tell);
+    psErrorPreface(const psErrorPreface&) = delete;
+    psErrorPreface& operator=(const psErrorPreface&) = delete;
+    ~psErrorPreface();
+};
 
 // Sets the output level of g_ostrm and puts the old one back at the end of the
 // scope, also when an exception passes.

@@ -119,6 +119,7 @@ psResult psTest::run() {
     m_tool = psGlobalTool();
     m_tool.setInitBeforeRun(m_info.kind.contains("Ibs"));
     psTrace::flush();
+    psFlushDenormals();
 
     const psOutLevelGuard level;
     bool selected = true;
@@ -239,12 +240,7 @@ void psTest::loopData() {
 }
 
 void psTest::runOneSet(bool& first) {
-    if (!initData()) {
-        // The data set-up has named its failure; this tells which set it hit.
-        putTextParms(ERR);
-        g_ostrm << ERR << ": the data of this set could not be prepared\n" << END;
-        return;
-    }
+    if (!prepareSet()) return;
     if (first) outputConst();
     first = false;
     if (m_cacheIter && !m_cacheIter->validateSize()) {
@@ -260,6 +256,19 @@ void psTest::runOneSet(bool& first) {
     const psResult result = measureSet();
     raiseShownResult(result);
     outputResult(result);
+}
+
+// A set that cannot be prepared has no row; its parameters stand before whatever
+// the preparation has to say.
+bool psTest::prepareSet() {
+    const auto nameSet = [this] {
+        putTextParms(ERR);
+        g_ostrm << ERR << "\n" << END;
+    };
+    const psErrorPreface preface(nameSet);
+    if (initData()) return true;
+    g_ostrm << ERR << "-- The data of this set could not be prepared\n" << END;
+    return false;
 }
 
 psResult psTest::measureSet() {

@@ -133,6 +133,7 @@ class psTest {
   private:
     void runPhases();
     void runOneSet(bool& first);
+    bool prepareSet();
     psResult measureSet();
     psResult checkCtrlStatus();
     void finishTable();

@@ -1,0 +1,77 @@
+// The one header of a test module: the library's test base, test data, common
+// parameters, and the macros that turn a call into a registered test.
+#pragma once
+
+#include "ppbind.h"
+#include "ppbuffer.h"
+#include "ppcv.h"
+#include "ppdefault.h"
+#include "ppimage.h"
+#include "pptest.h"
+#include "psbase.h"
+#include "pstiming.h"
+
+// Every module announces the library; before main, once a translation unit.
+inline const bool ppLibraryRegistered = ppRegLibrary();
+
+// "perf/<stem>" of a module's source file: what -m compares is the bare stem.
+inline psString ppModulePath(const char* file) {
+    return "perf/" + psString(file).getFileTitle();
+}
+
+// PP_REG(TimcCanny, zmoiCanny_16s8u_C1R, pSrc1.ptr16s(), srcStep, …) registers a
+// test of class TimcCanny for the function: a bound pointer, the wrappers
+//   tcall_<fn>        one call with the arguments as they are now
+//   tim_<fn>_loop     the fastest of n calls
+//   tim_<fn>_stat     calls until a budget of clocks is spent
+// and the test object. The arguments are in the library's order and are
+// evaluated afresh for every call, inside the timed interval: module variables
+// and their accessors, nothing that computes.
+#define PP_REG(test, fn, ...) PP_REG_PLAIN("PP_REG", test, fn, __VA_ARGS__)
+#define PP_REG_X(test, fn, ...) PP_REG_PLAIN("PP_REG_X", test, fn, __VA_ARGS__)
+
+// For functions that change the data they read: `init` is an expression that
+// puts the data back. It becomes tinit_<fn> and is called before every timed
+// interval, never inside one. PP_REG_INIT is for the few whose tag has no I.
+#define PP_REG_I(test, fn, init, ...) PP_REG_RESTORED("PP_REG_I", test, fn, init, __VA_ARGS__)
+#define PP_REG_I_X(test, fn, init, ...) PP_REG_RESTORED("PP_REG_I_X", test, fn, init, __VA_ARGS__)
+#define PP_REG_INIT(test, fn, init, ...) PP_REG_RESTORED("PP_REG", test, fn, init, __VA_ARGS__)
+#define PP_REG_X_INIT(test, fn, init, ...) PP_REG_RESTORED("PP_REG_X", test, fn, init, __VA_ARGS__)
+
+#define PP_REG_PLAIN(tag, test, fn, ...)                                         \
+    PP_WRAP_CALL(fn, __VA_ARGS__)                                                \
+    static psResult tim_##fn##_loop(int n, long long* clocks) {                  \
+        return psLoopTiming<tcall_##fn, check_##fn>(n, clocks);                  \
+    }                                                                            \
+    static psResult tim_##fn##_stat(int* n, long long* clocks, int innerLoops) { \
+        return psStatTiming<tcall_##fn, check_##fn>(n, clocks, innerLoops);      \
+    }                                                                            \
+    PP_WRAP_TEST(tag, test, fn, nullptr)
+
+#define PP_REG_RESTORED(tag, test, fn, init, ...)                                       \
+    PP_WRAP_CALL(fn, __VA_ARGS__)                                                       \
+    static int tinit_##fn() {                                                           \
+        static_cast<void>(init);                                                        \
+        return 0;                                                                       \
+    }                                                                                   \
+    static psResult tim_##fn##_loop(int n, long long* clocks) {                         \
+        return psLoopTiming<tcall_##fn, check_##fn, tinit_##fn>(n, clocks);             \
+    }                                                                                   \
+    static psResult tim_##fn##_stat(int* n, long long* clocks, int innerLoops) {        \
+        return psStatTiming<tcall_##fn, check_##fn, tinit_##fn>(n, clocks, innerLoops); \
+    }                                                                                   \
+    PP_WRAP_TEST(tag, test, fn, tinit_##fn)
+
+#define PP_WRAP_CALL(fn, ...)                               \
+    static ppEntry<decltype(&::fn)> entry_##fn(#fn);        \
+    [[gnu::always_inline]] static inline int tcall_##fn() { \
+        return entry_##fn.call(__VA_ARGS__);                \
+    }                                                       \
+    static psResult check_##fn(int status) {                \
+        return ppTest::checkStatus(status, #fn);            \
+    }
+
+#define PP_WRAP_TEST(tag, test, fn, init)                                           \
+    static const bool registered_##fn =                                             \
+        psRegTest(new test(tcall_##fn, init, tim_##fn##_loop, tim_##fn##_stat, #fn, \
+                           ppModulePath(__FILE__), #test "//" tag));

@@ -1,0 +1,61 @@
+#include "ppcv.h"
+
+#include "ppsession.h"
+#include "psbase.h"
+
+psIterator<ZmoiSize> ImageSize("ImageSize", "Image size", {{64, 64}, {640, 480}});
+
+namespace {
+
+// The functions whose speed matters most to the library's users: -H marks them
+// in the table and -HONLY measures nothing else.
+constexpr const char* hotFunctions[] = {
+    "zmoiAbsDiff_8u_C1R",
+    "zmoiAddWeighted_8u32f_C1IR",
+    "zmoiAdd_8u32f_C1IR",
+    "zmoiApplyHaarClassifier_32f_C1R",
+    "zmoiCannyBorder_8u_C1R",
+    "zmoiCanny_16s8u_C1R",
+    "zmoiCopySubpixIntersect_8u_C1R",
+    "zmoiDilateBorder_8u_C1R",
+    "zmoiDistanceTransform_3x3_8u_C1R",
+    "zmoiDistanceTransform_5x5_8u32f_C1R",
+    "zmoiErodeBorder_8u_C1R",
+    "zmoiFGMMForeground_8u_C3R",
+    "zmoiFastN_8u_C1R",
+    "zmoiFilterGaussianBorder_32f_C1R",
+    "zmoiFilterGaussianBorder_8u_C1R",
+    "zmoiFilterLowpassBorder_8u_C1R",
+    "zmoiFilterSeparable_8u16s_C1R_L",
+    "zmoiFloodFill_4Con_8u_C1IR",
+    "zmoiHarrisCorner_8u32f_C1R",
+    "zmoiIntegral_8u32s_C1R",
+    "zmoiLabelMarkers_8u32s_C1R",
+    "zmoiMean_8u_C3CMR",
+    "zmoiMean_StdDev_8u_C1R",
+    "zmoiMinEigenValBorder_8u32f_C1R",
+    "zmoiMinMaxIndx_8u_C1R",
+    "zmoiNormDiff_L2_8u_C1MR",
+    "zmoiNorm_L2_8u_C1MR",
+    "zmoiOpticalFlowPyrLK_8u_C1R",
+    "zmoiPyramidLayerDown_8u_C1R",
+    "zmoiPyramidLayerUp_8u_C1R",
+    "zmoiRectStdDev_32s32f_C1R",
+    "zmoiSqrIntegral_8u32s64f_C1R",
+    "zmoiTrueDistanceTransform_8u32f_C1R",
+    "zmoiUndistortRadial_8u_C1R",
+    "zmoiUpdateMotionHistory_8u32f_C1IR",
+};
+
+bool registerCommon() {
+    static ppSession session;
+    for (const char* name : hotFunctions) psRegHotFunction(name);
+    psRegParm(ImageSize);
+    psRegParm(Picture);
+    psRegQKeys();
+    return psRegSession(&session);
+}
+
+const bool registered = registerCommon();
+
+}  // namespace

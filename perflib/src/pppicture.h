@@ -1,0 +1,28 @@
+// The source picture of a run: a BMP file instead of a generated pattern.
+#pragma once
+
+#include "psdefault.h"
+
+class ppImage;
+
+// Names the BMP file, empty for the generated pictures. It has no column of its
+// own in the table: the Comment cell carries the file's title.
+class ppPictureParameter : public psDefault<psString> {
+  public:
+    using psDefault<psString>::psDefault;
+
+    void toOStream(psOStream& stream) const override;
+    void toCStream(psCStream&) const override {}
+    void nameToCStream(psCStream&) const override {}
+};
+
+extern ppPictureParameter Picture;
+
+// True when the run measures on a picture file.
+bool ppPictureGiven();
+// The title of that file.
+psString ppPictureTitle();
+// Fills a one-channel 8u image with the picture in grey, cropped or tiled to the
+// image's size. False, after a message that names the file, when it cannot be
+// loaded.
+bool ppDrawPicture(ppImage& image);

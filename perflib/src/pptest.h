@@ -1,0 +1,68 @@
+// Base class of every test of a library function.
+#pragma once
+
+#include "ppfunc.h"
+#include "ppimage.h"
+#include "psiterator.h"
+#include "pstest.h"
+#include "zmotypes.h"
+
+class ppTest : public psTest {
+  public:
+    ppTest(FuncCall funcCall, FuncInit funcInit, FuncLoop funcLoop, FuncStat funcStat,
+           const psString& funcName, const psString& fileName, const psString& info);
+
+    psResult run() override;
+    bool tobeRun(psConditions& conditions) override;
+    // By prefix and base name, then types, then descriptor, not by bytes.
+    int compareFunc(const psTest* other) const override;
+
+    // What a status of the library means for the running test: OK, FUNCWRN or
+    // FUNCFAIL, with a message that names the function when it is not empty.
+    static psResult checkStatus(int status, const psString& name);
+    psResult checkStatus(int status) const { return checkStatus(status, funcName()); }
+
+    const ppFunc& func() const { return m_func; }
+
+    static bool m_checkErrorsOnly;  // positive statuses are not reported
+
+  protected:
+    void loopData() override;
+    psResult runTiming() override;
+    void funcToCstrm() override;
+    bool isFloatFunction() override;
+    int printAllMemoryBlocks(const psString& title) override;
+    psString regInfo() override;
+    psString getComment() override;
+
+    // Goes to the Comment cell of the current test's lines.
+    void setDataComment(const psString& comment) { m_dataComment = comment; }
+
+    virtual void printFirstDebugLine(const psString& title);
+    virtual void printLastDebugLine(const psString& title);
+    virtual void printFirstBlockLine(int number, psObject* object, int size);
+    virtual void printLastBlockLine(int number, psObject* object);
+    virtual void printVectorBlock(ppVector* vector);
+    virtual void printByteBlock(void* block, int size);
+
+    // One line that tells what the data of the current set made the function do
+    // (share of edge pixels, filled area, corners found); shown at level INFO.
+    virtual psString dataFigure();
+
+    using psTest::regCacheParm;
+    // With -C the size is varied until the image (or all data together) fits into
+    // the cache and then until it does not; the data are made anew each time.
+    void regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image);
+    void regCacheParm(psIterator<ZmoiSize>& size);
+
+    // True when a preparation step did not fail.
+    static bool prepared(int status, const char* name) {
+        return !isFailure(checkStatus(status, name));
+    }
+
+  private:
+    void regCacheParm(psIterator<ZmoiSize>& size, const ppImage* image);
+
+    ppFunc m_func;
+    psString m_dataComment;
+};

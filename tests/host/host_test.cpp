@@ -1,0 +1,275 @@
+// Whole runs of the host program: its tests have known behaviour, so what every
+// file of a run holds can be foretold.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <thread>
+
+#include "process.h"
+#include "text.h"
+
+using support::Command;
+using support::Outcome;
+using support::Row;
+using support::TempDir;
+
+namespace {
+
+// One run in a directory of its own, with all files that a run can write.
+struct HostFiles {
+    TempDir dir;
+    Outcome outcome;
+    std::vector<Row> table;
+    std::map<std::string, Row> results;  // summary rows by function
+
+    std::string file(const std::string& suffix) const {
+        return support::readFile(dir.path() / ("host" + suffix));
+    }
+    std::vector<Row> rowsOf(const std::string& function) const {
+        std::vector<Row> rows;
+        std::ranges::copy_if(table, std::back_inserter(rows),
+                             [&](const Row& row) { return row[0] == function; });
+        return rows;
+    }
+};
+
+Command command(const TempDir& dir, std::vector<std::string> keys) {
+    Command host;
+    host.program = HOST_PROGRAM;
+    host.arguments = std::move(keys);
+    host.arguments.push_back("-l" + dir.path().string());
+    host.arguments.push_back("-p" + dir.path().string());
+    host.environment["PSCV_FREQ_MHZ"] = "2000";
+    return host;
+}
+
+void start(HostFiles& run, std::vector<std::string> keys) {
+    for (const char* key : {"-B", "-r", "-u", "-o"}) keys.push_back(key);
+    run.outcome = support::run(command(run.dir, keys));
+    run.table = support::tableRows(run.file(".csv"));
+    for (const Row& row : support::tableRows(run.file("_sum.csv"))) {
+        if (row.size() == 11) run.results[row[0]] = row;
+    }
+}
+
+struct Expected {
+    const char* function;
+    const char* result;  // as in the summary, with the console at level PERF
+    std::size_t rows;
+    const char* says;  // on the console
+};
+
+constexpr Expected expectations[] = {
+    {"hostFast", "OK", 4, "Rounds=200 Mode=twice "},
+    {"hostSlow", "OK", 1, "clocks per call"},
+    {"hostNote", "FUNCWRN", 1, "-- lib function note"},
+    {"hostOwnTiming", "OK", 1, "clocks per call"},
+    {"hostNothing", "FAIL", 1, "runTiming() function returns undefined result"},
+    {"hostStatus", "FUNCFAIL", 1, "-- lib function fail"},
+    {"hostNull", "EXCPTFAIL", 0, "--ZMO. Signal: Illegal storage access."},
+    {"hostIllegal", "EXCPTFAIL", 0, "--ZMO. Signal: Illegal instruction."},
+    {"hostX87", "EXCPTFAIL", 0, "--ZMO. Signal: FP fail, such as overflow"},
+    {"hostStack", "EXCPTFAIL", 0, "--ZMO. Signal: Illegal storage access."},
+    {"hostThrow", "EXCPTFAIL", 0, "thrown by the function"},
+    {"hostFpState", "BADSTSWRN", 1, "-- modified control status"},
+    {"hostControl", "OK", 1, "clocks per call"},
+    {"hostEmpty", "DATAFAIL", 0, "-- One of argument list for timing is empty"},
+    {"hostTwice", "DATAWRN", 2, "have identical parameters"},
+    {"hostOldValues", "OK", 4, "clocks per call"},
+    {"hostCannot", "UNDEFINED", 0, "-- Can't start timing"},
+    {"hostMemory", "OK", 2, "-- Memory fault: can't allocate -1000 bytes"},
+    {"hostUnprepared", "DATAFAIL", 0, "-- Fail while initialization of function data"},
+    {"hostBadData", "EXCPTFAIL", 0, "--ZMO. Signal: Illegal storage access."},
+    {"hostZState", "OK", 1, "clocks per call"},
+};
+
+// The sanitizer reports a stack overflow itself and ends the program.
+#if defined(__SANITIZE_ADDRESS__)
+const std::vector<std::string> notUnderSanitizer{"hostStack"};
+#else
+const std::vector<std::string> notUnderSanitizer;
+#endif
+
+class HostRun : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        s_run = std::make_unique<HostFiles>();
+        std::vector<std::string> keys{"-LPERF"};
+        for (const std::string& name : notUnderSanitizer) keys.push_back("-f-" + name);
+        start(*s_run, keys);
+    }
+    static void TearDownTestSuite() { s_run.reset(); }
+    static const HostFiles& shared() { return *s_run; }
+
+  private:
+    static std::unique_ptr<HostFiles> s_run;
+};
+
+std::unique_ptr<HostFiles> HostRun::s_run;
+
+// The part of the console between the title of a test and the next one's.
+std::string consoleOf(const std::string& console, const std::string& function) {
+    const std::size_t start = console.find(function + " ");
+    if (start == std::string::npos) return "";
+    const std::size_t end = console.find("Function", start);
+    return console.substr(start, end == std::string::npos ? end : end - start);
+}
+
+TEST_F(HostRun, EveryTestEndsAsItShould) {
+    ASSERT_TRUE(shared().outcome.clean()) << shared().outcome.out << shared().outcome.err;
+    for (const Expected& expected : expectations) {
+        if (std::ranges::find(notUnderSanitizer, expected.function) != notUnderSanitizer.end()) {
+            std::cout << "skipped under the sanitizer: " << expected.function << "\n";
+            continue;
+        }
+        SCOPED_TRACE(expected.function);
+        const auto result = shared().results.find(expected.function);
+        ASSERT_NE(result, shared().results.end());
+        EXPECT_EQ(result->second[9], expected.result);
+        EXPECT_EQ(shared().rowsOf(expected.function).size(), expected.rows);
+        EXPECT_NE(consoleOf(shared().outcome.out, expected.function).find(expected.says),
+                  std::string::npos)
+            << consoleOf(shared().outcome.out, expected.function);
+    }
+}
+
+TEST_F(HostRun, EveryRowHasFourteenCells) {
+    ASSERT_GT(shared().table.size(), 20u);
+    for (const Row& row : shared().table) {
+        if (row.size() == 2) continue;  // the report title: name and value
+        EXPECT_EQ(row.size(), 14u) << testing::PrintToString(row);
+    }
+}
+
+TEST_F(HostRun, ParametersWalkLikeAnOdometer) {
+    const std::vector<Row> rows = shared().rowsOf("hostFast");
+    ASSERT_EQ(rows.size(), 4u);
+    const std::pair<const char*, const char*> sets[] = {
+        {"100", "plain"}, {"100", "twice"}, {"200", "plain"}, {"200", "twice"}};
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(rows[i][1], sets[i].first);
+        EXPECT_EQ(rows[i][2], sets[i].second);
+        EXPECT_EQ(rows[i][11], "round");
+        // Clocks are per unit, the time is that of the call, at the 2000 MHz given.
+        const double clocks = std::stod(rows[i][10]) * std::stod(rows[i][1]);
+        EXPECT_NEAR(std::stod(rows[i][12]), clocks / 2000.0, clocks / 2000.0 * 0.02);
+        EXPECT_GT(std::stod(rows[i][13]), 0.0);
+    }
+}
+
+TEST_F(HostRun, LinesOfDeprecatedValuesFollowTheRegularOnes) {
+    const std::vector<Row> rows = shared().rowsOf("hostOldValues");
+    ASSERT_EQ(rows.size(), 4u);
+    const char* levels[] = {"1", "2", "3", "two"};
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(rows[i][1], levels[i]);
+    EXPECT_EQ(rows[3][9], "deprecated");
+    EXPECT_EQ(rows[1][10], rows[3][10]);
+}
+
+TEST_F(HostRun, SetThatCannotBePreparedIsNamedAndTheNextOneRuns) {
+    const std::string console = consoleOf(shared().outcome.out, "hostMemory");
+    EXPECT_NE(console.find("Bytes=-1000"), std::string::npos) << console;
+    const std::vector<Row> rows = shared().rowsOf("hostMemory");
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[1][1], "2000");
+    // What the set was comes before what went wrong.
+    EXPECT_LT(console.find("Bytes=-1000"), console.find("can't allocate -1000 bytes"));
+}
+
+TEST_F(HostRun, ListingEqualsTheConsoleFromItsOpeningOn) {
+    EXPECT_EQ(shared().outcome.out, shared().file(".txt"));
+}
+
+TEST_F(HostRun, ClosingBoxAddsUp) {
+    std::map<std::string, int> counts;
+    for (const Row& row : support::tableRows(shared().file("_sum.csv"))) {
+        if (row.size() == 2 && row[0].starts_with(".") && row[1].find(':') == std::string::npos)
+            counts[row[0].substr(0, row[0].find_last_not_of(' ') + 1)] = std::stoi(row[1]);
+    }
+    EXPECT_EQ(counts[".Number of tests"],
+              counts[".Successes"] + counts[".Failures"] + counts["...Undefined"]);
+    EXPECT_EQ(counts["...Undefined"], 1);
+    EXPECT_EQ(counts[".....-BADSTSWRN"], 1);
+    EXPECT_GE(counts[".....-EXCPTFAIL"], 4);
+}
+
+// ---- other runs ------------------------------------------------------------------
+
+TEST(HostKeys, HiddenWarningsCountAsSuccess) {
+    HostFiles run;
+    start(run, {"-f=hostNote"});
+    EXPECT_EQ(run.results["hostNote"][9], "OK");
+    EXPECT_EQ(run.outcome.out.find("-- lib function note"), std::string::npos);
+}
+
+TEST(HostKeys, NameLinesGoWhereTheyAreAskedFor) {
+    HostFiles into;
+    start(into, {"-f=hostFast", "-q+"});
+    ASSERT_FALSE(into.rowsOf("hostFast").empty());
+    const Row names = into.rowsOf("hostFast").front();
+    EXPECT_EQ(names[1], "Rounds");
+    EXPECT_EQ(names[2], "Mode");
+    EXPECT_EQ(names[9], "parmNames");
+}
+
+// Rows are in the file as soon as they are measured.
+bool waitForRow(const std::filesystem::path& table, const std::string& row) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (std::filesystem::exists(table) &&
+            support::readFile(table).find(row) != std::string::npos)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+}
+
+TEST(HostKeys, InterruptEndsTheRunInOrder) {
+    HostFiles run;
+    std::string rounds = "-dRounds=1";
+    for (int i = 2; i <= 3000; ++i) rounds += ";" + std::to_string(i);
+    support::Process process(command(run.dir, {"-B", "-r", "-u", "-g" + run.dir.file("done.end"),
+                                               "-LP", rounds, "-fhostFast", "-fhostSlow"}));
+    ASSERT_TRUE(waitForRow(run.dir.path() / "host.csv", "\nhostFast,3,"));
+    process.send(SIGINT);
+    const Outcome outcome = process.finish();
+    EXPECT_EQ(outcome.signal, SIGINT);
+    EXPECT_NE(outcome.out.find("PS Summary"), std::string::npos);
+    EXPECT_EQ(outcome.out.find("hostSlow "), std::string::npos);
+    for (const Row& row : support::tableRows(run.file(".csv"))) {
+        if (row[0] == "hostFast") {
+            EXPECT_EQ(row.size(), 14u);
+        }
+    }
+    EXPECT_FALSE(support::readFile(run.dir.path() / "done.end").empty());
+}
+
+TEST(HostKeys, IniFileReproducesTheSets) {
+    HostFiles written;
+    start(written, {"-f=hostFast", "-dRounds=50;70", "-Iparms"});
+    EXPECT_EQ(written.rowsOf("hostFast").size(), 0u);
+    const std::string ini = support::readFile(written.dir.path() / "parms.ini");
+    EXPECT_NE(ini.find("Rounds=50;70"), std::string::npos) << ini;
+
+    HostFiles read;
+    start(read,
+          {"-f=hostFast", "-i" + (written.dir.path() / "parms.ini").string(), "-dMode=twice"});
+    const std::vector<Row> rows = read.rowsOf("hostFast");
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0][1], "50");
+    EXPECT_EQ(rows[1][2], "twice");
+}
+
+TEST(HostKeys, BadValueIsReportedAndTheOldOneKept) {
+    HostFiles run;
+    start(run, {"-LP", "-f=hostFast", "-dRounds=ten", "-dMode=x"});
+    EXPECT_NE(run.outcome.out.find("---ZMO. Exception: Invalid value of Rounds = ten"),
+              std::string::npos);
+    EXPECT_EQ(run.rowsOf("hostFast").size(), 4u);
+}
+
+}  // namespace

@@ -1,0 +1,301 @@
+// Small tests of known behaviour: each shows one thing that a run has to cope
+// with. Their functions need no library.
+#include <csignal>
+#include <cstdint>
+#include <stdexcept>
+
+#include "psbase.h"
+#include "psdata.h"
+#include "psiterator.h"
+#include "pstest.h"
+#include "pstiming.h"
+
+namespace {
+
+psResult check(int status) {
+    return status == 0 ? PS_OK : status > 0 ? PS_FUNCWRN : PS_FUNCFAIL;
+}
+
+// Registers a test of class Test for a function of this file under its name.
+#define HOST_TEST(Test, fn)                                    \
+    psResult loop_##fn(int n, long long* clocks) {             \
+        return psLoopTiming<fn, check>(n, clocks);             \
+    }                                                          \
+    psResult stat_##fn(int* n, long long* clocks, int inner) { \
+        return psStatTiming<fn, check>(n, clocks, inner);      \
+    }                                                          \
+    const bool registered_##fn = psRegTest(                    \
+        new Test(fn, nullptr, loop_##fn, stat_##fn, #fn, "tests/host/modules", #Test "//HOST"));
+
+const bool withNameTables = psRegQKeys();
+
+volatile int work = 0;
+
+void spin(int rounds) {
+    for (int i = 0; i < rounds; ++i) work = work + 1;
+}
+
+// ---- what is measured --------------------------------------------------------
+
+psIterator<int> Rounds("Rounds", "", {100, 200});
+psMapIterator<int> Mode("Mode", "", {{0, "plain"}, {1, "twice"}}, {0, 1});
+
+class HostSets : public psTest {
+  public:
+    using psTest::psTest;
+
+  protected:
+    bool canStart() override {
+        regParm(Rounds);
+        regParm(Mode);
+        return true;
+    }
+    double getDivisor() override { return Rounds.value(); }
+    psString getUnit() override { return "round"; }
+    double getFlops() override { return Rounds.value(); }
+};
+
+int hostFast() {
+    spin(Rounds.value() * (1 + Mode.value()));
+    return 0;
+}
+HOST_TEST(HostSets, hostFast)
+
+class HostPlain : public psTest {
+  public:
+    using psTest::psTest;
+
+  protected:
+    psString getUnit() override { return "call"; }
+};
+
+int hostSlow() {
+    spin(300000);
+    return 0;
+}
+HOST_TEST(HostPlain, hostSlow)
+
+int hostNote() {
+    spin(100);
+    return 3;
+}
+HOST_TEST(HostPlain, hostNote)
+
+// The test's own timing function gives its clocks.
+psResult ownTiming(psTool& tool, int n) {
+    tool.setClocks(1000LL * n);
+    return PS_OK;
+}
+const bool registeredOwn =
+    psRegTest(new HostPlain(ownTiming, "hostOwnTiming", "tests/host/modules", "HostPlain//HOST"));
+
+const bool registeredNone = psRegTest(
+    new HostPlain(nullptr, nullptr, "hostNothing", "tests/host/modules", "HostPlain//HOST"));
+
+// ---- failures of the function --------------------------------------------------
+
+int hostStatus() {
+    return -5;
+}
+HOST_TEST(HostPlain, hostStatus)
+
+int hostNull() {
+    const volatile int* nowhere = nullptr;
+    return *nowhere;
+}
+HOST_TEST(HostPlain, hostNull)
+
+int hostIllegal() {
+    __builtin_trap();
+    return 0;
+}
+HOST_TEST(HostPlain, hostIllegal)
+
+int hostX87() {
+    volatile long double zero = 0.0L;
+    volatile long double quotient = 1.0L / zero;
+    return quotient > 0 ? 0 : 1;
+}
+HOST_TEST(HostPlain, hostX87)
+
+volatile bool endless = true;  // the compiler must not see that it never ends
+
+[[gnu::noinline]] int deeper(volatile char* above) {
+    volatile char frame[4096];
+    frame[0] = above ? above[0] : 'x';
+    return (endless ? deeper(frame) : 0) + frame[0];
+}
+int hostStack() {
+    return deeper(nullptr);
+}
+HOST_TEST(HostPlain, hostStack)
+
+int hostThrow() {
+    throw std::runtime_error("thrown by the function");
+}
+HOST_TEST(HostPlain, hostThrow)
+
+// Leaves the invalid flag of the SSE state behind.
+int hostFpState() {
+    volatile double zero = 0.0;
+    volatile double quotient = zero / zero;
+    return quotient > 0 ? 1 : 0;
+}
+HOST_TEST(HostPlain, hostFpState)
+
+// Rounds towards zero from then on and leaves flush-to-zero off.
+int hostControl() {
+    const std::uint32_t mxcsr = 0x7f80;
+    asm volatile("ldmxcsr %0" : : "m"(mxcsr));
+    return 0;
+}
+HOST_TEST(HostPlain, hostControl)
+
+// ---- parameters and data -------------------------------------------------------
+
+psIterator<int> Nothing("Nothing");
+
+class HostEmpty : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool canStart() override {
+        regParm(Nothing);
+        return true;
+    }
+};
+
+int hostEmpty() {
+    return 0;
+}
+HOST_TEST(HostEmpty, hostEmpty)
+
+psIterator<int> Same("Same", "", {8, 8});
+
+class HostTwice : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool canStart() override {
+        regParm(Same);
+        return true;
+    }
+};
+
+int hostTwice() {
+    spin(100);
+    return 0;
+}
+HOST_TEST(HostTwice, hostTwice)
+
+class HostDeprecated : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool canStart() override {
+        static bool once = (Level.addDeprecated(2, "two"), true);
+        static_cast<void>(once);
+        regParm(Level);
+        return true;
+    }
+
+  private:
+    static psIterator<int> Level;
+};
+psIterator<int> HostDeprecated::Level("Level", "", {1, 2, 3});
+
+int hostOldValues() {
+    spin(100);
+    return 0;
+}
+HOST_TEST(HostDeprecated, hostOldValues)
+
+class HostCannot : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool canStart() override { return false; }
+};
+
+int hostCannot() {
+    return 0;
+}
+HOST_TEST(HostCannot, hostCannot)
+
+psIterator<int> Bytes("Bytes", "", {1000, -1000, 2000});
+
+// The second set cannot be prepared: its size is no size.
+class HostMemory : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool canStart() override {
+        regParm(Bytes);
+        return true;
+    }
+    bool initData() override { return psMalloc(m_data, Bytes.value(), 0, 0) != nullptr; }
+    void flushData() override {
+        psFree(m_data);
+        m_data = nullptr;
+    }
+
+  private:
+    void* m_data = nullptr;
+};
+
+int hostMemory() {
+    spin(100);
+    return 0;
+}
+HOST_TEST(HostMemory, hostMemory)
+
+class HostUnprepared : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool initData() override { return false; }
+};
+
+int hostUnprepared() {
+    return 0;
+}
+HOST_TEST(HostUnprepared, hostUnprepared)
+
+// A fault while the data are prepared.
+class HostBadData : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+
+  protected:
+    bool initData() override {
+        const volatile int* nowhere = nullptr;
+        return *nowhere == 0;
+    }
+};
+
+int hostBadData() {
+    return 0;
+}
+HOST_TEST(HostBadData, hostBadData)
+
+// ---- what an earlier test must not have changed ---------------------------------
+
+// Flush-to-zero and denormals-are-zero are on in every measured call, whatever
+// the tests before did.
+class HostLast : public HostPlain {
+  public:
+    using HostPlain::HostPlain;
+};
+
+int hostZState() {
+    return (__builtin_ia32_stmxcsr() & 0x8040) == 0x8040 ? 0 : -1;
+}
+HOST_TEST(HostLast, hostZState)
+
+}  // namespace

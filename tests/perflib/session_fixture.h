@@ -1,0 +1,99 @@
+// Runs sessions inside a test program.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "ps.h"
+#include "pscputick_gcc.h"
+#include "psistream.h"
+#include "pslib.h"
+#include "pstest.h"
+#include "pstool.h"
+
+using Words = std::vector<std::string>;
+
+inline std::string readFile(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// Closes what a session opened.
+inline void release(psSinkList& stream) {
+    for (o_stream* sink : stream) {
+        if (sink != &c_out) delete sink;
+    }
+    stream.clear();
+}
+
+// Runs a session in a directory of its own; every process-wide setting that a
+// session changes is put back.
+class SessionTest : public testing::Test {
+  protected:
+    SessionTest() : m_old(std::filesystem::current_path()) {
+        std::filesystem::remove_all(m_dir);
+        std::filesystem::create_directories(m_dir + "/bin");
+        std::filesystem::current_path(m_dir);
+        psCpuTicker::m_freqMHz = 1000;
+    }
+    ~SessionTest() override {
+        g_istrm.close();
+        g_istrm.dataList().clear();
+        for (psSinkList* stream :
+             std::initializer_list<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm}) {
+            release(*stream);
+        }
+        g_ostrm.setOutLevel(1);
+        psGlobalTool() = psTool();
+        psTest::m_hot = 0;
+        psSession::m_exitLevel = 0;
+        psSession::m_nameMode = 0;
+        delete pTestList;
+        pTestList = nullptr;
+        delete pCmdLine;
+        pCmdLine = nullptr;
+        zmoEnvironment = nullptr;
+        std::filesystem::current_path(m_old);
+        std::filesystem::remove_all(m_dir);
+    }
+
+    static std::vector<char*> argvOf(Words& words) {
+        std::vector<char*> argv;
+        for (std::string& word : words) argv.push_back(word.data());
+        return argv;
+    }
+    // The console's text of a whole run.
+    std::string run(psSession& session, const Words& keys) {
+        Words words{"bin/pscv"};
+        words.insert(words.end(), keys.begin(), keys.end());
+        std::vector<char*> argv = argvOf(words);
+        testing::internal::CaptureStdout();
+        m_result = session.run(static_cast<int>(argv.size()), argv.data());
+        return testing::internal::GetCapturedStdout();
+    }
+    // The echo of the keys alone.
+    std::string parse(psSession& session, const Words& keys, const char* exe = "bin/pscv") {
+        Words words{exe};
+        words.insert(words.end(), keys.begin(), keys.end());
+        std::vector<char*> argv = argvOf(words);
+        g_ostrm.push_back(&c_out);
+        session.initSession();
+        testing::internal::CaptureStdout();
+        m_parsed = session.parseCommandLine(static_cast<int>(argv.size()), argv.data());
+        return testing::internal::GetCapturedStdout();
+    }
+    void file(const std::string& name, const std::string& content) const {
+        std::ofstream(m_dir + "/" + name, std::ios::binary) << content;
+    }
+
+    std::string m_dir = testing::TempDir() + "ps_test_" + std::to_string(getpid());
+    std::filesystem::path m_old;
+    int m_result = -1;
+    bool m_parsed = false;
+};
