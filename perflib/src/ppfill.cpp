@@ -36,11 +36,11 @@ void fillConst(Byte* out, int n, int parts, T re, T im) {
 }
 
 // Stores one value in all parts of an element and steps to the next element.
-template <class T>
-Byte* storeElement(Byte* out, int parts, T value) {
+template <int parts, class T>
+Byte* storeElement(Byte* out, T value) {
     ppStore(out, value);
-    if (parts == 2) ppStore(out + sizeof(T), value);
-    return out + static_cast<std::ptrdiff_t>(sizeof(T)) * parts;
+    if constexpr (parts == 2) ppStore(out + sizeof(T), value);
+    return out + sizeof(T) * parts;
 }
 
 // A subtract-with-borrow generator added to a congruential one. Each value
@@ -78,14 +78,36 @@ unsigned drawAll(Byte* out, std::ptrdiff_t count, double scale, double centre, u
     return state.w0;
 }
 
-template <class T, class Convert>
-void sequence(Byte* out, int n, int parts, double start, double hi, double step, double reset,
+template <class T, int parts, class Convert>
+void sequence(Byte* out, int n, double start, double hi, double step, double reset,
               Convert convert) {
     double x = start;
     for (int i = 0; i < n; ++i) {
-        out = storeElement<T>(out, parts, convert(x));
+        out = storeElement<parts, T>(out, convert(x));
         x += step;
         if (x > hi) x = reset;
+    }
+}
+
+template <class T, int parts, class Convert>
+void chirp(Byte* out, int n, double magnitude, double offset, Convert convert) {
+    const double perLength = 1.0 / n;
+    for (int k = 0; k < n; ++k) {
+        const double i = k;  // i * i leaves the range of int
+        const double value = std::sin(i * i * halfPi * perLength) * magnitude + offset;
+        out = storeElement<parts, T>(out, convert(value));
+    }
+}
+
+// One row of the round chirp, at the squared distance dy2 from the centre.
+template <class T, int parts, class Convert>
+void roundChirp(Byte* out, int width, std::ptrdiff_t pixelStep, double dy2, double perHeight,
+                double magnitude, double offset, Convert convert) {
+    const double centreX = (width - 1) * 0.5;
+    for (int x = 0; x < width; ++x, out += pixelStep) {
+        const double dx = x - centreX;
+        const double wave = std::sin((dx * dx + dy2) * halfPi * perHeight) + 1.0;
+        storeElement<parts, T>(out, convert(wave * magnitude + offset));
     }
 }
 
@@ -106,6 +128,20 @@ void withConversion(bool fits, Run run) {
         }
     }
     run([](double value) { return ppConvert<T>(value); });
+}
+
+// Calls run.operator()<T, parts>(convert) for the components of the type.
+template <class Run>
+bool withElements(ppType type, bool fits, Run run) {
+    return ppVisitType(type, [&]<class T>(T) {
+        withConversion<T>(fits, [&](auto convert) {
+            if (ppIsComplex(type)) {
+                run.template operator()<T, 2>(convert);
+            } else {
+                run.template operator()<T, 1>(convert);
+            }
+        });
+    });
 }
 
 }  // namespace
@@ -144,10 +180,8 @@ bool ppFillSequence(ppType type, void* p, int n, double start, double hi, double
     const double reset = wrap ? start : hi;
     // A negative step has no lower end.
     const bool fits = step >= 0 && fits64(start, hi, step);
-    return ppVisitType(type, [&]<class T>(T) {
-        withConversion<T>(fits, [&](auto convert) {
-            sequence<T>(static_cast<Byte*>(p), n, partsOf(type), start, hi, step, reset, convert);
-        });
+    return withElements(type, fits, [&]<class T, int parts>(auto convert) {
+        sequence<T, parts>(static_cast<Byte*>(p), n, start, hi, step, reset, convert);
     });
 }
 
@@ -162,15 +196,8 @@ bool ppJaehneMagnitude(ppType type, double& magnitude, double& offset) {
 bool ppFillJaehne(ppType type, void* p, int n, double magnitude) {
     double offset = 0;
     if (!ppJaehneMagnitude(type, magnitude, offset)) return false;
-    const double perLength = 1.0 / n;
-    return ppVisitType(type, [&]<class T>(T) {
-        auto* out = static_cast<Byte*>(p);
-        const int parts = partsOf(type);
-        for (int k = 0; k < n; ++k) {
-            const double i = k;  // i * i leaves the range of int
-            const double value = std::sin(i * i * halfPi * perLength) * magnitude + offset;
-            out = storeElement(out, parts, ppConvert<T>(value));
-        }
+    return withElements(type, fits64(magnitude, offset), [&]<class T, int parts>(auto convert) {
+        chirp<T, parts>(static_cast<Byte*>(p), n, magnitude, offset, convert);
     });
 }
 
@@ -178,18 +205,13 @@ bool ppFillPlaneJaehne(ppType type, void* p, int width, int height, int pixelStr
                        double magnitude) {
     double offset = 0;
     if (!ppJaehneMagnitude(type, magnitude, offset)) return false;
-    const double centreX = (width - 1) * 0.5, centreY = (height - 1) * 0.5;
-    const double perHeight = 1.0 / height;
-    return ppVisitType(type, [&]<class T>(T) {
+    const double centreY = (height - 1) * 0.5, perHeight = 1.0 / height;
+    return withElements(type, fits64(magnitude, offset), [&]<class T, int parts>(auto convert) {
         for (int y = 0; y < height; ++y) {
-            auto* out = static_cast<Byte*>(p) + static_cast<std::ptrdiff_t>(rowStep) * y;
+            auto* row = static_cast<Byte*>(p) + static_cast<std::ptrdiff_t>(rowStep) * y;
             const double dy = y - centreY;
-            for (int x = 0; x < width; ++x) {
-                const double dx = x - centreX;
-                const double wave = std::sin((dx * dx + dy * dy) * halfPi * perHeight) + 1.0;
-                storeElement(out, partsOf(type), ppConvert<T>(wave * magnitude + offset));
-                out += static_cast<std::ptrdiff_t>(sizeof(T)) * pixelStride;
-            }
+            roundChirp<T, parts>(row, width, static_cast<std::ptrdiff_t>(sizeof(T)) * pixelStride,
+                                 dy * dy, perHeight, magnitude, offset, convert);
         }
     });
 }

@@ -11,9 +11,14 @@ ppImage::~ppImage() {
     ppImage::deleteVector();
 }
 
+psString ppImage::nameOf(ppType type, int channels, bool planar) {
+    return nameOf(type) +
+           psFormat("%s%s%d", channels == 4 ? "A" : "", planar ? "P" : "C", channels);
+}
+
 void ppImage::init(ppType type, int channels, bool planar) {
-    init(type);
-    setName(name() + psFormat("%s%s%d", channels == 4 ? "A" : "", planar ? "P" : "C", channels));
+    deleteVector();
+    setName(nameOf(type, channels, planar));
 }
 
 bool ppImage::isPlane(const ppFunc& func) {

@@ -18,7 +18,7 @@ class ppImage : public ppVector {
     explicit ppImage(ppType type) : ppVector(type) {}
     ppImage(const ppFunc& f, int argIndex) : ppVector(f, argIndex) {}
     ppImage(const ppFunc& f, ppArg arg) : ppVector(f, arg) {}
-    ppImage(ppType type, int channels, bool planar) { init(type, channels, planar); }
+    ppImage(ppType type, int channels, bool planar) { setName(nameOf(type, channels, planar)); }
     ~ppImage() override;
 
     using ppVector::init;
@@ -91,6 +91,8 @@ class ppImage : public ppVector {
     int planeRows() const override { return m_height; }
 
   private:
+    using ppVector::nameOf;
+    static psString nameOf(ppType type, int channels, bool planar);
     bool createPlanes(int channels, int elements, int misalign, bool firstOnly);
     void setPlanePtrs();
 

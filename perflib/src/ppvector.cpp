@@ -66,19 +66,23 @@ void ppVector::setName(const ppFunc& name) {
     m_type = m_name.type(0);
 }
 
+psString ppVector::nameOf(ppType type) {
+    return psString("_") + ppFunc::typeToString(type) + "_";
+}
+
 void ppVector::init(ppType type) {
     deleteVector();
-    setName(psString("_") + ppFunc::typeToString(type) + "_");
+    setName(nameOf(type));
 }
 
 void ppVector::init(const ppFunc& f, int argIndex) {
-    init(f.type(argIndex));
-    setName(m_name + f.channelsName(argIndex));
+    deleteVector();
+    setName(nameOf(f.type(argIndex)) + f.channelsName(argIndex));
 }
 
 void ppVector::init(const ppFunc& f, ppArg arg) {
-    init(f.type(arg));
-    setName(m_name + f.channelsName(arg));
+    deleteVector();
+    setName(nameOf(f.type(arg)) + f.channelsName(arg));
 }
 
 bool ppVector::allocateVector(long long bytes, int misalign, void* owner) {

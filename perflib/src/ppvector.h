@@ -38,9 +38,9 @@ class ppVector : public psObject {
     static unsigned m_seed;
 
     ppVector() = default;
-    explicit ppVector(ppType type) { init(type); }
-    ppVector(const ppFunc& f, int argIndex) { init(f, argIndex); }
-    ppVector(const ppFunc& f, ppArg arg) { init(f, arg); }
+    explicit ppVector(ppType type) { setName(nameOf(type)); }
+    ppVector(const ppFunc& f, int arg) { setName(nameOf(f.type(arg)) + f.channelsName(arg)); }
+    ppVector(const ppFunc& f, ppArg arg) { setName(nameOf(f.type(arg)) + f.channelsName(arg)); }
     ppVector(const ppVector&) = delete;
     ppVector& operator=(const ppVector&) = delete;
     ~ppVector() override;
@@ -144,6 +144,7 @@ class ppVector : public psObject {
     ppComplex<double>* ptr64fc() const { return alias<ppComplex<double>>(pp64fc); }
 
   protected:
+    static psString nameOf(ppType type);
     void setName(const ppFunc& name);
     void setLength(int len) { m_len = len; }
     // Bytes of so many rows, or the largest number when 64 bits do not hold them;
