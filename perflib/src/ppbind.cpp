@@ -130,10 +130,10 @@ ppEntry<decltype(&zmosGetVersion)> entryZmosVersion("zmosGetVersion");
 ppEntry<decltype(&zmoiGetVersion)> entryZmoiVersion("zmoiGetVersion");
 ppEntry<decltype(&zmocvGetVersion)> entryZmocvVersion("zmocvGetVersion");
 
-// A pointer without a library function is left to the framework's fallback.
+// A pointer without a library function keeps the framework's fallback.
 template <class Pointer, class Entry>
 void install(Pointer& pointer, const Entry& entry) {
-    pointer = entry.bound() ? entry.call : nullptr;
+    if (entry.bound()) pointer = entry.call;
 }
 
 const ZmoLibraryVersion* zmosVersion() {
@@ -179,7 +179,7 @@ void ppSetZmoEnvironment() {
     install(zmo_GetStatusString, entryGetStatusString);
     install(zmo_SetNumThreads, entrySetNumThreads);
     install(zmo_GetNumThreads, entryGetNumThreads);
-    zmo_FpuSsx4TS = entryFpuSsx4TS.bound() ? entryFpuSsx4TS.call : psFpuSsx4TS;
+    install(zmo_FpuSsx4TS, entryFpuSsx4TS);
     psSelectCpuClocks(entryStartTsc.bound() ? entryStartTsc.call : nullptr,
                       entryStopTsc.bound() ? entryStopTsc.call : nullptr,
                       entryStartTscp.bound() ? entryStartTscp.call : nullptr,
