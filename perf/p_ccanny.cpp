@@ -115,9 +115,9 @@ class TimcCanny : public ppTest {
         }
         double xShift = 0;
         double yShift = 0;
-        return prepared(
-                   lib_zmoiRotateGetShift(roi.width / 2, roi.height / 2, angle, &xShift, &yShift),
-                   "zmoiRotateGetShift") &&
+        return prepared(lib_zmoiRotateGetShift(roi.width / 2.0, roi.height / 2.0, angle, &xShift,
+                                               &yShift),
+                        "zmoiRotateGetShift") &&
                prepared(lib_zmoiRotate_8u_C1R(picture.data(), roi.width, roi, pDst.ptr8u(), dstStep,
                                               roi, angle, xShift, yShift),
                         "zmoiRotate_8u_C1R");

@@ -24,7 +24,7 @@ LoadedPicture& loaded() {
 
 const ppImage* loadPicture() {
     LoadedPicture& picture = loaded();
-    const psString name = Picture.value();
+    const psString& name = Picture.value();
     if (picture.name != name) {
         picture.name = name;
         picture.valid = picture.image.loadImage(name, 0);

@@ -86,7 +86,7 @@ bool ppTest::isFloatFunction() {
 }
 
 psString ppTest::getComment() {
-    const psString comment = psTest::getComment();
+    psString comment = psTest::getComment();
     if (m_dataComment.empty()) return comment;
     return comment.empty() ? m_dataComment : comment + " " + m_dataComment;
 }

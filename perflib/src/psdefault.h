@@ -155,7 +155,7 @@ class psDefault_NSC : public psParameter {
     virtual T stringToValue(psString& text) const = 0;
     virtual T validItem(const psString& text) const {
         psString item(text);
-        const T value = stringToValue(item);
+        T value = stringToValue(item);
         if (item.failed()) psInvalidValue(name(), text);
         return value;
     }
