@@ -79,7 +79,7 @@ psString infoData(const psString& arg) {
     psString value;
     if (arg.empty()) return "ignored: empty data argument";
     if (!splitData(arg, name, value)) return "ignored: incorrect data format";
-    return "set PS parameter value " + arg;
+    return "set PS parameter " + arg;
 }
 void applyData(const psString& arg, psSession*) {
     psString name;

@@ -111,7 +111,7 @@ const EchoCase echoCases[] = {
     {'A', "timing",
      "ask timing method, common parameters, data misalignment, each test "
      "parameters from console"},
-    {'d', "size = 1;2", "set PS parameter value size = 1;2"},
+    {'d', "size = 1;2", "set PS parameter size = 1;2"},
     {'d', "", "ignored: empty data argument"},
     {'d', "size", "ignored: incorrect data format"},
     {'d', "  =1", "ignored: incorrect data format"},

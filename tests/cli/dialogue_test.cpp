@@ -1,0 +1,98 @@
+// What the console is asked without -B, and how fast pscv answers when there is
+// nothing to measure.
+#include <gtest/gtest.h>
+
+#include "pscv.h"
+
+namespace {
+
+using support::Outcome;
+
+bool has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+const Pscv::Arguments small{"-fCanny_16s", "-dImageSize=64x64", "-dnumFigures=2x2", "-rtable"};
+
+// Auto takes what the end of input and empty lines leave.
+TEST(Dialogue, NoAnswerIsTheDefault) {
+    Pscv pscv;
+    support::Command closed = pscv.command(small);
+    closed.stdinFrom = support::Command::Input::Closed;
+    support::Command empty = pscv.command(small);
+    empty.stdinFrom = support::Command::Input::Text;
+    empty.input.assign(50, '\n');
+    for (const support::Command& command : {pscv.command(small), closed, empty}) {
+        const Outcome outcome = support::run(command);
+        ASSERT_TRUE(outcome.clean()) << outcome.out;
+        EXPECT_TRUE(has(outcome.out, " {Auto|Manual|Statistic|Iterative} [Auto] = "))
+            << outcome.out;
+        EXPECT_TRUE(has(outcome.out, "End of common specifications")) << outcome.out;
+        EXPECT_FALSE(has(outcome.out, "Invalid value")) << outcome.out;
+        ASSERT_EQ(pscv.rows().size(), 1U);
+        EXPECT_EQ(pscv.rows()[0][colComment].find("nLps="), 0U);
+    }
+}
+
+TEST(Dialogue, AnswersAreTaken) {
+    Pscv pscv;
+    pscv.input = "man\n7\n";
+    const Outcome outcome = pscv.run(small);
+    EXPECT_TRUE(has(outcome.out, " Method = Manual\n")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, " NumLoops = 7\n")) << outcome.out;
+    EXPECT_EQ(pscv.rows().at(0)[colComment], "nLps=7");
+}
+
+TEST(Dialogue, GivenValuesAndBatchModeAskNothing) {
+    Pscv pscv;
+    pscv.input = "Manual\n7\n";
+    Pscv::Arguments given = small;
+    given.insert(given.end(), {"-dMethod=Statistic", "-dNumCalls=5", "-dTotalCpuClocks=1",
+                               "-dAccuracy, %=9", "-ATiming"});
+    EXPECT_FALSE(has(pscv.run(given).out, "End of common specifications"));
+    EXPECT_EQ(pscv.rows().at(0)[colComment], "nCalls=5");
+    Pscv::Arguments batch = small;
+    batch.insert(batch.end(), {"-AAll", "-B"});
+    EXPECT_FALSE(has(pscv.run(batch).out, "[Auto] = "));
+}
+
+TEST(Dialogue, EachTestAsksOnlyWithAll) {
+    Pscv pscv;
+    const Pscv::Arguments keys{"-fCanny_16s", "-dMethod=Manual", "-dImageSize=64x64", "-rtable"};
+    for (const char* all : {"-AAll", "-AParams"}) {
+        pscv.input = std::string(20, '\n');
+        Pscv::Arguments arguments = keys;
+        arguments.emplace_back(all);
+        const Outcome outcome = pscv.run(arguments);
+        const bool asked =
+            has(outcome.out, "[2x2;3x3;4x4] = ") || has(outcome.out, "[2x2; 3x3; 4x4] = ");
+        EXPECT_EQ(asked, std::string(all) == "-AAll") << outcome.out;
+        EXPECT_EQ(pscv.rows().size(), 3U);
+    }
+}
+
+// Measuring the frequency takes three seconds; only what prints the header pays.
+TEST(Duration, HelpAndVersionDoNotMeasureTheFrequency) {
+    for (const char* key : {"-h", "-v", "-hL"}) {
+        Pscv pscv;
+        pscv.environment["PSCV_FREQ_MHZ"] = std::nullopt;
+        const Outcome outcome = pscv.run({key});
+        EXPECT_LT(outcome.duration.count(), 1500) << key;
+        EXPECT_TRUE(has(outcome.out, "Performance System 2.0, ")) << outcome.out;
+        EXPECT_FALSE(has(outcome.out, "PS Summary")) << outcome.out;
+    }
+}
+
+TEST(Duration, HeaderMeasuresTheFrequencyOnce) {
+    Pscv pscv;
+    pscv.environment["PSCV_FREQ_MHZ"] = std::nullopt;
+    Pscv::Arguments arguments = small;
+    arguments.insert(arguments.end(), {"-B", "-dMethod=Manual"});
+    const Outcome outcome = pscv.run(arguments);
+    EXPECT_GE(outcome.duration.count(), 2000);
+    EXPECT_FALSE(has(outcome.out, "(given)")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, "Hz")) << outcome.out;
+    EXPECT_EQ(pscv.rows().size(), 1U);
+}
+
+}  // namespace

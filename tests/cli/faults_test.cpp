@@ -1,0 +1,176 @@
+// Functions that fault, return errors or disturb the floating-point state, and
+// shared objects that are missing, incomplete or somebody else's.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "pscv.h"
+
+namespace {
+
+using support::Outcome;
+
+bool has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+constexpr const char* first = "zmoiCanny_16s8u_C1R";
+const std::string noFunction = "-- No zmo shared object has the function ";
+constexpr const char* second = "zmoiCanny_32f8u_C1R";
+
+class Faulty : public testing::Test {
+  protected:
+    Faulty() { pscv.environment["LD_LIBRARY_PATH"] = PSCV_FAULTY_DIR; }
+
+    Outcome runWith(const std::string& fault, const Pscv::Arguments& more = {}) {
+        pscv.environment["PSCV_FAULT"] = fault;
+        return pscv.run(Pscv::smallCanny(more));
+    }
+    Pscv pscv;
+};
+
+struct Fault {
+    const char* name;
+    const char* result;
+    const char* message;
+    std::size_t rows;  // of the function that faults
+};
+
+void PrintTo(const Fault& fault, std::ostream* out) {
+    *out << fault.name;
+}
+
+class Faults : public Faulty, public testing::WithParamInterface<Fault> {};
+
+// The other function runs after the one that faults, on the state that a run begins with.
+TEST_P(Faults, EndTheirOwnTestOnly) {
+    const Fault& fault = GetParam();
+    const Outcome outcome = runWith(fault.name, {"-LW"});
+    EXPECT_TRUE(has(outcome.out, fault.message)) << outcome.out;
+    EXPECT_EQ(pscv.result(first), fault.result) << outcome.out;
+    EXPECT_EQ(pscv.result(second), "OK") << outcome.out;
+    EXPECT_EQ(pscv.rows("16s8u").size(), fault.rows);
+    EXPECT_EQ(pscv.rows("32f8u").size(), 1U);
+    EXPECT_TRUE(has(outcome.err, "faulty: cw=0x23b mxcsr=0x9fc0 nice=0\n")) << outcome.err;
+    EXPECT_EQ(Pscv::summary(outcome.out, ".Number of tests"), 2) << outcome.out;
+}
+
+constexpr const char* storage = "--ZMO. Signal: Illegal storage access. in ";
+constexpr const char* arithmetic =
+    "--ZMO. Signal: FP fail, such as overflow, division by zero, invalid operation. in ";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Faults,
+    testing::Values(
+        Fault{"none", "OK", "Command line options: \n", 1}, Fault{"null", "EXCPTFAIL", storage, 0},
+        Fault{"stack", "EXCPTFAIL", storage, 0}, Fault{"x87div", "EXCPTFAIL", arithmetic, 0},
+        Fault{"x87pending", "EXCPTFAIL", arithmetic, 0},
+        Fault{"ill", "EXCPTFAIL", "--ZMO. Signal: Illegal instruction. in ", 0},
+        Fault{"status", "FUNCFAIL",
+              "--ZMO FAIL. status = -6 in zmoiCanny_16s8u_C1R: stand-in error\n", 1},
+        Fault{"note", "FUNCWRN", "--ZMO NOTE. status = 1 in zmoiCanny_16s8u_C1R: stand-in note\n",
+              1},
+        Fault{"fpstate", "BADSTSWRN", "modified control status", 1},
+        Fault{"preparenull", "EXCPTFAIL", storage, 0},
+        Fault{"preparestatus", "FUNCFAIL",
+              "--ZMO FAIL. status = -5 in zmoiFilterSobelVertBorder_8u16s_C1R: stand-in error\n",
+              0}),
+    [](const testing::TestParamInfo<Fault>& tested) { return tested.param.name; });
+
+TEST_F(Faulty, AFunctionThatNeverReturnsIsEndedByASignal) {
+    pscv.environment["PSCV_FAULT"] = "hang";
+    support::Process process(pscv.command(Pscv::smallCanny({"-YHIGH"})));
+    ASSERT_TRUE(process.waitForText("faulty: hanging"));
+    process.send(SIGSEGV);
+    const Outcome outcome = process.finish();
+    EXPECT_TRUE(outcome.clean()) << outcome.out;
+    EXPECT_EQ(pscv.result(first), "EXCPTFAIL") << outcome.out;
+    EXPECT_EQ(pscv.result(second), "OK") << outcome.out;
+    EXPECT_EQ(pscv.rows().size(), 1U);
+}
+
+// Where the priority cannot be raised, not even by root, there is nothing to see.
+TEST_F(Faulty, PriorityIsRaisedForTheMeasuredCalls) {
+    support::Command raise;
+    raise.program = "/bin/sh";
+    raise.arguments = {"-c", "nice -n -20 nice"};
+    const bool canRaise = geteuid() == 0 && support::run(raise).out == "-20\n";
+    const int own = getpriority(PRIO_PROCESS, 0);
+    const Outcome outcome = runWith("null", {"-YHIGH"});
+    EXPECT_TRUE(has(outcome.err, "nice=" + std::to_string(canRaise ? -20 : own) + "\n"))
+        << outcome.err;
+}
+
+TEST_F(Faulty, NamesTheObjectsThatAreMeasured) {
+    const Outcome outcome = runWith("none");
+    for (const char* name : {"zmocv", "zmoi", "zmos"}) {
+        EXPECT_TRUE(
+            has(outcome.out, std::string("Faulty ") + name + ", 7.7.0 (stand-in), some day"))
+            << outcome.out;
+    }
+    EXPECT_FALSE(has(outcome.out, "come from different folders")) << outcome.out;
+}
+
+TEST_F(Faulty, InitialisationThatFailsIsTold) {
+    const Outcome outcome = runWith("init", {"-TAVX2"});
+    EXPECT_TRUE(has(outcome.out,
+                    "--ZMO FAIL. status = -21: stand-in error\n--calling zmoInit()\n"
+                    "--ZMO FAIL. status = -2: stand-in error\n"))
+        << outcome.out;
+    EXPECT_EQ(pscv.rows().size(), 2U);
+}
+
+TEST(Objects, AMissingFunctionFailsItsOwnTest) {
+    Pscv pscv;
+    pscv.environment["LD_LIBRARY_PATH"] = PSCV_LACKING_DIR;
+    const Outcome outcome = pscv.run(Pscv::smallCanny());
+    EXPECT_TRUE(has(outcome.out, "come from different folders: ")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, noFunction + second + "\n")) << outcome.out;
+    EXPECT_EQ(pscv.result(first), "OK") << outcome.out;
+    EXPECT_EQ(pscv.result(second), "FUNCFAIL") << outcome.out;
+    EXPECT_EQ(pscv.rows("16s8u").size(), 1U);
+}
+
+class NoObjects : public testing::Test {
+  protected:
+    NoObjects() {
+        pscv.program = pscv.file("pscv");
+        std::filesystem::copy_file(PSCV_PROGRAM, pscv.program);
+    }
+    static std::size_t complaints(const std::string& out) {
+        return support::count(out, "-- Can't open libzmo");
+    }
+    Pscv pscv;
+};
+
+TEST_F(NoObjects, AreNamedOnceInARun) {
+    const Outcome outcome = pscv.run(Pscv::smallCanny());
+    EXPECT_EQ(complaints(outcome.out), 5U) << outcome.out;
+    for (const char* name : {"zmocore", "zmovm", "zmos", "zmoi", "zmocv"}) {
+        EXPECT_EQ(support::count(outcome.out, std::string("-- Can't open lib") + name + ".so"), 1U)
+            << outcome.out;
+    }
+    EXPECT_LT(outcome.out.find("-utests: "), outcome.out.find("-- Can't open lib"));
+    for (const char* function : {first, second}) {
+        EXPECT_EQ(pscv.result(function), "FUNCFAIL") << outcome.out;
+        EXPECT_EQ(support::count(outcome.out, noFunction + function + "\n"), 1U) << outcome.out;
+    }
+    EXPECT_TRUE(pscv.rows().empty());
+    EXPECT_EQ(Pscv::summary(outcome.out, ".Number of tests"), 2) << outcome.out;
+}
+
+TEST_F(NoObjects, HelpVersionAndListWork) {
+    for (const char* key : {"-h", "-v", "-hh", "-?"}) {
+        const Outcome outcome = pscv.run({key});
+        EXPECT_EQ(complaints(outcome.out), 0U) << outcome.out;
+        EXPECT_TRUE(has(outcome.out, "Performance System 2.0")) << outcome.out;
+    }
+    const Outcome outcome = pscv.run({"-e", "-fCanny_"});
+    EXPECT_EQ(complaints(outcome.out), 5U) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, first)) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, second)) << outcome.out;
+}
+
+}  // namespace

@@ -1,0 +1,60 @@
+// pscv as a user runs it, with output files in a directory of its own.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "process.h"
+#include "text.h"
+
+// Columns of the performance table.
+enum Column {
+    colBase,
+    colType,
+    colDescriptor,
+    colSize,
+    colParm1,
+    colComment = 9,
+    colClocks,
+    colPer,
+    colTime,
+    colMFlops,
+    numColumns
+};
+
+class Pscv {
+  public:
+    using Arguments = std::vector<std::string>;
+
+    // One set a function, small enough to take no time.
+    static Arguments smallCanny(const Arguments& more = {});
+
+    // Runs pscv with -l naming the own directory. The processor's frequency is
+    // preset, so that no run has to measure it.
+    support::Command command(const Arguments& arguments) const;
+    support::Outcome run(const Arguments& arguments) const;
+
+    std::string file(const std::string& name) const { return m_dir.file(name); }
+    std::string text(const std::string& name) const { return support::readFile(file(name)); }
+
+    // The title line of the table written by -rtable, and the rows below it.
+    // Both fail the running test when the file is not such a table.
+    support::Row title() const;
+    std::vector<support::Row> rows() const;
+    std::vector<support::Row> rows(const std::string& type) const;
+
+    // The count behind a label of the closing box, -1 without such a line.
+    static int summary(const std::string& out, const std::string& label);
+
+    // The result word of a function in the summary written by -utests.
+    std::string result(const std::string& function) const;
+
+    std::map<std::string, std::optional<std::string>> environment;
+    std::string program;  // empty: the built one
+    std::optional<std::string> input;
+
+  private:
+    support::TempDir m_dir;
+};
