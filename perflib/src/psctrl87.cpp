@@ -292,6 +292,12 @@ void psPrintCtrlStatus() {
             << END;
 }
 
+psCtrlTexts psCtrlStatusTexts() {
+    const ps87& x87 = ps87::instance();
+    const psSSX& sse = psSSX::instance();
+    return {x87.strCW(), x87.strSW(), sse.strCW(), sse.strExceptionState()};
+}
+
 psResult psCheckCtrlStatus(bool& bad87, bool& badSSX) {
     const bool x87 = ps87::instance().badStatus();
     const bool sse = psSSX::instance().badStatus();

@@ -117,6 +117,15 @@ class psSSX {
     unsigned m_mxcsr = 0;
 };
 
+// The guards' texts: control words and accumulated status of both.
+struct psCtrlTexts {
+    psString control87;
+    psString status87;
+    psString controlSSX;
+    psString statusSSX;
+};
+psCtrlTexts psCtrlStatusTexts();
+
 // What a test does around the measurement of one parameter set.
 void psInitCtrlStatus();   // before: both guards start anew, -W applied
 void psClearCtrlStatus();  // forgets what was accumulated

@@ -246,14 +246,7 @@ psReportTestTitle::psReportTestTitle(const psTest& test)
     addItem(m_items, "Description", test.info().variant);
 }
 
-namespace {
-
-// A guard's text, or that it has noted something when its words are gone.
-psString guardStatus(const psString& text, bool bad) {
-    return bad && !text.contains("?") ? psString("?Modified ") + text : text;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 psReportTestResult::psReportTestResult()
     : m_fields{"Function", "Class",       "Control87", "Status87", "ControlSSX", "StatusSSX",
@@ -267,34 +260,18 @@ psReportTestResult::psReportTestResult(const psTest& test)
     const psTestInfo& info = test.info();
     m_fields = {test.funcName(),
                 info.className,
-                {},
-                {},
-                {},
-                {},
+                test.ctrlTexts().control87,
+                test.ctrlTexts().status87,
+                test.ctrlTexts().controlSSX,
+                test.ctrlTexts().statusSSX,
                 info.variant.empty() ? info.kind : info.variant,
                 psFormat("%.0f", m_seconds),
                 test.fileName(),
                 m_resultName,
                 psCStream::m_exePath.getFileName()};
-    if (!m_measuredNothing) addStatus(test.badControl87(), test.badControlSSX());
-}
-
-void psReportTestResult::addStatus(bool bad87, bool badSSX) {
-    ps87& fpu = ps87::instance();
-    psSSX& sse = psSSX::instance();
-    // The check behind the last set has emptied the guards; the registers still
-    // hold the state that the test has left.
-    if (fpu.getCW() == 0) fpu.stop();
-    if (sse.get() == 0) sse.stop();
-    const psString status87 = guardStatus(fpu.strSW(), bad87);
-    const psString statusSSX = guardStatus(sse.strExceptionState(), badSSX);
-    if (bad87) m_statusText += psString("x87 ") + status87;
-    if (badSSX) m_statusText += psString("SSE ") + statusSSX;
+    if (test.badControl87()) m_statusText += "x87 " + test.ctrlTexts().status87;
+    if (test.badControlSSX()) m_statusText += "SSE " + test.ctrlTexts().statusSSX;
     m_statusText.trim();
-    m_fields[2] = fpu.strCW();
-    m_fields[3] = status87;
-    m_fields[4] = sse.strCW();
-    m_fields[5] = statusSSX;
 }
 
 psReportEnd::psReportEnd(const psTestList& tests) {

@@ -95,7 +95,6 @@ class psReportTestResult {
 
     // Without a test it stands for the header of the result lines.
     psReportTestResult();
-    // Reads the floating-point guards as the test has left them.
     explicit psReportTestResult(const psTest& test);
 
     bool isHeader() const { return m_header; }
@@ -106,8 +105,6 @@ class psReportTestResult {
     double seconds() const { return m_seconds; }
 
   private:
-    void addStatus(bool bad87, bool badSSX);
-
     bool m_header = true;
     bool m_measuredNothing = false;
     double m_seconds = 0;

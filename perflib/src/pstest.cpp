@@ -75,6 +75,7 @@ void psTest::initSettings() {
     m_notStarted = true;
     m_bad87 = false;
     m_badSSX = false;
+    m_ctrlTexts = {};
     m_cacheSizeBad = false;
     m_deprecated = false;
     clearParms();
@@ -293,7 +294,9 @@ psResult psTest::measureSet() {
     return std::max(timing, status);
 }
 
+// The check empties the guards, so the report's texts are taken before it.
 psResult psTest::checkCtrlStatus() {
+    if (!m_bad87 && !m_badSSX) m_ctrlTexts = psCtrlStatusTexts();
     return psCheckCtrlStatus(m_bad87, m_badSSX);
 }
 

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <memory>
 
+#include "psctrl87.h"
 #include "pslist.h"
 #include "psresult.h"
 #include "psstream.h"
@@ -58,6 +59,8 @@ class psTest {
     psResult result() const { return m_result; }
     std::time_t startTime() const { return m_startTime; }
     std::time_t endTime() const { return m_endTime; }
+    // Of the first set that disturbed the floating-point state, else of the last.
+    const psCtrlTexts& ctrlTexts() const { return m_ctrlTexts; }
     // No parameter set came up for measuring in the last run.
     bool notStarted() const { return m_notStarted; }
     bool badControl87() const { return m_bad87; }
@@ -161,6 +164,7 @@ class psTest {
     bool m_notStarted = true;
     bool m_bad87 = false;
     bool m_badSSX = false;
+    psCtrlTexts m_ctrlTexts;
     psList<psParameter*> m_parms;  // not owned
     std::unique_ptr<psCacheIterator> m_cacheIter;
     bool m_cacheSizeBad = false;

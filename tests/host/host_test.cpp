@@ -184,6 +184,13 @@ TEST_F(HostRun, ListingEqualsTheConsoleFromItsOpeningOn) {
     EXPECT_EQ(shared().outcome.out, shared().file(".txt"));
 }
 
+TEST_F(HostRun, SummaryTellsTheFlagsOfADisturbedState) {
+    EXPECT_EQ(shared().results.at("hostFpState")[5], "?Invalid");
+    EXPECT_EQ(shared().results.at("hostFast")[5], "Ok");
+    EXPECT_EQ(shared().results.at("hostFast")[2].substr(0, 8), "Near 53 ");
+    EXPECT_EQ(shared().results.at("hostCannot")[5], "-");
+}
+
 TEST_F(HostRun, ClosingBoxAddsUp) {
     std::map<std::string, int> counts;
     for (const Row& row : support::tableRows(shared().file("_sum.csv"))) {
