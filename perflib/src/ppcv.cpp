@@ -1,9 +1,12 @@
 #include "ppcv.h"
 
+#include "ppimage.h"
 #include "ppsession.h"
 #include "psbase.h"
 
 psIterator<ZmoiSize> ImageSize("ImageSize", "Image size", {{64, 64}, {640, 480}});
+psIterator<int> Density("Density", "Selected pixels, percent", {10, 90});
+psIterator<int> Channel("Channel", "Channel of interest", {2});
 
 namespace {
 
@@ -58,4 +61,30 @@ bool registerCommon() {
 
 const bool registered = registerCommon();
 
+bool drawPicture(ppImage& image) {
+    ppImage grey(pp8u, 1, false);
+    if (!grey.createImage(image.width(), image.height()) || !ppDrawPicture(grey)) return false;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const double value = grey.getImageAt(x, y, 0);
+            for (int c = 0; c < image.numChannels(); ++c) image.setImageAt(x, y, c, value);
+        }
+    }
+    return true;
+}
+
 }  // namespace
+
+bool ppDrawSource(ppImage& image) {
+    if (ppPictureGiven()) return drawPicture(image);
+    return image.type() == pp32f ? image.setRandom(0, 255) : image.setRandom();
+}
+
+bool ppDrawMask(ppImage& mask, int percent) {
+    if (!mask.setRandom(0, 100)) return false;
+    for (int y = 0; y < mask.height(); ++y) {
+        auto* const row = static_cast<unsigned char*>(mask.getRowPointer(y));
+        for (int x = 0; x < mask.width(); ++x) row[x] = row[x] < percent ? 255 : 0;
+    }
+    return true;
+}

@@ -1,8 +1,19 @@
 // What the computer-vision modules share: parameters with the same names
-// everywhere, and the source picture.
+// everywhere, source images and masks.
 #pragma once
 
 #include "ppdefault.h"
 #include "pppicture.h"
 
+class ppImage;
+
 extern psIterator<ZmoiSize> ImageSize;
+extern psIterator<int> Density;  // percent of the pixels that a mask selects
+extern psIterator<int> Channel;  // channel of interest, from 1
+
+// Fills a source image: with the given picture in grey, the same in all channels,
+// or with noise over the range of an integer type and over 0 to 255 for 32f.
+bool ppDrawSource(ppImage& image);
+// Fills an 8u image with 255 for so many percent of the pixels, spread at random,
+// and 0 for the others.
+bool ppDrawMask(ppImage& mask, int percent);

@@ -1,0 +1,66 @@
+// Extremes with their positions, means and standard deviations (zmoiMinMaxIndx, zmoiMean,
+// zmoiMean_StdDev), of whole images and under a mask.
+#include "masked.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace masked;
+
+Zmo32f low;
+Zmo32f high;
+ZmoiPoint lowPosition;
+ZmoiPoint highPosition;
+Zmo64f mean;
+Zmo64f stdDev;
+
+// Functions without a mask.
+class TimeStatNull : public MaskedTest {
+  public:
+    using MaskedTest::MaskedTest;
+
+  protected:
+    // Two comparisons or one addition; means with a deviation are of integers here.
+    int flopsOfPixel() const override { return func().baseName() == "MinMaxIndx" ? 2 : 1; }
+};
+
+// Functions with a mask.
+class TimcStat : public TimeStatNull {
+  public:
+    using TimeStatNull::TimeStatNull;
+};
+
+#define REG_MIN_MAX(type)                                                                          \
+    PP_REG(TimeStatNull, zmoiMinMaxIndx_##type##_C1R, pSrc.ptr##type(), srcStep, roi, &low, &high, \
+           &lowPosition, &highPosition)                                                            \
+    PP_REG(TimeStatNull, zmoiMinMaxIndx_##type##_C3CR, pSrc.ptr##type(), srcStep, roi, coi, &low,  \
+           &high, &lowPosition, &highPosition)                                                     \
+    PP_REG(TimcStat, zmoiMinMaxIndx_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),       \
+           maskStep, roi, &low, &high, &lowPosition, &highPosition)                                \
+    PP_REG(TimcStat, zmoiMinMaxIndx_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),      \
+           maskStep, roi, coi, &low, &high, &lowPosition, &highPosition)
+#define REG_MEAN(type)                                                                            \
+    PP_REG(TimcStat, zmoiMean_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), maskStep,  \
+           roi, &mean)                                                                            \
+    PP_REG(TimcStat, zmoiMean_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), maskStep, \
+           roi, coi, &mean)
+#define REG_MEAN_STDDEV(type)                                                                  \
+    PP_REG(TimeStatNull, zmoiMean_StdDev_##type##_C1R, pSrc.ptr##type(), srcStep, roi, &mean,  \
+           &stdDev)                                                                            \
+    PP_REG(TimeStatNull, zmoiMean_StdDev_##type##_C3CR, pSrc.ptr##type(), srcStep, roi, coi,   \
+           &mean, &stdDev)                                                                     \
+    PP_REG(TimcStat, zmoiMean_StdDev_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),  \
+           maskStep, roi, &mean, &stdDev)                                                      \
+    PP_REG(TimcStat, zmoiMean_StdDev_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), \
+           maskStep, roi, coi, &mean, &stdDev)
+
+REG_MIN_MAX(8u)
+REG_MIN_MAX(16u)
+REG_MIN_MAX(32f)
+REG_MEAN(8u)
+REG_MEAN(16u)
+REG_MEAN(32f)
+REG_MEAN_STDDEV(8u)
+REG_MEAN_STDDEV(16u)
+
+}  // namespace
