@@ -373,7 +373,8 @@ template <class T, class Read>
 bool wholeNumber(const psString& text, T& value, Read read) {
     psString trimmed(text);
     trimmed.trim();
-    if (trimmed.empty()) return false;
+    // The C library would skip blanks that trim() leaves, such as a vertical tab.
+    if (trimmed.empty() || std::isspace(static_cast<unsigned char>(trimmed[0]))) return false;
     char* end = nullptr;
     errno = 0;
     const T number = read(trimmed.c_str(), &end);
