@@ -34,15 +34,6 @@ TEST(PpFunc, SplitsNames) {
     }
 }
 
-TEST(PpFunc, MeasuresTypeTokens) {
-    struct {
-        const char* text;
-        int length;
-    } const cases[] = {{"8u", 2}, {"16sc_C1", 4}, {"32f64f", 3}, {"", 0},   {"64", 0},
-                       {"u8", 0}, {"3x3", 0},     {"8Con", 0},   {"1u", 2}, {"32fcc", 4}};
-    for (const auto& c : cases) EXPECT_EQ(ppFunc::lenOfType(c.text), c.length) << c.text;
-}
-
 TEST(PpFunc, FindsArgumentTypes) {
     struct {
         const char* name;
@@ -79,18 +70,6 @@ TEST(PpFunc, FindsArgumentTypes) {
         EXPECT_EQ(f.dstType(), c.dst) << c.name;
         EXPECT_EQ(f.dst2Type(), c.dst2) << c.name;
     }
-}
-
-TEST(PpFunc, FindsTypesByIndex) {
-    const ppFunc three("zmoiSqrIntegral_8u32s64f_C1R");
-    EXPECT_EQ(three.type(0), pp8u);
-    EXPECT_EQ(three.type(1), pp8u);
-    EXPECT_EQ(three.type(2), pp32s);
-    EXPECT_EQ(three.type(3), pp64f);
-    EXPECT_EQ(three.type(4), 0);
-    EXPECT_EQ(ppFunc("zmosConvert64sc_8u").type(0), pp64sc);
-    EXPECT_EQ(ppFunc("zmosConvert32s8u_16s").type(0), pp32s);
-    EXPECT_EQ(ppFunc("zmosConvert64u_16s").type(0), pp16s);  // the base knows no 64u
 }
 
 TEST(PpFunc, FindsChannelsAndFlags) {

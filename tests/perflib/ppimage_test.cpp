@@ -89,16 +89,6 @@ TEST_F(PpImage, PlacesPixelsInBothLayouts) {
     }
 }
 
-TEST_F(PpImage, MisalignsPlanesAsAsked) {
-    for (int firstOnly : {0, 1}) {
-        ppImage image(pp16s, 3, true);
-        ASSERT_TRUE(image.createImage(5, 5, 0, 6, firstOnly));
-        for (int c = 0; c < 3; ++c) {
-            EXPECT_EQ(address(image.planePtrs()[c]) % 64, c > 0 && firstOnly ? 0u : 6u);
-        }
-    }
-}
-
 TEST_F(PpImage, FillsRowByRowAndLeavesThePaddingZero) {
     for (bool planar : {false, true}) {
         ppImage image(pp8u, 3, planar);
@@ -181,26 +171,6 @@ TEST_F(PpImage, KeepsAndPutsBackItsData) {
     EXPECT_FALSE(planes.setReservedCopy());
 }
 
-TEST_F(PpImage, APlanarImageIsListedOnce) {
-    ppImage image(pp8u, 3, true);
-    ASSERT_TRUE(image.createImage(4, 4));
-    int objects = 0, subObjects = 0;
-    void* owner = nullptr;
-    for (void* p = psMallocFirst(nullptr, &owner); p; p = psMallocNext(nullptr, &owner)) {
-        EXPECT_EQ(psUntaggedOwner(owner), static_cast<psObject*>(&image));
-        ++(psIsSubObject(owner) ? subObjects : objects);
-    }
-    EXPECT_EQ(objects, 1);
-    EXPECT_EQ(subObjects, 3);
-}
-
-TEST_F(PpImage, PrintsRowsAndPlanes) {
-    ppImage image(pp8u, 2, true);
-    ASSERT_TRUE(image.createImage(2, 2, SET_ONE));
-    EXPECT_STREQ(image.getString().c_str(), "   1   1\n   1   1\n\n   1   1\n   1   1");
-    EXPECT_STREQ(image.objectInfo().c_str(), "Image 8u_P2 width=2 height=2 step=64");
-}
-
 TEST_F(PpImage, RefusesWhatCannotBe) {
     struct {
         int width, height, step;
@@ -218,16 +188,6 @@ TEST_F(PpImage, RefusesWhatCannotBe) {
     }
     ppImage untyped;
     EXPECT_FALSE(untyped.createImage(4, 4, 4));
-}
-
-TEST_F(PpImage, CanBeReused) {
-    ppImage image(pp8u, 3, true);
-    ASSERT_TRUE(image.createImage(4, 4));
-    ASSERT_TRUE(image.createImage(40, 40));
-    image.init(pp32f, 1, false);
-    EXPECT_EQ(image.getNumRows(), 0);
-    ASSERT_TRUE(image.createImage(3, 3, SET_DEFAULT));
-    EXPECT_EQ(image.ptr32f()[2], 1.00001F);
 }
 
 }  // namespace

@@ -278,24 +278,6 @@ TEST_F(PpVector, EmptyOrRefusedVectorsDoNothing) {
     EXPECT_NE(printedErrors([&] { EXPECT_FALSE(undefined.createVector(10)); }), "");
 }
 
-TEST_F(PpVector, TakesTypeAndChannelsFromAFunction) {
-    const ppFunc f("zmoiGradient_8u16s_C3C1R");
-    ppVector src(f, ppArgSrc), dst(f, ppArgDst), second(f, 2);
-    EXPECT_STREQ(src.name().c_str(), "_8u_C3");
-    EXPECT_STREQ(dst.name().c_str(), "_16s_C1");
-    EXPECT_STREQ(second.name().c_str(), "_16s_C1");
-    EXPECT_EQ(dst.type(), pp16s);
-    ASSERT_TRUE(dst.createVector(5));
-    EXPECT_EQ(dst.size(), 10);
-    EXPECT_STREQ(dst.objectInfo().c_str(), "Vector 16s len=5");
-    EXPECT_EQ(static_cast<void*>(dst.ptr16s()), dst.data());
-    EXPECT_EQ(dst.ptr16u(), nullptr);
-    dst.init(pp32f);
-    EXPECT_EQ(dst.data(), nullptr);
-    EXPECT_EQ(dst.ptr32f(), nullptr);
-    EXPECT_STREQ(dst.name().c_str(), "_32f_");
-}
-
 TEST_F(PpVector, LiesWhereItIsPut) {
     const auto low = [](const ppVector& v) {
         return reinterpret_cast<std::uintptr_t>(v.data()) % 64;
@@ -354,24 +336,6 @@ TEST_F(PpVector, ReservedCopyPutsTheDataBack) {
     EXPECT_FALSE(w.setReservedCopy()) << "the copy of the old block must not be put back";
 }
 
-TEST_F(PpVector, FillsSingleElements) {
-    ppVector v(pp16sc);
-    ASSERT_TRUE(v.createVector(3, SET_ZERO));
-    EXPECT_TRUE(v.setIndex(1, SET_CONST, -4, 5));
-    EXPECT_TRUE(v.setIndex(2, SET_SEQUENCE, 9, 20));
-    EXPECT_STREQ(v.getString().c_str(), " (      0,      0) (     -4,      5) (      9,      9)");
-    EXPECT_FALSE(v.setIndex(3, SET_ONE, 0, 0));
-    EXPECT_FALSE(v.setIndex(-1, SET_ONE, 0, 0));
-    ppVector r(pp32f);
-    ASSERT_TRUE(r.createVector(2));
-    const unsigned before = ppVector::m_seed;
-    EXPECT_TRUE(r.setIndex(0, SET_RANDOM, 0, 1));
-    std::uint32_t seed = before;
-    EXPECT_EQ(r.getIndex(0), static_cast<float>(plainRandom(1, 0, 1, seed)[0]));
-    EXPECT_EQ(ppVector::m_seed, seed);
-    EXPECT_EQ(r.getIndex(1), 1.00001F);
-}
-
 TEST_F(PpVector, PrintsItsElements) {
     struct {
         ppType type;
@@ -395,14 +359,6 @@ TEST_F(PpVector, PrintsItsElements) {
     EXPECT_STREQ(ppVector::getByteString("\x01\xAB", 2).c_str(), " 01 AB");
     EXPECT_TRUE(ppVector::getByteString("x", 0).empty());
     EXPECT_TRUE(ppVector::getDataString(24, "x", 1).empty());
-}
-
-TEST_F(PpVector, OutlivesTheRegistry) {
-    ppVector v(pp8u);
-    ASSERT_TRUE(v.createVector(10));
-    psFreeAll();
-    v.deleteVector();
-    EXPECT_EQ(v.data(), nullptr);
 }
 
 }  // namespace

@@ -93,21 +93,6 @@ TEST(CommandText, IsCutAtBlanksQuotesAndSemicolons) {
     }
 }
 
-TEST(CommandList, TheLastEntryOfAKeyCounts) {
-    psCommandList list;
-    list.setArgs("-n one -p in -n two");
-    psString arg = "untouched";
-    EXPECT_TRUE(list.getArg('n', arg));
-    EXPECT_EQ(arg, "two");
-    EXPECT_TRUE(list.isKey('p'));
-    EXPECT_FALSE(list.isKey('l'));
-    EXPECT_FALSE(list.getArg('l', arg));
-    EXPECT_EQ(arg, "two");
-    list.setArg('n', "three");
-    list.getArg('n', arg);
-    EXPECT_EQ(arg, "three");
-}
-
 class OptionFile : public testing::Test {
   protected:
     OptionFile() { std::filesystem::create_directories(m_dir); }
@@ -166,13 +151,6 @@ TEST_F(OptionFile, OfBinaryJunkYieldsNoKeysThatWereNotThere) {
     psString arg;
     EXPECT_TRUE(list.getArg('B', arg));
     EXPECT_FALSE(list.isKey('x'));
-}
-
-TEST_F(OptionFile, MayHoldLinesOfAnyLength) {
-    const std::string name(10000, 'n');
-    psCommandList list;
-    EXPECT_TRUE(list.insertFromFile(file("long", "-n" + name + "\n-B").c_str(), list.begin()));
-    EXPECT_EQ(keysOf(list), "n[" + name + "]B[]");
 }
 
 }  // namespace

@@ -49,22 +49,6 @@ TEST_F(Table, WritesAsManyCellsAsAskedFor) {
     EXPECT_EQ(m_table.lineCount(), 8);
 }
 
-TEST_F(Table, HasThirtyTwoColumns) {
-    std::string expected;
-    for (int i = 0; i < 33; ++i) {
-        m_table.setNextColm(psText(i));
-        if (i < 32) expected += (i ? "," : "") + std::to_string(i);
-    }
-    psString cell = "kept";
-    EXPECT_FALSE(m_table.getColm(32, cell));
-    EXPECT_FALSE(m_table.getColm(-1, cell));
-    EXPECT_EQ(str(cell), "kept");
-    m_table.setColm(32, "x");
-    m_table.setColm(-1, "x");
-    m_table.lineOut(40);
-    EXPECT_EQ(file(), expected + "\n");
-}
-
 TEST_F(Table, ACellSetByIndexIsPartOfTheLine) {
     m_table.setColm(3, "d");
     m_table.setNextColm("e");
@@ -139,33 +123,6 @@ TEST_F(Table, PostponedLinesAreCompared) {
         m_table.lineOut(0);
     }
     EXPECT_FALSE(m_table.identicalLinesStop()) << "the last column counts";
-}
-
-TEST_F(Table, WritesIntoTheFilesOfAnother) {
-    psCStream names;
-    names.addStream(m_dir / "names.csv", false);
-    m_table.writeInto(names, [&] {
-        fill("title");
-        m_table << "\n";
-    });
-    fill("row");
-    m_table << "\n";
-    names << "name";
-    names << "\n";
-    EXPECT_EQ(file(), "row\n");
-    EXPECT_EQ(m_dir.read("names.csv"), "title\nname\n");
-    EXPECT_EQ(m_table.lineCount(), 1);
-}
-
-TEST_F(Table, AppendsToAFileOfBefore) {
-    fill("a");
-    m_table << "\n";
-    psCStream later;
-    EXPECT_TRUE(later.addStream(m_dir / "t.csv", true));
-    later << "b";
-    later << "\n";
-    EXPECT_EQ(file(), "a\nb\n");
-    EXPECT_EQ(later.lineCount(), 1);
 }
 
 }  // namespace

@@ -111,14 +111,6 @@ TEST_F(FakeGuards, ControlTexts) {
     }
 }
 
-TEST_F(FakeGuards, DefaultsLeaveOtherBitsAlone) {
-    fake.control = 0x1040;
-    fake.mxcsr = 0x7f;
-    psInitCtrlStatus();
-    EXPECT_EQ(fake.control, 0x1040u | 0x23b);
-    EXPECT_EQ(fake.mxcsr, 0x9fc0u);  // denormals-are-zero stays, the flags go
-}
-
 TEST_F(FakeGuards, AccumulateUntilCleared) {
     measure(0x04, 0);
     measure(0x20, 0x10);
@@ -153,17 +145,6 @@ TEST_F(FakeGuards, CheckReportsOnceAndClears) {
     EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), PS_UNDEFINED);
 }
 
-TEST_F(FakeGuards, InexactMaskIsBuiltFromTheFlags) {
-    fake.status = 0x05;
-    // set() clears the flags after they were read
-    ps87::instance().base().disableInexactException();
-    EXPECT_EQ(fake.control & 0x3f, 0x25u);
-    psSSX::instance().base().enableExceptions();
-    EXPECT_EQ(fake.mxcsr & 0x1f80, 0u);
-    psSSX::instance().base().disableInexactException();
-    EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1000u);
-}
-
 TEST_F(FakeGuards, UnmaskingLastsUntilMasked) {
     ps87::setExceptionValue(0x20);
     psSSX::setExceptionValue(0x1000);
@@ -176,20 +157,6 @@ TEST_F(FakeGuards, UnmaskingLastsUntilMasked) {
     EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1f80u);
     psInitCtrlStatus();
     EXPECT_EQ(fake.control & 0x3f, 0x20u);
-}
-
-TEST_F(FakeGuards, WithoutSseNothingIsTouched) {
-    const auto query = zmo_GetCpuFeatures;
-    zmo_GetCpuFeatures = [](Zmo64u* mask, Zmo32u, Zmo32u*) -> ZmoStatus { return *mask = 1, 0; };
-    fake.mxcsr = 0x1234;
-    tsSSXBase base;
-    base.setDefault();
-    base.enableExceptions();
-    base.reset();
-    zmo_GetCpuFeatures = query;
-    EXPECT_FALSE(base.isPresent());
-    EXPECT_EQ(fake.mxcsr, 0x1234u);
-    EXPECT_EQ(base.get(), 0u);
 }
 
 // The processor's registers.

@@ -67,19 +67,6 @@ TEST(PsData, PlacesBlocksByShiftAndOffset) {
     }
 }
 
-TEST(PsData, EveryByteOfABlockIsItsOwn) {
-    // Under the address sanitizer this also shows that the slack suffices.
-    for (int shift : {-130, -63, -1, 0, 1, 63, 200}) {
-        for (int offset : {0, 1, 63, 64, 1000}) {
-            auto* p = static_cast<unsigned char*>(psMalloc(777, shift, offset, nullptr));
-            ASSERT_NE(p, nullptr);
-            std::memset(p, 0xA5, 777);
-            psFree(p);
-        }
-    }
-    EXPECT_TRUE(liveBlocks().empty());
-}
-
 TEST(PsData, RefusedSizesGiveOneMessageAndNull) {
     for (int size : {INT_MAX, INT_MAX - 300, -1000}) {
         const std::string text = printed(MessageLevel::ERR, [size] {
@@ -119,15 +106,6 @@ TEST(PsData, RegistryListsInOrderAndSurvivesReleaseInTheWalk) {
     psFree(c);
 }
 
-TEST(PsData, ReleasingAForeignPointerOnlyTraces) {
-    void* p = psMalloc(8, 0, 0, nullptr);
-    int foreign = 0;
-    EXPECT_EQ(printed(MessageLevel::MALLOC, [&] { psFree(&foreign); }), " - psFree: \n");
-    EXPECT_EQ(printed(MessageLevel::MALLOC, [&] { psFree(nullptr); }), "");
-    EXPECT_EQ(liveBlocks(), std::vector<void*>{p});
-    psFree(p);
-}
-
 TEST(PsData, FreeAllForgetsWithoutReleasing) {
     auto* p = static_cast<char*>(psMalloc(8, 0, 0, nullptr));
     EXPECT_EQ(psFreeAll(), 0);
@@ -152,16 +130,6 @@ TEST(PsData, OnlyOwnersThatStandForThemselvesAreVisited) {
     EXPECT_EQ(parent.reset, 1);
     EXPECT_EQ(buffered.reserved + buffered.reset, 0);
     for (void* p : blocks) psFree(p);
-}
-
-TEST(PsData, BuffersAreNoData) {
-    void* buffer = psMalloc(8, 0, 0, psBufferOwner());
-    void* anonymous = psMalloc(8, 0, 0, nullptr);
-    EXPECT_FALSE(psMallocHasData());
-    CountingObject object;
-    void* plane = psMalloc(8, 0, 0, psSubObjectOwner(object.self()));
-    EXPECT_TRUE(psMallocHasData());
-    for (void* p : {buffer, anonymous, plane}) psFree(p);
 }
 
 TEST(PsData, VectorAlignKeepsTheRemainder) {

@@ -122,15 +122,6 @@ TEST(PsMapDefault, TheFirstNameThatBeginsWithTheTextWins) {
     EXPECT_EQ(str(ask.valueString()), "yes");
 }
 
-TEST(PsParameter, APlainOneYieldsOneValue) {
-    psDefault<int> number(7, "n");
-    EXPECT_TRUE(number.firstValue());
-    EXPECT_FALSE(number.nextValue());
-    EXPECT_TRUE(number.nextValue());
-    EXPECT_TRUE(number.firstValue()) << "in the middle of a pass";
-    EXPECT_FALSE(number.nextValue());
-}
-
 class Column3 : public psDefault<int> {
   public:
     using psDefault<int>::psDefault;
@@ -190,20 +181,6 @@ class FromIStream : public testing::Test {
     }
 };
 
-TEST_F(FromIStream, PrintsTheValueTaken) {
-    MessageCapture messages(7);
-    psDefault<int> number(7, "n");
-    psDefault<int> fixed(8, "fixed");
-    psDefault<int> nameless(9, "");
-    g_istrm.dataList().set("n", "12");
-    g_istrm.dataList().set("fixed", "13");
-    fixed.setInput(false);
-    number.fromIStream();
-    fixed.fromIStream();
-    nameless.fromIStream();
-    EXPECT_EQ(messages.text(), " n = 12\n fixed = 8\n");
-}
-
 TEST_F(FromIStream, ABadTextIsReportedAndKeepsTheValue) {
     MessageCapture messages(1);
     psDefault<int> number(7, "n");
@@ -219,15 +196,6 @@ class Faulty : public psDefault<int> {
     using psDefault<int>::psDefault;
     void translate(const psString&) override { std::raise(SIGFPE); }
 };
-
-TEST_F(FromIStream, ASignalIsReportedLikeABadText) {
-    MessageCapture messages(7);
-    Faulty number(7, "n");
-    number.fromIStream();
-    EXPECT_EQ(number.value(), 7);
-    EXPECT_EQ(messages.text().rfind("---ZMO. Signal: ", 0), 0U) << messages.text();
-    EXPECT_NE(messages.text().find("\n n = 7\n"), std::string::npos);
-}
 
 TEST_F(FromIStream, AConsoleRaisesTheLevelForTheQuestion) {
     MessageCapture messages(1);
@@ -246,18 +214,6 @@ TEST_F(FromIStream, AConsoleRaisesTheLevelForTheQuestion) {
               "\n Border type {const|mirror} [const] =  Border = mirror\n"
               "\n Border type {const|mirror} [mirror] =  Border = mirror\n");
     EXPECT_EQ(g_ostrm.getOutLevel(), 1);
-}
-
-TEST(PsParameter, RestoresTheSavedDefinition) {
-    psDefault<int> number(7, "n");
-    number.restoreDefinition();
-    EXPECT_EQ(number.value(), 7) << "nothing was saved";
-    number.saveDefinition();
-    for (const char* text : {"8", "9"}) {
-        number.translate(text);
-        number.restoreDefinition();
-        EXPECT_EQ(number.value(), 7);
-    }
 }
 
 }  // namespace

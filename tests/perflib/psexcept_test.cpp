@@ -89,17 +89,6 @@ class PsExcept : public testing::Test {
     unsigned m_control = 0;
 };
 
-TEST_F(PsExcept, MessagesOfBothForms) {
-    const psException fault(psString("no such image"));
-    EXPECT_STREQ(fault.msg().c_str(), "--ZMO. Exception: no such image");
-    EXPECT_STREQ(fault.info().c_str(), "no such image");
-    EXPECT_STREQ(fault.what(), fault.msg().c_str());
-    EXPECT_TRUE(fault.where().empty());
-    EXPECT_STREQ(psException("trap").msg().c_str(), "--ZMO. Signal: trap");
-    EXPECT_EQ(psException(psString(std::string(300, 'x'))).info().length(), 255);
-    EXPECT_STREQ(tsSignal::getInfo(SIGTERM), "Unknown exception");
-}
-
 TEST_F(PsExcept, EveryFaultComesBackAsException) {
     for (const Fault& fault : faults) EXPECT_EQ(infoOf(fault.raise), fault.info) << fault.name;
     EXPECT_EQ(infoOf([] {}), "");
@@ -155,32 +144,6 @@ TEST_F(PsExcept, KeepsControlWords) {
     const unsigned invalid = psFpuSsx4TS(3, 0, 0) & 1;
     asm volatile("fninit");
     EXPECT_EQ(invalid, 0u);
-}
-
-TEST_F(PsExcept, Nests) {
-    std::string inner;
-    const std::string outer = infoOf([&] {
-        inner = infoOf(readNull);
-        illegalInstruction();  // the outer region is armed again
-    });
-    EXPECT_EQ(inner, storage);
-    EXPECT_EQ(outer, "Illegal instruction.");
-    EXPECT_FALSE(tsSignal::isArmed());
-}
-
-TEST_F(PsExcept, DestructorsOfTheArmingFrameRun) {
-    bool destroyed = false;
-    struct Flag {
-        bool& set;
-        ~Flag() { set = true; }
-    };
-    try {
-        const Flag flag{destroyed};
-        psGuarded(readNull);
-        FAIL();
-    } catch (const psException&) {
-        EXPECT_TRUE(destroyed);
-    }
 }
 
 TEST_F(PsExcept, OtherExceptionsPassAndDisarm) {

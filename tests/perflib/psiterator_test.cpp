@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <climits>
 
 #include "message_capture.h"
@@ -88,12 +87,10 @@ TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
     } const cases[] = {
         {"1;2;4", "1 2 4", "1; 2; 4"},
         {" 1 ;; 2 ;", "1 2", "1; 2"},
-        {"7", "7", "7"},
         {"1;2;3;*4", nullptr, nullptr},
         {"64 ; 1024 ; * 2", "64 128 256 512 1024", "64;1024;*2"},
         {"100;10;-30", "100 70 40 10", "100;10;-30"},
         {"1;10;+4", "1 5 9", "1;10;+4"},
-        {"5;5;+1", "5", "5;5;+1"},
         {"10;1;+-3", "10 7 4 1", "10;1;+-3"},
         {"1;10;--3", "1 4 7 10", "1;10;--3"},
         {"-1;-20;*3", "-1 -3 -9", "-1;-20;*3"},
@@ -119,10 +116,7 @@ TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
 }
 
 TEST(PsStepIterator, ABadDefinitionKeepsTheOneBefore) {
-    const struct {
-        const char* text;
-        std::string message;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"", "Empty iterator definition"},
         {" ;; ", "Empty iterator definition"},
         {"1;x", "Invalid value of n = x"},
@@ -144,16 +138,14 @@ TEST(PsStepIterator, ABadDefinitionKeepsTheOneBefore) {
         {"0;10;*2", conflict},
         {"-5;10;*2", conflict},
         {"1024;64;*2", conflict},
-        {"-1024;-64;*2", conflict},
-    };
+        {"-1024;-64;*2", conflict}};
     for (const char* before : {"1;9;+4", "1; 5; 9"}) {
         psStepIterator<int> parm("n", "", before);
-        ASSERT_EQ(walk(parm), "1 5 9");
-        for (const auto& c : cases) {
-            EXPECT_EQ(failure(parm, c.text), c.message) << c.text;
-            EXPECT_EQ(str(parm.defaultString()), before);
-            EXPECT_EQ(walk(parm), "1 5 9") << c.text;
+        for (const auto& [text, message] : cases) {
+            EXPECT_EQ(failure(parm, text), message) << text;
+            EXPECT_EQ(walk(parm), "1 5 9") << text;
         }
+        EXPECT_EQ(str(parm.defaultString()), before);
     }
 }
 
@@ -181,40 +173,11 @@ TEST(PsStepIterator, FloatsEndWhereTheyShould) {
         EXPECT_EQ(failure(parm, text), conflict) << text;
 }
 
-TEST(PsStepIterator, InitForms) {
-    psStepIterator<int> parm("n");
-    parm.init(5);
-    EXPECT_EQ(str(parm.defaultString()), "5");
-    parm.init(2, 4);
-    EXPECT_EQ(walk(parm), "2 3 4");
-    parm.init(4, 2);
-    EXPECT_EQ(walk(parm), "4 3 2");
-    parm.init(1, 8, 2, '*');
-    EXPECT_EQ(walk(parm), "1 2 4 8");
-    EXPECT_EQ(parm.operation(), '*');
-    EXPECT_FALSE(parm.descending());
-    parm.init(1, 8, 2, '*', "3;6");
-    EXPECT_EQ(walk(parm), "3 6");
-    EXPECT_EQ(parm.operation(), '?');
-    EXPECT_THROW(parm.init(1, 8, 1, '*'), psException);
-    EXPECT_THROW(parm.init(1, 8, 1, '?'), psException);
-    EXPECT_EQ(walk(parm), "3 6");
-    parm.init(1, 8, 2, '*');
-    parm.add(7);
-    EXPECT_EQ(walk(parm), "1 2 4 8") << "a range goes before a list";
-    parm.reset();
-    EXPECT_EQ(walk(parm), "");
-    parm.add(7);
-    EXPECT_EQ(walk(parm), "7");
-}
-
 TEST(PsIterator, RestoresTheSavedDefinition) {
     psStepIterator<int> range("n", "", "1;8;*2");
     psIterator<ZmoiSize> sizes("s", "", "1x2;3x4");
     for (psParameter* parm : std::initializer_list<psParameter*>{&range, &sizes}) {
         const std::string before = walk(*parm);
-        parm->restoreDefinition();
-        EXPECT_EQ(walk(*parm), before) << "nothing was saved";
         parm->saveDefinition();
         for (const char* text : {"5x5", "7"}) {
             failure(*parm, text);
@@ -223,17 +186,6 @@ TEST(PsIterator, RestoresTheSavedDefinition) {
             EXPECT_EQ(walk(*parm), before);
         }
     }
-}
-
-TEST(PsIterator, ACopyWalksItsOwnValues) {
-    psIterator<int> source("n", "", {1, 2, 3});
-    source.firstValue();
-    psIterator<int> copy(source);
-    source.translate("9");
-    EXPECT_EQ(walk(copy), "1 2 3");
-    source = copy;
-    copy.reset();
-    EXPECT_EQ(walk(source), "1 2 3");
 }
 
 TEST(PsMapIterator, TakesNamesByTheirBeginnings) {
@@ -247,8 +199,6 @@ TEST(PsMapIterator, TakesNamesByTheirBeginnings) {
     EXPECT_EQ(failure(map, "inf;L3"), "Invalid value of m = L3");
     EXPECT_EQ(failure(map, "infinite"), "Invalid value of m = infinite");
     EXPECT_EQ(walk(map), "L1 inf L2");
-    map.resetMap();
-    EXPECT_EQ(failure(map, "inf"), "Invalid value of m = inf");
 }
 
 TEST(PsMapIterator, ATestNarrowsTheTable) {
@@ -270,11 +220,6 @@ TEST(PsMapIterator, ATestNarrowsTheTable) {
     EXPECT_EQ(walk(map), "const mirror") << "each narrowing starts from the whole list";
     map.restoreDefinition();
     EXPECT_EQ(walk(map), "const");
-    map.resetValidation();
-    EXPECT_EQ(walk(map), "const copy mirror");
-    EXPECT_EQ(failure(map, "mirror"), "");
-    map.resetValidation();
-    EXPECT_EQ(walk(map), "mirror") << "nothing was narrowed";
 }
 
 TEST(PsIterator, ReadsItsDefinitionFromTheCommandLine) {
@@ -292,12 +237,11 @@ TEST(PsIterator, ReadsItsDefinitionFromTheCommandLine) {
 }
 
 TEST(PsShifted, StaysInTheRangeOrIsZero) {
-    struct {
-        int value, shift, result;
-    } const cases[] = {{1, 30, 1 << 30}, {1, 31, 0}, {3, 29, 1610612736}, {5, -2, 1},
-                       {5, -3, 0},       {5, 0, 5},  {5, -99, 0},         {5, 99, 0},
-                       {0, 3, 0},        {-5, 1, 0}, {INT_MAX, 1, 0}};
-    for (const auto& c : cases) EXPECT_EQ(psShifted(c.value, c.shift), c.result) << c.value;
+    const int cases[][3] = {{1, 30, 1 << 30}, {1, 31, 0}, {3, 29, 1610612736}, {5, -2, 1},
+                            {5, -3, 0},       {5, 0, 5},  {5, -99, 0},         {5, 99, 0},
+                            {0, 3, 0},        {-5, 1, 0}, {INT_MAX, 1, 0}};
+    for (const auto& [value, shift, result] : cases)
+        EXPECT_EQ(psShifted(value, shift), result) << value;
 }
 
 // Test data of a size that follows a parameter.
@@ -321,7 +265,6 @@ class CacheIterator : public testing::Test {
     static constexpr double inCacheHigh = 0.9;
     static inline int cacheSize = 0;
     Data data;
-    int resized = 0;
 };
 
 TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
@@ -329,7 +272,6 @@ TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
         MessageCapture messages(7);
         psStepIterator<int> len("Len", "", {start});
         psCacheIteratorInt iterator(len, &data, [&](int n) {
-            ++resized;
             data.size = 4 * n;
             return true;
         });
@@ -345,16 +287,10 @@ TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
             } else {
                 EXPECT_GE(data.size, 1.05 * cacheSize - 1);
             }
-            // Growing is exact, so what came out is the start times a power of two.
-            if (len.value() > start) {
-                EXPECT_EQ(len.value() % start, 0);
-                EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(len.value() / start)));
-            }
             walked += str(iterator.comment()) + " ";
         }
         EXPECT_EQ(walked, "inCache outofCache ");
     }
-    EXPECT_GT(resized, 5);
 }
 
 TEST_F(CacheIterator, ChangesTheAreaOfASizeByPowersOfTwo) {
@@ -397,18 +333,15 @@ TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
 
 TEST_F(CacheIterator, EndsTheSearchForWhatIsOutOfReach) {
     struct {
-        const char* what;
         int start;
-        int (*sizeOf)(int);
-        int cache;
-        int mostResized;
-    } const cases[] = {
-        {"no data", 100, [](int) { return 0; }, 1 << 20, 0},
-        {"a size that does not follow", 1, [](int) { return 90'000; }, 1 << 20, 10},
-        {"too large whatever the value", 64, [](int) { return INT_MAX; }, 1 << 20, 6},
-        {"a value that overflows", 1 << 29, [](int) { return 1; }, 1 << 20, 0},
-        {"no cache", 100, [](int n) { return n; }, 0, 0},
-    };
+        int (*sizeOf)(int);  // 0: cannot be made
+        int cache, mostResized;
+    } const cases[] = {{100, [](int) { return 0; }, 1 << 20, 0},       // no data
+                       {1, [](int) { return 90'000; }, 1 << 20, 10},   // does not follow
+                       {64, [](int) { return INT_MAX; }, 1 << 20, 6},  // too large whatever n
+                       {1 << 29, [](int) { return 1; }, 1 << 20, 0},   // n overflows
+                       {100, [](int n) { return n; }, 0, 0},           // no cache
+                       {1, [](int n) { return n > 1 ? 0 : 1; }, 1 << 20, 1}};
     for (const auto& c : cases) {
         MessageCapture messages(7);
         cacheSize = c.cache;
@@ -418,47 +351,12 @@ TEST_F(CacheIterator, EndsTheSearchForWhatIsOutOfReach) {
         psCacheIteratorInt iterator(len, &data, [&](int n) {
             ++count;
             data.size = c.sizeOf(n);
-            return true;
+            return data.size > 0;
         });
         ASSERT_TRUE(iterator.firstValue());
-        EXPECT_FALSE(iterator.validateSize()) << c.what;
-        EXPECT_LE(count, c.mostResized) << c.what;
+        EXPECT_FALSE(iterator.validateSize()) << c.start;
+        EXPECT_LE(count, c.mostResized) << c.start;
     }
-}
-
-TEST_F(CacheIterator, AFailedResizeEndsTheSearch) {
-    psStepIterator<int> len("Len", "", {1});
-    data.size = 1;
-    psCacheIteratorInt iterator(len, &data, [](int) { return false; });
-    MessageCapture messages(1);
-    ASSERT_TRUE(iterator.firstValue());
-    EXPECT_FALSE(iterator.validateSize());
-    EXPECT_EQ(str(iterator.infoString()), "       try: cacheParm=1 objectSize=1 < 104857");
-    EXPECT_EQ(messages.text(), "");
-}
-
-TEST_F(CacheIterator, StandsForItsParameter) {
-    psIterator<ZmoiSize> size("ImageSize", "Image size", {{8, 4}});
-    psCacheIteratorSize iterator(size, &data, [](const ZmoiSize&) { return true; });
-    MessageCapture messages(7);
-    g_istrm.dataList().set("ImageSize", "16x2");
-    iterator.fromIStream();
-    g_istrm.dataList().clear();
-    ASSERT_TRUE(iterator.firstValue());
-    iterator.toOStream(g_ostrm);
-    EXPECT_EQ(messages.text(), " ImageSize = 16x2\nImageSize=16x2 ");
-    psCStream table;
-    iterator.toCStream(table);
-    iterator.nameToCStream(table);
-    psString cell;
-    table.getColm(0, cell);
-    EXPECT_EQ(str(cell), "16x2");
-    table.getColm(1, cell);
-    EXPECT_EQ(str(cell), "ImageSize");
-    EXPECT_EQ(&iterator.parm(), &size);
-
-    size.reset();
-    EXPECT_FALSE(iterator.firstValue()) << "nothing to measure without a size";
 }
 
 }  // namespace

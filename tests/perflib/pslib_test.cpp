@@ -61,22 +61,6 @@ TEST_F(PsLib, TheRegisteredFunctionGoesFirst) {
     EXPECT_EQ(out.take(), "Morva ZMO core functions have been integrated into PS\n");
 }
 
-TEST_F(PsLib, VersionsAreKeptInOrder) {
-    const auto first = []() -> const ZmoLibraryVersion* { return nullptr; };
-    const auto second = []() -> const ZmoLibraryVersion* {
-        static const ZmoLibraryVersion version{1, 2, 3, "zmos", "1.2.3", "today"};
-        return &version;
-    };
-    EXPECT_TRUE(psRegZmoVersion(first));
-    EXPECT_TRUE(psRegZmoVersion(second));
-    EXPECT_TRUE(psRegZmoVersion(second));
-    EXPECT_EQ(zmoVersionList->size(), 3);
-    EXPECT_EQ(zmoVersionList->front()(), nullptr);
-    EXPECT_STREQ(zmoVersionList->back()()->name, "zmos");
-    delete zmoVersionList;
-    zmoVersionList = nullptr;
-}
-
 ZmoStatus selectStatus = 0;
 ZmoStatus initStatus = 0;
 
@@ -119,15 +103,6 @@ TEST_F(PsLib, SelectsTheCodePath) {
     }
 }
 
-TEST_F(PsLib, WithoutEnvironmentNothingIsCalled) {
-    zmo_Init = [] { return calls += "init", 0; };
-    Capture out(7);
-    psZmoCpuSetup(false, 0);
-    psZmoCpuSetup(true, 0xdf);
-    EXPECT_EQ(calls, "");
-    EXPECT_EQ(out.take(), "");
-}
-
 TEST(CpuFeatures, MasksOfLists) {
     const struct {
         const char* list;
@@ -146,16 +121,6 @@ TEST(CpuFeatures, MasksOfLists) {
     for (const auto& c : cases) EXPECT_EQ(psCpuFeatures::cpuFeatures(c.list), c.mask) << c.list;
 }
 
-TEST(CpuFeatures, NamesOfMasks) {
-    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x81df).c_str(), "AVX2");
-    EXPECT_STREQ(psCpuFeatures::cpuLabel(0xdf).c_str(), "SSE42");
-    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x73081df).c_str(), "P_AVX512");
-    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x20000000000).c_str(), "AVX10_512");
-    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x2).c_str(), "Undefined");
-    EXPECT_STREQ(psCpuFeatures::cpuName(0x2).c_str(), "Unknown processor");
-    EXPECT_STRNE(psCpuFeatures::cpuName(0x81df).c_str(), "Unknown processor");
-}
-
 TEST(CpuFeatures, TableKeepsItsForm) {
     std::set<std::string> labels;
     int codePaths = 0;
@@ -172,26 +137,6 @@ TEST(CpuFeatures, TableKeepsItsForm) {
     const std::string list = psCpuFeatures::optimizedList().c_str();
     EXPECT_NE(list.find("P_AVX2   : optimized for 256-bit"), std::string::npos) << list;
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), codePaths);
-}
-
-TEST(CpuFeatures, SplitCountsThenFills) {
-    int count = -1;
-    psCpuFeatures::split(nullptr, "a, b,,c", ',', count);
-    ASSERT_EQ(count, 3);
-    psString words[3];
-    psCpuFeatures::split(words, "a, b,,c", ',', count);
-    EXPECT_STREQ(words[1].c_str(), "b");
-    EXPECT_STREQ(words[2].c_str(), "c");
-}
-
-TEST(Processor, TellsItsNameAndFeatures) {
-    const psString name = psProcessorName();
-    EXPECT_FALSE(name.empty());
-    psString trimmed = name;
-    EXPECT_STREQ(trimmed.trim().c_str(), name.c_str());
-    EXPECT_EQ(psProcessorFeatures() & 7, 7u);
-    EXPECT_NE(psCpuid(0)[0], 0u);
-    EXPECT_EQ(psCpuid(0x8fffffff)[0], 0u);
 }
 
 }  // namespace

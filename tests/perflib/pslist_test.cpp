@@ -87,21 +87,6 @@ struct Counted {
     static inline int live = 0;
 };
 
-TEST(PsList, DeletesAllNodes) {
-    {
-        psList<Counted> list;
-        EXPECT_EQ(Counted::live, 1) << "the end node";
-        list.push_back({});
-        list.push_back({});
-        psList<Counted> copy(list);
-        EXPECT_EQ(Counted::live, 6);
-        copy.erase(copy.begin());
-        copy.merge(list, [](const Counted&, const Counted&) { return false; });
-        EXPECT_EQ(Counted::live, 5);
-    }
-    EXPECT_EQ(Counted::live, 0);
-}
-
 TEST(PsList, MergesInOrder) {
     const auto less = [](int a, int b) { return a < b; };
     struct {
@@ -135,14 +120,6 @@ TEST(PsList, SortIsStable) {
         list.sort(less);
         ASSERT_EQ(contents(list), expected) << size;
     }
-}
-
-TEST(PsObject, TheBaseReservesNothing) {
-    psObject object;
-    EXPECT_EQ(object.objectSize(), 0);
-    EXPECT_TRUE(object.objectInfo().empty());
-    EXPECT_EQ(object.reserveCopy(), 0);
-    EXPECT_EQ(object.setReservedCopy(), 0);
 }
 
 }  // namespace

@@ -32,16 +32,6 @@ TEST(ProgressLine, NeverFillsTheTerminal) {
     EXPECT_TRUE(line.endsWith(", elapsed 27:46:40, remaining 00:07:38"));
 }
 
-TEST(Progress, WritesNothingWhenStandardErrorIsNoTerminal) {
-    testing::internal::CaptureStderr();
-    {
-        psProgress progress(2);
-        progress.startTest("f");
-        psProgress::refresh();
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
 // Stands in for standard error: what is written there can be read back.
 class Terminal {
   public:

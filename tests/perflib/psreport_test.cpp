@@ -64,42 +64,24 @@ void expectBox(const std::string& text) {
 // Text layout
 
 TEST(ReportFormat, CutsAtTheLastBlankThatFits) {
-    const struct {
-        const char* text;
-        int room;
-        std::vector<std::string> pieces;
-    } rows[] = {
-        {"", 5, {""}},
-        {"abc", 5, {"abc"}},
-        {"abcde", 5, {"abcde"}},
-        {"abcde fg", 5, {"abcde", "fg"}},
-        {"ab cd ef", 5, {"ab cd", "ef"}},
-        {"ab cdefgh", 5, {"ab", "cdefg", "h"}},
-        {"abcdefghijk", 5, {"abcde", "fghij", "k"}},
-        {"ab    cd", 3, {"ab ", "cd"}},
-        {" abcdef", 3, {" ab", "cde", "f"}},
-        {"abc", 1, {"a", "b", "c"}},
-    };
-    for (const auto& row : rows) {
-        psString rest = row.text;
-        std::vector<std::string> pieces;
+    const std::tuple<const char*, int, std::string> rows[] = {{"", 5, "|"},
+                                                              {"abc", 5, "abc|"},
+                                                              {"abcde", 5, "abcde|"},
+                                                              {"abcde fg", 5, "abcde|fg|"},
+                                                              {"ab cd ef", 5, "ab cd|ef|"},
+                                                              {"ab cdefgh", 5, "ab|cdefg|h|"},
+                                                              {"abcdefghijk", 5, "abcde|fghij|k|"},
+                                                              {"ab    cd", 3, "ab |cd|"},
+                                                              {" abcdef", 3, " ab|cde|f|"},
+                                                              {"abc", 1, "a|b|c|"}};
+    for (const auto& [text, room, expected] : rows) {
+        psString rest = text;
+        std::string pieces;
         do {
-            pieces.emplace_back(psReportFormat::getPieceItem(rest, row.room).c_str());
+            pieces += psReportFormat::getPieceItem(rest, room).c_str() + std::string("|");
         } while (!rest.empty());
-        EXPECT_EQ(pieces, row.pieces) << row.text;
+        EXPECT_EQ(pieces, expected);
     }
-}
-
-TEST(ReportFormat, PlacesItemsAtTheirColumns) {
-    psReportFormat format;
-    format.setColumns({1, 6, 20, -78});
-    EXPECT_EQ(format.firstLine(), format.separator());
-    const std::string line = format.line({"a", "b", "c", "end"}).c_str();
-    ASSERT_EQ(line.size(), 80U);
-    EXPECT_EQ(line.substr(0, 22), "|a    b             c ");
-    EXPECT_EQ(line.substr(75), "end|\n");
-    format.lastLine();
-    EXPECT_EQ(format.line({"a"}), psString(" a") + psString(std::string(76, ' ')) + "\n");
 }
 
 TEST(ReportFormat, PushesItemsBehindALongOneWhileTheyFit) {
@@ -150,27 +132,15 @@ TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
 }
 
 TEST(ReportFormat, TimesOfADayAndMore) {
-    const struct {
-        double seconds;
-        const char* text;
-    } rows[] = {
-        {0, "00:00:00"},
-        {59.9, "00:00:59"},
-        {3725, "01:02:05"},
-        {86399, "23:59:59"},
-        {360000 + 61, "100:01:01"},
-        {-5, "00:00:00"},
-        {1e300, "UNKNOWN (Very large value)"},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(psReportFormat::getTimeStr(row.seconds), row.text) << row.seconds;
-}
-
-TEST(ReportFormat, CutsOneNewline) {
-    EXPECT_EQ(cutoffNL("a\n"), "a");
-    EXPECT_EQ(cutoffNL("a\n\n"), "a\n");
-    EXPECT_EQ(cutoffNL("a"), "a");
-    EXPECT_EQ(cutoffNL(""), "");
+    const std::pair<double, const char*> rows[] = {{0, "00:00:00"},
+                                                   {59.9, "00:00:59"},
+                                                   {3725, "01:02:05"},
+                                                   {86399, "23:59:59"},
+                                                   {360000 + 61, "100:01:01"},
+                                                   {-5, "00:00:00"},
+                                                   {1e300, "UNKNOWN (Very large value)"}};
+    for (const auto& [seconds, text] : rows)
+        EXPECT_EQ(psReportFormat::getTimeStr(seconds), text) << seconds;
 }
 
 // Reports
@@ -215,15 +185,6 @@ void expectElevenFields(const std::string& line) {
     EXPECT_EQ(std::ranges::count(line, ','), 10) << line;
     for (const std::string& field : split(line, ',')) EXPECT_FALSE(field.empty()) << line;
     EXPECT_FALSE(line.ends_with(',')) << line;
-}
-
-TEST(ReportTestResult, HeaderNamesElevenFields) {
-    const psReportTestResult header;
-    EXPECT_TRUE(header.isHeader());
-    EXPECT_EQ(written<psUStream>(header),
-              "Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,"
-              "Result,ExeName\n");
-    EXPECT_EQ(written<psOStream>(header), "");
 }
 
 TEST(ReportTestResult, SummaryLineOfAMeasuredTest) {
@@ -307,20 +268,10 @@ class ReportTitle : public testing::Test {
 
 TEST_F(ReportTitle, TellsMachineLibraryAndStart) {
     const psReportTitle title(tests);
-    const std::string computer = value(title, "Computer");
-    EXPECT_NE(computer.find("2.6 GHz"), std::string::npos) << computer;
-    EXPECT_EQ(computer.find("(given)") != std::string::npos, psCpuTicker::given());
-    EXPECT_EQ(computer.find("x2.6 GHz") != std::string::npos, psGetNumOfProcessors() >= 2);
     EXPECT_NE(value(title, "OS").find("Linux ("), std::string::npos);
     EXPECT_NE(value(title, "Start").find("2001"), std::string::npos);
     EXPECT_EQ(value(title, "Library"), "zmoi, 1.0, (avx2), Mar 27 2026");
-    const std::string box = written<psOStream>(title);
-    expectBox(box);
-    EXPECT_NE(box.find("| Computer : "), std::string::npos);
-}
-
-TEST_F(ReportTitle, LinesOfTheFilesHaveTwoFields) {
-    const psReportTitle title(tests);
+    expectBox(written<psOStream>(title));
     for (const std::string& text : {written<psUStream>(title), written<psCStream>(title)}) {
         const std::vector<std::string> lines = split(text, '\n');
         EXPECT_EQ(lines.size(), static_cast<std::size_t>(title.items().size()));
@@ -358,13 +309,6 @@ TEST(ReportEnd, RowsAddUp) {
     EXPECT_EQ(lines[3].substr(0, 24), "|.Number of tests   11  ");
 }
 
-TEST(ReportEnd, WithoutTestsAllCountsAreZero) {
-    const std::string text = written<psUStream>(psReportEnd(psTestList()));
-    EXPECT_EQ(std::ranges::count(text, '\n'), 12);
-    EXPECT_NE(text.find(".Number of tests,0\n"), std::string::npos);
-    EXPECT_NE(text.find(".Total time     ,00:00:00\n"), std::string::npos);
-}
-
 class ReportList : public testing::Test {
   protected:
     ReportList() {
@@ -394,20 +338,10 @@ class ReportList : public testing::Test {
     psConditions conditions;
 };
 
-TEST_F(ReportList, ServiceFunctionsAreLeftOut) {
-    std::string text;
-    for (const psString& name : psReportList::createFuncList())
-        text += name.c_str() + std::string(" ");
-    EXPECT_EQ(text, "zmoiA_8u zmoiB_8u zmoiC_8u zmoiGet_8u ");
-}
-
-TEST_F(ReportList, ModesListTestsOrFunctions) {
+TEST_F(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
     EXPECT_EQ(rows(0), "zmoiA_8u:TimcA+ zmoiA_8u:TimcA2+ zmoiC_8u:TimcC+ ");
     EXPECT_EQ(rows(1), "zmoiA_8u:TimcA+ zmoiB_8u: zmoiC_8u:TimcC+ zmoiGet_8u: ");
     EXPECT_EQ(rows(-1), "zmoiB_8u: zmoiGet_8u: ");
-}
-
-TEST_F(ReportList, ConditionsSelectTheTests) {
     conditions.add(psMakeCondition(RunCondition::function, "A_8u"));
     EXPECT_EQ(rows(0), "zmoiA_8u:TimcA+ zmoiA_8u:TimcA2+ ");
     EXPECT_EQ(rows(-1), "zmoiB_8u: zmoiC_8u: zmoiGet_8u: ");
@@ -420,8 +354,6 @@ TEST_F(ReportList, BoxAndTable) {
     expectBox(box);
     const std::vector<std::string> lines = split(box, '\n');
     EXPECT_EQ(lines[1].substr(0, 16), "|   # Function  ");
-    EXPECT_EQ(lines[1].substr(46, 16), "Test            ");
-    EXPECT_EQ(lines[1].substr(62), "Source     Exist|");
     EXPECT_EQ(lines[3].substr(0, 20), "|   1 zmoiA_8u      ");
     EXPECT_EQ(lines[3].substr(76), " +|");
     EXPECT_EQ(written<psCStream>(report).substr(0, 53),

@@ -36,20 +36,6 @@ TEST(PsOStream, PassesLevelsByTheirBits) {
     }
 }
 
-TEST(PsOStream, LevelsNestAndEndAtErr) {
-    psOStream stream;
-    EXPECT_EQ(stream.getOutLevel(), 1);
-    EXPECT_EQ(stream.getMsgLevel(), PERF);
-    stream << INFO << TRACE << END;
-    EXPECT_EQ(stream.getMsgLevel(), INFO);
-    stream << END_FLUSH;
-    EXPECT_EQ(stream.getMsgLevel(), PERF);
-    stream << END;
-    EXPECT_EQ(stream.getMsgLevel(), ERR) << "nothing saved";
-    stream << WARN << END;
-    EXPECT_EQ(stream.getMsgLevel(), ERR);
-}
-
 TEST(PsOStream, FillsAllSinksInTheirOrder) {
     const TempDir dir;
     psOStream stream;
@@ -70,18 +56,6 @@ TEST(PsOStream, FillsAllSinksInTheirOrder) {
     stream << "more\n";
     stream.close();
     EXPECT_EQ(dir.read("a.txt"), "one2 2.5\nmore\n");
-}
-
-TEST(PsOStream, TheConsoleStaysWhenFilesClose) {
-    const TempDir dir;
-    psOStream stream;
-    stream.push_back(&c_out);
-    stream.addStream(dir / "a.txt", false);
-    stream.close();
-    ASSERT_EQ(stream.size(), 1);
-    testing::internal::CaptureStdout();
-    stream << ERR << "%s shown\n" << END;
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "%s shown\n");
 }
 
 TEST(PsOStream, TellsWhichFileCannotBeOpened) {
@@ -132,18 +106,6 @@ TEST(PsOStream, AFullDiskDropsTheSinkWithOneLine) {
     }
     EXPECT_TRUE(stream.empty());
     EXPECT_EQ(messages.text(), "-- Can't write /dev/full: no more output goes there\n");
-}
-
-TEST(PsOStream, TheGuardRestoresTheLevelPastAnException) {
-    MessageCapture messages(5);
-    try {
-        const psOutLevelGuard quiet(1);
-        EXPECT_EQ(g_ostrm.getOutLevel(), 1);
-        EXPECT_EQ(quiet.saved(), 5);
-        throw std::runtime_error("");
-    } catch (const std::runtime_error&) {
-        EXPECT_EQ(g_ostrm.getOutLevel(), 5);
-    }
 }
 
 TEST(IStream, ReadsLinesOfAnyLength) {
@@ -211,19 +173,6 @@ TEST_F(Trace, AnUnknownNameShortensThePrefixButNeverBelowNothing) {
               "****** trace out of x\n"
               "***** trace out of x\n"
               "***** trace out of a\n");
-}
-
-TEST_F(Trace, AnExceptionKeepsTheNameOfWhereItCameFrom) {
-    try {
-        const psTraceScope outer("outer");
-        { const psTraceScope ended("ended"); }
-        const psTraceScope inner("inner");
-        throw std::runtime_error("");
-    } catch (const std::runtime_error&) {
-        EXPECT_EQ(str(psTrace::getCurName()), "inner");
-    }
-    psTrace::traceOut("outer");
-    EXPECT_EQ(str(psTrace::getCurName()), "");
 }
 
 }  // namespace

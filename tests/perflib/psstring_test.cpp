@@ -66,19 +66,6 @@ TEST(PsString, TakesPartsOfItself) {
     EXPECT_EQ(str(s), "");
 }
 
-TEST(PsString, AMovedFromStringCanBeUsed) {
-    psString source("text");
-    const psString target(std::move(source));
-    EXPECT_EQ(str(target), "text");
-    expectSound(source);  // NOLINT(bugprone-use-after-move)
-    source += "new";
-    EXPECT_EQ(str(source), "new");
-    psString assigned;
-    assigned = std::move(source);
-    source = "again";
-    EXPECT_EQ(str(assigned) + str(source), "newagain");
-}
-
 TEST(PsString, ComparesBytesAsSigned) {
     struct {
         const char *a, *b;
@@ -171,16 +158,6 @@ TEST(PsParse, SplitsAtSeparators) {
         {"\"\"\"\"", " \"", "<\">"},
     };
     for (const auto& c : cases) EXPECT_EQ(joined(c.text, c.separators), c.words) << c.text;
-}
-
-TEST(PsParse, FillsAsManyWordsAsThereAre) {
-    psString first = "x", second = "y", third = "z";
-    EXPECT_EQ(psString("a;b;c;d").parse(first, second, third, ";"), 4);
-    EXPECT_EQ(str(first + second + third), "abc");
-    EXPECT_EQ(psString("q").parse(first, second, third, ";"), 1);
-    EXPECT_EQ(str(first + "," + second + "," + third), "q,,");
-    EXPECT_EQ(psString("").parse(first, second, ";"), 0);
-    EXPECT_EQ(str(first), "");
 }
 
 TEST(PsNames, TablesOfNames) {

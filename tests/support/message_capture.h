@@ -21,18 +21,28 @@ class MessageCapture {
     }
 
     // Everything written so far.
-    std::string text() {
-        std::fflush(m_file);
-        std::rewind(m_file);
-        std::string all;
-        for (int c = std::getc(m_file); c != EOF; c = std::getc(m_file))
-            all.push_back(static_cast<char>(c));
-        return all;
+    std::string text() { return from(0); }
+    // The text since the last call.
+    std::string take() {
+        const std::string part = from(m_taken);
+        m_taken += static_cast<long>(part.size());
+        return part;
     }
 
   private:
+    std::string from(long begin) {
+        std::fflush(m_file);
+        std::fseek(m_file, begin, SEEK_SET);
+        std::string part;
+        for (int c = std::getc(m_file); c != EOF; c = std::getc(m_file))
+            part.push_back(static_cast<char>(c));
+        std::fseek(m_file, 0, SEEK_END);
+        return part;
+    }
+
     psOutLevelGuard m_level;
     std::FILE* m_file = std::tmpfile();
     o_stream m_sink;
     psSinkList m_own;
+    long m_taken = 0;
 };
