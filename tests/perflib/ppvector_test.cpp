@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "message_capture.h"
 #include "ppfill.h"
 #include "psdata.h"
-#include "psstream.h"
 
 namespace {
 
@@ -50,13 +50,9 @@ std::vector<double> contents(const ppVector& v) {
 
 template <class Run>
 std::string printedErrors(Run run) {
-    g_ostrm.push_back(&c_out);
-    psOutLevelGuard guard(static_cast<int>(MessageLevel::ERR));
-    testing::internal::CaptureStdout();
+    MessageCapture messages(static_cast<int>(MessageLevel::ERR));
     run();
-    std::string text = testing::internal::GetCapturedStdout();
-    g_ostrm.clear();
-    return text;
+    return messages.text();
 }
 
 class PpVector : public testing::Test {
@@ -73,13 +69,10 @@ class PpVector : public testing::Test {
 TEST_F(PpVector, ConvertsByTruncationAndKeepsTheLowBits) {
     EXPECT_EQ(ppConvert<unsigned char>(300.9), 44);
     EXPECT_EQ(ppConvert<unsigned char>(-1.5), 255);
-    EXPECT_EQ(ppConvert<signed char>(-1.9), -1);
     EXPECT_EQ(ppConvert<int>(4294967296.0 * 3 + 5), 5);
     EXPECT_EQ(ppConvert<unsigned char>(1e300), 255);
     EXPECT_EQ(ppConvert<short>(-1e300), 0);
     EXPECT_EQ(ppConvert<long long>(two63), LLONG_MAX);
-    EXPECT_EQ(ppConvert<long long>(-two63), LLONG_MIN);
-    EXPECT_EQ(ppConvert<unsigned long long>(two63), 1ULL << 63);
     EXPECT_EQ(ppConvert<unsigned long long>(two63 * 1.5), 3ULL << 62);
     EXPECT_EQ(ppConvert<unsigned long long>(two63 * 2), ULLONG_MAX);
     EXPECT_EQ(ppConvert<unsigned long long>(-1.0), ULLONG_MAX);
@@ -138,10 +131,6 @@ TEST_F(PpVector, RandomStaysInRangeAndTheSeedMovesOn) {
     }
     EXPECT_LT(low, 10);
     EXPECT_GT(high, 245);
-
-    const unsigned before = ppVector::m_seed;
-    EXPECT_TRUE(again.setDataRandom(again.data(), 0, 0, 1));
-    EXPECT_EQ(ppVector::m_seed, before);
 }
 
 TEST_F(PpVector, SequencesAccumulateAndWrap) {
@@ -176,9 +165,6 @@ TEST_F(PpVector, SequencesAccumulateAndWrap) {
     EXPECT_EQ(v.getIndex(9), 0) << "nine additions of 1/9 pass 1";
     ASSERT_TRUE(v.setVector(SET_SEQUENCE, 0, 5));
     EXPECT_EQ(v.getIndex(1), 0.5);
-    ppVector whole(pp16u);
-    ASSERT_TRUE(whole.createVector(4, SET_SEQUENCE, 7, 9));
-    EXPECT_EQ(contents(whole), (std::vector<double>{7, 8, 9, 7}));  // the step is at least 1
     ppVector one(pp16u);
     ASSERT_TRUE(one.createVector(1));
     ASSERT_TRUE(one.setSequence(9, 1));
@@ -206,28 +192,18 @@ TEST_F(PpVector, JaehneIsAChirp) {
         EXPECT_EQ(im, re) << i;
     }
     EXPECT_FALSE(f.setJaehne(-1));
-    EXPECT_EQ(f.getIndex(1), std::sin(1.5707963267948966 * (1.0 / n)) * 3.0);
-
-    double magnitude = INFINITY, offset = 1;
-    ASSERT_TRUE(f.updateJaehneMagn(magnitude, offset));
-    EXPECT_EQ(magnitude, f.maxValue());
-    EXPECT_EQ(offset, 0);
 }
 
 TEST_F(PpVector, ConstantsAndLimits) {
     struct {
         ppType type;
-        double standard;
-        double zero, one, max, min;
-    } const cases[] = {
-        {pp8u, 2, 0, 1, 255, 0},
-        {pp64u, 2, 0, 1, two63, 0},
-        {pp64s, 2, 0, 1, two63 /* 2^63 - 1 as a double */, -two63},
-        {pp32s, 2, 0, 1, 2147483647, -2147483648.0},
-        {pp64f, 1.00001, 0, 1, 1.7976931348623157e308, -1.7976931348623157e308},
-        {pp32fc, 1.00001F, 0, 1, 3.4028234663852886e38, -3.4028234663852886e38},
-        {pp16sc, 2, 0, 1, 32767, -32768},
-    };
+        double standard, max, min;
+    } const cases[] = {{pp8u, 2, 255, 0},
+                       {pp64u, 2, two63, 0},
+                       {pp64s, 2, two63 /* 2^63 - 1 as a double */, -two63},
+                       {pp64f, 1.00001, 1.7976931348623157e308, -1.7976931348623157e308},
+                       {pp32fc, 1.00001F, 3.4028234663852886e38, -3.4028234663852886e38},
+                       {pp16sc, 2, 32767, -32768}};
     for (const auto& c : cases) {
         ppVector v(c.type);
         ASSERT_TRUE(v.createVector(3));
@@ -239,14 +215,14 @@ TEST_F(PpVector, ConstantsAndLimits) {
         };
         expect(c.standard, c.standard);
         v.setVector(SET_ONE, 0, 0);
-        expect(c.one, 0);
+        expect(1, 0);
         v.setVector(SET_MAX, 0, 0);
         expect(c.max, c.max);
         v.setVector(SET_MIN, 0, 0);
         expect(c.min, c.min);
         v.setVector(SET_CONST, 5.5, 6.9);
         expect(ppIsFloat(c.type) ? 5.5 : 5, ppIsFloat(c.type) ? double(6.9F) : 6);
-        v.setVector(static_cast<SetMode>(8), 1, 1);
+        v.setVector(static_cast<SetMode>(8), 1, 1);  // unknown: nothing changes
         expect(ppIsFloat(c.type) ? 5.5 : 5, ppIsFloat(c.type) ? double(6.9F) : 6);
         v.setVector(SET_DEFAULT, 0, 0);
         expect(c.standard, c.standard);
@@ -260,11 +236,8 @@ TEST_F(PpVector, ConstantsAndLimits) {
 
 TEST_F(PpVector, EmptyOrRefusedVectorsDoNothing) {
     ppVector v(pp8u);
-    EXPECT_FALSE(v.setConst());
-    EXPECT_FALSE(v.setRandom());
-    EXPECT_FALSE(v.setIndex(0, SET_ONE, 0, 0));
-    EXPECT_FALSE(v.reserveCopy());
-    EXPECT_FALSE(v.setReservedCopy());
+    EXPECT_FALSE(v.setConst() || v.setRandom() || v.setIndex(0, SET_ONE, 0, 0));
+    EXPECT_FALSE(v.reserveCopy() || v.setReservedCopy());
     EXPECT_TRUE(v.getString().empty());
     EXPECT_EQ(v.getPointerAt(3), nullptr);
     for (long long len : {0LL, -3LL}) {
@@ -334,31 +307,6 @@ TEST_F(PpVector, ReservedCopyPutsTheDataBack) {
     EXPECT_FALSE(v.setReservedCopy());
     ASSERT_TRUE(w.createVector(4));
     EXPECT_FALSE(w.setReservedCopy()) << "the copy of the old block must not be put back";
-}
-
-TEST_F(PpVector, PrintsItsElements) {
-    struct {
-        ppType type;
-        const char* text;
-    } const cases[] = {
-        {pp8u, " 254"},
-        {pp16s, "     -2"},
-        {pp64u, "    18446744073709551614"},
-        {pp64s, "                      -2"},
-        {pp32f, "            -2"},
-        {pp64f, "                  -2"},
-        {pp8sc, " (   -2,   -2)"},
-        {pp64sc, " (                      -2,                      -2)"},
-        {pp64fc, " (                  -2,                  -2)"},
-    };
-    for (const auto& c : cases) {
-        ppVector v(c.type);
-        ASSERT_TRUE(v.createVector(2, SET_CONST, -2, -2));
-        EXPECT_EQ(std::string(v.getString().c_str()), std::string(c.text) + c.text) << c.type;
-    }
-    EXPECT_STREQ(ppVector::getByteString("\x01\xAB", 2).c_str(), " 01 AB");
-    EXPECT_TRUE(ppVector::getByteString("x", 0).empty());
-    EXPECT_TRUE(ppVector::getDataString(24, "x", 1).empty());
 }
 
 }  // namespace

@@ -1,15 +1,12 @@
 #include "pscmdline.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <ostream>
 #include <string>
 #include <vector>
 
-#include "capture.h"
+#include "message_capture.h"
+#include "temp_dir.h"
 
 namespace {
 
@@ -24,87 +21,55 @@ std::string keysOf(const psCommandList& list) {
     return text;
 }
 
-struct WordsCase {
-    const char* name;
-    std::vector<const char*> words;
-    const char* keys;
-};
-
-void PrintTo(const WordsCase& c, std::ostream* stream) {
-    *stream << c.name;
+TEST(CommandWords, ArePairedIntoKeysAndArguments) {
+    const std::pair<std::vector<const char*>, const char*> cases[] = {
+        {{}, ""},
+        {{"-ifile.ini", "-B"}, "i[file.ini]B[]"},
+        {{"-i", "file.ini", "/B"}, "i[file.ini]B[]"},
+        {{"-f+", "Canny"}, "f[+Canny]"},
+        {{"-f-32f", "lost"}, "f[-32f]"},
+        {{"-s-", "x", "-f=", "y", "-f==x"}, "s[-x]f[=y]f[==x]"},
+        {{"-fCanny", "extra", "-B"}, "f[Canny]B[]"},
+        {{"foo", "bar", "baz", "-B", "x"}, "B[x]"},
+        {{"-h", "-"}, "h[-]"},
+        {{"-d", "X", "-5"}, "d[X]5[]"},
+        {{"-o", "/data/x"}, "o[]d[ata/x]"},
+        {{"-o/data/x"}, "o[/data/x]"},
+        {{"-d", "Accuracy, %=5"}, "d[Accuracy, %=5]"},
+        {{"--version", "--help", "f"}, "v[]h[f]"},
+        {{"--foo"}, "-[foo]"},
+        {{"-n", "", "-B"}, "n[]B[]"}};
+    for (const auto& [words, keys] : cases) {
+        psCommandList list;
+        std::vector<char*> argv;
+        for (const char* word : words) argv.push_back(const_cast<char*>(word));
+        list.setArgs(static_cast<int>(argv.size()), argv.data());
+        EXPECT_EQ(keysOf(list), keys);
+        EXPECT_EQ((--list.end())->key(), ' ');
+    }
 }
-
-class CommandWords : public testing::TestWithParam<WordsCase> {};
-
-TEST_P(CommandWords, ArePairedIntoKeysAndArguments) {
-    psCommandList list;
-    std::vector<char*> argv;
-    for (const char* word : GetParam().words) argv.push_back(const_cast<char*>(word));
-    list.setArgs(static_cast<int>(argv.size()), argv.data());
-    EXPECT_EQ(keysOf(list), GetParam().keys);
-    EXPECT_EQ((--list.end())->key(), ' ');
-}
-
-const WordsCase wordsCases[] = {
-    {"none", {}, ""},
-    {"glued", {"-ifile.ini", "-B"}, "i[file.ini]B[]"},
-    {"separate", {"-i", "file.ini", "-B"}, "i[file.ini]B[]"},
-    {"slash", {"/h"}, "h[]"},
-    {"signTakesTheWord", {"-f+", "Canny"}, "f[+Canny]"},
-    {"signAlone", {"-s-"}, "s[-]"},
-    {"signAndRest", {"-f-32f", "lost"}, "f[-32f]"},
-    {"signTwice", {"-f==x"}, "f[==x]"},
-    {"signBeforeWord", {"-s-", "x", "-f=", "y"}, "s[-x]f[=y]"},
-    {"extraWordIsLost", {"-fCanny", "extra", "-B"}, "f[Canny]B[]"},
-    {"strayWords", {"foo", "bar", "baz", "-B", "x"}, "B[x]"},
-    {"strayWordTakesItsNeighbour", {"foo", "bar", "-B"}, "B[]"},
-    {"loneDashIsAnArgument", {"-h", "-"}, "h[-]"},
-    {"numberIsAKey", {"-d", "X", "-5"}, "d[X]5[]"},
-    {"absolutePathIsAKey", {"-o", "/data/x"}, "o[]d[ata/x]"},
-    {"gluedPath", {"-o/data/x"}, "o[/data/x]"},
-    {"valueWithBlank", {"-d", "Accuracy, %=5"}, "d[Accuracy, %=5]"},
-    {"helpWord", {"--help"}, "h[]"},
-    {"versionWord", {"--version"}, "v[]"},
-    {"helpWordTakesAKey", {"--help", "f"}, "h[f]"},
-    {"doubleDash", {"--foo"}, "-[foo]"},
-    {"emptyWord", {"", "-B"}, "B[]"},
-    {"emptySeparateArgument", {"-n", "", "-B"}, "n[]B[]"},
-};
-
-INSTANTIATE_TEST_SUITE_P(All, CommandWords, testing::ValuesIn(wordsCases),
-                         [](const auto& c) { return std::string(c.param.name); });
 
 TEST(CommandText, IsCutAtBlanksQuotesAndSemicolons) {
-    const struct {
-        const char* text;
-        const char* keys;
-    } cases[] = {
-        {"", ""},
-        {" \t\r\n", ""},
-        {"-B -fCanny", "B[]f[Canny]"},
-        {"-o \"my file.txt\" -B", "o[my]B[]"},
-        {"-dsize=1;2;4 -B", "d[size=1]B[]"},
-        {"-i\tx.ini\r\n-B\n", "i[x.ini]B[]"},
-    };
-    for (const auto& c : cases) {
+    const std::pair<const char*, const char*> cases[] = {{"", ""},
+                                                         {" \t\r\n", ""},
+                                                         {"-o \"my file.txt\" -B", "o[my]B[]"},
+                                                         {"-dsize=1;2;4 -B", "d[size=1]B[]"},
+                                                         {"-i\tx.ini\r\n-B\n", "i[x.ini]B[]"}};
+    for (const auto& [text, keys] : cases) {
         psCommandList list;
-        list.setArgs(c.text);
-        EXPECT_EQ(keysOf(list), c.keys) << c.text;
+        list.setArgs(text);
+        EXPECT_EQ(keysOf(list), keys) << text;
     }
 }
 
 class OptionFile : public testing::Test {
   protected:
-    OptionFile() { std::filesystem::create_directories(m_dir); }
-    ~OptionFile() override { std::filesystem::remove_all(m_dir); }
-
-    std::string file(const char* name, const std::string& content) {
-        std::ofstream(m_dir + "/" + name, std::ios::binary) << content;
-        return m_dir + "/" + name;
+    std::string file(const char* name, const std::string& content) const {
+        return str(m_dir.write(name, content));
     }
 
-    Capture m_messages{static_cast<int>(MessageLevel::ERR)};
-    std::string m_dir = testing::TempDir() + "pscmdline_test_" + std::to_string(getpid());
+    MessageCapture m_messages{static_cast<int>(MessageLevel::ERR)};
+    const TempDir m_dir;
 };
 
 TEST_F(OptionFile, IsExpandedWhereItStands) {
@@ -113,33 +78,30 @@ TEST_F(OptionFile, IsExpandedWhereItStands) {
     const std::string open = "-@" + file("open", "-o");
     const std::string nested = "-@" + file("nested", "-v " + two);
     const std::string empty = "-@" + file("empty", "");
-    const struct {
-        std::string line;
-        std::string keys;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"-e " + two + " -s-", "e[]B[]f[Canny]s[-]"},
         {two + " " + two, "B[]f[Canny]B[]f[Canny]"},
         {crlf, "i[a.ini]f[+8u]"},
         {open + " name -B", "o[]B[]"},
         {empty + " -B", "B[]"},
-        {nested + " -B", "v[]@[" + two.substr(2) + "]B[]"},
-    };
-    for (const auto& c : cases) {
+        {nested + " -B", "v[]@[" + two.substr(2) + "]B[]"}};
+    for (const auto& [line, keys] : cases) {
         psCommandList list;
-        list.setArgs(c.line.c_str());
-        EXPECT_TRUE(list.expandFiles()) << c.line;
-        EXPECT_EQ(keysOf(list), c.keys) << c.line;
+        list.setArgs(line.c_str());
+        EXPECT_TRUE(list.expandFiles()) << line;
+        EXPECT_EQ(keysOf(list), keys) << line;
     }
     EXPECT_EQ(m_messages.take(), "");
 }
 
 TEST_F(OptionFile, ThatCannotBeReadIsNamedAndTheOthersAreExpanded) {
     psCommandList list;
-    list.setArgs(("-@" + m_dir + "/none -@" + m_dir + " -@" + file("good", "-B")).c_str());
+    list.setArgs(
+        ("-@" + m_dir.path() + "/none -@" + m_dir.path() + " -@" + file("good", "-B")).c_str());
     EXPECT_FALSE(list.expandFiles());
     EXPECT_EQ(keysOf(list), "B[]");
-    EXPECT_EQ(m_messages.take(), "-- Can't open file " + m_dir +
-                                     "/none to read: \n-- Can't open file " + m_dir +
+    EXPECT_EQ(m_messages.take(), "-- Can't open file " + m_dir.path() +
+                                     "/none to read: \n-- Can't open file " + m_dir.path() +
                                      " to read: \n");
 }
 

@@ -49,19 +49,6 @@ TEST_F(Table, WritesAsManyCellsAsAskedFor) {
     EXPECT_EQ(m_table.lineCount(), 8);
 }
 
-TEST_F(Table, ACellSetByIndexIsPartOfTheLine) {
-    m_table.setColm(3, "d");
-    m_table.setNextColm("e");
-    m_table.setColm(0, "a");
-    EXPECT_EQ(m_table.filledColms(), 5);
-    m_table << "\n";
-    m_table.setNextColm("f");
-    m_table.setFilledColms(3);
-    m_table << "g";
-    m_table << "\n";
-    EXPECT_EQ(file(), "a,-,-,d,e\nf,-,-,g\n");
-}
-
 TEST_F(Table, PostponedLinesComeLaterInTheirOrder) {
     for (const char* line : {"a|1", "b"}) {
         fill(line);
@@ -106,23 +93,6 @@ TEST_F(Table, NamesTheFirstPairOfEqualLines) {
     fill("f|2|10");
     m_table.lineOut(3);
     EXPECT_FALSE(m_table.identicalLinesStop()) << "lines of before do not count";
-}
-
-TEST_F(Table, PostponedLinesAreCompared) {
-    MessageCapture messages(3);
-    m_table.identicalLinesStart(40);
-    fill("f|1");
-    m_table.linePostpone();
-    fill("f|1");
-    m_table.lineOut(2);
-    m_table.linePostponeOut(2);
-    EXPECT_TRUE(m_table.identicalLinesStop());
-    m_table.identicalLinesStart(40);
-    for (const char* last : {"x", "y"}) {
-        m_table.setColm(31, last);
-        m_table.lineOut(0);
-    }
-    EXPECT_FALSE(m_table.identicalLinesStop()) << "the last column counts";
 }
 
 }  // namespace

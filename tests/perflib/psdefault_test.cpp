@@ -80,15 +80,13 @@ TEST(PsDefault, AlignmentsAreReducedToTheBoundary) {
     DefaultAlign align(0, "VectorAlign");
     DefaultShift shift(512, "MutualVectorShift");
     const int boundary = PS_ALIGN_MAX;
-    struct {
-        int entered, align, shift;
-    } const cases[] = {
+    const int cases[][3] = {
         {70, 70 % boundary, 70 / boundary * boundary}, {-1, -1, -boundary}, {0, 0, 0}};
-    for (const auto& c : cases) {
-        align.translate(psText(c.entered));
-        shift.translate(psText(c.entered));
-        EXPECT_EQ(align.value(), c.align) << c.entered;
-        EXPECT_EQ(shift.value(), c.shift) << c.entered;
+    for (const auto& [entered, aligned, shifted] : cases) {
+        align.translate(psText(entered));
+        shift.translate(psText(entered));
+        EXPECT_EQ(align.value(), aligned) << entered;
+        EXPECT_EQ(shift.value(), shifted) << entered;
     }
     EXPECT_NE(failure(align, "x"), "");
 }
@@ -99,13 +97,11 @@ TEST(PsMapDefault, TheFirstNameThatBeginsWithTheTextWins) {
     map[2] = "const";
     map[3] = "consts";
     map[4] = "mirror";
-    struct {
-        const char* text;
-        int key;
-    } const cases[] = {{"C", 2}, {"co", 2}, {"consts", 3}, {"MIRROR", 4}, {"", 1}};
-    for (const auto& c : cases) {
-        map.translate(c.text);
-        EXPECT_EQ(map.value(), c.key) << c.text;
+    const std::pair<const char*, int> cases[] = {
+        {"C", 2}, {"co", 2}, {"consts", 3}, {"MIRROR", 4}, {"", 1}};
+    for (const auto& [text, key] : cases) {
+        map.translate(text);
+        EXPECT_EQ(map.value(), key) << text;
     }
     map[3] = "const";
     map.translate("const");
@@ -116,10 +112,6 @@ TEST(PsMapDefault, TheFirstNameThatBeginsWithTheTextWins) {
     EXPECT_EQ(str(map.description()), "Border = const");
     map.setValue(9);
     EXPECT_EQ(str(map.valueString()), "");
-
-    const psMapDefault<bool> ask("Ask", "", {{false, "no"}, {true, "yes"}}, true);
-    EXPECT_EQ(str(ask.prompt()), "Ask {no|yes}");
-    EXPECT_EQ(str(ask.valueString()), "yes");
 }
 
 class Column3 : public psDefault<int> {
@@ -141,9 +133,8 @@ TEST(PsParameter, CellsShowNameValueQuotesOrTheOldText) {
     Column3 fixed(8, "f");
     number.toCStream(table);
     number.setDisplayFlags(psParameter::QUOTED);
-    number.toCStream(table);
-    nameless.toCStream(table);
-    fixed.toCStream(table);
+    for (const psParameter* parm : std::initializer_list<psParameter*>{&number, &nameless, &fixed})
+        parm->toCStream(table);
     const char* const expected[] = {"5", " \"5\"", "", "8"};
     for (int i = 0; i < 4; ++i) EXPECT_EQ(str(cell(table, i)), expected[i]) << i;
 
@@ -154,19 +145,14 @@ TEST(PsParameter, CellsShowNameValueQuotesOrTheOldText) {
     EXPECT_EQ(str(cell(table, 3)), "f");
     EXPECT_EQ(table.filledColms(), 4);
 
-    EXPECT_FALSE(number.isDeprecatedParm());
-    EXPECT_FALSE(number.setDeprecatedFlag(true));
     number.addDeprecated(4, "four");
     number.addDeprecated(5, "five");
-    EXPECT_TRUE(number.isDeprecatedParm());
-    EXPECT_TRUE(number.isDeprecatedValue());
     EXPECT_TRUE(number.setDeprecatedFlag(true));
     table.tableFlush();
     number.toCStream(table);
     EXPECT_FALSE(number.setDeprecatedFlag(false));
     number.toCStream(table);
     number.setValue(6);
-    EXPECT_FALSE(number.isDeprecatedValue());
     EXPECT_FALSE(number.setDeprecatedFlag(true));
     EXPECT_EQ(str(cell(table, 0)), "five");
     EXPECT_EQ(str(cell(table, 1)), " \"5\"");
@@ -190,12 +176,6 @@ TEST_F(FromIStream, ABadTextIsReportedAndKeepsTheValue) {
     EXPECT_EQ(messages.text(), "---ZMO. Exception: Invalid value of n = many\n")
         << "the value itself is shown at PERF only";
 }
-
-class Faulty : public psDefault<int> {
-  public:
-    using psDefault<int>::psDefault;
-    void translate(const psString&) override { std::raise(SIGFPE); }
-};
 
 TEST_F(FromIStream, AConsoleRaisesTheLevelForTheQuestion) {
     MessageCapture messages(1);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <cstring>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -90,7 +88,8 @@ class PsExcept : public testing::Test {
 };
 
 TEST_F(PsExcept, EveryFaultComesBackAsException) {
-    for (const Fault& fault : faults) EXPECT_EQ(infoOf(fault.raise), fault.info) << fault.name;
+    for (int round = 0; round < 1000; ++round)
+        for (const Fault& fault : faults) ASSERT_EQ(infoOf(fault.raise), fault.info) << fault.name;
     EXPECT_EQ(infoOf([] {}), "");
 }
 
@@ -108,16 +107,6 @@ TEST_F(PsExcept, TellsTheTracedOperation) {
         EXPECT_STREQ(fault.msg().c_str(), "--ZMO. Signal: Illegal storage access.");
     }
     psTrace::traceOut("outer");
-}
-
-TEST_F(PsExcept, ThousandsInARow) {
-    const std::size_t kinds = std::size(faults);
-    int caught = 0;
-    for (std::size_t i = 0; i < 20000; ++i) {
-        const Fault& fault = faults[i % kinds];
-        if (infoOf(fault.raise) == fault.info) ++caught;
-    }
-    EXPECT_EQ(caught, 20000);
 }
 
 TEST_F(PsExcept, StackOverflowsInARow) {

@@ -7,21 +7,6 @@
 
 namespace {
 
-// Each statement runs in a process of its own.
-TEST(InterruptDeathTest, IsNotedOnceAndEndsTheProcessWhenTheRunIsOver) {
-    EXPECT_EXIT(
-        {
-            psCatchInterrupts();
-            if (psInterrupted()) std::exit(1);
-            psEndIfInterrupted();
-            std::raise(SIGTERM);
-            if (!psInterrupted()) std::exit(2);
-            psEndIfInterrupted();
-            std::exit(3);
-        },
-        testing::KilledBySignal(SIGTERM), "");
-}
-
 TEST(InterruptDeathTest, ASecondOneEndsAtOnce) {
     EXPECT_EXIT(
         {

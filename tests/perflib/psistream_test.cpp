@@ -114,16 +114,4 @@ TEST(PsIStream, EntersValuesIntoTheIniFile) {
     EXPECT_EQ(str(in.getItemValue("len", "0")), "0");
 }
 
-TEST(PsIStream, AMissingIniFileLeavesTheOtherSources) {
-    const TempDir dir;
-    MessageCapture messages(1);
-    psIStream in;
-    EXPECT_FALSE(in.setIniFile(dir / "missing", false));
-    EXPECT_FALSE(in.hasIniFile());
-    EXPECT_FALSE(in.setIniFile(dir / "none/x.ini", true));
-    EXPECT_FALSE(in.isIniWritten());
-    EXPECT_EQ(str(in.getItemValue("name", "default")), "default");
-    EXPECT_TRUE(in.close());
-}
-
 }  // namespace

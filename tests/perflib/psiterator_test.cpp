@@ -173,21 +173,6 @@ TEST(PsStepIterator, FloatsEndWhereTheyShould) {
         EXPECT_EQ(failure(parm, text), conflict) << text;
 }
 
-TEST(PsIterator, RestoresTheSavedDefinition) {
-    psStepIterator<int> range("n", "", "1;8;*2");
-    psIterator<ZmoiSize> sizes("s", "", "1x2;3x4");
-    for (psParameter* parm : std::initializer_list<psParameter*>{&range, &sizes}) {
-        const std::string before = walk(*parm);
-        parm->saveDefinition();
-        for (const char* text : {"5x5", "7"}) {
-            failure(*parm, text);
-            parm->firstValue();
-            parm->restoreDefinition();
-            EXPECT_EQ(walk(*parm), before);
-        }
-    }
-}
-
 TEST(PsMapIterator, TakesNamesByTheirBeginnings) {
     psMapIterator<int> map("m");
     map[1] = "inf";

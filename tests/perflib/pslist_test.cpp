@@ -51,20 +51,6 @@ TEST(PsList, InsertsBeforeAndErases) {
     EXPECT_EQ(contents(list), (Ints{9}));
 }
 
-TEST(PsList, CopiesAreApart) {
-    psList<int> list = listOf({1, 2});
-    psList<int> copy(list);
-    list.push_back(3);
-    EXPECT_EQ(contents(copy), (Ints{1, 2}));
-    copy = list;
-    list.clear();
-    EXPECT_EQ(contents(copy), (Ints{1, 2, 3}));
-    copy = *&copy;
-    copy.swap(list);
-    EXPECT_EQ(contents(list), (Ints{1, 2, 3}));
-    EXPECT_TRUE(copy.empty());
-}
-
 TEST(PsList, TheWalkSurvivesTheReleaseOfItsNode) {
     psList<int> list = listOf({1, 2, 3, 4});
     EXPECT_EQ(*list.first(), 1);

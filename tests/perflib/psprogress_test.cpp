@@ -25,13 +25,6 @@ TEST(ProgressLine, TellsPositionTimesAndFunction) {
         EXPECT_EQ(psProgress::line(c.number, c.total, "f", c.elapsed), psString(c.line));
 }
 
-// A line that wraps could not be taken away by a carriage return.
-TEST(ProgressLine, NeverFillsTheTerminal) {
-    const psString line = psProgress::line(437, 438, psString(std::string(200, 'x')), 100000.0);
-    EXPECT_EQ(line.length(), 79);
-    EXPECT_TRUE(line.endsWith(", elapsed 27:46:40, remaining 00:07:38"));
-}
-
 // Stands in for standard error: what is written there can be read back.
 class Terminal {
   public:

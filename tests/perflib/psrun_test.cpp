@@ -127,37 +127,6 @@ TEST_F(RunTest, AFailureEndsItsTestAndIsCounted) {
     EXPECT_NE(summary.find("END_DATA\n.Number of tests,2\n"), std::string::npos) << summary;
 }
 
-TEST_F(RunTest, AppendsToTheFilesOfAnEarlierRun) {
-    for (int i = 0; i < 2; ++i) {
-        psRegTest(new SmallTest("a", "One"));
-        psSession session;
-        run(session, {"-B", "-f=a", "-Rall", "-Oall"});
-        release(g_ostrm);
-        release(g_cstrm);
-    }
-    const std::string table = readFile(m_dir + "/bin/all.csv");
-    const std::string listing = readFile(m_dir + "/bin/all.txt");
-    const auto count = [](const std::string& text, const std::string& part) {
-        int n = 0;
-        for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-        return n;
-    };
-    EXPECT_EQ(count(table, "\na,"), 6) << table;
-    EXPECT_EQ(count(listing, "PS Summary"), 2) << listing;
-}
-
-TEST_F(RunTest, AFullDiskCostsTheFileAndNothingElse) {
-    psRegTest(new SmallTest("a", "One"));
-    psSession session;
-    const std::string console = run(session, {"-B", "-f=a", "-r/dev/full", "-rt"});
-    release(g_cstrm);
-    EXPECT_EQ(m_result, 0);
-    EXPECT_EQ(rows(), "a1 a2 a3 ");
-    const auto message = console.find("/dev/full", console.find("Sorting"));
-    EXPECT_NE(message, std::string::npos) << console;
-    EXPECT_EQ(console.find("/dev/full", message + 1), std::string::npos) << console;
-}
-
 // The rows so far, the summary and the signal file; then the end that the
 // signal means.
 TEST_F(RunTest, AnInterruptEndsTheRunInOrder) {

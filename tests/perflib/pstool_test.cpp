@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "fake_registers.h"
 #include "message_capture.h"
 #include "pscputick_gcc.h"
 #include "psctrl87.h"
@@ -63,18 +64,6 @@ int funcInit() {
 }
 
 long long fakeNow = 0;
-
-// x87 and SSE state in memory; `raised` flags appear while a function is measured.
-unsigned fakeMxcsr = 0;
-unsigned fakeControl = 0;
-unsigned fakeStatus = 0;
-unsigned fakeAccess(int op, unsigned value, unsigned mask) {
-    if (op == 1) fakeControl = (fakeControl & ~mask) | (value & mask);
-    if (op == 4) fakeStatus = 0;
-    if (op == 5) fakeMxcsr = (fakeMxcsr & ~mask) | (value & mask);
-    if (op == 7) fakeMxcsr &= ~0x3fu;
-    return op < 3 ? fakeControl : op < 5 ? fakeStatus : fakeMxcsr;
-}
 
 class Engine : public testing::Test {
   protected:
@@ -298,10 +287,10 @@ TEST_F(Engine, ABadStatusIsAvoidedByHalfTheLoops) {
     for (const auto& c : cases) {
         MessageCapture out(15);
         script = {};
-        fakeStatus = fakeMxcsr = 0;
+        fake = {};
         psInitCtrlStatus();
         script.loopClocks = [&](int n) {
-            if (n > c.longest) fakeStatus |= 1;
+            if (n > c.longest) fake.status |= 1;
             return c.constant ? 20000LL : 20000LL * n;
         };
         tool.setMethodAuto();
