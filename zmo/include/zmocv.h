@@ -2,6 +2,8 @@
 #ifndef ZMOCV_H
 #define ZMOCV_H
 
+#include "zmocv_arith.h"
+#include "zmocv_integral.h"
 #include "zmocv_norm.h"
 #include "zmocv_stat.h"
 #include "zmotypes.h"

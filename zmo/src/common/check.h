@@ -2,6 +2,7 @@
 #pragma once
 
 #include <climits>
+#include <cmath>
 #include <cstdint>
 
 #include "zmotypes.h"
@@ -25,6 +26,15 @@ template <class T, int channels = 1>
 bool badStep(int64_t step, int64_t width) {
     constexpr int64_t element = sizeof(T);
     return step < 1 || step % element != 0 || step / element / channels < width;
+}
+
+// False for what is not a number, without a floating-point flag.
+inline bool isWithin(Zmo32f value, Zmo32f low, Zmo32f high) {
+    return std::isgreaterequal(value, low) && std::islessequal(value, high);
+}
+
+inline bool isKnown(ZmoNormType norm) {
+    return norm >= zmoNormInf && norm <= zmoNormL2;
 }
 
 inline bool isKnown(ZmoiBorderType border) {

@@ -89,6 +89,12 @@ class Carver {
     char* m_next;
 };
 
+// Which of two NaNs a sum or product passes on depends on the order that the compiler puts the
+// operands in. Results that may have met two are the same at all levels after this.
+[[maybe_unused]] float withOneNan(float value) {
+    return value == value ? value : __builtin_nanf("");
+}
+
 // The coordinate inside 0..n-1 whose pixel stands for coordinate i under a replicated border.
 [[maybe_unused]] ptrdiff_t replicated(ptrdiff_t i, ptrdiff_t n) {
     return i < 0 ? 0 : i < n ? i : n - 1;

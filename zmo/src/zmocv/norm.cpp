@@ -2,18 +2,13 @@
 
 #include <cmath>
 #include <limits>
-#include <type_traits>
 
 #include "common/check.h"
+#include "common/types.h"
 #include "zmocv_norm.h"
 
 namespace zmo {
 namespace {
-
-template <class T>
-constexpr int typeIndex = std::is_same_v<T, Zmo8u>    ? 0
-                          : std::is_same_v<T, Zmo16u> ? 1
-                                                      : 2;
 
 struct Image {
     const void* data;
