@@ -202,6 +202,7 @@ TEST(PsNumbers, TextsAndBack) {
     psString hole(std::string_view("1\0002", 3));
     int whole = 0;
     EXPECT_FALSE(psFromText(hole, whole)) << "a NUL byte ends no number";
+    EXPECT_FALSE(psFromText("\v-6", whole)) << "a list 8;7;\\v-6 would read back as a range";
 }
 
 }  // namespace
