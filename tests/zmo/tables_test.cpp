@@ -3,6 +3,7 @@
 #include "kit.h"
 #include "zmocore.h"
 #include "zmocv/canny.h"
+#include "zmocv/flood.h"
 #include "zmocv/norm.h"
 #include "zmocv/stat.h"
 #include "zmoi/convert.h"
@@ -39,6 +40,7 @@ void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& table
 TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("canny", zmo::cannyKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
+    expectOwnKernels("flood", zmo::floodKernelsByLevel);
     expectOwnKernels("norm", zmo::normKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
     expectOwnKernels("sobel", zmo::sobelKernelsByLevel);

@@ -1,0 +1,38 @@
+// Rows of flags as runs of set and clear bytes, eight bytes a step. A byte is set when its lowest
+// bit is.
+#pragma once
+
+#include "common/kernel.h"
+
+namespace zmo::ZMO_LEVEL {
+namespace {
+
+// The first x in [x, end) whose flag, exclusive-or `flip`, is set; end when there is none. flip 0
+// looks for a set byte, ~0 for a clear one.
+[[maybe_unused]] ptrdiff_t findFlag(const uint8_t* flags, ptrdiff_t x, ptrdiff_t end,
+                                    uint64_t flip) {
+    constexpr uint64_t lowest = 0x0101010101010101U;
+    for (; x + 8 <= end; x += 8) {
+        uint64_t eight;
+        __builtin_memcpy(&eight, flags + x, sizeof eight);
+        const uint64_t found = (eight ^ flip) & lowest;
+        if (found != 0) return x + (__builtin_ctzll(found) >> 3);
+    }
+    while (x < end && ((flags[x] ^ flip) & 1) == 0) ++x;
+    return x;
+}
+
+[[maybe_unused]] ptrdiff_t findSet(const uint8_t* flags, ptrdiff_t x, ptrdiff_t end) {
+    return findFlag(flags, x, end, 0);
+}
+[[maybe_unused]] ptrdiff_t findClear(const uint8_t* flags, ptrdiff_t x, ptrdiff_t end) {
+    return findFlag(flags, x, end, ~uint64_t{0});
+}
+
+template <class T>
+void fillRun(T* __restrict row, ptrdiff_t first, ptrdiff_t end, T value) {
+    for (ptrdiff_t x = first; x < end; ++x) row[x] = value;
+}
+
+}  // namespace
+}  // namespace zmo::ZMO_LEVEL
