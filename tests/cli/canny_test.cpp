@@ -237,6 +237,12 @@ TEST_F(Canny, TheSameDataInEveryRun) {
     EXPECT_EQ(first, dump());
 }
 
+TEST_F(Canny, TwoRunsDifferInTimesOnly) {
+    const std::string first = run({"-LP"}).out;
+    EXPECT_NE(first.find(" clocks per pxch"), std::string::npos);
+    EXPECT_EQ(support::masked(first), support::masked(run({"-LP"}).out));
+}
+
 TEST_F(Canny, ListingEqualsConsole) {
     const Outcome outcome = run({"-LINFO", "-olisting", "-osecond.log"});
     EXPECT_FALSE(outcome.out.empty());

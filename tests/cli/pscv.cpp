@@ -33,7 +33,7 @@ support::Command Pscv::command(const Arguments& arguments) const {
 }
 
 support::Outcome Pscv::run(const Arguments& arguments) const {
-    const support::Outcome outcome = support::run(command(arguments));
+    support::Outcome outcome = support::run(command(arguments));
     EXPECT_TRUE(outcome.clean()) << "status " << outcome.status << ", signal " << outcome.signal
                                  << ", timed out " << outcome.timedOut << "\n"
                                  << outcome.out << outcome.err;

@@ -1,7 +1,10 @@
 #include "text.h"
 
+#include <regex.h>
+
 #include <array>
-#include <regex>
+#include <memory>
+#include <stdexcept>
 
 namespace support {
 
@@ -40,6 +43,29 @@ std::size_t count(std::string_view text, std::string_view part) {
     return found;
 }
 
+namespace {
+
+struct Mask {
+    const char* pattern;  // POSIX extended: std::regex does not compile cleanly under sanitizers
+    const char* word;
+};
+
+std::string replaced(const std::string& text, const Mask& mask) {
+    regex_t compiled;
+    if (regcomp(&compiled, mask.pattern, REG_EXTENDED) != 0) throw std::logic_error(mask.pattern);
+    const std::unique_ptr<regex_t, decltype(&regfree)> owner(&compiled, &regfree);
+    std::string result;
+    const char* rest = text.c_str();
+    regmatch_t match{};
+    while (regexec(&compiled, rest, 1, &match, 0) == 0) {
+        result.append(rest, static_cast<std::size_t>(match.rm_so)).append(mask.word);
+        rest += match.rm_eo;
+    }
+    return result + rest;
+}
+
+}  // namespace
+
 std::string masked(std::string text, const std::vector<std::string>& directories) {
     for (const std::string& directory : directories) {
         for (std::size_t at = text.find(directory); at != std::string::npos;
@@ -47,21 +73,17 @@ std::string masked(std::string text, const std::vector<std::string>& directories
             text.replace(at, directory.size(), "<dir>");
         }
     }
-    struct Mask {
-        const char* pattern;
-        const char* word;
-    };
     static constexpr std::array<Mask, 6> masks{{
-        {R"((Mon|Tue|Wed|Thu|Fri|Sat|Sun) [A-Z][a-z]{2} [ 0-9]\d \d\d:\d\d:\d\d \d{4})", "<date>"},
-        {R"([A-Z][a-z]{2} [ 0-9]\d \d{4})", "<day>"},
-        {R"(\d\d:\d\d:\d\d)", "<time>"},
-        {R"([0-9.]+(e[+-]?\d+)? clocks per )", "<clocks> clocks per "},
-        {R"(0x[0-9a-f]{6,})", "<pointer>"},
-        {R"(((Computer|OS) *: )[^|\n]*)", "$1<host>"},
+        {"(Mon|Tue|Wed|Thu|Fri|Sat|Sun) [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2} "
+         "[0-9]{4}",
+         "<date>"},
+        {"[A-Z][a-z]{2} [ 0-9][0-9] [0-9]{4}", "<day>"},
+        {"[0-9]{2}:[0-9]{2}:[0-9]{2}", "<time>"},
+        {"[0-9.]+(e[-+]?[0-9]+)? clocks per ", "<clocks> clocks per "},
+        {"0x[0-9a-f]{6,}", "<pointer>"},
+        {"(Computer|OS) *: [^|\n]*", "<host>"},
     }};
-    for (const Mask& mask : masks) {
-        text = std::regex_replace(text, std::regex(mask.pattern), mask.word);
-    }
+    for (const Mask& mask : masks) text = replaced(text, mask);
     return text;
 }
 
