@@ -1,7 +1,11 @@
 # The test modules of pscv, one source file each. To add one, add its stem.
 set(PSCV_MODULES
+    p_cbound
     p_ccanny
+    p_cdist
     p_cflood
+    p_clabel
+    p_cmarkspeckles
     p_cmeanstddev
     p_cnorm
     p_cstat)

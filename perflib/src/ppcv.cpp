@@ -7,6 +7,7 @@
 psIterator<ZmoiSize> ImageSize("ImageSize", "Image size", {{64, 64}, {640, 480}});
 psIterator<int> Density("Density", "Selected pixels, percent", {10, 90});
 psIterator<int> Channel("Channel", "Channel of interest", {2});
+psIterator<int> Connectivity("Connectivity", "Neighbours of a pixel", {4, 8});
 
 namespace {
 

@@ -153,37 +153,6 @@ TEST(Flood, Oracle) {
     expectOracleEverywhere<Zmo32f>({1.5F, 1.75F, 2.5F, -900, 0}, {0, 0.25F, 1, 1e3F});
 }
 
-// A spiral of one pixel's width: the longest way for its area.
-TEST(Flood, Spiral) {
-    kit::Image<Zmo8u> image({61, 61});
-    image.fill([] { return 9; });
-    int x = 0, y = 0, dx = 1, dy = 0;
-    const auto isFree = [&](int i, int j) {
-        return i < 0 || j < 0 || i >= 61 || j >= 61 || image.get(i, j) == 9;
-    };
-    for (int turns = 0; turns < 2;) {
-        image.set(x, y, 5);
-        const bool inside = x + dx >= 0 && x + dx < 61 && y + dy >= 0 && y + dy < 61;
-        if (inside && isFree(x + dx, y + dy) && isFree(x + 2 * dx, y + 2 * dy)) {
-            x += dx;
-            y += dy;
-            turns = 0;
-        } else {
-            const int old = dx;
-            dx = -dy;
-            dy = old;
-            ++turns;
-        }
-    }
-    image.snapshot();
-    for (const auto& function : functions(Zmo8u())) {
-        SCOPED_TRACE(function.name);
-        const size_t area = expectOracle(
-            function, image, {nullptr, 0, {61, 61}, {0, 0}, 200, 1, 1, nullptr, nullptr});
-        EXPECT_GT(area, 1500U);
-    }
-}
-
 // No pixel equals one that is not a number, not even itself, but the seed belongs to its region.
 TEST(Flood, SeedThatIsNotANumber) {
     for (const auto& function : functions(Zmo32f())) {

@@ -2,10 +2,16 @@
 #include "common/level.h"
 #include "kit.h"
 #include "zmocore.h"
+#include "zmocv/bound.h"
 #include "zmocv/canny.h"
+#include "zmocv/chamfer.h"
 #include "zmocv/flood.h"
+#include "zmocv/label.h"
+#include "zmocv/marching.h"
 #include "zmocv/norm.h"
+#include "zmocv/speckles.h"
 #include "zmocv/stat.h"
+#include "zmocv/truedist.h"
 #include "zmoi/convert.h"
 #include "zmoi/rotate.h"
 #include "zmoi/sobel.h"
@@ -41,6 +47,12 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("canny", zmo::cannyKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
+    expectOwnKernels("label", zmo::labelKernelsByLevel);
+    expectOwnKernels("speckles", zmo::specklesKernelsByLevel);
+    expectOwnKernels("bound", zmo::boundKernelsByLevel);
+    expectOwnKernels("chamfer", zmo::chamferKernelsByLevel);
+    expectOwnKernels("truedist", zmo::trueDistanceKernelsByLevel);
+    expectOwnKernels("marching", zmo::marchingKernelsByLevel);
     expectOwnKernels("norm", zmo::normKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
     expectOwnKernels("sobel", zmo::sobelKernelsByLevel);

@@ -3,6 +3,7 @@
 #define ZMOCV_H
 
 #include "zmocv_arith.h"
+#include "zmocv_distance.h"
 #include "zmocv_integral.h"
 #include "zmocv_norm.h"
 #include "zmocv_region.h"

@@ -1,0 +1,106 @@
+// Distances to the nearest zero pixel: by chamfer metrics, exact, and by a marching front
+// (zmoiDistanceTransform, zmoiTrueDistanceTransform, zmoiFastMarching).
+#include "regions.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace regions;
+
+psIterator<int> Radius("Radius", "Where the front stops, pixels", {8, 64});
+
+// The usual metrics of both masks: integers five times too long, and the best fractions.
+constexpr Zmo32s metricsOf3x3[] = {3, 4};
+constexpr Zmo32s metricsOf5x5[] = {5, 7, 11};
+constexpr Zmo32f realMetricsOf3x3[] = {0.955F, 1.3693F};
+constexpr Zmo32f realMetricsOf5x5[] = {1.0F, 1.4F, 2.1969F};
+
+Zmo32f radius;
+
+PP_SERVICE(zmoiTrueDistanceTransformGetBufferSize);
+PP_SERVICE(zmoiFastMarchingGetBufferSize);
+
+// The outlines of the discs are what distances are measured from, as after an edge detector.
+int outlines(int x, int y) {
+    const bool inside = discs(x, y) != 0;
+    const bool edge = inside != (discs(x + 1, y) != 0) || inside != (discs(x, y + 1) != 0);
+    return edge ? 0 : 255;
+}
+
+class TimcDist : public RegionTest {
+  public:
+    using RegionTest::RegionTest;
+
+  protected:
+    bool drawImage(ppImage& image) override { return draw(image, outlines, brightOnly); }
+
+    bool bufferSize(int& size) override {
+        size = 0;
+        return true;
+    }
+
+    // Two passes of an addition and a comparison for each of the mask's steps in one half plane.
+    double getFlops() override {
+        if (func().dstType() != pp32f) return 0;
+        return getDivisor() * 2 * 2 * (func().baseName().contains("5x5") ? 8 : 4);
+    }
+
+    psString dataFigure() override {
+        double sum = 0;
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) sum += pDst.getImageAt(x, y, 0);
+        }
+        return psFormat("mean distance %.2f", sum / roi.width / roi.height);
+    }
+};
+
+class TimcTrueDist : public TimcDist {
+  public:
+    using TimcDist::TimcDist;
+
+  protected:
+    bool bufferSize(int& size) override {
+        return prepared(lib_zmoiTrueDistanceTransformGetBufferSize(roi, zmo8u, 1, &size),
+                        "zmoiTrueDistanceTransformGetBufferSize");
+    }
+    // A parabola of nine operations, and at every pixel a product, two sums and a root.
+    double getFlops() override { return getDivisor() * 13; }
+};
+
+class TimcFastMarching : public TimcDist {
+  public:
+    using TimcDist::TimcDist;
+
+  protected:
+    void regOwnParms() override { regParm(Radius); }
+
+    bool bufferSize(int& size) override {
+        radius = static_cast<Zmo32f>(Radius.value());
+        return prepared(lib_zmoiFastMarchingGetBufferSize(roi, zmo8u, 1, &size),
+                        "zmoiFastMarchingGetBufferSize");
+    }
+    // Seven operations for a time, and every pixel is met from about two sides.
+    double getFlops() override { return getDivisor() * 14; }
+};
+
+#define REG_DIST(size, types, type, metrics)                                              \
+    PP_REG(TimcDist, zmoiDistanceTransform_##size##_##types##_C1R, pSrc.ptr8u(), srcStep, \
+           pDst.ptr##type(), dstStep, roi, metrics)
+#define REG_DIST_IN_PLACE(size, metrics)                                                        \
+    PP_REG_INIT(TimcDist, zmoiDistanceTransform_##size##_8u_C1IR, restoreImage(), pDst.ptr8u(), \
+                dstStep, roi, metrics)
+
+REG_DIST(3x3, 8u32f, 32f, realMetricsOf3x3)
+REG_DIST(5x5, 8u32f, 32f, realMetricsOf5x5)
+REG_DIST(3x3, 8u16u, 16u, metricsOf3x3)
+REG_DIST(5x5, 8u16u, 16u, metricsOf5x5)
+REG_DIST(3x3, 8u, 8u, metricsOf3x3)
+REG_DIST(5x5, 8u, 8u, metricsOf5x5)
+REG_DIST_IN_PLACE(3x3, metricsOf3x3)
+REG_DIST_IN_PLACE(5x5, metricsOf5x5)
+PP_REG(TimcTrueDist, zmoiTrueDistanceTransform_8u32f_C1R, pSrc.ptr8u(), srcStep, pDst.ptr32f(),
+       dstStep, roi, pBuffer.get())
+PP_REG(TimcFastMarching, zmoiFastMarching_8u32f_C1R, pSrc.ptr8u(), srcStep, pDst.ptr32f(), dstStep,
+       roi, radius, pBuffer.get())
+
+}  // namespace

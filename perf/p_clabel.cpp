@@ -1,0 +1,47 @@
+// Connected components of markers (zmoiLabelMarkers).
+#include "regions.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace regions;
+
+constexpr int minLabel = 1;
+constexpr int maxLabel8u = 255;
+constexpr int maxLabel16u = 65535;
+constexpr int maxLabel32s = std::numeric_limits<int>::max();
+
+int connectivity;
+int count;
+
+PP_SERVICE(zmoiLabelMarkersGetBufferSize);
+
+class TimcLabelMarkers : public RegionTest {
+  public:
+    using RegionTest::RegionTest;
+
+  protected:
+    void regOwnParms() override { regParm(Connectivity); }
+
+    bool drawImage(ppImage& image) override {
+        connectivity = Connectivity.value();
+        return draw(image, discs, brightOnly);
+    }
+
+    bool bufferSize(int& size) override {
+        return prepared(lib_zmoiLabelMarkersGetBufferSize(roi, dataType(), 1, &size),
+                        "zmoiLabelMarkersGetBufferSize");
+    }
+
+    psString dataFigure() override { return psFormat("%d components", count); }
+};
+
+// The tag has no I, and yet two of the functions label in place.
+PP_REG_INIT(TimcLabelMarkers, zmoiLabelMarkers_8u_C1IR, restoreImage(), pDst.ptr8u(), dstStep, roi,
+            minLabel, maxLabel8u, connectivity, &count, pBuffer.get())
+PP_REG_INIT(TimcLabelMarkers, zmoiLabelMarkers_16u_C1IR, restoreImage(), pDst.ptr16u(), dstStep,
+            roi, minLabel, maxLabel16u, connectivity, &count, pBuffer.get())
+PP_REG(TimcLabelMarkers, zmoiLabelMarkers_8u32s_C1R, pSrc.ptr8u(), srcStep, pDst.ptr32s(), dstStep,
+       roi, minLabel, maxLabel32s, connectivity, &count, pBuffer.get())
+
+}  // namespace
