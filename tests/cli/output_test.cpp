@@ -1,0 +1,203 @@
+// What the files of a run hold, pictures as input, and sinks that fail.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+
+#include "pscv.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::Outcome;
+using support::Row;
+using Words = Pscv::Arguments;
+
+bool has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// Every line of a box, whatever the machine and the folders are called.
+void expectBoxes(const std::string& text) {
+    std::size_t boxed = 0;
+    for (const std::string& line : support::lines(text)) {
+        if (line.empty() || (line[0] != '|' && line[0] != '+')) continue;
+        EXPECT_TRUE(line.size() == 79 && line.back() == line[0]) << line;
+        ++boxed;
+    }
+    EXPECT_GT(boxed, 10U) << text;
+}
+
+// The data lines between the header and END_DATA, read as any CSV file.
+std::vector<Row> summaryLines(const std::string& text) {
+    std::vector<Row> data;
+    bool inside = false;
+    for (const std::string& line : support::lines(text)) {
+        if (line.starts_with("END_DATA")) inside = false;
+        if (inside && !line.starts_with("--")) data.push_back(support::tableRows(line)[0]);
+        if (line.starts_with("Function,Class,")) inside = true;
+    }
+    for (const Row& row : data) {
+        EXPECT_EQ(row.size(), 11U) << row[0];
+        EXPECT_EQ(std::ranges::count(row, ""), 0) << row[0];
+    }
+    return data;
+}
+
+TEST(Output, SummaryTableAndBoxesKeepTheirForm) {
+    const Pscv pscv;
+    const std::string longDir = pscv.file(std::string(120, 'd'));
+    fs::create_directory(longDir);
+    const Outcome outcome = pscv.run(
+        Pscv::smallCanny({"-o" + longDir + "/listing.txt", "-u" + longDir + "/sum, x.csv", "-LI"}));
+    expectBoxes(outcome.out);
+    expectBoxes(support::readFile(longDir + "/listing.txt"));
+    const std::vector<Row> data = summaryLines(support::readFile(longDir + "/sum, x.csv"));
+    ASSERT_EQ(data.size(), 2U);
+    EXPECT_EQ(data[0][9], "OK");
+    for (const char* mode : {"-e", "-e+", "-e-"}) expectBoxes(pscv.run({mode}).out);
+}
+
+TEST(Output, AppendsToAnEarlierRun) {
+    const Pscv pscv;
+    for (const char* function : {"-f=zmoiCanny_16s8u_C1R", "-f=zmoiCanny_32f8u_C1R"})
+        pscv.run({"-B", function, "-dImageSize=64x64", "-dnumFigures=2x2", "-Rall", "-Oall",
+                  "-Usum", "-dMethod=Manual"});
+    EXPECT_EQ(support::count(pscv.text("all.csv"), "\nzmoiCanny,16s8u,"), 1U);
+    EXPECT_EQ(support::count(pscv.text("all.csv"), "\nzmoiCanny,32f8u,"), 1U);
+    EXPECT_EQ(support::count(pscv.text("all.txt"), "|PS Summary "), 2U);
+    EXPECT_EQ(summaryLines(pscv.text("sum_sum.csv")).size(), 2U);
+}
+
+TEST(Output, NamesOfTheParameters) {
+    const Pscv pscv;
+    const std::string names = "zmoiCanny,16s8u,C1R,ImageSize,numFigures,-,-,-,-,parmNames,";
+    const auto run = [&](const Words& more) { return pscv.run(Pscv::smallCanny(more)).out; };
+    run({"-f-32f", "-qnames"});
+    EXPECT_EQ(support::count(pscv.text("names_name.csv"), "\n" + names), 1U);
+    EXPECT_EQ(support::count(pscv.text("table.csv"), names), 0U);
+    run({"-f-32f", "-q+"});
+    const std::string table = pscv.text("table.csv");
+    EXPECT_TRUE(has(table, "\n" + names)) << table;
+    EXPECT_LT(table.find(names), table.find(",64x64,")) << table;
+    fs::remove(pscv.file("table.csv"));
+    const std::string out = run({"-f-32f", "-qnames", "-Q"});
+    EXPECT_EQ(support::count(pscv.text("names_name.csv"), "\n" + names), 1U);
+    EXPECT_FALSE(has(pscv.text("table.csv"), ",64x64,")) << out;
+}
+
+// A bitmap file; the header may lie about the pixels.
+std::string bmp(int bits, std::int64_t width, std::int64_t height, std::size_t pixels,
+                bool bigEndian = false, int compression = 0) {
+    std::string text = bigEndian ? "MB" : "BM";
+    const auto put = [&](std::int64_t value, int size) {
+        for (int i = 0; i < size; ++i)
+            text += static_cast<char>(value >> 8 * (bigEndian ? size - 1 - i : i));
+    };
+    const int colours = bits <= 8 ? 1 << bits : 0;
+    const std::int64_t fields[][2] = {
+        {1, 4}, {0, 4},    {54 + 4 * colours, 4}, {40, 4}, {width, 4}, {height, 4},
+        {1, 2}, {bits, 2}, {compression, 4},      {0, 4},  {0, 4},     {0, 4},
+        {0, 4}, {0, 4}};
+    for (const auto& [value, size] : fields) put(value, static_cast<int>(size));
+    for (int i = 0; i < colours; ++i) text += std::string(3, static_cast<char>(i * 5)) + '\0';
+    for (std::size_t i = 0; i < pixels; ++i) text += static_cast<char>(i * 31 + i / 64);
+    return text;
+}
+
+TEST(Picture, LoadsWhatIsSoundAndRefusesTheRest) {
+    const Pscv pscv;
+    std::vector<std::pair<std::string, bool>> cases;
+    for (const int bits : {1, 4, 8, 16, 24, 32}) {
+        const auto size = static_cast<std::size_t>(64 * 48 * bits / 8);
+        for (const bool bigEndian : {false, true})
+            cases.emplace_back(bmp(bits, 64, 48, size, bigEndian), true);
+        cases.emplace_back(bmp(bits, 64, 48, size / 2), bits > 8);  // direct colour loads
+        for (const auto& [width, height] : {std::pair<int, int>{0, 48},
+                                            {64, 0},
+                                            {64, -48},
+                                            {INT_MAX, INT_MAX},
+                                            {INT_MAX, 1},
+                                            {1, INT_MAX},
+                                            {46341, 46341}})
+            cases.emplace_back(bmp(bits, width, height, size), false);
+        cases.emplace_back(bmp(bits, 64, 48, size, false, 1), false);
+        cases.emplace_back(bmp(bits, 64, 48, size).substr(0, 53), false);
+    }
+    for (const char* junk : {"", "BM", "P5 64 64 255\n"}) cases.emplace_back(junk, false);
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const auto& [text, loads] = cases[i];
+        support::writeFile(pscv.file("pic.bmp"), text);
+        const Outcome outcome =
+            pscv.run(Pscv::smallCanny({"-f-32f", "-p" + pscv.file(""), "-dPicture=pic.bmp"}));
+        const std::vector<Row> rows = pscv.rows();
+        ASSERT_EQ(rows.size(), loads ? 1U : 0U) << i << outcome.out;
+        if (loads) {
+            EXPECT_TRUE(has(rows[0][colComment], "pic")) << rows[0][colComment];
+        } else {
+            EXPECT_TRUE(has(outcome.out, "-- Picture pic.bmp was not loaded\n")) << outcome.out;
+        }
+    }
+}
+
+TEST(Sinks, ThatFailAreNamedAndCostNothingElse) {
+    const Pscv pscv;
+    fs::create_directory(pscv.file("dir.x"));
+    support::writeFile(pscv.file("plain"), "");
+    const struct {
+        std::string path;
+        bool runs;  // a sink that cannot be opened ends the run before it begins
+    } cases[] = {{"/dev/full", true}, {pscv.file("dir.x"), false}, {pscv.file("plain/x.y"), false}};
+    for (const auto& c : cases) {
+        for (const char* key : {"-o", "-O", "-r", "-R", "-u", "-U"}) {
+            fs::remove(pscv.file("table.csv"));
+            const Outcome outcome = pscv.run(Pscv::smallCanny({key + c.path, "-gdone"}));
+            const std::string place =
+                c.runs ? "-- Can't write " + c.path + ":" : "-- Can't open file " + c.path;
+            EXPECT_EQ(support::count(outcome.out, place), 1U) << key << outcome.out;
+            EXPECT_EQ(has(outcome.out, "FATAL FAIL: can't open output file"), !c.runs);
+            if (c.runs) {
+                EXPECT_EQ(pscv.rows().size(), 2U);
+                EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), 2U);
+            }
+            EXPECT_FALSE(pscv.text("done.end").empty());
+        }
+    }
+}
+
+TEST(Sinks, AClosedPipeLeavesTheFilesWhole) {
+    const Pscv pscv;
+    support::Command command = pscv.command(Pscv::smallCanny({"-gdone"}));
+    command.arguments.insert(command.arguments.begin(),
+                             {"-c", "\"$@\" | head -1", "sh", command.program});
+    command.program = "/bin/sh";
+    const Outcome outcome = support::run(command);
+    EXPECT_TRUE(outcome.clean()) << outcome.err;
+    EXPECT_EQ(outcome.out, "Command line options: \n");
+    EXPECT_EQ(pscv.rows().size(), 2U);
+    EXPECT_FALSE(pscv.text("done.end").empty());
+}
+
+TEST(Interrupt, LeavesWholeRowsTheSummaryAndTheSignalFile) {
+    const Pscv pscv;
+    std::string sizes = "-dImageSize=64x64";
+    for (int i = 65; i < 99; ++i) sizes += ";" + std::to_string(i) + "x64";
+    support::Process process(
+        pscv.command({"-B", "-fCanny_", "-dnumFigures=2x2", sizes, "-LP", "-dMethod=Statistic",
+                      "-dTotalCpuClocks=300000000", "-rtable", "-utests", "-gdone"}));
+    ASSERT_TRUE(process.waitForText(" clocks per "));
+    process.send(SIGINT);
+    const Outcome outcome = process.finish();
+    EXPECT_EQ(outcome.signal, SIGINT) << outcome.out;
+    EXPECT_FALSE(outcome.timedOut);
+    EXPECT_TRUE(has(outcome.out, "|.Number of tests   ")) << outcome.out;
+    const std::size_t rows = pscv.rows().size();
+    EXPECT_TRUE(rows >= 1 && rows < 70) << rows;
+    EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), 1U);
+    EXPECT_FALSE(pscv.text("done.end").empty());
+}
+
+}  // namespace

@@ -1,0 +1,225 @@
+// Which tests a run takes, and where its keys and parameters come from.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+#include "pscv.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::Outcome;
+using Words = Pscv::Arguments;
+
+bool has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+struct Listed {
+    std::string function, testClass, source;
+    bool operator==(const Listed&) const = default;
+};
+
+void PrintTo(const Listed& test, std::ostream* out) {
+    *out << test.function << " " << test.testClass << " " << test.source;
+}
+
+// The numbered lines of the list box: the columns begin at 6, 46 and 62.
+std::vector<Listed> listed(const Pscv& pscv, const Words& keys) {
+    std::vector<Listed> tests;
+    for (const std::string& line : support::lines(pscv.run(keys).out)) {
+        if (line.size() != 79 || line[0] != '|' || std::atoi(line.c_str() + 1) == 0) continue;
+        const auto cell = [&](std::size_t begin, std::size_t end) {
+            const std::string text = line.substr(begin, end - begin);
+            return text.substr(0, text.find_last_not_of(' ') + 1);
+        };
+        tests.push_back({cell(6, 46), cell(46, 62), cell(62, 77)});
+    }
+    return tests;
+}
+
+// The cells of data type, size and figures of every row.
+std::string measured(const Pscv& pscv) {
+    std::string text;
+    for (const support::Row& row : support::tableRows(pscv.text("table.csv")))
+        if (row[0] == "zmoiCanny")
+            text += row[colType] + ":" + row[colSize] + ":" + row[colParm1] + " ";
+    return text;
+}
+
+TEST(Selection, PatternsChooseFromTheList) {
+    const Pscv pscv;
+    const std::vector<Listed> all = listed(pscv, {"-e"});
+    ASSERT_GT(all.size(), 40U);
+    const struct {
+        Words keys;
+        std::function<bool(const Listed&)> runs;
+    } cases[] = {
+        {{"-fNorm", "-fCanny"},
+         [](const Listed& t) { return has(t.function, "Norm") || has(t.function, "Canny"); }},
+        {{"-f+8u", "-f+C1"},
+         [](const Listed& t) { return has(t.function, "8u") && has(t.function, "C1"); }},
+        {{"-f-Norm", "-f-", "Canny"},
+         [](const Listed& t) { return !has(t.function, "Norm") && !has(t.function, "Canny"); }},
+        {{"-f=zmoiCanny_16s8u_C1R"},
+         [](const Listed& t) { return t.function == "zmoiCanny_16s8u_C1R"; }},
+        {{"-m=p_cnorm", "-f32f"},
+         [](const Listed& t) { return t.source == "p_cnorm" && has(t.function, "32f"); }},
+        {{"-mnorm", "-m-p_cnorm"},
+         [](const Listed& t) { return has(t.source, "norm") && !has(t.source, "p_cnorm"); }},
+        {{"-tCanny", "-fMinMax", "-kor"},
+         [](const Listed& t) { return has(t.testClass, "Canny") || has(t.function, "MinMax"); }},
+        {{"-tCanny", "-fMinMax"}, [](const Listed&) { return false; }},
+    };
+    for (const auto& c : cases) {
+        std::vector<Listed> expected = all;
+        std::erase_if(expected, [&](const Listed& test) { return !c.runs(test); });
+        Words keys{"-e"};
+        keys.insert(keys.end(), c.keys.begin(), c.keys.end());
+        EXPECT_EQ(listed(pscv, keys), expected) << c.keys[0];
+    }
+}
+
+// All = tested + not tested, by the names that the shared objects export.
+TEST(Selection, FunctionsOfTheLibraryAreAppliedOrNot) {
+    const Pscv pscv;
+    const std::vector<Listed> all = listed(pscv, {"-e+"}), rest = listed(pscv, {"-e-"});
+    std::vector<Listed> untested = all;
+    std::erase_if(untested, [](const Listed& test) { return !test.testClass.empty(); });
+    EXPECT_EQ(untested, rest);
+    EXPECT_GT(all.size(), rest.size());
+    const auto names = [&](const std::vector<Listed>& list, const char* function) {
+        return std::ranges::count(list, function, &Listed::function);
+    };
+    EXPECT_EQ(names(all, "zmoiCanny_16s8u_C1R"), 1);
+    EXPECT_EQ(names(rest, "zmoiCanny_16s8u_C1R"), 0);
+    EXPECT_EQ(names(all, "zmoiCannyGetSize"), 0) << "a service function";
+}
+
+TEST(Selection, StartHotAndNamedFunctions) {
+    const Pscv pscv;
+    support::writeFile(pscv.file("one.ini"), "[zmoiCanny_32f8u_C1R]\n");
+    const std::string both = "16s8u:64x64:2x2 32f8u:64x64:2x2 ", hot = "16s8u:64x64:2x2 ",
+                      cold = "32f8u:64x64:2x2 ", in = "-p" + pscv.file("");
+    const std::pair<Words, std::string> cases[] = {{{"-s"}, both},
+                                                   {{"-s-"}, both},
+                                                   {{"-FzmoiCanny_32f8u_C1R"}, cold},
+                                                   {{"-HONLY"}, hot},
+                                                   {{"-HONLY", "-FzmoiCanny_32f8u_C1R"}, ""},
+                                                   {{in, "-ione", "-P"}, cold},
+                                                   {{in, "-ione"}, both},
+                                                   {{"-P"}, both}};
+    for (const auto& [keys, rows] : cases) {
+        const Outcome outcome = pscv.run(Pscv::smallCanny(keys));
+        EXPECT_EQ(measured(pscv), rows) << keys.back() << outcome.out;
+    }
+    pscv.run(Pscv::smallCanny({"-H", "-rhot"}));
+    std::string interest;
+    for (const std::string& line : support::lines(pscv.text("hot.csv")))
+        if (has(line, "zmoiCanny")) interest += line.substr(line.rfind(',')) + " ";
+    EXPECT_EQ(interest, ",Hot ,- ");
+}
+
+TEST(KeyFiles, AreExpandedInPlace) {
+    const Pscv pscv;
+    const auto file = [&](const char* name, const char* text) {
+        support::writeFile(pscv.file(name), text);
+        return "-@" + pscv.file(name);
+    };
+    const std::string a = file("a", "-dImageSize=32x32\r\n-f=zmoiCanny_16s8u_C1R"),
+                      b = file("b", "-dImageSize=48x32\n-s-\n"), nest = file("n", "-@x -s-"),
+                      empty = file("e", "");
+    const std::pair<Words, std::string> cases[] = {
+        {{a, b, empty}, "16s8u:48x32:2x2 "},
+        {{b, a}, "16s8u:32x32:2x2 "},
+        {{a, "-dImageSize=16x16"}, "16s8u:16x16:2x2 "},
+        {{"-f=zmoiCanny_16s8u_C1R", nest}, "16s8u:64x64:2x2 "}};
+    for (const auto& [keys, rows] : cases) {
+        Words all{"-B", "-dImageSize=64x64", "-dnumFigures=2x2", "-dMethod=Manual", "-rtable"};
+        all.insert(all.end(), keys.begin(), keys.end());
+        const Outcome outcome = pscv.run(all);
+        EXPECT_EQ(measured(pscv), rows) << outcome.out;
+    }
+    const std::string lost = pscv.file("lost");
+    EXPECT_TRUE(has(pscv.run({"-B", "-@" + lost}).out, "Can't open file " + lost + " to read"));
+}
+
+// Without arguments: first the working directory, then the executable's own.
+TEST(KeyFiles, TheConfigurationFileIsTheCommandLine) {
+    const Pscv pscv;
+    const fs::path exe = pscv.file("bin/copied"), work = pscv.file("work");
+    fs::create_directories(exe.parent_path());
+    fs::create_directories(work);
+    fs::copy_file(PSCV_PROGRAM, exe);
+    support::Command command = pscv.command({});
+    command.program = exe.string();
+    command.arguments.clear();
+    command.directory = work;
+    command.environment["LD_LIBRARY_PATH"] =
+        (fs::path(PSCV_PROGRAM).parent_path() / "lib").string();
+    support::writeFile(pscv.file("bin/copied.cfg"), "-e -f=zmoiCanny_16s8u_C1R\n-v");
+    const std::string beside = support::run(command).out;
+    EXPECT_TRUE(has(beside, "read from " + exe.string() + ".cfg file\n-e: ")) << beside;
+    EXPECT_TRUE(has(beside, " zmoiCanny_16s8u_C1R ") && !has(beside, "32f8u")) << beside;
+    support::writeFile(pscv.file("work/copied.cfg"), "-v");
+    const std::string own = support::run(command).out;
+    EXPECT_TRUE(has(own, "read from copied.cfg file\n-v: ")) << own;
+    command.arguments = {"-h"};
+    EXPECT_FALSE(has(support::run(command).out, ".cfg file"));
+}
+
+TEST(IniFile, GivesBackTheSetsThatItTook) {
+    const Pscv pscv;
+    const std::string in = "-p" + pscv.file("");
+    const Words keys{"-B", "-fCanny_", in, "-rtable"};
+    const auto with = [&](const Words& more) {
+        Words all = keys;
+        all.insert(all.end(), more.begin(), more.end());
+        return pscv.run(all).out;
+    };
+    support::writeFile(pscv.file("set.ini"), "[zmoiCanny_32f8u_C1R]\nImageSize=24x8\nmine=1\n");
+    with({"-Iset", "-dImageSize=64x64;32x48", "-dnumFigures=2x2", "-dMethod=Manual",
+          "-dNumLoops=2"});
+    const std::string text = pscv.text("set.ini");
+    for (const char* part : {"Method=Manual\t// Auto|Manual|Statistic|Iterative\n", "NumLoops=2\n",
+                             "[zmoiCanny_32f8u_C1R]\nImageSize=24x8\nmine=1\nnumFigures=2x2\n",
+                             "[zmoiCanny_16s8u_C1R]\nImageSize=64x64;32x48\nnumFigures=2x2\n"})
+        EXPECT_TRUE(has(text, part)) << part << text;
+    const std::string out = with({"-iset"});
+    EXPECT_EQ(measured(pscv), "16s8u:64x64:2x2 16s8u:32x48:2x2 32f8u:24x8:2x2 ") << out;
+    EXPECT_EQ(pscv.text("set.ini"), text) << "read only";
+    EXPECT_EQ(pscv.rows()[0][colComment], "nLps=2");
+    with({"-iset", "-dImageSize=16x16"});
+    EXPECT_EQ(measured(pscv), "16s8u:16x16:2x2 32f8u:16x16:2x2 ");
+}
+
+TEST(IniFile, OddTextsAreReadAsFarAsTheyMakeSense) {
+    const Pscv pscv;
+    const std::string head = "[zmoiCanny_16s8u_C1R]\n", longLine(10'000, 'x');
+    std::string junk(4096, '\0');
+    for (std::size_t i = 0; i < junk.size(); ++i) junk[i] = static_cast<char>(i * 167 + i / 256);
+    const std::pair<std::string, const char*> cases[] = {
+        {head + "unknown=1\nImageSize=32x16", "32x16"},
+        {"[ zmoiCanny_16s8u_C1R ]\r\n \tImageSize\t=  32x16 \r\n", "32x16"},
+        {head + "ImageSize=32x16 // what it was\n// ImageSize=8x8\n", "32x16"},
+        {head + longLine + "\n" + longLine + "=" + longLine + "\nImageSize=32x16\n", "32x16"},
+        {head + "ImageSize=8x8\n[x]\nImageSize=9x9\n" + head + "ImageSize=32x16\n", "32x16"},
+        {head + "ImageSize=\n", "64x64"},
+        {head + "imagesize=32x16\n", "64x64"},
+        {head + "ImageSize=many\n", "64x64"},
+        {"", "64x64"},
+        {junk + "\n" + head + "ImageSize=32x16\n" + junk, "32x16"}};
+    for (const auto& [text, size] : cases) {
+        support::writeFile(pscv.file("odd.ini"), text);
+        const Outcome outcome =
+            pscv.run({"-B", "-f=zmoiCanny_16s8u_C1R", "-p" + pscv.file(""), "-iodd", "-rtable",
+                      "-dnumFigures=2x2", "-dMethod=Manual", "-dNumLoops=1"});
+        ASSERT_FALSE(pscv.rows().empty()) << outcome.out;
+        EXPECT_EQ(pscv.rows()[0][colSize], size) << text.substr(0, 100);
+    }
+}
+
+}  // namespace
