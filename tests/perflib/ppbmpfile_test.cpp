@@ -97,7 +97,7 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
             .width = 10,
             .height = 1,
             .palette = {0x050505, 0x090909},
-            .pixels = {0b10000010, 0b00000010, 0, 0}};
+            .pixels = {0b10000010, 0b00000001, 0, 0}};
     Bmp used{.width = 2, .height = 1, .palette = greys(3), .pixels = {2, 200, 0, 0}, .clrUsed = 3};
     Bmp overstated{.bits = 4,
                    .width = 1,
@@ -113,7 +113,7 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
         {colour, "_8u_C3", "   1   1   1   4   4   4   7   7   7",
          "   0   0   0  48  32  16  22  22  22"},
         {four, "_8u_C1", "   4   7  10", "  46   1  13"},
-        {one, "_8u_C1", "   9   5   5   5   5   5   9   5   5   9", ""},
+        {one, "_8u_C1", "   9   5   5   5   5   5   9   5   9   5", ""},
         {used, "_8u_C1", "   7   7", ""},  // the index is clamped to the last entry
         {overstated, "_8u_C1", "  46", ""},
     };

@@ -84,6 +84,17 @@ TEST(ReportFormat, CutsAtTheLastBlankThatFits) {
     }
 }
 
+TEST(ReportFormat, PushesItemsBehindALongOneWhileTheyFit) {
+    psReportFormat format;
+    format.setColumns({1, 6, 20, -78});
+    format.firstLine();
+    const std::string line = format.line({"a", "123456789012345", "c", "+"}).c_str();
+    EXPECT_EQ(line.substr(0, 24), "|a    123456789012345 c ");
+    EXPECT_EQ(line.substr(77), "+|\n");
+    // Exactly up to the next column: the blank between them pushes by one.
+    EXPECT_EQ(format.line({"a", "12345678901234", "c"}).substr(0, 22), "|a    12345678901234 c");
+}
+
 TEST(ReportFormat, ContinuesItemsInTheirColumnsWhenTheLineIsTooNarrow) {
     psReportFormat format;
     format.setColumns({1, 6, 46, 62, -78});
