@@ -124,13 +124,8 @@ TEST_F(PpVector, RandomStaysInRangeAndTheSeedMovesOn) {
 
     // Equal values ask for the default range.
     ASSERT_TRUE(again.setVector(SET_RANDOM, 0, 0));
-    double low = 255, high = 0;
-    for (double value : contents(again)) {
-        low = std::min(low, value);
-        high = std::max(high, value);
-    }
-    EXPECT_LT(low, 10);
-    EXPECT_GT(high, 245);
+    const auto [low, high] = std::ranges::minmax(contents(again));
+    EXPECT_TRUE(low < 10 && high > 245) << low << " " << high;
 }
 
 TEST_F(PpVector, SequencesAccumulateAndWrap) {

@@ -76,21 +76,6 @@ TEST(PsDefault, ReadsNumbersWholeOrNotAtAll) {
     }
 }
 
-TEST(PsDefault, AlignmentsAreReducedToTheBoundary) {
-    DefaultAlign align(0, "VectorAlign");
-    DefaultShift shift(512, "MutualVectorShift");
-    const int boundary = PS_ALIGN_MAX;
-    const int cases[][3] = {
-        {70, 70 % boundary, 70 / boundary * boundary}, {-1, -1, -boundary}, {0, 0, 0}};
-    for (const auto& [entered, aligned, shifted] : cases) {
-        align.translate(psText(entered));
-        shift.translate(psText(entered));
-        EXPECT_EQ(align.value(), aligned) << entered;
-        EXPECT_EQ(shift.value(), shifted) << entered;
-    }
-    EXPECT_NE(failure(align, "x"), "");
-}
-
 TEST(PsMapDefault, TheFirstNameThatBeginsWithTheTextWins) {
     psMapDefault<int> map(2, "Border", "Border type");
     map[1] = "replicate";

@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "psinterrupt.h"
 #include "psiterator.h"
 #include "session_fixture.h"
 
@@ -39,17 +36,6 @@ class FailingTest : public SmallTest {
 
   protected:
     psResult outcome() override { return size() == 2 ? PS_FUNCFAIL : PS_OK; }
-};
-
-class InterruptedTest : public SmallTest {
-  public:
-    using SmallTest::SmallTest;
-
-  protected:
-    psResult outcome() override {
-        if (size() == 2) std::raise(SIGINT);
-        return PS_OK;
-    }
 };
 
 // The first two cells of every row behind the title line: "function size ...".
@@ -125,26 +111,6 @@ TEST_F(RunTest, AFailureEndsItsTestAndIsCounted) {
     const std::string summary = readFile(m_dir + "/bin/pscv_sum.csv");
     EXPECT_NE(summary.find("FUNCFAIL"), std::string::npos) << summary;
     EXPECT_NE(summary.find("END_DATA\n.Number of tests,2\n"), std::string::npos) << summary;
-}
-
-// The rows so far, the summary and the signal file; then the end that the
-// signal means.
-TEST_F(RunTest, AnInterruptEndsTheRunInOrder) {
-    psRegTest(new InterruptedTest("a", "One"));
-    psRegTest(new SmallTest("b", "Two"));
-    EXPECT_EXIT(
-        {
-            psSession session;
-            run(session, {"-B", "-rt", "-o", "-gdone"});
-            psEndIfInterrupted();
-            std::exit(1);
-        },
-        testing::KilledBySignal(SIGINT), "");
-    EXPECT_EQ(rows(), "a1 a2 ");
-    const std::string listing = readFile(m_dir + "/bin/pscv.txt");
-    EXPECT_NE(listing.find("PS Summary"), std::string::npos) << listing;
-    EXPECT_NE(listing.find(".Number of tests   2"), std::string::npos) << listing;
-    EXPECT_FALSE(readFile(m_dir + "/bin/done.end").empty());
 }
 
 }  // namespace

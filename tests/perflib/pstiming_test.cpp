@@ -108,18 +108,6 @@ TEST_F(Timing, StatCountsCallsAndBudget) {
     }
 }
 
-TEST_F(Timing, StatTimesOneCallAnInterval) {
-    int n = 3;
-    long long clocks = 0;
-    statTiming(&n, &clocks, 1);
-    EXPECT_EQ(measured(), "ScEScEScE");
-    reset();
-    n = 3;
-    clocks = 0;
-    statTiming(&n, &clocks, 2);
-    EXPECT_EQ(measured(), "SccESccE");
-}
-
 TEST_F(Timing, StatStopsAtAnErrorAndRemembersNotes) {
     const std::tuple<int, int, int, int, psResult> cases[] = {{1, 3, -5, 3, PS_FUNCFAIL},
                                                               {10, 3, -5, 3, PS_FUNCFAIL},
