@@ -1,12 +1,14 @@
 // levels [width height]
 //
-// Clocks per pixel of each function at each processor level, and how many times faster than the
-// baseline that is. The level is switched within the run, call by call of zmoSetCpuFeatures.
+// Clocks per pixel of each function at each processor level, and how many times faster that is than
+// the baseline, or than a plain loop of one pixel after the other where plain_loops.h has it. The
+// level is switched within the run, call by call of zmoSetCpuFeatures.
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 
 #include "figures.h"
+#include "plain_loops.h"
 #include "zmocore.h"
 #include "zmocv.h"
 #include "zmoi.h"
@@ -28,7 +30,19 @@ struct Data {
           dx16s(pixels),
           dy16s(pixels),
           dx32f(pixels),
-          dy32f(pixels) {
+          dy32f(pixels),
+          noise8u(pixels),
+          noise16u(pixels),
+          noise32f(pixels),
+          mask(pixels) {
+        unsigned seed = 7;
+        for (size_t i = 0; i < pixels; ++i) {
+            seed = seed * 1664525U + 1013904223U;
+            noise8u[i] = static_cast<Zmo8u>(seed >> 24);
+            noise16u[i] = static_cast<Zmo16u>(seed >> 16);
+            noise32f[i] = static_cast<Zmo32f>(seed >> 8) / 65536;
+            mask[i] = (seed >> 12) % 4 != 0 ? 255 : 0;
+        }
         int bytes = 0;
         zmoiCannyGetSize(size, &bytes);
         buffer.resize(static_cast<size_t>(bytes));
@@ -49,6 +63,11 @@ struct Data {
     Plane<Zmo16s> dy16s;
     Plane<Zmo32f> dx32f;
     Plane<Zmo32f> dy32f;
+    Plane<Zmo8u> noise8u;
+    Plane<Zmo16u> noise16u;
+    Plane<Zmo32f> noise32f;
+    Plane<Zmo8u> mask;
+    double result = 0;
     Plane<Zmo8u> buffer;
     double xShift = 0;
     double yShift = 0;
@@ -57,6 +76,7 @@ struct Data {
 struct Function {
     const char* name;
     std::function<ZmoStatus()> call;
+    std::function<void()> plainLoop = {};
 };
 
 template <class Sobel, class T, class D>
@@ -76,6 +96,23 @@ Function canny(const char* name, Canny run, Data& data, const Plane<T>& dx, cons
                 return run(dx.data(), step, dy.data(), step, data.edges.data(), data.step(1),
                            data.size, 127.5F, 382.5F, norm, data.buffer.data());
             }};
+}
+
+template <class T>
+using Reduction = ZmoStatus (*)(const T*, int, const Zmo8u*, int, ZmoiSize, Zmo64f*);
+template <class T>
+using PlainReduction = double (*)(const T*, const Zmo8u*, size_t);
+
+template <class T>
+Function reduction(const char* name, Reduction<T> run, PlainReduction<T> plain, Data& data,
+                   const Plane<T>& src) {
+    return {
+        name,
+        [&data, &src, run] {
+            return run(src.data(), data.step(sizeof(T)), data.mask.data(), data.step(1), data.size,
+                       &data.result);
+        },
+        [&data, &src, plain] { data.result = plain(src.data(), data.mask.data(), data.pixels); }};
 }
 
 // In this order each function finds its input made by an earlier one.
@@ -111,6 +148,12 @@ std::vector<Function> functions(Data& d) {
         canny("zmoiCanny_16s8u_C1R L2", zmoiCanny_16s8u_C1R, d, d.dx16s, d.dy16s, zmoiNormL2),
         canny("zmoiCanny_32f8u_C1R L1", zmoiCanny_32f8u_C1R, d, d.dx32f, d.dy32f, zmoiNormL1),
         canny("zmoiCanny_32f8u_C1R L2", zmoiCanny_32f8u_C1R, d, d.dx32f, d.dy32f, zmoiNormL2),
+        reduction("zmoiNorm_L2_8u_C1MR", zmoiNorm_L2_8u_C1MR, bench::plainNormL2, d, d.noise8u),
+        reduction("zmoiNorm_L2_16u_C1MR", zmoiNorm_L2_16u_C1MR, bench::plainNormL2, d, d.noise16u),
+        reduction("zmoiNorm_L2_32f_C1MR", zmoiNorm_L2_32f_C1MR, bench::plainNormL2, d, d.noise32f),
+        reduction("zmoiMean_8u_C1MR", zmoiMean_8u_C1MR, bench::plainMean, d, d.noise8u),
+        reduction("zmoiMean_16u_C1MR", zmoiMean_16u_C1MR, bench::plainMean, d, d.noise16u),
+        reduction("zmoiMean_32f_C1MR", zmoiMean_32f_C1MR, bench::plainMean, d, d.noise32f),
     };
 }
 
@@ -122,10 +165,20 @@ constexpr struct {
               {"avx2", ZMO_LEVEL_AVX2},
               {"avx512", ZMO_LEVEL_AVX512}};
 
-// One line: clocks per pixel at each level, with the ratio to the baseline.
+template <class Call>
+double clocksPerPixel(const Call& call, size_t pixels) {
+    return static_cast<double>(bench::fewestClocks(call)) / static_cast<double>(pixels);
+}
+
+// One line: clocks per pixel of the plain loop and at each level, with the ratio to the first.
 bool printFunction(const Function& function, size_t pixels) {
     std::printf("%-42s", function.name);
-    double baseline = 0;
+    double baseline = function.plainLoop ? clocksPerPixel(function.plainLoop, pixels) : 0;
+    if (baseline == 0) {
+        std::printf("%9s", "-");
+    } else {
+        std::printf("%9.3f", baseline);
+    }
     for (const auto& level : levels) {
         if (zmoSetCpuFeatures(level.mask) != zmoStsNoErr) {
             std::printf("%16s", "-");
@@ -135,8 +188,7 @@ bool printFunction(const Function& function, size_t pixels) {
             std::fprintf(stderr, "levels: %s: %s\n", function.name, zmoGetStatusString(status));
             return false;
         }
-        const double clocks =
-            static_cast<double>(bench::fewestClocks(function.call)) / static_cast<double>(pixels);
+        const double clocks = clocksPerPixel(function.call, pixels);
         if (baseline == 0) baseline = clocks;
         std::printf("%8.3f x%6.2f", clocks, baseline / clocks);
         std::fflush(stdout);
@@ -154,8 +206,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     Data data(size);
-    std::printf("clocks per pixel and ratio to the baseline, %dx%d\n%-42s", size.width, size.height,
-                "");
+    std::printf("clocks per pixel and ratio to the first of a line, %dx%d\n%-42s%9s", size.width,
+                size.height, "", "plain");
     for (const auto& level : levels) std::printf("%16s", level.name);
     std::printf("\n");
     for (const Function& function : functions(data)) {

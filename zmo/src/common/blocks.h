@@ -51,18 +51,27 @@ template <class T, int channels>
     for (ptrdiff_t i = count; i % 8 != 0; ++i) block[i] = other;
 }
 
-[[maybe_unused, gnu::noinline]] uint32_t sumOf(const uint8_t* block, ptrdiff_t count) {
+// The same block where it can be read: in the image itself when nothing has to be moved or replaced.
+template <class T, int channels>
+const Elem<T>* readBlock(T* memory, const Elem<T>* pixels, const uint8_t* mask, ptrdiff_t count,
+                         T other) {
+    if (channels == 1 && mask == nullptr && count % 8 == 0) return pixels;
+    loadBlock<T, channels>(memory, pixels, mask, count, other);
+    return memory;
+}
+
+[[maybe_unused, gnu::noinline]] uint32_t sumOf(const Elem<uint8_t>* block, ptrdiff_t count) {
     uint16_t sum = 0;
     for (ptrdiff_t i = 0; i < count; ++i) sum = static_cast<uint16_t>(sum + block[i]);
     return sum;
 }
-[[maybe_unused, gnu::noinline]] uint32_t sumOf(const uint16_t* block, ptrdiff_t count) {
+[[maybe_unused, gnu::noinline]] uint32_t sumOf(const Elem<uint16_t>* block, ptrdiff_t count) {
     uint32_t sum = 0;
     for (ptrdiff_t i = 0; i < count; ++i) sum += block[i];
     return sum;
 }
 
-[[maybe_unused, gnu::noinline]] uint64_t sumOfSquares(const uint8_t* block, ptrdiff_t count) {
+[[maybe_unused, gnu::noinline]] uint64_t sumOfSquares(const Elem<uint8_t>* block, ptrdiff_t count) {
     int sum = 0;
     for (ptrdiff_t i = 0; i < count; ++i) {
         const int16_t value = block[i];
@@ -70,7 +79,8 @@ template <class T, int channels>
     }
     return static_cast<uint64_t>(sum);
 }
-[[maybe_unused, gnu::noinline]] uint64_t sumOfSquares(const uint16_t* block, ptrdiff_t count) {
+[[maybe_unused, gnu::noinline]] uint64_t sumOfSquares(const Elem<uint16_t>* block,
+                                                      ptrdiff_t count) {
     uint64_t sum = 0;
     for (ptrdiff_t i = 0; i < count; ++i) {
         const uint32_t value = block[i];

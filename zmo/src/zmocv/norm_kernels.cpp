@@ -9,7 +9,7 @@ namespace zmo::ZMO_LEVEL {
 namespace {
 
 template <class T>
-[[gnu::noinline]] T largest(const T* block, ptrdiff_t count) {
+[[gnu::noinline]] T largest(const Elem<T>* block, ptrdiff_t count) {
     T most = 0;
     for (ptrdiff_t i = 0; i < count; ++i) most = block[i] > most ? block[i] : most;
     return most;
@@ -50,9 +50,9 @@ template <class T>
 template <class T, ZmoNormType kind>
 class Norm {
   public:
-    [[gnu::noinline]] void add(const T* a, ptrdiff_t count) {
+    [[gnu::noinline]] void add(const Elem<T>* a, ptrdiff_t count) {
         if constexpr (kind == zmoNormInf) {
-            const T most = largest(a, count);
+            const T most = largest<T>(a, count);
             m_total = most > m_total ? most : m_total;
         } else {
             m_row += kind == zmoNormL1 ? sumOf(a, count) : sumOfSquares(a, count);

@@ -6,13 +6,13 @@ namespace zmo::ZMO_LEVEL {
 namespace {
 
 template <class T>
-[[gnu::noinline]] T smallestOf(const T* block, ptrdiff_t count) {
+[[gnu::noinline]] T smallestOf(const Elem<T>* block, ptrdiff_t count) {
     T least = block[0];
     for (ptrdiff_t i = 0; i < count; ++i) least = block[i] < least ? block[i] : least;
     return least;
 }
 template <class T>
-[[gnu::noinline]] T largestOf(const T* block, ptrdiff_t count) {
+[[gnu::noinline]] T largestOf(const Elem<T>* block, ptrdiff_t count) {
     T most = block[0];
     for (ptrdiff_t i = 0; i < count; ++i) most = block[i] > most ? block[i] : most;
     return most;
@@ -20,7 +20,7 @@ template <class T>
 
 // Where a value that the block holds stands first among the selected pixels.
 template <class T>
-ptrdiff_t firstOf(T value, const T* block, const uint8_t* mask, ptrdiff_t count) {
+ptrdiff_t firstOf(T value, const Elem<T>* block, const uint8_t* mask, ptrdiff_t count) {
     for (ptrdiff_t i = 0; i < count; ++i) {
         if (block[i] == value && (mask == nullptr || mask[i] != 0)) return i;
     }
@@ -40,10 +40,11 @@ struct KeyOf<float> {
 template <class T>
 constexpr bool isInteger = T(0.5F) == 0;
 
-[[gnu::noinline]] void orderLikeFloats(int32_t* block, ptrdiff_t count) {
+[[gnu::noinline]] void orderLikeFloats(int32_t* __restrict keys,
+                                       const Elem<int32_t>* __restrict bits, ptrdiff_t count) {
     for (ptrdiff_t i = 0; i < count; ++i) {
-        const int32_t sign = block[i] >> 31;
-        block[i] = ((block[i] & INT32_MAX) ^ sign) - sign;
+        const int32_t sign = bits[i] >> 31;
+        keys[i] = ((bits[i] & INT32_MAX) ^ sign) - sign;
     }
 }
 
@@ -76,7 +77,8 @@ ptrdiff_t firstSelected(const uint8_t* mask) {
 template <class T, int channels>
 void extremes(Source src, Source mask, Region roi, Extremes<T>* result) {
     using Key = typename KeyOf<T>::type;
-    Key keys[blockLength];
+    Key memory[blockLength];
+    [[maybe_unused]] Key ordered[blockLength];
     Best<Key> min = {};
     Best<Key> max = {};
     bool selected = false;
@@ -89,15 +91,18 @@ void extremes(Source src, Source mask, Region roi, Extremes<T>* result) {
             // A selected value in place of the unselected ones changes neither extreme.
             const Key other =
                 chosen == nullptr ? Key() : Key(pixels[firstSelected(chosen) * channels]);
-            loadBlock<Key, channels>(keys, pixels, chosen, count, other);
-            if constexpr (!isInteger<T>) orderLikeFloats(keys, count);
-            const Key least = smallestOf(keys, count);
-            const Key most = largestOf(keys, count);
+            const Elem<Key>* keys = readBlock<Key, channels>(memory, pixels, chosen, count, other);
+            if constexpr (!isInteger<T>) {
+                orderLikeFloats(ordered, keys, count);
+                keys = ordered;
+            }
+            const Key least = smallestOf<Key>(keys, count);
+            const Key most = largestOf<Key>(keys, count);
             if (!selected || least < min.key) {
-                min = {least, x + firstOf(least, keys, chosen, count), y};
+                min = {least, x + firstOf<Key>(least, keys, chosen, count), y};
             }
             if (!selected || most > max.key) {
-                max = {most, x + firstOf(most, keys, chosen, count), y};
+                max = {most, x + firstOf<Key>(most, keys, chosen, count), y};
             }
             selected = true;
         }
@@ -116,14 +121,15 @@ void extremes(Source src, Source mask, Region roi, Extremes<T>* result) {
 template <class T, int channels, bool squares>
 void integerSums(Source src, Source mask, Region roi, IntegerSums* result) {
     IntegerSums all = {};
-    T block[blockLength];
+    T memory[blockLength];
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         uint64_t rowSquares = 0;
         for (ptrdiff_t x = 0; x < roi.width; x += blockLength) {
             const ptrdiff_t count = blockAt(x, roi.width);
             const uint8_t* const chosen = maskAt(mask, x, y);
             if (isEmpty(chosen, count)) continue;
-            loadBlock<T, channels>(block, rowOf<T>(src, y) + x * channels, chosen, count, T(0));
+            const Elem<T>* const block = readBlock<T, channels>(
+                memory, rowOf<T>(src, y) + x * channels, chosen, count, T(0));
             all.count += numberSelected(chosen, count);
             all.sum += sumOf(block, count);
             if constexpr (squares) rowSquares += sumOfSquares(block, count);
@@ -142,14 +148,15 @@ template <int channels>
 [[gnu::noinline]] RowSum sumOfRow(const Elem<float>* row, const uint8_t* mask, ptrdiff_t width) {
     RowSum result = {};
     Lanes lanes = {};
-    float block[blockLength];
+    float memory[blockLength];
     for (ptrdiff_t x = 0; x < width; x += blockLength) {
         const ptrdiff_t count = blockAt(x, width);
         const uint8_t* const chosen = mask == nullptr ? nullptr : mask + x;
         if (isEmpty(chosen, count)) continue;
-        loadBlock<float, channels>(block, row + x * channels, chosen, count, 0.0F);
+        const Elem<float>* const block =
+            readBlock<float, channels>(memory, row + x * channels, chosen, count, 0.0F);
         result.count += numberSelected(chosen, count);
-        addTerms(lanes, count, [&block](ptrdiff_t i) -> double { return block[i]; });
+        addTerms(lanes, count, [block](ptrdiff_t i) -> double { return block[i]; });
     }
     result.sum = folded(lanes);
     return result;
@@ -169,15 +176,16 @@ template <int channels>
 [[gnu::noinline]] double distancesOfRow(const Elem<float>* row, const uint8_t* mask,
                                         ptrdiff_t width, double mean) {
     Lanes lanes = {};
-    float block[blockLength];
+    float memory[blockLength];
     float weights[blockLength];
     for (ptrdiff_t x = 0; x < width; x += blockLength) {
         const ptrdiff_t count = blockAt(x, width);
         const uint8_t* const chosen = mask == nullptr ? nullptr : mask + x;
         if (isEmpty(chosen, count)) continue;
-        loadBlock<float, channels>(block, row + x * channels, chosen, count, 0.0F);
+        const Elem<float>* const block =
+            readBlock<float, channels>(memory, row + x * channels, chosen, count, 0.0F);
         loadWeights(weights, chosen, count);
-        addTerms(lanes, count, [&block, &weights, mean](ptrdiff_t i) {
+        addTerms(lanes, count, [block, &weights, mean](ptrdiff_t i) {
             const double distance = (block[i] - mean) * weights[i];
             return distance * distance;
         });
