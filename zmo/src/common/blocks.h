@@ -99,16 +99,25 @@ struct Lanes {
     return ((a[0] + a[1]) + (a[2] + a[3])) + ((a[4] + a[5]) + (a[6] + a[7]));
 }
 
-// Adds term(i) for each i up to the next multiple of 8 to lane i modulo 8. The sums run in local
-// variables, which the compiler keeps in vectors.
+// Adds term(i) for each i up to the next multiple of 8 to lane i modulo 8. Eight named variables
+// become vectors at every level; an array of eight stays in memory at some.
 template <class Term>
 inline void addTerms(Lanes& lanes, ptrdiff_t count, Term term) {
-    double sums[8];
-    for (int j = 0; j < 8; ++j) sums[j] = lanes.at[j];
+    double* const a = lanes.at;
+    double a0 = a[0], a1 = a[1], a2 = a[2], a3 = a[3];
+    double a4 = a[4], a5 = a[5], a6 = a[6], a7 = a[7];
     for (ptrdiff_t i = 0; i < count; i += 8) {
-        for (int j = 0; j < 8; ++j) sums[j] += term(i + j);
+        a0 += term(i);
+        a1 += term(i + 1);
+        a2 += term(i + 2);
+        a3 += term(i + 3);
+        a4 += term(i + 4);
+        a5 += term(i + 5);
+        a6 += term(i + 6);
+        a7 += term(i + 7);
     }
-    for (int j = 0; j < 8; ++j) lanes.at[j] = sums[j];
+    a[0] = a0, a[1] = a1, a[2] = a2, a[3] = a3;
+    a[4] = a4, a[5] = a5, a[6] = a6, a[7] = a7;
 }
 
 }  // namespace
