@@ -66,6 +66,8 @@ class ppService<Result (*)(Args...)> {
   public:
     explicit ppService(const char* name) : m_entry(name) {}
 
+    const char* name() const { return m_entry.name(); }
+
     Result operator()(Args... args) const {
         Result result{};
         psGuarded([&] { result = m_entry.call(args...); });

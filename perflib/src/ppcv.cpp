@@ -8,6 +8,9 @@ psIterator<ZmoiSize> ImageSize("ImageSize", "Image size", {{64, 64}, {640, 480}}
 psIterator<int> Density("Density", "Selected pixels, percent", {10, 90});
 psIterator<int> Channel("Channel", "Channel of interest", {2});
 psIterator<int> Connectivity("Connectivity", "Neighbours of a pixel", {4, 8});
+psMapIterator<_ZmoNormType> Norm("Norm", "Norm",
+                                 {{zmoNormInf, "inf"}, {zmoNormL1, "L1"}, {zmoNormL2, "L2"}},
+                                 {zmoNormInf, zmoNormL1, zmoNormL2});
 
 namespace {
 

@@ -1,0 +1,94 @@
+// Accumulation of frames and absolute differences (zmoiAdd, zmoiAddSquare, zmoiAddProduct,
+// zmoiAddWeighted, zmoiAbsDiff, zmoiAbsDiffC).
+#include "pixels.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace pixels;
+
+constexpr Zmo32f alpha = 0.05F;
+// About the middle of the sources' values.
+constexpr Zmo8u value8u = 128;
+constexpr Zmo16u value16u = 32768;
+constexpr Zmo32f value32f = 128.0F;
+
+ppImage pMask;
+int maskStep;
+
+// Accumulators grow with every call: that changes their values, not the work. From zero on they stay
+// far below the largest float.
+class TimcAdd : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    void regOwnParms() override {
+        if (func().mask()) regParm(Density);
+        regParm(Picture);
+    }
+
+    bool createImages() override {
+        return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
+               create(pSrc2, ppArgSrc, 1, src2Step) && ppDrawSource(pSrc2) &&
+               create(pDst, ppArgDst, 2, dstStep) && (!func().mask() || createMask());
+    }
+
+    void flushData() override {
+        PixelTest::flushData();
+        pMask.deleteVector();
+    }
+
+    int flopsOfPixel() const override {
+        if (isBase("AddWeighted")) return 3;
+        return isBase("AddSquare") || isBase("AddProduct") ? 2 : 1;
+    }
+
+    psString dataFigure() override {
+        int changed = 0;
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) changed += pDst.getImageAt(x, y, 0) != 0 ? 1 : 0;
+        }
+        return psFormat("%.2f%% of the results are not zero", 100.0 * changed / getDivisor());
+    }
+
+  private:
+    bool isBase(const char* base) const { return func().baseName() == base; }
+
+    bool createMask() {
+        pMask.init(pp8u, 1, false);
+        return create(pMask, 3, maskStep) && ppDrawMask(pMask, Density.value());
+    }
+};
+
+#define SRC(type) pSrc.ptr##type(), srcStep
+#define SRC2(type) pSrc2.ptr##type(), src2Step
+#define MASK pMask.ptr8u(), maskStep
+#define ACC pDst.ptr32f(), dstStep, roi
+
+// The functions that all three types of frames have; types names frame and accumulator.
+#define REG_ADD(types, type)                                                          \
+    PP_REG(TimcAdd, zmoiAdd_##types##_C1IMR, SRC(type), MASK, ACC)                    \
+    PP_REG(TimcAdd, zmoiAddSquare_##types##_C1IR, SRC(type), ACC)                     \
+    PP_REG(TimcAdd, zmoiAddSquare_##types##_C1IMR, SRC(type), MASK, ACC)              \
+    PP_REG(TimcAdd, zmoiAddProduct_##types##_C1IR, SRC(type), SRC2(type), ACC)        \
+    PP_REG(TimcAdd, zmoiAddProduct_##types##_C1IMR, SRC(type), SRC2(type), MASK, ACC) \
+    PP_REG(TimcAdd, zmoiAddWeighted_##types##_C1IR, SRC(type), ACC, alpha)            \
+    PP_REG(TimcAdd, zmoiAddWeighted_##types##_C1IMR, SRC(type), MASK, ACC, alpha)
+#define REG_ABS_DIFF(type)                                                                      \
+    PP_REG(TimcAdd, zmoiAbsDiff_##type##_C1R, SRC(type), SRC2(type), pDst.ptr##type(), dstStep, \
+           roi)                                                                                 \
+    PP_REG(TimcAdd, zmoiAbsDiffC_##type##_C1R, SRC(type), pDst.ptr##type(), dstStep, roi,       \
+           value##type)
+
+PP_REG(TimcAdd, zmoiAdd_8u32f_C1IR, SRC(8u), ACC)
+PP_REG(TimcAdd, zmoiAdd_16u32f_C1IR, SRC(16u), ACC)
+REG_ADD(8u32f, 8u)
+REG_ADD(16u32f, 16u)
+REG_ADD(32f, 32f)
+PP_REG(TimcAdd, zmoiAddWeighted_32f_C1R, SRC(32f), SRC2(32f), ACC, alpha)
+REG_ABS_DIFF(8u)
+REG_ABS_DIFF(16u)
+REG_ABS_DIFF(32f)
+
+}  // namespace

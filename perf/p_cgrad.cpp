@@ -1,0 +1,43 @@
+// Gradients of colour pictures in grey (zmoiGradientColorToGray).
+#include "pixels.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace pixels;
+
+class TimcGradientColorToGray : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(Norm);
+        regParm(Picture);
+    }
+
+    bool createImages() override {
+        return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
+               create(pDst, ppArgDst, 1, dstStep);
+    }
+
+    // Two comparisons; two sums and a quotient; three squares more and a root.
+    int flopsOfPixel() const override {
+        if (Norm.value() == zmoNormInf) return 2;
+        return Norm.value() == zmoNormL1 ? 3 : 7;
+    }
+
+    psString dataFigure() override {
+        return psFormat("the mean of the result is %.5g", meanOf(pDst));
+    }
+};
+
+#define REG_GRADIENT(type)                                                                    \
+    PP_REG(TimcGradientColorToGray, zmoiGradientColorToGray_##type##_C3C1R, pSrc.ptr##type(), \
+           srcStep, pDst.ptr##type(), dstStep, roi, Norm.value())
+
+REG_GRADIENT(8u)
+REG_GRADIENT(16u)
+REG_GRADIENT(32f)
+
+}  // namespace

@@ -1,0 +1,66 @@
+// Tables of sums and of squares, upright and tilted (zmoiIntegral, zmoiTiltedIntegral,
+// zmoiSqrIntegral, zmoiTiltedSqrIntegral).
+#include "pixels.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace pixels;
+
+ppImage pSqr;
+int sqrStep;
+
+class TimcvIntegral : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    bool createImages() override {
+        // One row and one column more than the picture has.
+        const ZmoiSize size{roi.width + 1, roi.height + 1};
+        pDst.init(func().type(2), 1, false);
+        pSqr.init(func().type(3), 1, false);
+        return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
+               create(pDst, 1, dstStep, size) && (!hasSquares() || create(pSqr, 2, sqrStep, size));
+    }
+
+    void flushData() override {
+        PixelTest::flushData();
+        pSqr.deleteVector();
+    }
+
+    // A sum along the row and one with the row above, for each table of floats.
+    int flopsOfPixel() const override {
+        const int values = func().type(2) == pp32f ? 2 : 0;
+        return values + (hasSquares() && func().type(3) == pp64f ? 2 : 0);
+    }
+    double getFlops() override { return getDivisor() * flopsOfPixel(); }
+
+    psString dataFigure() override {
+        return psFormat("the last sum is %.6g", pDst.getImageAt(roi.width, roi.height, 0));
+    }
+
+  private:
+    bool hasSquares() const { return func().baseName().contains("Sqr"); }
+};
+
+#define REG_INTEGRAL(name, src, dst)                                                            \
+    PP_REG(TimcvIntegral, zmoi##name##_C1R, pSrc.ptr##src(), srcStep, pDst.ptr##dst(), dstStep, \
+           roi, 0)
+#define REG_SQR_INTEGRAL(name, dst, sqr)                                                     \
+    PP_REG(TimcvIntegral, zmoi##name##_C1R, pSrc.ptr8u(), srcStep, pDst.ptr##dst(), dstStep, \
+           pSqr.ptr##sqr(), sqrStep, roi, 0, 0)
+#define REG_SQR_INTEGRALS(base)                 \
+    REG_SQR_INTEGRAL(base##_8u32s, 32s, 32s)    \
+    REG_SQR_INTEGRAL(base##_8u32s64f, 32s, 64f) \
+    REG_SQR_INTEGRAL(base##_8u32f64f, 32f, 64f)
+
+REG_INTEGRAL(Integral_8u32s, 8u, 32s)
+REG_INTEGRAL(Integral_8u32f, 8u, 32f)
+REG_INTEGRAL(Integral_32f, 32f, 32f)
+REG_INTEGRAL(TiltedIntegral_8u32s, 8u, 32s)
+REG_INTEGRAL(TiltedIntegral_8u32f, 8u, 32f)
+REG_SQR_INTEGRALS(SqrIntegral)
+REG_SQR_INTEGRALS(TiltedSqrIntegral)
+
+}  // namespace

@@ -1,0 +1,99 @@
+// Standard deviations in a moving rectangle, from tables of sums and squares (zmoiRectStdDev,
+// zmoiTiltedRectStdDev).
+#include "pixels.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace pixels;
+
+psIterator<ZmoiSize> window("Window", "Sides of the rectangle", {{5, 5}, {24, 24}});
+ppScaleIterator scaleFactor("ScaleFactor", "Scale factor", {0, -8});
+
+ppImage pSqr;
+int sqrStep;
+ZmoiRect rect;
+int scale;
+
+PP_SERVICE(zmoiSqrIntegral_8u32s_C1R);
+PP_SERVICE(zmoiSqrIntegral_8u32s64f_C1R);
+PP_SERVICE(zmoiSqrIntegral_8u32f64f_C1R);
+PP_SERVICE(zmoiTiltedSqrIntegral_8u32s_C1R);
+PP_SERVICE(zmoiTiltedSqrIntegral_8u32s64f_C1R);
+PP_SERVICE(zmoiTiltedSqrIntegral_8u32f64f_C1R);
+
+class TimcRectStdDev : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(window);
+        regParm(Picture);
+        if (func().scale()) regParm(scaleFactor);
+    }
+
+    bool createImages() override {
+        scale = func().scale() ? scaleFactor.value() : 0;
+        // A tilted rectangle reaches to the left by its height.
+        const ZmoiSize sides = window.value();
+        rect = {isTilted() ? sides.height : 0, 0, sides.width, sides.height};
+        ppImage picture(pp8u, 1, false);
+        const ZmoiSize size{roi.width + rect.x + rect.width - 1,
+                            roi.height + rect.height - 1 + (isTilted() ? rect.width : 0)};
+        return picture.createImage(size.width, size.height) && ppDrawSource(picture) &&
+               createTables({size.width + 1, size.height + 1}) && makeTables(picture, size) &&
+               create(pDst, ppArgDst, 2, dstStep);
+    }
+
+    void flushData() override {
+        PixelTest::flushData();
+        pSqr.deleteVector();
+    }
+
+    // Three differences for each table of floats, then two products, a difference, a scale, a root.
+    int flopsOfPixel() const override { return (func().srcType() == pp32f ? 3 : 0) + 3 + 5; }
+
+    psString dataFigure() override {
+        return psFormat("the mean of the deviations is %.5g", meanOf(pDst));
+    }
+
+  private:
+    bool isTilted() const { return func().baseName().startsWith("Tilted"); }
+
+    bool createTables(ZmoiSize size) {
+        pSrc.init(func().srcType(), 1, false);
+        pSqr.init(func().scale() ? pp32s : pp64f, 1, false);
+        return create(pSrc, 0, srcStep, size) && create(pSqr, 1, sqrStep, size);
+    }
+
+    bool makeTables(const ppImage& picture, ZmoiSize size) const {
+        const auto make = [&](const auto& upright, const auto& tilted, auto* sums, auto* squares) {
+            const auto& function = isTilted() ? tilted : upright;
+            return prepared(function(picture.ptr8u(), picture.step(), sums, srcStep, squares,
+                                     sqrStep, size, 0, 0),
+                            function.name());
+        };
+        if (func().scale())
+            return make(lib_zmoiSqrIntegral_8u32s_C1R, lib_zmoiTiltedSqrIntegral_8u32s_C1R,
+                        pSrc.ptr32s(), pSqr.ptr32s());
+        if (func().srcType() == pp32s)
+            return make(lib_zmoiSqrIntegral_8u32s64f_C1R, lib_zmoiTiltedSqrIntegral_8u32s64f_C1R,
+                        pSrc.ptr32s(), pSqr.ptr64f());
+        return make(lib_zmoiSqrIntegral_8u32f64f_C1R, lib_zmoiTiltedSqrIntegral_8u32f64f_C1R,
+                    pSrc.ptr32f(), pSqr.ptr64f());
+    }
+};
+
+#define REG_STD_DEV(base)                                                                        \
+    PP_REG(TimcRectStdDev, zmoi##base##_32s_C1RSfs, pSrc.ptr32s(), srcStep, pSqr.ptr32s(),       \
+           sqrStep, pDst.ptr32s(), dstStep, roi, rect, scale)                                    \
+    PP_REG(TimcRectStdDev, zmoi##base##_32s32f_C1R, pSrc.ptr32s(), srcStep, pSqr.ptr64f(),       \
+           sqrStep, pDst.ptr32f(), dstStep, roi, rect)                                           \
+    PP_REG(TimcRectStdDev, zmoi##base##_32f_C1R, pSrc.ptr32f(), srcStep, pSqr.ptr64f(), sqrStep, \
+           pDst.ptr32f(), dstStep, roi, rect)
+
+REG_STD_DEV(RectStdDev)
+REG_STD_DEV(TiltedRectStdDev)
+
+}  // namespace
