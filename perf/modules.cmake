@@ -13,4 +13,6 @@ set(PSCV_MODULES
     p_cmh
     p_cnorm
     p_crectstddev
-    p_cstat)
+    p_csampleline
+    p_cstat
+    p_cvcopysub)

@@ -11,6 +11,11 @@ psIterator<int> Connectivity("Connectivity", "Neighbours of a pixel", {4, 8});
 psMapIterator<_ZmoNormType> Norm("Norm", "Norm",
                                  {{zmoNormInf, "inf"}, {zmoNormL1, "L1"}, {zmoNormL2, "L2"}},
                                  {zmoNormInf, zmoNormL1, zmoNormL2});
+// -8 keeps a byte of a result's fraction.
+ppScaleIterator ScaleFactor("ScaleFactor", "Scale factor", {0, -8});
+psMapIterator<_ZmoNormType> Norm("Norm", "Norm",
+                                 {{zmoNormInf, "inf"}, {zmoNormL1, "L1"}, {zmoNormL2, "L2"}},
+                                 {zmoNormInf, zmoNormL1, zmoNormL2});
 
 namespace {
 

@@ -5,11 +5,13 @@
 #include "zmocv/bound.h"
 #include "zmocv/canny.h"
 #include "zmocv/chamfer.h"
+#include "zmocv/copysubpix.h"
 #include "zmocv/flood.h"
 #include "zmocv/label.h"
 #include "zmocv/marching.h"
 #include "zmocv/norm.h"
 #include "zmocv/speckles.h"
+#include "zmocv/sampleline.h"
 #include "zmocv/stat.h"
 #include "zmocv/truedist.h"
 #include "zmoi/convert.h"
@@ -46,6 +48,7 @@ void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& table
 TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("canny", zmo::cannyKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
+    expectOwnKernels("copysubpix", zmo::copySubpixKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
     expectOwnKernels("label", zmo::labelKernelsByLevel);
     expectOwnKernels("speckles", zmo::specklesKernelsByLevel);
@@ -55,6 +58,7 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("marching", zmo::marchingKernelsByLevel);
     expectOwnKernels("norm", zmo::normKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
+    expectOwnKernels("sampleline", zmo::sampleLineKernelsByLevel);
     expectOwnKernels("sobel", zmo::sobelKernelsByLevel);
     expectOwnKernels("stat", zmo::statKernelsByLevel);
 }

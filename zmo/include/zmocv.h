@@ -7,6 +7,7 @@
 #include "zmocv_integral.h"
 #include "zmocv_norm.h"
 #include "zmocv_region.h"
+#include "zmocv_sample.h"
 #include "zmocv_stat.h"
 #include "zmotypes.h"
 

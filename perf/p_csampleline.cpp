@@ -1,0 +1,108 @@
+// Pixels along a line (zmoiSampleLine).
+#include <algorithm>
+#include <cstdlib>
+
+#include "pp.h"
+#include "zmocv.h"
+
+namespace {
+
+enum class Direction { horizontal, vertical, diagonal, slanted };
+
+// Along a row neighbours share cache lines, down the image each pixel has its own; a slanted line
+// leaves its row now and then.
+psMapIterator<Direction> Line("Line", "Direction of the line",
+                              {{Direction::horizontal, "horizontal"},
+                               {Direction::vertical, "vertical"},
+                               {Direction::diagonal, "diagonal"},
+                               {Direction::slanted, "slanted"}},
+                              {Direction::horizontal, Direction::vertical, Direction::diagonal,
+                               Direction::slanted});
+
+ppImage pSrc;
+ppImage pLine;  // one row
+int srcStep;
+ZmoiSize roi;
+ZmoiPoint first;
+ZmoiPoint last;
+
+class TimcSampleLine : public ppTest {
+  public:
+    using ppTest::ppTest;
+
+  protected:
+    bool canStart() override {
+        regParm(ImageSize);
+        regParm(Line);
+        regParm(Picture);
+        regCacheParm(ImageSize, pSrc);
+        return true;
+    }
+
+    bool initData() override {
+        roi = ImageSize.value();
+        setEnds(Line.value());
+        pSrc.init(func(), ppArgSrc);
+        pLine.init(func(), ppArgDst);
+        if (!pSrc.createImage(roi.width, roi.height, 0, ppMisalign(0)) ||
+            !pLine.createImage(points(), 1, 0, ppMisalign(1)))
+            return false;
+        srcStep = pSrc.step();
+        if (ppPictureGiven()) setDataComment(ppPictureTitle());
+        return ppDrawSource(pSrc);
+    }
+
+    void flushData() override {
+        pSrc.deleteVector();
+        pLine.deleteVector();
+    }
+
+    double getDivisor() override { return points(); }
+    psString getUnit() override { return "point"; }
+
+    psString dataFigure() override {
+        const int aside = std::min(std::abs(last.x - first.x), std::abs(last.y - first.y));
+        return psFormat("%d points, %d steps aside", points(), aside);
+    }
+
+  private:
+    static void setEnds(Direction direction) {
+        const int right = roi.width - 1;
+        const int below = roi.height - 1;
+        const int corner = std::min(right, below);
+        switch (direction) {
+            case Direction::horizontal:
+                first = {0, below / 2};
+                last = {right, below / 2};
+                break;
+            case Direction::vertical:
+                first = {right / 2, 0};
+                last = {right / 2, below};
+                break;
+            case Direction::diagonal:
+                first = {0, 0};
+                last = {corner, corner};
+                break;
+            case Direction::slanted:
+                first = {0, below};
+                last = {right, below / 2};
+                break;
+        }
+    }
+
+    static int points() {
+        return std::max(std::abs(last.x - first.x), std::abs(last.y - first.y)) + 1;
+    }
+};
+
+#define REG_SAMPLE_LINE(type)                                                      \
+    PP_REG(TimcSampleLine, zmoiSampleLine_##type##_C1R, pSrc.ptr##type(), srcStep, \
+           pLine.ptr##type(), roi, first, last)                                    \
+    PP_REG(TimcSampleLine, zmoiSampleLine_##type##_C3R, pSrc.ptr##type(), srcStep, \
+           pLine.ptr##type(), roi, first, last)
+
+REG_SAMPLE_LINE(8u)
+REG_SAMPLE_LINE(16u)
+REG_SAMPLE_LINE(32f)
+
+}  // namespace
