@@ -160,4 +160,26 @@ TEST_F(PpImage, RefusesWhatCannotBe) {
     EXPECT_FALSE(untyped.createImage(4, 4, 4));
 }
 
+TEST_F(PpImage, KeepsAndPutsBackItsData) {
+    ppImage pixels(pp8u, 1, false), planes(pp16u, 3, true);
+    ASSERT_TRUE(pixels.createImage(9, 9, SET_RANDOM));
+    ASSERT_TRUE(planes.createImage(9, 9, SET_RANDOM));
+    const psString before = pixels.getString(), planesBefore = planes.getString();
+    psReserveAllVectors();
+    ASSERT_TRUE(pixels.setConst());
+    ASSERT_TRUE(planes.setConst());
+    psResetAllVectors();
+    EXPECT_TRUE(pixels.getString() == before);
+    EXPECT_TRUE(planes.getString() == planesBefore);
+    planes.deleteReservedCopy();
+    EXPECT_FALSE(planes.setReservedCopy());
+}
+
+TEST_F(PpImage, PrintsRowsAndPlanes) {
+    ppImage image(pp8u, 2, true);
+    ASSERT_TRUE(image.createImage(2, 2, SET_ONE));
+    EXPECT_STREQ(image.getString().c_str(), "   1   1\n   1   1\n\n   1   1\n   1   1");
+    EXPECT_STREQ(image.objectInfo().c_str(), "Image 8u_P2 width=2 height=2 step=64");
+}
+
 }  // namespace

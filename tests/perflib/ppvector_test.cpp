@@ -304,4 +304,16 @@ TEST_F(PpVector, ReservedCopyPutsTheDataBack) {
     EXPECT_FALSE(w.setReservedCopy()) << "the copy of the old block must not be put back";
 }
 
+TEST_F(PpVector, PrintsItsElements) {
+    const std::pair<ppType, const char*> cases[] = {{pp8u, " 254"},
+                                                    {pp64u, "    18446744073709551614"},
+                                                    {pp32f, "            -2"},
+                                                    {pp8sc, " (   -2,   -2)"}};
+    for (const auto& [type, text] : cases) {
+        ppVector v(type);
+        ASSERT_TRUE(v.createVector(2, SET_CONST, -2, -2));
+        EXPECT_EQ(std::string(v.getString().c_str()), std::string(text) + text) << type;
+    }
+}
+
 }  // namespace

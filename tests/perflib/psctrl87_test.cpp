@@ -111,6 +111,17 @@ TEST_F(FakeGuards, CheckReportsOnceAndClears) {
     EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), PS_UNDEFINED);
 }
 
+TEST_F(FakeGuards, InexactMaskIsBuiltFromTheFlags) {
+    fake.status = 0x05;
+    // set() clears the flags after they were read
+    ps87::instance().base().disableInexactException();
+    EXPECT_EQ(fake.control & 0x3f, 0x25u);
+    psSSX::instance().base().enableExceptions();
+    EXPECT_EQ(fake.mxcsr & 0x1f80, 0u);
+    psSSX::instance().base().disableInexactException();
+    EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1000u);
+}
+
 TEST_F(FakeGuards, UnmaskingLastsUntilMasked) {
     ps87::setExceptionValue(0x20);
     psSSX::setExceptionValue(0x1000);

@@ -110,4 +110,14 @@ TEST(CpuFeatures, MasksOfLists) {
         EXPECT_EQ(psCpuFeatures::cpuFeatures(list), mask) << list;
 }
 
+TEST(CpuFeatures, NamesOfMasks) {
+    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x81df).c_str(), "AVX2");
+    EXPECT_STREQ(psCpuFeatures::cpuLabel(0xdf).c_str(), "SSE42");
+    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x73081df).c_str(), "P_AVX512");
+    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x20000000000).c_str(), "AVX10_512");
+    EXPECT_STREQ(psCpuFeatures::cpuLabel(0x2).c_str(), "Undefined");
+    EXPECT_STREQ(psCpuFeatures::cpuName(0x2).c_str(), "Unknown processor");
+    EXPECT_STRNE(psCpuFeatures::cpuName(0x81df).c_str(), "Unknown processor");
+}
+
 }  // namespace

@@ -205,4 +205,14 @@ TEST(PsNumbers, TextsAndBack) {
     EXPECT_FALSE(psFromText("\v-6", whole)) << "a list 8;7;\\v-6 would read back as a range";
 }
 
+TEST(PsParse, FillsAsManyWordsAsThereAre) {
+    psString first = "x", second = "y", third = "z";
+    EXPECT_EQ(psString("a;b;c;d").parse(first, second, third, ";"), 4);
+    EXPECT_EQ(str(first + second + third), "abc");
+    EXPECT_EQ(psString("q").parse(first, second, third, ";"), 1);
+    EXPECT_EQ(str(first + "," + second + "," + third), "q,,");
+    EXPECT_EQ(psString("").parse(first, second, ";"), 0);
+    EXPECT_EQ(str(first), "");
+}
+
 }  // namespace
