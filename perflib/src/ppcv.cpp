@@ -13,9 +13,6 @@ psMapIterator<_ZmoNormType> Norm("Norm", "Norm",
                                  {zmoNormInf, zmoNormL1, zmoNormL2});
 // -8 keeps a byte of a result's fraction.
 ppScaleIterator ScaleFactor("ScaleFactor", "Scale factor", {0, -8});
-psMapIterator<_ZmoNormType> Norm("Norm", "Norm",
-                                 {{zmoNormInf, "inf"}, {zmoNormL1, "L1"}, {zmoNormL2, "L2"}},
-                                 {zmoNormInf, zmoNormL1, zmoNormL2});
 
 namespace {
 

@@ -12,10 +12,7 @@ extern psIterator<int> Density;       // percent of the pixels that a mask selec
 extern psIterator<int> Channel;       // channel of interest, from 1
 extern psIterator<int> Connectivity;  // 4 or 8 neighbours
 extern psMapIterator<_ZmoNormType> Norm;
-extern psIterator<int> Density;  // percent of the pixels that a mask selects
-extern psIterator<int> Channel;  // channel of interest, from 1
 extern ppScaleIterator ScaleFactor;
-extern psMapIterator<_ZmoNormType> Norm;
 
 // Fills a source image: with the given picture in grey, the same in all channels,
 // or with noise over the range of an integer type and over 0 to 255 for 32f.
