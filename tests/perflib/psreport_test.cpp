@@ -37,9 +37,12 @@ std::string written(const Report& report) {
     std::size_t size = 0;
     std::FILE* file = open_memstream(&text, &size);
     Stream stream;
-    stream.push_back(new o_stream(file));
+    o_stream* const sink = new o_stream(file);
+    stream.push_back(sink);
     if constexpr (std::is_same_v<Stream, psOStream>) stream.setOutLevel(7);
     stream << report;
+    stream.clear();
+    delete sink;
     std::fclose(file);
     std::string result(text, size);
     std::free(text);

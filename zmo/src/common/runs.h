@@ -29,9 +29,14 @@ namespace {
     return findFlag(flags, x, end, ~uint64_t{0});
 }
 
+// A template argument carries no alignment attribute, so the row may be more misaligned than its type
+// tells: the stores go through memcpy.
 template <class T>
 void fillRun(T* __restrict row, ptrdiff_t first, ptrdiff_t end, T value) {
-    for (ptrdiff_t x = first; x < end; ++x) row[x] = value;
+    char* const bytes = reinterpret_cast<char*>(row);
+    for (ptrdiff_t x = first; x < end; ++x) {
+        __builtin_memcpy(bytes + x * static_cast<ptrdiff_t>(sizeof(T)), &value, sizeof(T));
+    }
 }
 
 }  // namespace

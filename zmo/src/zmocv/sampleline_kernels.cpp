@@ -7,7 +7,8 @@ namespace {
 
 template <class T, int channels>
 void copyPixel(Elem<T>* to, const char* from) {
-    const auto* const pixel = reinterpret_cast<const Elem<T>*>(from);
+    // Spelled out: auto would drop the alignment attribute of Elem.
+    const Elem<T>* const pixel = reinterpret_cast<const Elem<T>*>(from);
     for (int c = 0; c < channels; ++c) to[c] = pixel[c];
 }
 
@@ -16,7 +17,7 @@ void copyPixel(Elem<T>* to, const char* from) {
 template <class T, int channels>
 void sampleLine(const void* first, LineSteps steps, void* line) {
     const char* from = static_cast<const char*>(first);
-    auto* to = static_cast<Elem<T>*>(line);
+    Elem<T>* to = static_cast<Elem<T>*>(line);
     int64_t error = -static_cast<int64_t>(steps.longer);
     for (ptrdiff_t k = 0; k < steps.longer; ++k) {
         copyPixel<T, channels>(to, from);
