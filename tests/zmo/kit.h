@@ -94,6 +94,7 @@ class Image {
     }
 
     ZmoiSize size() const { return m_size; }
+    int channels() const { return m_channels; }
     int step() const { return m_stepElements * static_cast<int>(sizeof(T)); }
     T* ptr() { return reinterpret_cast<T*>(m_memory.data() + offset(0, 0, 0)); }
     const T* ptr() const { return reinterpret_cast<const T*>(m_memory.data() + offset(0, 0, 0)); }
@@ -201,17 +202,26 @@ bool sameBits(T a, T b) {
     return std::bit_cast<Bytes>(a) == std::bit_cast<Bytes>(b);
 }
 
-// Every pixel of the region has the bits that expected(x, y) tells; prints the first that has not.
+// Every element of the region has the bits that expected(x, y, channel), or expected(x, y) of an image
+// of one channel, tells; prints the first that has not.
 template <class T, class Expected>
 void expectPixels(const Image<T>& image, Expected expected) {
     for (int y = 0; y < image.size().height; ++y) {
         for (int x = 0; x < image.size().width; ++x) {
-            const T want = static_cast<T>(expected(x, y));
-            const T have = image.get(x, y);
-            if (sameBits(want, have)) continue;
-            ADD_FAILURE() << "pixel (" << x << ", " << y << ") of " << image.size() << " is "
-                          << +have << " instead of " << +want << "; ZMO_TEST_SEED=" << runSeed();
-            return;
+            for (int c = 0; c < image.channels(); ++c) {
+                T want;
+                if constexpr (std::is_invocable_v<Expected, int, int, int>) {
+                    want = static_cast<T>(expected(x, y, c));
+                } else {
+                    want = static_cast<T>(expected(x, y));
+                }
+                const T have = image.get(x, y, c);
+                if (sameBits(want, have)) continue;
+                ADD_FAILURE() << "pixel (" << x << ", " << y << ") of " << image.size()
+                              << " channel " << c << " is " << +have << " instead of " << +want
+                              << "; ZMO_TEST_SEED=" << runSeed();
+                return;
+            }
         }
     }
 }

@@ -15,8 +15,11 @@
 #include "zmocv/stat.h"
 #include "zmocv/truedist.h"
 #include "zmoi/convert.h"
+#include "zmoi/mask.h"
+#include "zmoi/pipeline.h"
+#include "zmoi/pyramid.h"
 #include "zmoi/rotate.h"
-#include "zmoi/sobel.h"
+#include "zmoi/separable.h"
 
 namespace {
 
@@ -46,27 +49,30 @@ void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& table
 }
 
 TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
+    expectOwnKernels("bound", zmo::boundKernelsByLevel);
     expectOwnKernels("canny", zmo::cannyKernelsByLevel);
+    expectOwnKernels("chamfer", zmo::chamferKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
     expectOwnKernels("copysubpix", zmo::copySubpixKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
     expectOwnKernels("label", zmo::labelKernelsByLevel);
-    expectOwnKernels("speckles", zmo::specklesKernelsByLevel);
-    expectOwnKernels("bound", zmo::boundKernelsByLevel);
-    expectOwnKernels("chamfer", zmo::chamferKernelsByLevel);
-    expectOwnKernels("truedist", zmo::trueDistanceKernelsByLevel);
     expectOwnKernels("marching", zmo::marchingKernelsByLevel);
+    expectOwnKernels("mask", zmo::maskKernelsByLevel);
     expectOwnKernels("norm", zmo::normKernelsByLevel);
+    expectOwnKernels("pipeline", zmo::pipelineKernelsByLevel);
+    expectOwnKernels("pyramid", zmo::pyramidKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
     expectOwnKernels("sampleline", zmo::sampleLineKernelsByLevel);
-    expectOwnKernels("sobel", zmo::sobelKernelsByLevel);
+    expectOwnKernels("separable", zmo::separableKernelsByLevel);
+    expectOwnKernels("speckles", zmo::specklesKernelsByLevel);
     expectOwnKernels("stat", zmo::statKernelsByLevel);
+    expectOwnKernels("truedist", zmo::trueDistanceKernelsByLevel);
 }
 
 TEST(LevelTables, FollowTheLevelInUse) {
     int level = 0;
     kit::forEachLevel([&] {
-        EXPECT_EQ(&zmo::kernelsInUse(zmo::sobelKernelsByLevel), zmo::sobelKernelsByLevel.at[level]);
+        EXPECT_EQ(&zmo::kernelsInUse(zmo::maskKernelsByLevel), zmo::maskKernelsByLevel.at[level]);
         ++level;
     });
     EXPECT_GE(level, 1);

@@ -2,6 +2,8 @@
 #ifndef ZMOI_H
 #define ZMOI_H
 
+#include "zmoi_filter.h"
+#include "zmoi_pyramid.h"
 #include "zmotypes.h"
 
 #ifdef __cplusplus

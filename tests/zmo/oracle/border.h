@@ -20,13 +20,14 @@ struct Extended {
     const kit::Image<T>& image;
     ZmoiBorderType border;
     T value;
+    int channel = 0;
 
     T operator()(int x, int y) const {
         const ZmoiSize size = image.size();
         const bool inside = x >= 0 && x < size.width && y >= 0 && y < size.height;
-        if (inside || border == zmoiBorderInMem) return image.get(x, y);
+        if (inside || border == zmoiBorderInMem) return image.get(x, y, channel);
         if (border == zmoiBorderConst) return value;
-        return image.get(folded(x, size.width, border), folded(y, size.height, border));
+        return image.get(folded(x, size.width, border), folded(y, size.height, border), channel);
     }
 };
 

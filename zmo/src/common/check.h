@@ -4,7 +4,9 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
+#include "common/image.h"
 #include "zmotypes.h"
 
 namespace zmo {
@@ -19,6 +21,12 @@ inline bool isEmpty(ZmoiSize roi) {
 }
 inline bool isEmpty(ZmoiSizeL roi) {
     return roi.width < 1 || roi.height < 1;
+}
+
+// As kernels take them.
+template <class Size>
+Region regionOf(Size roi) {
+    return {static_cast<ptrdiff_t>(roi.width), static_cast<ptrdiff_t>(roi.height)};
 }
 
 // width counts pixels of `channels` elements of T.
@@ -49,11 +57,42 @@ inline bool isKnown(ZmoiNorm norm) {
     return norm == zmoiNormL1 || norm == zmoiNormL2;
 }
 
+template <class T>
+constexpr ZmoDataType dataTypeOf() {
+    if (std::is_same_v<T, Zmo8u>) return zmo8u;
+    if (std::is_same_v<T, Zmo8s>) return zmo8s;
+    if (std::is_same_v<T, Zmo16u>) return zmo16u;
+    if (std::is_same_v<T, Zmo16s>) return zmo16s;
+    return zmo32f;
+}
+
+// Bytes of work memory for a row of width + more pixels, `size` bytes an element; saturates
+// instead of overflowing.
+inline int64_t rowBytes(int64_t width, int64_t more, int64_t channels, int64_t size) {
+    const int64_t element = channels * size;
+    return width > INT64_MAX / 4 / element - more ? INT64_MAX / 4 : (width + more) * element;
+}
+
 // Stores a size of work memory that was computed in 64 bits.
 inline ZmoStatus storeSize(int64_t bytes, int* pSize) {
     if (bytes > INT_MAX) return zmoStsTooLargeErr;
     *pSize = bytes < 64 ? 64 : static_cast<int>(bytes);
     return zmoStsNoErr;
+}
+inline ZmoStatus storeSize(int64_t bytes, int64_t* pSize) {
+    if (bytes >= INT64_MAX / 4) return zmoStsTooLargeErr;
+    *pSize = bytes < 64 ? 64 : bytes;
+    return zmoStsNoErr;
+}
+// Of a state and a buffer; neither is stored when one is too large.
+template <class Int>
+ZmoStatus storeSizes(int64_t state, int64_t buffer, Int* pStateSize, Int* pBufferSize) {
+    Int stateSize = 0;
+    const ZmoStatus status = storeSize(state, &stateSize);
+    if (status != zmoStsNoErr) return status;
+    const ZmoStatus bufferStatus = storeSize(buffer, pBufferSize);
+    if (bufferStatus == zmoStsNoErr) *pStateSize = stateSize;
+    return bufferStatus;
 }
 
 }  // namespace zmo

@@ -1,4 +1,4 @@
-#include "oracle/sobel.h"
+#include "oracle/mask.h"
 #include "kit.h"
 #include "zmoi.h"
 
@@ -9,28 +9,31 @@ constexpr ZmoiBorderType borders[] = {zmoiBorderReplicate, zmoiBorderConst, zmoi
 constexpr ZmoiMaskSize masks[] = {zmoiMask3x3, zmoiMask5x5};
 
 template <class T, class D>
-struct SobelFunction {
+struct MaskFunction {
     const char* name;
-    bool vert;
+    oracle::Mask kind;
     ZmoStatus (*run)(const T*, int, D*, int, ZmoiSize, ZmoiMaskSize, ZmoiBorderType, const T*,
                      Zmo8u*);
     ZmoStatus (*bufferSize)(ZmoiSize, ZmoiMaskSize, ZmoDataType, int, int*);
     ZmoDataType type;
 };
 
-constexpr SobelFunction<Zmo8u, Zmo16s> functions8u[] = {
-    {"vert 8u16s", true, zmoiFilterSobelVertBorder_8u16s_C1R,
-     zmoiFilterSobelVertBorderGetBufferSize, zmo8u},
-    {"horiz 8u16s", false, zmoiFilterSobelHorizBorder_8u16s_C1R,
-     zmoiFilterSobelHorizBorderGetBufferSize, zmo8u}};
-constexpr SobelFunction<Zmo32f, Zmo32f> functions32f[] = {
-    {"vert 32f", true, zmoiFilterSobelVertBorder_32f_C1R, zmoiFilterSobelVertBorderGetBufferSize,
-     zmo32f},
-    {"horiz 32f", false, zmoiFilterSobelHorizBorder_32f_C1R,
-     zmoiFilterSobelHorizBorderGetBufferSize, zmo32f}};
+#define MASK(Base, types, kind, type)                                             \
+    {                                                                             \
+#Base #types, oracle::Mask::kind, zmoiFilter##Base##Border_##types##_C1R, \
+            zmoiFilter##Base##BorderGetBufferSize, type                           \
+    }
+constexpr MaskFunction<Zmo8u, Zmo16s> functions8u[] = {MASK(SobelVert, 8u16s, vert, zmo8u),
+                                                       MASK(SobelHoriz, 8u16s, horiz, zmo8u),
+                                                       MASK(Laplacian, 8u16s, laplacian, zmo8u)};
+constexpr MaskFunction<Zmo8u, Zmo8u> lowpass8u = MASK(Lowpass, 8u, lowpass, zmo8u);
+constexpr MaskFunction<Zmo32f, Zmo32f> functions32f[] = {
+    MASK(SobelVert, 32f, vert, zmo32f), MASK(SobelHoriz, 32f, horiz, zmo32f),
+    MASK(SobelCross, 32f, cross, zmo32f), MASK(Laplacian, 32f, laplacian, zmo32f),
+    MASK(Lowpass, 32f, lowpass, zmo32f)};
 
 template <class T, class D>
-void expectOracle(const SobelFunction<T, D>& function, const kit::Image<T>& src, kit::Layout layout,
+void expectOracle(const MaskFunction<T, D>& function, const kit::Image<T>& src, kit::Layout layout,
                   ZmoiMaskSize mask, ZmoiBorderType border, T value) {
     int size = 0;
     ASSERT_EQ(function.bufferSize(src.size(), mask, function.type, 1, &size), zmoStsNoErr);
@@ -39,7 +42,7 @@ void expectOracle(const SobelFunction<T, D>& function, const kit::Image<T>& src,
     kit::Image<D> expected(src.size());
     for (int y = 0; y < src.size().height; ++y) {
         for (int x = 0; x < src.size().width; ++x) {
-            const auto pixel = oracle::sobel(extended, x, y, mask / 2, function.vert);
+            const auto pixel = oracle::mask(extended, x, y, mask / 2, function.kind);
             expected.set(x, y, static_cast<D>(pixel));
         }
     }
@@ -58,7 +61,7 @@ void expectOracle(const SobelFunction<T, D>& function, const kit::Image<T>& src,
 }
 
 template <class T, class D, class Draw>
-void expectOracleEverywhere(const SobelFunction<T, D>& function, Draw draw) {
+void expectOracleEverywhere(const MaskFunction<T, D>& function, Draw draw) {
     SCOPED_TRACE(function.name);
     size_t turn = 0;
     for (const ZmoiSize size : kit::sizes()) {
@@ -77,21 +80,23 @@ void expectOracleEverywhere(const SobelFunction<T, D>& function, Draw draw) {
     }
 }
 
-TEST(Sobel, EightBitOracle) {
+TEST(FixedMasks, EightBitOracle) {
     kit::Random random(1);
     for (const auto& function : functions8u) {
         expectOracleEverywhere(function, [&] { return random.between(0, 255); });
     }
+    expectOracleEverywhere(lowpass8u, [&] { return random.between(0, 255); });
 }
 
-TEST(Sobel, EightBitExtremes) {
+TEST(FixedMasks, EightBitExtremes) {
     kit::Random random(2);
     for (const auto& function : functions8u) {
         expectOracleEverywhere(function, [&] { return random.between(0, 1) * 255; });
     }
+    expectOracleEverywhere(lowpass8u, [&] { return random.between(0, 1) * 255; });
 }
 
-TEST(Sobel, FloatOracle) {
+TEST(FixedMasks, FloatOracle) {
     kit::Random random(3);
     for (const auto& function : functions32f) {
         expectOracleEverywhere(function, [&] { return random.uniform(-1000, 1000); });
@@ -99,7 +104,7 @@ TEST(Sobel, FloatOracle) {
 }
 
 // A constant border differs with its value, and all four borders differ from each other.
-TEST(Sobel, BorderAndValueMatter) {
+TEST(FixedMasks, BorderAndValueMatter) {
     kit::Random random(4);
     kit::Image<Zmo8u> src({9, 7}, {}, 2);
     src.fill([&] { return random.between(1, 254); });
@@ -132,7 +137,7 @@ TEST(Sobel, BorderAndValueMatter) {
 }
 
 template <class T, class D>
-struct SobelArgs {
+struct MaskArgs {
     const T* pSrc;
     int srcStep;
     D* pDst;
@@ -145,9 +150,9 @@ struct SobelArgs {
 };
 
 template <class T, class D>
-void expectSobelFaults(const SobelFunction<T, D>& function) {
+void expectMaskFaults(const MaskFunction<T, D>& function) {
     SCOPED_TRACE(function.name);
-    using Args = SobelArgs<T, D>;
+    using Args = MaskArgs<T, D>;
     kit::Image<T> src({20, 6});
     kit::Image<D> dst({20, 6});
     src.fill([] { return 7; });
@@ -188,12 +193,13 @@ void expectSobelFaults(const SobelFunction<T, D>& function) {
         });
 }
 
-TEST(Sobel, BadArguments) {
-    for (const auto& function : functions8u) expectSobelFaults(function);
-    for (const auto& function : functions32f) expectSobelFaults(function);
+TEST(FixedMasks, BadArguments) {
+    for (const auto& function : functions8u) expectMaskFaults(function);
+    for (const auto& function : functions32f) expectMaskFaults(function);
+    expectMaskFaults(lowpass8u);
 }
 
-TEST(Sobel, BufferSizeQuery) {
+TEST(FixedMasks, BufferSizeQuery) {
     struct Args {
         ZmoiSize roi;
         ZmoiMaskSize mask;
@@ -211,7 +217,8 @@ TEST(Sobel, BufferSizeQuery) {
         {"large", zmoStsTooLargeErr, [](Args& a) { a.roi.width = 2147483647; }},
     };
     for (auto* const query :
-         {zmoiFilterSobelVertBorderGetBufferSize, zmoiFilterSobelHorizBorderGetBufferSize}) {
+         {zmoiFilterSobelVertBorderGetBufferSize, zmoiFilterSobelHorizBorderGetBufferSize,
+          zmoiFilterLaplacianBorderGetBufferSize, zmoiFilterLowpassBorderGetBufferSize}) {
         int size = -5;
         kit::expectFaults(
             Args{{640, 480}, zmoiMask3x3, zmo8u, 1, &size},
@@ -221,6 +228,9 @@ TEST(Sobel, BufferSizeQuery) {
         ASSERT_EQ(query({64, 48}, zmoiMask3x3, zmo8u, 1, &size), zmoStsNoErr);
         EXPECT_LT(size, wide);
     }
+    int size = 0;
+    EXPECT_EQ(zmoiFilterSobelCrossBorderGetBufferSize({5, 5}, zmoiMask3x3, zmo8u, 1, &size),
+              zmoStsDataTypeErr);
 }
 
 }  // namespace
