@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "figures.h"
+#include "filters_plain.h"
 #include "plain_loops.h"
 #include "zmocore.h"
 #include "zmocv.h"
@@ -77,6 +78,7 @@ struct Function {
     const char* name;
     std::function<ZmoStatus()> call;
     std::function<void()> plainLoop = {};
+    int pixelsPerResult = 1;
 };
 
 template <class Sobel, class T, class D>
@@ -115,8 +117,103 @@ Function reduction(const char* name, Reduction<T> run, PlainReduction<T> plain, 
         [&data, &src, plain] { data.result = plain(src.data(), data.mask.data(), data.pixels); }};
 }
 
+template <class T>
+std::vector<T> product(const std::vector<T>& kernel) {
+    std::vector<T> weights;
+    for (const T column : kernel) {
+        for (const T row : kernel) weights.push_back(column * row);
+    }
+    return weights;
+}
+
+// States, work memory and results of the filters.
+struct Filters {
+    explicit Filters(const Data& data)
+        : gray16s(data.pixels), result(data.pixels * 4), state(8192) {
+        int bytes = 0;
+        int ignored = 0;
+        int64_t ignored64 = 0;
+        int64_t bytes64 = 0;
+        zmoiFilterGaussianGetSize(data.size, 255, zmo32f, 3, &ignored, &bytes);
+        zmoiFilterSeparableGetSize_L({data.size.width, data.size.height}, {255, 255}, zmo32f,
+                                     zmo32f, 4, &ignored64, &bytes64);
+        buffer.resize(static_cast<size_t>(std::max<int64_t>(bytes, bytes64)));
+        zmoiPyramidGetSize(data.size, zmo32f, 3, &ignored, &bytes);
+        buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
+        for (size_t i = 0; i < gray16s.size(); ++i) {
+            gray16s[i] = static_cast<Zmo16s>(data.rectangles[i] * 100 - 9000);
+        }
+    }
+    template <class T>
+    T* results() {
+        return reinterpret_cast<T*>(result.data());
+    }
+
+    Plane<Zmo16s> gray16s;
+    Plane<Zmo8u> result;
+    Plane<Zmo8u> state;
+    Plane<Zmo8u> buffer;
+};
+
+template <class Gaussian, class Plain, class T>
+Function gaussian(const char* name, Gaussian run, Plain plain, Data& d, Filters& f,
+                  const Plane<T>& src, ZmoDataType type, int taps) {
+    auto* const state = reinterpret_cast<ZmoiGaussianState*>(f.state.data());
+    const auto kernel =
+        std::vector<float>(static_cast<size_t>(taps), 1.0F / static_cast<float>(taps));
+    return {name,
+            [&d, &f, &src, run, state, type, taps] {
+                const int step = d.step(sizeof(T));
+                const ZmoStatus status = zmoiFilterGaussianInit(taps, 1.5F, type, 1, state);
+                return status != zmoStsNoErr
+                           ? status
+                           : run(src.data(), step, f.results<T>(), step, d.size,
+                                 zmoiBorderReplicate, nullptr, state, f.buffer.data());
+            },
+            [&d, &f, &src, plain, taps, weights = product(kernel)] {
+                plain(src.data(), f.results<T>(), d.size, weights.data(), taps);
+            }};
+}
+
+Function separable7x7(Data& d, Filters& f) {
+    static constexpr Zmo16s kernel[] = {1, 2, 3, 4, 3, 2, 1};
+    auto* const state = reinterpret_cast<ZmoiSeparableState*>(f.state.data());
+    return {"zmoiFilterSeparable_16s_C1R_L 7x7",
+            [&d, &f, state] {
+                const ZmoStatus status = zmoiFilterSeparableInit_16s_L(
+                    kernel, kernel, {7, 7}, {3, 3}, 256, zmo16s, zmo16s, 1, state);
+                return status != zmoStsNoErr
+                           ? status
+                           : zmoiFilterSeparable_16s_C1R_L(
+                                 f.gray16s.data(), d.step(2), f.results<Zmo16s>(), d.step(2),
+                                 {d.size.width, d.size.height}, zmoiBorderReplicate, nullptr, state,
+                                 f.buffer.data());
+            },
+            [&d, &f, weights = product(std::vector<int>(kernel, kernel + 7))] {
+                plainFilter16s(f.gray16s.data(), f.results<Zmo16s>(), d.size, weights.data(), 7,
+                               256);
+            }};
+}
+
+// Per pixel of the result.
+Function layerDown(Data& d, Filters& f) {
+    auto* const state = reinterpret_cast<ZmoiPyramidState*>(f.state.data());
+    return {"zmoiPyramidLayerDown_8u_C1R",
+            [&d, &f, state] {
+                const ZmoiSize half{(d.size.width + 1) / 2, (d.size.height + 1) / 2};
+                const ZmoStatus status =
+                    zmoiPyramidInit(nullptr, 0, 2, zmoiBorderReplicate, nullptr, zmo8u, 1, state);
+                return status != zmoStsNoErr
+                           ? status
+                           : zmoiPyramidLayerDown_8u_C1R(d.picture.data(), d.step(1), d.size,
+                                                         f.results<Zmo8u>(), half.width, half,
+                                                         state, f.buffer.data());
+            },
+            [&d, &f] { plainLayerDown8u(d.picture.data(), f.results<Zmo8u>(), d.size); }, 4};
+}
+
 // In this order each function finds its input made by an earlier one.
-std::vector<Function> functions(Data& d) {
+std::vector<Function> functions(Data& d, Filters& f) {
     return {
         {"zmoiRotate_8u_C1R",
          [&d] {
@@ -148,6 +245,14 @@ std::vector<Function> functions(Data& d) {
         canny("zmoiCanny_16s8u_C1R L2", zmoiCanny_16s8u_C1R, d, d.dx16s, d.dy16s, zmoiNormL2),
         canny("zmoiCanny_32f8u_C1R L1", zmoiCanny_32f8u_C1R, d, d.dx32f, d.dy32f, zmoiNormL1),
         canny("zmoiCanny_32f8u_C1R L2", zmoiCanny_32f8u_C1R, d, d.dx32f, d.dy32f, zmoiNormL2),
+        gaussian("zmoiFilterGaussianBorder_8u_C1R 5x5", zmoiFilterGaussianBorder_8u_C1R,
+                 plainFilter8u, d, f, d.picture, zmo8u, 5),
+        gaussian("zmoiFilterGaussianBorder_8u_C1R 31x31", zmoiFilterGaussianBorder_8u_C1R,
+                 plainFilter8u, d, f, d.picture, zmo8u, 31),
+        gaussian("zmoiFilterGaussianBorder_32f_C1R 5x5", zmoiFilterGaussianBorder_32f_C1R,
+                 plainFilter32f, d, f, d.picture32f, zmo32f, 5),
+        separable7x7(d, f),
+        layerDown(d, f),
         reduction("zmoiNorm_L2_8u_C1MR", zmoiNorm_L2_8u_C1MR, bench::plainNormL2, d, d.noise8u),
         reduction("zmoiNorm_L2_16u_C1MR", zmoiNorm_L2_16u_C1MR, bench::plainNormL2, d, d.noise16u),
         reduction("zmoiNorm_L2_32f_C1MR", zmoiNorm_L2_32f_C1MR, bench::plainNormL2, d, d.noise32f),
@@ -206,12 +311,15 @@ int main(int argc, char** argv) {
         return 1;
     }
     Data data(size);
+    Filters filters(data);
     std::printf("clocks per pixel and ratio to the first of a line, %dx%d\n%-42s%9s", size.width,
                 size.height, "", "plain");
     for (const auto& level : levels) std::printf("%16s", level.name);
     std::printf("\n");
-    for (const Function& function : functions(data)) {
-        if (!printFunction(function, data.pixels)) return 1;
+    for (const Function& function : functions(data, filters)) {
+        if (!printFunction(function, data.pixels / static_cast<size_t>(function.pixelsPerResult))) {
+            return 1;
+        }
     }
     return 0;
 }

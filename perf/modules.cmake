@@ -11,8 +11,15 @@ set(PSCV_MODULES
     p_cmarkspeckles
     p_cmeanstddev
     p_cmh
+    p_cnewconv
     p_cnorm
     p_crectstddev
     p_csampleline
     p_cstat
-    p_cvcopysub)
+    p_cvcopysub
+    p_cvfiltergauss
+    p_cvfiltergaussl
+    p_cvpyramid
+    p_cvpyramid_l
+    p_cvseparable
+    p_cvseparable_pipe)

@@ -5,6 +5,13 @@
 #include "psbase.h"
 
 psIterator<ZmoiSize> ImageSize("ImageSize", "Image size", {{64, 64}, {640, 480}});
+psIterator<ZmoiSize> MaskSize("MaskSize", "Mask size", {{3, 3}, {5, 5}});
+psMapIterator<_ZmoiBorderType> Border("Border", "Border type",
+                                      {{zmoiBorderReplicate, "replicate"},
+                                       {zmoiBorderConst, "const"},
+                                       {zmoiBorderMirror, "mirror"},
+                                       {zmoiBorderInMem, "inmem"}},
+                                      {zmoiBorderReplicate, zmoiBorderMirror});
 psIterator<int> Density("Density", "Selected pixels, percent", {10, 90});
 psIterator<int> Channel("Channel", "Channel of interest", {2});
 psIterator<int> Connectivity("Connectivity", "Neighbours of a pixel", {4, 8});

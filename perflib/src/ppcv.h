@@ -8,6 +8,8 @@
 class ppImage;
 
 extern psIterator<ZmoiSize> ImageSize;
+extern psIterator<ZmoiSize> MaskSize;  // of a filter's kernel or a structuring element
+extern psMapIterator<_ZmoiBorderType> Border;
 extern psIterator<int> Density;       // percent of the pixels that a mask selects
 extern psIterator<int> Channel;       // channel of interest, from 1
 extern psIterator<int> Connectivity;  // 4 or 8 neighbours

@@ -3,7 +3,7 @@
 
 #include "kit.h"
 #include "oracle/canny.h"
-#include "oracle/sobel.h"
+#include "oracle/mask.h"
 #include "zmocv.h"
 
 namespace {
@@ -138,8 +138,8 @@ void drawDiscs(kit::Image<T>& dx, kit::Image<T>& dy, kit::Random& random) {
     const oracle::Extended<Zmo8u> a{picture, zmoiBorderReplicate, 0};
     for (int y = 0; y < size.height; ++y) {
         for (int x = 0; x < size.width; ++x) {
-            dx.set(x, y, static_cast<T>(oracle::sobel(a, x, y, 1, true)));
-            dy.set(x, y, static_cast<T>(oracle::sobel(a, x, y, 1, false)));
+            dx.set(x, y, static_cast<T>(oracle::mask(a, x, y, 1, oracle::Mask::vert)));
+            dy.set(x, y, static_cast<T>(oracle::mask(a, x, y, 1, oracle::Mask::horiz)));
         }
     }
     dx.snapshot();

@@ -62,8 +62,11 @@ template <class A, class S, Add add, int taps, bool fresh>
     const A we = weight(4);
     for (ptrdiff_t x = 0; x < count; ++x) {
         A sum = wa * static_cast<A>(a[x]);
-        // A saturated first product, too.
-        sum = fresh ? added<add>(A(0), sum) : added<add>(sums[x], sum);
+        if constexpr (!fresh) {
+            sum = added<add>(sums[x], sum);
+        } else if constexpr (add == Add::saturating16) {
+            sum = added<add>(0, sum);
+        }
         if constexpr (taps > 1) sum = added<add>(sum, wb * static_cast<A>(b[x]));
         if constexpr (taps > 2) sum = added<add>(sum, wc * static_cast<A>(c[x]));
         if constexpr (taps > 3) sum = added<add>(sum, wd * static_cast<A>(d[x]));

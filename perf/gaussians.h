@@ -1,0 +1,47 @@
+// Base of the tests of Gaussian filters.
+#pragma once
+
+#include "filters.h"
+#include "zmoi.h"
+
+namespace filters {
+
+inline psIterator<float> Sigma("Sigma", "Standard deviation of the Gaussian in pixels", {1.0F});
+
+class GaussianTest : public FilterTest {
+  public:
+    using FilterTest::FilterTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(MaskSize);
+        regParm(Sigma);
+    }
+    ZmoiSize margin() const override {
+        return {MaskSize.value().width / 2, MaskSize.value().height / 2};
+    }
+    double flopsOfElement() const override { return 4.0 * MaskSize.value().width - 2; }
+
+    // Size and Init are services: zmoiFilterGaussianGetSize and zmoiFilterGaussianInit, or _L.
+    template <class Int, class Roi, class Size, class Init>
+    bool prepareGaussian(const Roi& region, const Size& size, const char* sizeName,
+                         const Init& init, const char* initName) {
+        const int taps = MaskSize.value().width;
+        if (MaskSize.value().height != taps) {
+            g_ostrm << MessageLevel::ERR << "-- A Gaussian has the same taps in both directions\n"
+                    << MessageLevel::END;
+            return false;
+        }
+        Int stateSize = 0;
+        Int bufferSize = 0;
+        return prepared(size(region, taps, srcType(), channels(), &stateSize, &bufferSize),
+                        sizeName) &&
+               createStateAndBuffer(stateSize, bufferSize) &&
+               prepared(init(taps, Sigma.value(), srcType(), channels(), state()), initName);
+    }
+
+  public:
+    static ZmoiGaussianState* state() { return reinterpret_cast<ZmoiGaussianState*>(pState.get()); }
+};
+
+}  // namespace filters

@@ -1,0 +1,36 @@
+// Gaussian filters (zmoiFilterGaussianBorder).
+#include "gaussians.h"
+
+namespace {
+
+using namespace filters;
+
+PP_SERVICE(zmoiFilterGaussianGetSize);
+PP_SERVICE(zmoiFilterGaussianInit);
+
+class TimcvFilterGaussian : public GaussianTest {
+  public:
+    using GaussianTest::GaussianTest;
+
+  protected:
+    bool prepareFilter() override {
+        return prepareGaussian<int>(roi, lib_zmoiFilterGaussianGetSize, "zmoiFilterGaussianGetSize",
+                                    lib_zmoiFilterGaussianInit, "zmoiFilterGaussianInit");
+    }
+};
+
+#define REG_GAUSSIAN(type, channels)                                              \
+    PP_REG(TimcvFilterGaussian, zmoiFilterGaussianBorder_##type##_C##channels##R, \
+           FILTER_SRC(type), srcStep, pDst.ptr##type(), dstStep, roi, border,     \
+           borderValue<Zmo##type>, GaussianTest::state(), pBuffer.get())
+
+REG_GAUSSIAN(32f, 1)
+REG_GAUSSIAN(16u, 1)
+REG_GAUSSIAN(16s, 1)
+REG_GAUSSIAN(8u, 1)
+REG_GAUSSIAN(32f, 3)
+REG_GAUSSIAN(16u, 3)
+REG_GAUSSIAN(16s, 3)
+REG_GAUSSIAN(8u, 3)
+
+}  // namespace

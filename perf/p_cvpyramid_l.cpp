@@ -1,0 +1,31 @@
+// Layers of a Gaussian pyramid of large images (zmoiPyramidLayerDown_L, zmoiPyramidLayerUp_L).
+#include "pyramids.h"
+
+namespace {
+
+using namespace filters;
+
+PP_SERVICE(zmoiPyramidGetSize_L);
+PP_SERVICE(zmoiPyramidInit_L);
+
+class TimcvPyramidL : public PyramidTest {
+  public:
+    using PyramidTest::PyramidTest;
+
+  protected:
+    bool prepareFilter() override {
+        return preparePyramid<int64_t>(isDown() ? srcRoiL : roiL, lib_zmoiPyramidGetSize_L,
+                                       "zmoiPyramidGetSize_L", lib_zmoiPyramidInit_L,
+                                       "zmoiPyramidInit_L");
+    }
+};
+
+#define REG_LAYER(Way, type, channels)                                                           \
+    PP_REG_X(TimcvPyramidL, zmoiPyramidLayer##Way##_##type##_C##channels##R_L, FILTER_SRC(type), \
+             srcStep, srcRoiL, pDst.ptr##type(), dstStep, roiL, PyramidTest::state(),            \
+             pBuffer.get())
+
+REG_LAYER(Down, 32f, 1)
+REG_LAYER(Up, 32f, 1)
+
+}  // namespace
