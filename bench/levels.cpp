@@ -35,7 +35,10 @@ struct Data {
           noise8u(pixels),
           noise16u(pixels),
           noise32f(pixels),
-          mask(pixels) {
+          mask(pixels),
+          sums(pixels),
+          table32s(static_cast<size_t>(roi.width + 1) * static_cast<size_t>(roi.height + 1)),
+          table32f(table32s.size()) {
         unsigned seed = 7;
         for (size_t i = 0; i < pixels; ++i) {
             seed = seed * 1664525U + 1013904223U;
@@ -68,6 +71,9 @@ struct Data {
     Plane<Zmo16u> noise16u;
     Plane<Zmo32f> noise32f;
     Plane<Zmo8u> mask;
+    Plane<Zmo32f> sums;
+    Plane<Zmo32s> table32s;
+    Plane<Zmo32f> table32f;
     double result = 0;
     Plane<Zmo8u> buffer;
     double xShift = 0;
@@ -212,6 +218,17 @@ Function layerDown(Data& d, Filters& f) {
             [&d, &f] { plainLayerDown8u(d.picture.data(), f.results<Zmo8u>(), d.size); }, 4};
 }
 
+template <class Integral, class T, class D>
+Function integral(const char* name, Integral run, Data& data, const Plane<T>& src,
+                  Plane<D>& table) {
+    return {name,
+            [&data, &src, &table, run] {
+                return run(src.data(), data.step(sizeof(T)), table.data(),
+                           (data.size.width + 1) * static_cast<int>(sizeof(D)), data.size, 0);
+            },
+            [&data, &src, &table] { bench::plainIntegral(src.data(), table.data(), data.size); }};
+}
+
 // In this order each function finds its input made by an earlier one.
 std::vector<Function> functions(Data& d, Filters& f) {
     return {
@@ -259,6 +276,22 @@ std::vector<Function> functions(Data& d, Filters& f) {
         reduction("zmoiMean_8u_C1MR", zmoiMean_8u_C1MR, bench::plainMean, d, d.noise8u),
         reduction("zmoiMean_16u_C1MR", zmoiMean_16u_C1MR, bench::plainMean, d, d.noise16u),
         reduction("zmoiMean_32f_C1MR", zmoiMean_32f_C1MR, bench::plainMean, d, d.noise32f),
+        {"zmoiAbsDiff_8u_C1R",
+         [&d] {
+             return zmoiAbsDiff_8u_C1R(d.noise8u.data(), d.step(1), d.picture.data(), d.step(1),
+                                       d.edges.data(), d.step(1), d.size);
+         },
+         [&d] {
+             bench::plainAbsDiff(d.noise8u.data(), d.picture.data(), d.edges.data(), d.pixels);
+         }},
+        {"zmoiAdd_8u32f_C1IR",
+         [&d] {
+             return zmoiAdd_8u32f_C1IR(d.noise8u.data(), d.step(1), d.sums.data(), d.step(4),
+                                       d.size);
+         },
+         [&d] { bench::plainAdd(d.noise8u.data(), d.sums.data(), d.pixels); }},
+        integral("zmoiIntegral_8u32s_C1R", zmoiIntegral_8u32s_C1R, d, d.noise8u, d.table32s),
+        integral("zmoiIntegral_32f_C1R", zmoiIntegral_32f_C1R, d, d.noise32f, d.table32f),
     };
 }
 

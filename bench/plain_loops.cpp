@@ -26,6 +26,22 @@ double mean(const T* src, const Zmo8u* mask, size_t pixels) {
     return count == 0 ? 0 : static_cast<double>(sum) / static_cast<double>(count);
 }
 
+template <class Sum, class T, class D>
+void integral(const T* src, D* table, ZmoiSize size) {
+    const int columns = size.width + 1;
+    for (int x = 0; x < columns; ++x) table[x] = 0;
+    for (int y = 0; y < size.height; ++y) {
+        const D* const above = table;
+        table += columns;
+        table[0] = 0;
+        Sum sum = 0;
+        for (int x = 0; x < size.width; ++x) {
+            sum += *src++;
+            table[x + 1] = static_cast<D>(static_cast<Sum>(above[x + 1]) + sum);
+        }
+    }
+}
+
 }  // namespace
 
 double plainNormL2(const Zmo8u* src, const Zmo8u* mask, size_t pixels) {
@@ -46,6 +62,23 @@ double plainMean(const Zmo16u* src, const Zmo8u* mask, size_t pixels) {
 }
 double plainMean(const Zmo32f* src, const Zmo8u* mask, size_t pixels) {
     return mean<double>(src, mask, pixels);
+}
+
+void plainAbsDiff(const Zmo8u* src, const Zmo8u* src2, Zmo8u* dst, size_t pixels) {
+    for (size_t i = 0; i < pixels; ++i) {
+        dst[i] = static_cast<Zmo8u>(src[i] > src2[i] ? src[i] - src2[i] : src2[i] - src[i]);
+    }
+}
+
+void plainAdd(const Zmo8u* src, Zmo32f* sums, size_t pixels) {
+    for (size_t i = 0; i < pixels; ++i) sums[i] += src[i];
+}
+
+void plainIntegral(const Zmo8u* src, Zmo32s* table, ZmoiSize size) {
+    integral<uint32_t>(src, table, size);
+}
+void plainIntegral(const Zmo32f* src, Zmo32f* table, ZmoiSize size) {
+    integral<double>(src, table, size);
 }
 
 }  // namespace bench

@@ -273,8 +273,10 @@ void expectOracle(const std::vector<Function<T, D>>& functions, const std::vecto
     size_t turn = 0;
     for (const auto& function : functions) {
         for (const ZmoiSize size : sizes) {
-            const kit::Layout layout = layouts[turn % layouts.size()];
-            const auto how = static_cast<kit::Masked>(turn / 3 % 4);
+            // No size meets the same layout and kind of mask with every function.
+            const size_t shift = static_cast<size_t>(&function - functions.data());
+            const kit::Layout layout = layouts[(turn + shift) % layouts.size()];
+            const auto how = static_cast<kit::Masked>((turn / 3 + shift) % 4);
             const Values& own = function.values[turn % function.values.size()];
             ++turn;
             SCOPED_TRACE(testing::Message() << function.name << " " << size << " " << layout
