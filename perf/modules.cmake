@@ -11,6 +11,9 @@ set(PSCV_MODULES
     p_cmarkspeckles
     p_cmeanstddev
     p_cmh
+    p_cmorph
+    p_cmorph_l
+    p_cmorphgray
     p_cnewconv
     p_cnorm
     p_crectstddev
@@ -21,5 +24,6 @@ set(PSCV_MODULES
     p_cvfiltergaussl
     p_cvpyramid
     p_cvpyramid_l
+    p_cvreconstruct
     p_cvseparable
     p_cvseparable_pipe)

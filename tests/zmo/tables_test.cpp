@@ -9,7 +9,9 @@
 #include "zmocv/flood.h"
 #include "zmocv/label.h"
 #include "zmocv/marching.h"
+#include "zmocv/morph.h"
 #include "zmocv/norm.h"
+#include "zmocv/reconstruct.h"
 #include "zmocv/sampleline.h"
 #include "zmocv/speckles.h"
 #include "zmocv/stat.h"
@@ -61,6 +63,8 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("norm", zmo::normKernelsByLevel);
     expectOwnKernels("pipeline", zmo::pipelineKernelsByLevel);
     expectOwnKernels("pyramid", zmo::pyramidKernelsByLevel);
+    expectOwnKernels("morph", zmo::morphKernelsByLevel);
+    expectOwnKernels("reconstruct", zmo::reconstructKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
     expectOwnKernels("sampleline", zmo::sampleLineKernelsByLevel);
     expectOwnKernels("separable", zmo::separableKernelsByLevel);

@@ -5,6 +5,7 @@
 #include "zmocv_arith.h"
 #include "zmocv_distance.h"
 #include "zmocv_integral.h"
+#include "zmocv_morph.h"
 #include "zmocv_norm.h"
 #include "zmocv_region.h"
 #include "zmocv_sample.h"

@@ -1,0 +1,31 @@
+// Flat morphology (zmoiErodeBorder, …, zmoiMorphBlackhatBorder).
+#include "morphs.h"
+
+namespace {
+
+using namespace morphs;
+
+PP_SERVICE(zmoiMorphGetSize);
+PP_SERVICE(zmoiMorphInit);
+
+class TimcMorph : public FlatMorphTest {
+  public:
+    using FlatMorphTest::FlatMorphTest;
+
+  protected:
+    bool prepareState(const std::vector<Zmo8u>& mask) override {
+        return prepareFlat<int>(mask, roi, lib_zmoiMorphGetSize, "zmoiMorphGetSize",
+                                lib_zmoiMorphInit, "zmoiMorphInit");
+    }
+};
+
+#define REG_BITS(name, type)                                                                    \
+    PP_REG(TimcMorph, zmoi##name##Border_##type##_C1R, MORPH_SRC(8u), bitOffset, MORPH_DST(8u), \
+           bitOffset, roi, MORPH_REST(8u))
+#define REG(name, type, channels)                                                  \
+    PP_REG(TimcMorph, zmoi##name##Border_##type##_C##channels##R, MORPH_SRC(type), \
+           MORPH_DST(type), roi, MORPH_REST(type))
+
+MORPH_FUNCTIONS(REG_BITS, REG)
+
+}  // namespace

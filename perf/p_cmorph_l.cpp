@@ -1,0 +1,31 @@
+// Flat morphology of large images (zmoiErode_L, …, zmoiMorphBlackhat_L).
+#include "morphs.h"
+
+namespace {
+
+using namespace morphs;
+
+PP_SERVICE(zmoiMorphGetSize_L);
+PP_SERVICE(zmoiMorphInit_L);
+
+class TimcMorphL : public FlatMorphTest {
+  public:
+    using FlatMorphTest::FlatMorphTest;
+
+  protected:
+    bool prepareState(const std::vector<Zmo8u>& mask) override {
+        return prepareFlat<int64_t>(mask, roiL, lib_zmoiMorphGetSize_L, "zmoiMorphGetSize_L",
+                                    lib_zmoiMorphInit_L, "zmoiMorphInit_L");
+    }
+};
+
+#define REG_BITS(name, type)                                                                 \
+    PP_REG(TimcMorphL, zmoi##name##_##type##_C1R_L, MORPH_SRC(8u), bitOffset, MORPH_DST(8u), \
+           bitOffset, roiL, MORPH_REST(8u))
+#define REG(name, type, channels)                                                                \
+    PP_REG(TimcMorphL, zmoi##name##_##type##_C##channels##R_L, MORPH_SRC(type), MORPH_DST(type), \
+           roiL, MORPH_REST(type))
+
+MORPH_FUNCTIONS(REG_BITS, REG)
+
+}  // namespace

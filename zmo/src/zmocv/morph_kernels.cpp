@@ -1,0 +1,221 @@
+#include "zmocv/morph.h"
+
+#include "common/kernel.h"
+
+namespace zmo::ZMO_LEVEL {
+namespace {
+
+// Minimum or maximum of two elements; of words, pixel by pixel.
+template <class T, bool max>
+inline T extremum(T a, T b) {
+    if constexpr (sizeof(T) == sizeof(uint64_t)) {
+        return max ? a | b : a & b;
+    } else if constexpr (max) {
+        return a < b ? b : a;
+    } else {
+        return a < b ? a : b;
+    }
+}
+
+template <class T, bool max>
+void combine(const void* a, const void* b, void* dst, ptrdiff_t count) {
+    const Elem<T>* __restrict const first = static_cast<const Elem<T>*>(a);
+    const Elem<T>* __restrict const second = static_cast<const Elem<T>*>(b);
+    Elem<T>* __restrict const out = static_cast<Elem<T>*>(dst);
+    for (ptrdiff_t i = 0; i < count; ++i) out[i] = extremum<T, max>(first[i], second[i]);
+}
+
+template <class T, bool max>
+void sweep(const void* before, const void* row, const void* suffix, void* next, void* dst,
+           ptrdiff_t count) {
+    const T* __restrict const running = static_cast<const T*>(before);
+    const T* __restrict const added = static_cast<const T*>(row);
+    const T* __restrict const rest = static_cast<const T*>(suffix);
+    T* __restrict const extended = static_cast<T*>(next);
+    Elem<T>* __restrict const out = static_cast<Elem<T>*>(dst);
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        const T value = extremum<T, max>(running[i], added[i]);
+        extended[i] = value;
+        out[i] = extremum<T, max>(rest[i], value);
+    }
+}
+
+// Windows of two, four, eight, ... elements, each from two of half the length; two overlapping ones
+// make the length wanted. Along a row this beats a running extremum, which waits for its
+// predecessor at every pixel.
+template <class T, bool max>
+void window(const void* row, void* dst, ptrdiff_t count, ptrdiff_t, ptrdiff_t stride,
+            ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
+    constexpr ptrdiff_t unit = morphPadding / static_cast<ptrdiff_t>(sizeof(T));
+    const T* from = static_cast<const T*>(row);
+    ptrdiff_t reach = 1;
+    for (int turn = 0; 2 * reach < length; turn = 1 - turn) {
+        T* const to = reinterpret_cast<T*>(static_cast<char*>(scratch) + turn * pitch);
+        const ptrdiff_t needed = count + (length - 2 * reach) * stride;
+        combine<T, max>(from, from + reach * stride, to, (needed + unit - 1) / unit * unit);
+        from = to;
+        reach *= 2;
+    }
+    combine<T, max>(from, from + (length - reach) * stride, dst, count);
+}
+
+// The word that begins `shift` pixels, 0 to 63, behind the first one of words[0].
+inline uint64_t wordAt(const uint64_t* words, int shift) {
+    return (words[0] << shift) | ((words[1] >> 1) >> (63 - shift));
+}
+
+template <bool max>
+void combineShifted(const uint64_t* __restrict a, const uint64_t* __restrict b, int shift,
+                    uint64_t* __restrict dst, ptrdiff_t count) {
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        dst[i] = extremum<uint64_t, max>(a[i], wordAt(b + i, shift));
+    }
+}
+
+template <bool max>
+void windowOfBits(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first, ptrdiff_t,
+                  ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
+    const auto rowAt = [&](int turn) {
+        return reinterpret_cast<uint64_t*>(static_cast<char*>(scratch) + turn * pitch);
+    };
+    const ptrdiff_t wide = count + (length + 62) / 64;
+    const uint64_t* const words = static_cast<const uint64_t*>(row) + first / 64;
+    uint64_t* from = rowAt(0);
+    for (ptrdiff_t i = 0; i < wide; ++i) from[i] = wordAt(words + i, static_cast<int>(first % 64));
+    ptrdiff_t reach = 1;
+    for (int turn = 1; 2 * reach < length; turn = 1 - turn) {
+        combineShifted<max>(from, from + reach / 64, static_cast<int>(reach % 64), rowAt(turn),
+                            wide);
+        from = rowAt(turn);
+        reach *= 2;
+    }
+    const ptrdiff_t rest = length - reach;
+    combineShifted<max>(from, from + rest / 64, static_cast<int>(rest % 64),
+                        static_cast<uint64_t*>(dst), count);
+}
+
+// Pixels of this many bytes stay in the first-level cache while all points pass over them.
+constexpr ptrdiff_t stripBytes = 512;
+
+template <class T, bool max>
+[[gnu::noinline]] void takeTwo(T* __restrict best, const T* __restrict a, const T* __restrict b,
+                               ptrdiff_t count) {
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        const T both = extremum<T, max>(a[i], b[i]);
+        best[i] = extremum<T, max>(best[i], both);
+    }
+}
+
+template <class T, bool max>
+void points(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count) {
+    constexpr ptrdiff_t strip = stripBytes / static_cast<ptrdiff_t>(sizeof(T));
+    for (ptrdiff_t x = 0; x < count; x += strip) {
+        const ptrdiff_t n = count - x < strip ? count - x : strip;
+        const auto at = [taps, x](ptrdiff_t k) { return static_cast<const T*>(taps[k].data) + x; };
+        T best[strip];
+        // An odd number of points begins with one, an even number with two.
+        const ptrdiff_t rest = 2 - tapCount % 2;
+        combine<T, max>(at(0), at(rest - 1), best, n);
+        for (ptrdiff_t k = rest; k < tapCount; k += 2) takeTwo<T, max>(best, at(k), at(k + 1), n);
+        __builtin_memcpy(static_cast<char*>(dst) + x * static_cast<ptrdiff_t>(sizeof(T)), best,
+                         static_cast<size_t>(n) * sizeof(T));
+    }
+}
+
+template <bool max>
+void pointsOfBits(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count) {
+    uint64_t* __restrict const out = static_cast<uint64_t*>(dst);
+    for (ptrdiff_t i = 0; i < count; ++i) out[i] = max ? 0 : ~uint64_t{0};
+    for (ptrdiff_t k = 0; k < tapCount; ++k) {
+        const uint64_t* __restrict const words = static_cast<const uint64_t*>(taps[k].data);
+        const int shift = taps[k].shift;
+        for (ptrdiff_t i = 0; i < count; ++i) {
+            out[i] = extremum<uint64_t, max>(out[i], wordAt(words + i, shift));
+        }
+    }
+}
+
+inline uint8_t saturate8u(int value) {
+    return static_cast<uint8_t>(value < 0 ? 0 : value > 255 ? 255 : value);
+}
+
+template <class T>
+inline T minus(T a, T b) {
+    return static_cast<T>(a < b ? 0 : a - b);
+}
+inline int16_t minus(int16_t a, int16_t b) {
+    const int value = a - b;
+    return static_cast<int16_t>(value < INT16_MIN   ? INT16_MIN
+                                : value > INT16_MAX ? INT16_MAX
+                                                    : value);
+}
+inline float minus(float a, float b) {
+    return a - b;
+}
+inline uint64_t minus(uint64_t a, uint64_t b) {
+    return a & ~b;
+}
+
+template <class T>
+void difference(const void* a, const void* b, void* dst, ptrdiff_t count) {
+    const Elem<T>* __restrict const first = static_cast<const Elem<T>*>(a);
+    const Elem<T>* __restrict const second = static_cast<const Elem<T>*>(b);
+    Elem<T>* __restrict const out = static_cast<Elem<T>*>(dst);
+    for (ptrdiff_t i = 0; i < count; ++i) out[i] = minus(T(first[i]), T(second[i]));
+}
+
+template <class T, class Wide, bool max>
+[[gnu::noinline]] void takeSum(Wide* __restrict best, const T* __restrict pixels, Wide value,
+                               ptrdiff_t count) {
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        best[i] = extremum<Wide, max>(best[i], static_cast<Wide>(pixels[i] + value));
+    }
+}
+
+// 8u computes in 16 bits: the values of its taps lie between -256 and 256.
+template <class T, class Wide, bool max>
+void grayPoints(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count) {
+    constexpr ptrdiff_t strip = stripBytes / static_cast<ptrdiff_t>(sizeof(Wide));
+    for (ptrdiff_t x = 0; x < count; x += strip) {
+        const ptrdiff_t n = count - x < strip ? count - x : strip;
+        Wide best[strip];
+        for (ptrdiff_t k = 0; k < tapCount; ++k) {
+            const T* const pixels = static_cast<const T*>(taps[k].data) + x;
+            const Wide value = static_cast<Wide>(max ? taps[k].value : -taps[k].value);
+            if (k == 0) {
+                for (ptrdiff_t i = 0; i < n; ++i) best[i] = static_cast<Wide>(pixels[i] + value);
+                continue;
+            }
+            takeSum<T, Wide, max>(best, pixels, value, n);
+        }
+        Elem<T>* const out = static_cast<Elem<T>*>(dst) + x;
+        for (ptrdiff_t i = 0; i < n; ++i) {
+            if constexpr (sizeof(T) == 1) {
+                out[i] = saturate8u(best[i]);
+            } else {
+                out[i] = best[i];
+            }
+        }
+    }
+}
+
+template <class T, bool max>
+constexpr MorphLoops loopsOf = {combine<T, max>, sweep<T, max>, window<T, max>, points<T, max>};
+template <bool max>
+constexpr MorphLoops loopsOf<uint64_t, max> = {combine<uint64_t, max>, sweep<uint64_t, max>,
+                                               windowOfBits<max>, pointsOfBits<max>};
+
+}  // namespace
+
+const MorphKernels morphKernels = {
+    {loopsOf<uint8_t, false>, loopsOf<uint16_t, false>, loopsOf<int16_t, false>,
+     loopsOf<float, false>, loopsOf<uint64_t, false>},
+    {loopsOf<uint8_t, true>, loopsOf<uint16_t, true>, loopsOf<int16_t, true>, loopsOf<float, true>,
+     loopsOf<uint64_t, true>},
+    {difference<uint8_t>, difference<uint16_t>, difference<int16_t>, difference<float>,
+     difference<uint64_t>},
+    {grayPoints<uint8_t, int16_t, false>, grayPoints<float, float, false>},
+    {grayPoints<uint8_t, int16_t, true>, grayPoints<float, float, true>},
+};
+
+}  // namespace zmo::ZMO_LEVEL
