@@ -8,7 +8,6 @@ namespace {
 using namespace pixels;
 
 psIterator<ZmoiSize> window("Window", "Sides of the rectangle", {{5, 5}, {24, 24}});
-ppScaleIterator scaleFactor("ScaleFactor", "Scale factor", {0, -8});
 
 ppImage pSqr;
 int sqrStep;
@@ -30,11 +29,11 @@ class TimcRectStdDev : public PixelTest {
     void regOwnParms() override {
         regParm(window);
         regParm(Picture);
-        if (func().scale()) regParm(scaleFactor);
+        if (func().scale()) regParm(ScaleFactor);
     }
 
     bool createImages() override {
-        scale = func().scale() ? scaleFactor.value() : 0;
+        scale = func().scale() ? ScaleFactor.value() : 0;
         // A tilted rectangle reaches to the left by its height.
         const ZmoiSize sides = window.value();
         rect = {isTilted() ? sides.height : 0, 0, sides.width, sides.height};

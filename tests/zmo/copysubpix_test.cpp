@@ -120,25 +120,22 @@ void expectCopy(const Functions<S, D>& functions, kit::Random& random, ZmoiSize 
     kit::Image<S> src({size.width + (shift.x > 0), size.height + (shift.y > 0)}, layout);
     src.fill([&] { return drawn<S>(random, extreme); });
     kit::Image<D> dst(size, {layout.misalign * 5 % 64, layout.padding});
-    kit::forEachLevel([&] {
-        dst.fill([] { return 77; });
-        kit::succeed([&] {
-            return functions.copy({src.ptr(),
-                                   src.step(),
-                                   {},
-                                   dst.ptr(),
-                                   dst.step(),
-                                   size,
-                                   shift.x,
-                                   shift.y,
-                                   {},
-                                   nullptr,
-                                   nullptr,
-                                   scaleFactor});
-        });
-        expectWindow(src, dst, oracle::Coordinate(shift.x), oracle::Coordinate(shift.y),
-                     scaleFactor);
+    dst.fill([] { return 77; });
+    kit::succeed([&] {
+        return functions.copy({src.ptr(),
+                               src.step(),
+                               {},
+                               dst.ptr(),
+                               dst.step(),
+                               size,
+                               shift.x,
+                               shift.y,
+                               {},
+                               nullptr,
+                               nullptr,
+                               scaleFactor});
     });
+    expectWindow(src, dst, oracle::Coordinate(shift.x), oracle::Coordinate(shift.y), scaleFactor);
     src.expectUntouched("image");
 }
 
@@ -153,16 +150,18 @@ TEST(CopySubpix, Oracle) {
     const float some = 0.3F;
     const ZmoiPoint32f shifts[] = {{0, 0},       {0.25F, 0}, {0, 0.75F},          {0.5F, 0.5F},
                                    {some, 0.1F}, {some, 0},  {lastFraction, some}};
-    forEachTypes([&](const auto& functions) {
-        size_t turn = 0;
-        for (const ZmoiSize size : sizes) {
-            for (const ZmoiPoint32f shift : shifts) {
-                const int scaleFactor = functions.scaled ? scaleFactors[turn % 6] : 0;
-                expectCopy(functions, random, size, layouts[turn % layouts.size()], shift,
-                           turn % 5 == 4, scaleFactor);
-                ++turn;
+    kit::forEachLevel([&] {
+        forEachTypes([&](const auto& functions) {
+            size_t turn = 0;
+            for (const ZmoiSize size : sizes) {
+                for (const ZmoiPoint32f shift : shifts) {
+                    const int scaleFactor = functions.scaled ? scaleFactors[turn % 6] : 0;
+                    expectCopy(functions, random, size, layouts[turn % layouts.size()], shift,
+                               turn % 5 == 4, scaleFactor);
+                    ++turn;
+                }
             }
-        }
+        });
     });
 }
 
@@ -176,16 +175,14 @@ void expectIntersect(const Functions<S, D>& functions, kit::Random& random, Zmoi
     kit::Image<D> dst(window, {layout.misalign * 3 % 64, layout.padding + 1});
     const oracle::Coordinate left(corner.x);
     const oracle::Coordinate top(corner.y);
-    kit::forEachLevel([&] {
-        dst.fill([] { return 77; });
-        Valid have{{-7, -7}, {-7, -7}};
-        kit::succeed([&] {
-            return functions.intersect({src.ptr(), src.step(), image, dst.ptr(), dst.step(), window,
-                                        0, 0, corner, &have.first, &have.last, scaleFactor});
-        });
-        EXPECT_EQ(have, validPart(left, top, image, window));
-        expectWindow(src, dst, left, top, scaleFactor);
+    dst.fill([] { return 77; });
+    Valid have{{-7, -7}, {-7, -7}};
+    kit::succeed([&] {
+        return functions.intersect({src.ptr(), src.step(), image, dst.ptr(), dst.step(), window, 0,
+                                    0, corner, &have.first, &have.last, scaleFactor});
     });
+    EXPECT_EQ(have, validPart(left, top, image, window));
+    expectWindow(src, dst, left, top, scaleFactor);
     src.expectUntouched("image");
 }
 
@@ -194,37 +191,40 @@ TEST(CopySubpixIntersect, Oracle) {
     const auto layouts = kit::layouts();
     const ZmoiSize images[] = {{1, 1}, {1, 9}, {40, 1}, {33, 7}, {70, 30}};
     const ZmoiSize windows[] = {{1, 1}, {9, 5}, {16, 3}, {67, 9}, {530, 2}};
-    forEachTypes([&](const auto& functions) {
-        size_t turn = 0;
-        for (const ZmoiSize image : images) {
-            for (const ZmoiSize window : windows) {
-                const auto right = static_cast<float>(image.width);
-                const auto below = static_cast<float>(image.height);
-                const auto anywhere = [&](int length, int own) {
-                    return static_cast<float>(random.uniform(-own - 1, length + 1));
-                };
-                // Inside, over each side, touching from outside, and far away.
-                const ZmoiPoint32f corners[] = {
-                    {0, 0},
-                    {0.5F, 0.25F},
-                    {-0.5F, -0.75F},
-                    {-1, -1},
-                    {right - 1, below - 1},
-                    {right - 1.25F, below - 1.5F},
-                    {right, 0.5F},
-                    {-1e-9F, -1e-30F},
-                    {anywhere(image.width, window.width), anywhere(image.height, window.height)},
-                    {anywhere(image.width, window.width), anywhere(image.height, window.height)},
-                    {3e38F, -3e38F},
-                    {-4e9F, 5e9F}};
-                for (const ZmoiPoint32f corner : corners) {
-                    const int scaleFactor = functions.scaled ? scaleFactors[turn % 6] : 0;
-                    expectIntersect(functions, random, image, window,
-                                    layouts[turn % layouts.size()], corner, scaleFactor);
-                    ++turn;
+    kit::forEachLevel([&] {
+        forEachTypes([&](const auto& functions) {
+            size_t turn = 0;
+            for (const ZmoiSize image : images) {
+                for (const ZmoiSize window : windows) {
+                    const auto right = static_cast<float>(image.width);
+                    const auto below = static_cast<float>(image.height);
+                    const auto anywhere = [&](int length, int own) {
+                        return static_cast<float>(random.uniform(-own - 1, length + 1));
+                    };
+                    // Inside, over each side, touching from outside, and far away.
+                    const ZmoiPoint32f corners[] = {{0, 0},
+                                                    {0.5F, 0.25F},
+                                                    {-0.5F, -0.75F},
+                                                    {-1, -1},
+                                                    {right - 1, below - 1},
+                                                    {right - 1.25F, below - 1.5F},
+                                                    {right, 0.5F},
+                                                    {-1e-9F, -1e-30F},
+                                                    {anywhere(image.width, window.width),
+                                                     anywhere(image.height, window.height)},
+                                                    {anywhere(image.width, window.width),
+                                                     anywhere(image.height, window.height)},
+                                                    {3e38F, -3e38F},
+                                                    {-4e9F, 5e9F}};
+                    for (const ZmoiPoint32f corner : corners) {
+                        const int scaleFactor = functions.scaled ? scaleFactors[turn % 6] : 0;
+                        expectIntersect(functions, random, image, window,
+                                        layouts[turn % layouts.size()], corner, scaleFactor);
+                        ++turn;
+                    }
                 }
             }
-        }
+        });
     });
 }
 
