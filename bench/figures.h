@@ -1,21 +1,56 @@
-// The picture that edges are measured on, and a timed loop.
+// Data for the programs that measure the library, and a timed loop. Planes are packed.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
 #include <vector>
 
-#include "zmotypes.h"
+#include "zmocore.h"
 
 namespace bench {
 
-// A grid of bright rectangles, one row after the other without padding.
+inline size_t pixelsOf(ZmoiSize size) {
+    return static_cast<size_t>(size.width) * static_cast<size_t>(size.height);
+}
+
+// Bytes from row to row.
+template <class T>
+int stepOf(ZmoiSize size) {
+    return size.width * static_cast<int>(sizeof(T));
+}
+
+// Over the range of an integer type, from 0 to 256 for floats; always the same.
+template <class T>
+std::vector<T> noise(ZmoiSize size) {
+    std::vector<T> plane(pixelsOf(size));
+    unsigned seed = 7;
+    for (T& value : plane) {
+        seed = seed * 1664525U + 1013904223U;
+        if constexpr (std::is_floating_point_v<T>) {
+            value = static_cast<T>(seed >> 8) / 65536;
+        } else {
+            value = static_cast<T>(seed >> (32 - 8 * sizeof(T)));
+        }
+    }
+    return plane;
+}
+
+// For the calls that prepare data.
+inline void require(ZmoStatus status, const char* what) {
+    if (status != zmoStsNoErr)
+        throw std::runtime_error(std::string(what) + ": " + zmoGetStatusString(status));
+}
+
+// A grid of bright rectangles.
 inline std::vector<Zmo8u> rectangles(ZmoiSize size, ZmoiSize figures) {
     const int cellWidth = std::max(size.width / figures.width, 1);
     const int cellHeight = std::max(size.height / figures.height, 1);
     std::vector<Zmo8u> picture;
-    picture.reserve(static_cast<size_t>(size.width) * static_cast<size_t>(size.height));
+    picture.reserve(pixelsOf(size));
     for (int y = 0; y < size.height; ++y) {
         for (int x = 0; x < size.width; ++x) {
             const bool inColumn = (x + cellWidth / 4) % cellWidth >= cellWidth / 2;

@@ -1,4 +1,4 @@
-#include "plain_loops.h"
+#include "plain_sums.h"
 
 #include <cmath>
 

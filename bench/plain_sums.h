@@ -1,6 +1,5 @@
-// The definitions of some functions as loops of one pixel after the other, for packed planes.
-// plain_loops.cpp is compiled without vectors at any build type: the measure of what the library's
-// own loops gain.
+// Differences, accumulation, reductions and tables of sums as loops of one pixel after the other, for
+// packed planes.
 #pragma once
 
 #include <cstddef>

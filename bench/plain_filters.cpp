@@ -1,4 +1,4 @@
-#include "filters_plain.h"
+#include "plain_filters.h"
 
 #include <algorithm>
 #include <cmath>
