@@ -25,6 +25,9 @@ auto findValue(Values& values, const psString& key) -> decltype(&values.front())
     return pos == values.end() ? nullptr : &*pos;
 }
 
+// Far beyond any ini-file: a device or a wrong file is refused before it fills the memory.
+constexpr std::size_t maxSize = 16 << 20;
+
 psString trimmed(std::string_view text) {
     psString copy(text);
     copy.trim();
@@ -37,25 +40,32 @@ bool psIniFile::open(const psString& name, bool write) {
     m_name = name;
     m_write = write;
     m_sections.clear();
-    if (readFile(!write)) return true;
-    m_write = write && createFile();
+    const Reading reading = readFile(!write);
+    if (reading == Reading::DONE) return true;
+    m_write = write && reading == Reading::NO_FILE && createFile();
     return m_write;
 }
 
-bool psIniFile::readFile(bool report) {
+psIniFile::Reading psIniFile::readFile(bool report) {
     i_stream file(m_name, io_stream::READ | io_stream::BINARY | io_stream::NAME_AS_GIVEN, report);
-    if (!file.isOpen()) return false;
+    if (!file.isOpen()) return Reading::NO_FILE;
     std::vector<char> text;
     char piece[4096];
-    while (const std::size_t n = std::fread(piece, 1, sizeof piece, file.handle()))
+    while (const std::size_t n = std::fread(piece, 1, sizeof piece, file.handle())) {
         text.insert(text.end(), piece, piece + n);
+        if (text.size() <= maxSize) continue;
+        g_ostrm << ERR << "-- File " << m_name << " is no ini-file: it is longer than " << maxSize
+                << " bytes\n"
+                << END;
+        return Reading::REFUSED;
+    }
     if (file.readError()) {
         // A directory opens like a file and fails at the first read.
         if (report) g_ostrm << ERR << "-- Can't open file " << m_name << " to read: \n" << END;
-        return false;
+        return Reading::NO_FILE;
     }
     readText(text.data(), text.size());
-    return true;
+    return Reading::DONE;
 }
 
 bool psIniFile::createFile() const {

@@ -67,7 +67,9 @@ class psIniFile {
     static bool getValue(const psString& line, psString& key, psString& value);
 
   private:
-    bool readFile(bool report);
+    // REFUSED: there is a file, but none that could be an ini-file; it is not to be overwritten.
+    enum class Reading { DONE, NO_FILE, REFUSED };
+    Reading readFile(bool report);
     bool createFile() const;
     void readLine(std::string_view line, psSectionItem*& current);
     psSectionItem& needSection(const psString& name);

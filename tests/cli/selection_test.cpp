@@ -196,6 +196,19 @@ TEST(IniFile, GivesBackTheSetsThatItTook) {
     EXPECT_EQ(measured(pscv), "16s8u:16x16:2x2 32f8u:16x16:2x2 ");
 }
 
+TEST(IniFile, ALongFileIsNoneAndStaysAsItIs) {
+    const Pscv pscv;
+    const std::string text((16 << 20) + 1, '\n');
+    support::writeFile(pscv.file("long.ini"), text);
+    for (const char* key : {"-i", "-I"}) {
+        const Outcome outcome =
+            pscv.run({"-B", "-fCanny", "-p" + pscv.file(""), key + std::string("long")});
+        EXPECT_NE(outcome.out.find("long.ini is no ini-file: it is longer than"), std::string::npos)
+            << outcome.out;
+    }
+    EXPECT_EQ(pscv.text("long.ini"), text);
+}
+
 TEST(IniFile, OddTextsAreReadAsFarAsTheyMakeSense) {
     const Pscv pscv;
     const std::string head = "[zmoiCanny_16s8u_C1R]\n", longLine(10'000, 'x');
