@@ -1,35 +1,19 @@
-// Base of the tests of morphology: one image becomes another by way of a structuring element, with a
-// border around the source.
+// Base of the tests of morphology: one image becomes another by way of a structuring element.
 #pragma once
 
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 #include <vector>
 
-#include "pp.h"
+#include "bordered.h"
 #include "zmocv.h"
 
-// The arguments of these functions, for the module that runs.
 namespace morphs {
+
+using namespace bordered;
 
 inline psMapIterator<int> Shape("Shape", "Shape of the mask", {{0, "rect"}, {1, "ellipse"}},
                                 {0, 1});
-
-inline ppImage pSrc;
-inline ppImage pDst;
-inline const void* src;  // the region's first pixel
-inline int srcStep;
-inline int dstStep;
-inline ZmoiSize roi;
-inline ZmoiSizeL roiL;
-inline ZmoiBorderType border;
-inline ppBuffer pState;
-inline ppBuffer pBuffer;
-
-// One mid-range element a channel, for a constant border.
-template <class T>
-inline constexpr T borderValue[4] = {100, 100, 100, 100};
 
 // Of the unit square, so that an ellipse of 3x3 has no corners.
 constexpr double roundness = 0.81;
@@ -37,56 +21,32 @@ constexpr double roundness = 0.81;
 // 1u: the region's first pixel, and the same of the destination.
 constexpr int bitOffset = 3;
 
-class MorphTest : public ppTest {
+class MorphTest : public BorderedTest {
   public:
-    using ppTest::ppTest;
+    using BorderedTest::BorderedTest;
 
   protected:
     virtual bool prepareState(const std::vector<Zmo8u>& mask) = 0;
 
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         regParm(MaskSize);
         regParm(Shape);
-        regParm(Border);
-        regParm(Picture);
-        regCacheParm(ImageSize, pDst);
-        return true;
     }
 
-    bool initData() override {
-        roi = ImageSize.value();
-        roiL = {roi.width, roi.height};
-        border = Border.value();
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        return createSource() && createDestination() && prepareState(drawMask());
-    }
+    bool prepare() override { return prepareState(drawMask()); }
 
-    void flushData() override {
-        pSrc.deleteVector();
-        pDst.deleteVector();
-        pState.release();
-        pBuffer.release();
-    }
-
-    double getDivisor() override {
-        return static_cast<double>(roi.width) * roi.height * channels();
-    }
-    psString getUnit() override { return "pxch"; }
     // Comparisons, and sums of grey-level elements, of the definition.
-    double getFlops() override {
-        return func().srcType() == pp32f
-                   ? getDivisor() * MaskSize.value().width * MaskSize.value().height
-                   : 0.0;
+    double flopsOfElement() const override {
+        return static_cast<double>(MaskSize.value().width) * MaskSize.value().height;
     }
 
     psString dataFigure() override {
-        const int margin = marginOf();
+        const ZmoiSize more = around();
         long long changed = 0;
         for (int y = 0; y < pDst.height(); ++y) {
             for (int x = 0; x < pDst.width(); ++x)
                 changed += pDst.getImageAt(x, y, 0) !=
-                           pSrc.getImageAt(x + (isBits() ? margin / 8 : margin), y + margin, 0);
+                           pSrc.getImageAt(x + elementOf(more.width), y + more.height, 0);
         }
         return psFormat("%.2f%% of the %s changed",
                         100.0 * static_cast<double>(changed) / pDst.width() / pDst.height(),
@@ -94,50 +54,21 @@ class MorphTest : public ppTest {
     }
 
     bool isBits() const { return func().contains("_1u_"); }
-    ZmoDataType dataType() const {
-        return isBits() ? zmo1u : static_cast<ZmoDataType>(ppInfo(func().srcType()).zmoCode);
-    }
-    int channels() const { return isBits() ? 1 : pDst.numChannels(); }
+    ZmoDataType dataType() const { return isBits() ? zmo1u : libraryType(func().srcType()); }
 
-    bool createStateAndBuffer(long long stateSize, long long bufferSize) {
-        if (stateSize > INT_MAX || bufferSize > INT_MAX) {
-            g_ostrm << MessageLevel::ERR
-                    << "-- The library asks for more than 2 GB of work memory\n"
-                    << MessageLevel::END;
-            return false;
-        }
-        return pState.create(static_cast<int>(stateSize)) &&
-               pBuffer.create(static_cast<int>(bufferSize));
+    // In memory, compound operations look two masks around the region. A multiple of 8, for 1u.
+    ZmoiSize margin() const override {
+        const ZmoiSize mask = MaskSize.value();
+        const int side = (2 * std::max(mask.width, mask.height) + 7) / 8 * 8;
+        return {side, side};
     }
+    int elements(int pixels) const override {
+        return isBits() ? (bitOffset + pixels + 7) / 8 : pixels;
+    }
+    int elementOf(int x) const override { return isBits() ? x / 8 : x; }
+    bool drawSource() override { return isBits() ? drawBits() : BorderedTest::drawSource(); }
 
   private:
-    // In memory, compound operations look two masks around the region. A multiple of 8, for 1u.
-    static int marginOf() {
-        const ZmoiSize mask = MaskSize.value();
-        return border == zmoiBorderInMem ? (2 * std::max(mask.width, mask.height) + 7) / 8 * 8 : 0;
-    }
-
-    bool create(ppImage& image, ppArg arg, int margin, int index) {
-        image.init(func(), arg);
-        const int width = roi.width + 2 * margin;
-        return image.createImage(isBits() ? (bitOffset + width + 7) / 8 : width,
-                                 roi.height + 2 * margin, 0, ppMisalign(index));
-    }
-
-    bool createSource() {
-        const int margin = marginOf();
-        if (!create(pSrc, ppArgSrc, margin, 0)) return false;
-        srcStep = pSrc.step();
-        src = pSrc.getPointerAt(isBits() ? margin / 8 : margin, margin, 0);
-        return isBits() ? drawBits() : ppDrawSource(pSrc);
-    }
-
-    bool createDestination() {
-        if (!create(pDst, ppArgDst, 0, 1)) return false;
-        dstStep = pDst.step();
-        return true;
-    }
-
     // Bands with gaps and scattered specks: noise alone would leave no pixel after an erosion.
     static bool drawBits() {
         if (!pSrc.setRandom(0, 255)) return false;
@@ -196,10 +127,11 @@ class FlatMorphTest : public MorphTest {
 };
 
 // One line a type: seven operations. REG registers a function and its arguments.
-#define MORPH_SRC(type) static_cast<const Zmo##type*>(morphs::src), morphs::srcStep
-#define MORPH_DST(type) morphs::pDst.ptr##type(), morphs::dstStep
-#define MORPH_REST(type) \
-    morphs::border, morphs::borderValue<Zmo##type>, FlatMorphTest::state(), morphs::pBuffer.get()
+#define MORPH_SRC(type) BORDERED_SRC(type), bordered::srcStep
+#define MORPH_DST(type) bordered::pDst.ptr##type(), bordered::dstStep
+#define MORPH_REST(type)                                                        \
+    bordered::border, bordered::borderValue<Zmo##type>, FlatMorphTest::state(), \
+        bordered::pBuffer.get()
 #define MORPH_OPERATIONS(REG, ...)  \
     REG(Erode, __VA_ARGS__)         \
     REG(Dilate, __VA_ARGS__)        \

@@ -33,7 +33,7 @@ class TimMorphGray : public MorphTest {
     }
 
     // A comparison and a sum for each point.
-    double getFlops() override { return 2 * MorphTest::getFlops(); }
+    double flopsOfElement() const override { return 2 * MorphTest::flopsOfElement(); }
 
   private:
     static ZmoiGrayMorphState* stateToFill() {

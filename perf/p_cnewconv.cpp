@@ -28,7 +28,7 @@ class TimcConv : public FilterTest {
         return isBase("FilterLaplacian") ? 2 * (smooth + 3) + 1 : 2 * smooth + 1;
     }
 
-    bool prepareFilter() override {
+    bool prepare() override {
         const ZmoiSize size = MaskSize.value();
         if (size.width != size.height || (size.width != 3 && size.width != 5)) {
             g_ostrm << MessageLevel::ERR << "-- The fixed masks are 3x3 and 5x5\n"
@@ -56,8 +56,8 @@ class TimcConv : public FilterTest {
     }
 };
 
-#define REG_CONV(Base, types, T, D)                                                  \
-    PP_REG(TimcConv, zmoiFilter##Base##Border_##types##_C1R, FILTER_SRC(T), srcStep, \
+#define REG_CONV(Base, types, T, D)                                                    \
+    PP_REG(TimcConv, zmoiFilter##Base##Border_##types##_C1R, BORDERED_SRC(T), srcStep, \
            pDst.ptr##D(), dstStep, roi, mask, border, borderValue<Zmo##T>, pBuffer.get())
 
 REG_CONV(SobelCross, 32f, 32f, 32f)

@@ -13,7 +13,7 @@ class TimcvFilterGaussian : public GaussianTest {
     using GaussianTest::GaussianTest;
 
   protected:
-    bool prepareFilter() override {
+    bool prepare() override {
         return prepareGaussian<int>(roi, lib_zmoiFilterGaussianGetSize, "zmoiFilterGaussianGetSize",
                                     lib_zmoiFilterGaussianInit, "zmoiFilterGaussianInit");
     }
@@ -21,7 +21,7 @@ class TimcvFilterGaussian : public GaussianTest {
 
 #define REG_GAUSSIAN(type, channels)                                              \
     PP_REG(TimcvFilterGaussian, zmoiFilterGaussianBorder_##type##_C##channels##R, \
-           FILTER_SRC(type), srcStep, pDst.ptr##type(), dstStep, roi, border,     \
+           BORDERED_SRC(type), srcStep, pDst.ptr##type(), dstStep, roi, border,   \
            borderValue<Zmo##type>, GaussianTest::state(), pBuffer.get())
 
 REG_GAUSSIAN(32f, 1)

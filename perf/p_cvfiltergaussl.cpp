@@ -13,16 +13,16 @@ class TimcvFilterGaussianL : public GaussianTest {
     using GaussianTest::GaussianTest;
 
   protected:
-    bool prepareFilter() override {
+    bool prepare() override {
         return prepareGaussian<int64_t>(roiL, lib_zmoiFilterGaussianGetSize_L,
                                         "zmoiFilterGaussianGetSize_L", lib_zmoiFilterGaussianInit_L,
                                         "zmoiFilterGaussianInit_L");
     }
 };
 
-#define REG_GAUSSIAN(type, channels)                                                             \
-    PP_REG(TimcvFilterGaussianL, zmoiFilterGaussian_##type##_C##channels##R_L, FILTER_SRC(type), \
-           srcStep, pDst.ptr##type(), dstStep, roiL, border, borderValue<Zmo##type>,             \
+#define REG_GAUSSIAN(type, channels)                                                               \
+    PP_REG(TimcvFilterGaussianL, zmoiFilterGaussian_##type##_C##channels##R_L, BORDERED_SRC(type), \
+           srcStep, pDst.ptr##type(), dstStep, roiL, border, borderValue<Zmo##type>,               \
            GaussianTest::state(), pBuffer.get())
 
 REG_GAUSSIAN(32f, 1)

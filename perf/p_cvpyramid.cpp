@@ -13,14 +13,14 @@ class TimcvPyramid : public PyramidTest {
     using PyramidTest::PyramidTest;
 
   protected:
-    bool prepareFilter() override {
+    bool prepare() override {
         return preparePyramid<int>(isDown() ? srcRoi : roi, lib_zmoiPyramidGetSize,
                                    "zmoiPyramidGetSize", lib_zmoiPyramidInit, "zmoiPyramidInit");
     }
 };
 
-#define REG_LAYER(Way, type, channels)                                                        \
-    PP_REG_X(TimcvPyramid, zmoiPyramidLayer##Way##_##type##_C##channels##R, FILTER_SRC(type), \
+#define REG_LAYER(Way, type, channels)                                                          \
+    PP_REG_X(TimcvPyramid, zmoiPyramidLayer##Way##_##type##_C##channels##R, BORDERED_SRC(type), \
              srcStep, srcRoi, pDst.ptr##type(), dstStep, roi, PyramidTest::state(), pBuffer.get())
 
 REG_LAYER(Down, 8u, 1)

@@ -13,16 +13,16 @@ class TimcvPyramidL : public PyramidTest {
     using PyramidTest::PyramidTest;
 
   protected:
-    bool prepareFilter() override {
+    bool prepare() override {
         return preparePyramid<int64_t>(isDown() ? srcRoiL : roiL, lib_zmoiPyramidGetSize_L,
                                        "zmoiPyramidGetSize_L", lib_zmoiPyramidInit_L,
                                        "zmoiPyramidInit_L");
     }
 };
 
-#define REG_LAYER(Way, type, channels)                                                           \
-    PP_REG_X(TimcvPyramidL, zmoiPyramidLayer##Way##_##type##_C##channels##R_L, FILTER_SRC(type), \
-             srcStep, srcRoiL, pDst.ptr##type(), dstStep, roiL, PyramidTest::state(),            \
+#define REG_LAYER(Way, type, channels)                                                             \
+    PP_REG_X(TimcvPyramidL, zmoiPyramidLayer##Way##_##type##_C##channels##R_L, BORDERED_SRC(type), \
+             srcStep, srcRoiL, pDst.ptr##type(), dstStep, roiL, PyramidTest::state(),              \
              pBuffer.get())
 
 REG_LAYER(Down, 32f, 1)

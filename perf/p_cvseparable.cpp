@@ -26,7 +26,7 @@ class TimFilterBorder : public FilterTest {
         return 2.0 * (MaskSize.value().width + MaskSize.value().height) - 2;
     }
 
-    bool prepareFilter() override {
+    bool prepare() override {
         int64_t stateSize = 0;
         int64_t bufferSize = 0;
         return prepared(
@@ -62,9 +62,9 @@ class TimFilterBorder : public FilterTest {
     static ZmoiPoint centre() { return {MaskSize.value().width / 2, MaskSize.value().height / 2}; }
 };
 
-#define REG_SEPARABLE(types, T, D, channels)                                               \
-    PP_REG(TimFilterBorder, zmoiFilterSeparable_##types##_C##channels##R_L, FILTER_SRC(T), \
-           srcStep, pDst.ptr##D(), dstStep, roiL, border, borderValue<Zmo##T>, state(),    \
+#define REG_SEPARABLE(types, T, D, channels)                                                 \
+    PP_REG(TimFilterBorder, zmoiFilterSeparable_##types##_C##channels##R_L, BORDERED_SRC(T), \
+           srcStep, pDst.ptr##D(), dstStep, roiL, border, borderValue<Zmo##T>, state(),      \
            pBuffer.get())
 #define REG_SEPARABLES(types, T, D) \
     REG_SEPARABLE(types, T, D, 1)   \

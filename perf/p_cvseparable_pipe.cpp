@@ -36,7 +36,6 @@ class TimSepar : public FilterTest {
     using FilterTest::FilterTest;
 
   protected:
-    void regOwnParms() override { regParm(MaskSize); }
     ZmoiSize margin() const override { return {MaskSize.value().width, 0}; }
     // The source of a column pipeline has the rows beyond the region, too.
     ZmoiSize sourceSize() const override {
@@ -45,7 +44,7 @@ class TimSepar : public FilterTest {
     }
     double flopsOfElement() const override { return 2.0 * kernelSize - 1; }
 
-    bool prepareFilter() override {
+    bool prepare() override {
         kernelSize = isRow() ? MaskSize.value().width : MaskSize.value().height;
         anchor = kernelSize / 2;
         kernel = tent(kernelSize);
@@ -72,14 +71,14 @@ class TimSepar : public FilterTest {
 
 // The sums of _Low stay within 16 bits when the weights are small against the data, as a user of it
 // sees to; with this kernel they saturate on full-range noise, which takes the same time.
-#define REG_ROWS(types, T, D, channels)                                                            \
-    PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, FILTER_SRC(T), srcStep, \
-           rowsTo<Zmo##D>(), roi, kernel.data(), kernelSize, anchor, divisor, border,              \
+#define REG_ROWS(types, T, D, channels)                                                        \
+    PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T),    \
+           srcStep, rowsTo<Zmo##D>(), roi, kernel.data(), kernelSize, anchor, divisor, border, \
            borderValue<Zmo##T>, pBuffer.get())
-#define REG_ROWS_UNDIVIDED(types, T, kernel, channels)                                             \
-    PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, FILTER_SRC(T), srcStep, \
-           rowsTo<Zmo##T>(), roi, kernel.data(), kernelSize, anchor, border, borderValue<Zmo##T>,  \
-           pBuffer.get())
+#define REG_ROWS_UNDIVIDED(types, T, kernel, channels)                                      \
+    PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T), \
+           srcStep, rowsTo<Zmo##T>(), roi, kernel.data(), kernelSize, anchor, border,       \
+           borderValue<Zmo##T>, pBuffer.get())
 #define REG_COLUMNS(types, T, D, channels)                                                  \
     PP_REG(TimSepar, zmoiFilterColumnPipeline_##types##_C##channels##R, rowsFrom<Zmo##T>(), \
            pDst.ptr##D(), dstStep, roi, kernel.data(), kernelSize, divisor, pBuffer.get())
