@@ -19,7 +19,8 @@ struct Data {
           differences(noise8u.size()),
           sums(noise8u.size()),
           table32s(bench::pixelsOf({roi.width + 1, roi.height + 1})),
-          table32f(table32s.size()) {
+          table32f(table32s.size()),
+          squares(table32s.size()) {
         for (const Zmo8u value : noise8u) mask.push_back(value % 4 != 0 ? 255 : 0);
     }
 
@@ -33,6 +34,7 @@ struct Data {
     std::vector<Zmo32f> sums;
     std::vector<Zmo32s> table32s;
     std::vector<Zmo32f> table32f;
+    std::vector<Zmo32s> squares;
     double result = 0;
 };
 
@@ -104,7 +106,21 @@ std::vector<Function> functions(ZmoiSize size) {
         reduction("zmoiMean_16u_C1MR", zmoiMean_16u_C1MR, bench::plainMean, d, d->noise16u),
         reduction("zmoiMean_32f_C1MR", zmoiMean_32f_C1MR, bench::plainMean, d, d->noise32f),
         integral("zmoiIntegral_8u32s_C1R", zmoiIntegral_8u32s_C1R, d, d->noise8u, d->table32s),
+        integral("zmoiIntegral_8u32f_C1R", zmoiIntegral_8u32f_C1R, d, d->noise8u, d->table32f),
         integral("zmoiIntegral_32f_C1R", zmoiIntegral_32f_C1R, d, d->noise32f, d->table32f),
+        {.name = "zmoiSqrIntegral_8u32s_C1R",
+         .call =
+             [d, step8u] {
+                 const int step = bench::stepOf<Zmo32s>({d->size.width + 1, 0});
+                 return zmoiSqrIntegral_8u32s_C1R(d->noise8u.data(), step8u, d->table32s.data(),
+                                                  step, d->squares.data(), step, d->size, 0, 0);
+             },
+         .plainLoop =
+             [d] {
+                 bench::plainSqrIntegral(d->noise8u.data(), d->table32s.data(), d->squares.data(),
+                                         d->size);
+             },
+         .divisor = pixels},
     };
 }
 

@@ -1,6 +1,7 @@
 #include "plain_sums.h"
 
 #include <cmath>
+#include <vector>
 
 namespace bench {
 namespace {
@@ -77,8 +78,36 @@ void plainAdd(const Zmo8u* src, Zmo32f* sums, size_t pixels) {
 void plainIntegral(const Zmo8u* src, Zmo32s* table, ZmoiSize size) {
     integral<uint32_t>(src, table, size);
 }
+void plainIntegral(const Zmo8u* src, Zmo32f* table, ZmoiSize size) {
+    // Exact beyond the 24 bits of the table.
+    static std::vector<double> sums;
+    sums.resize(static_cast<size_t>(size.width + 1) * static_cast<size_t>(size.height + 1));
+    integral<double>(src, sums.data(), size);
+    for (const double sum : sums) *table++ = static_cast<float>(sum);
+}
 void plainIntegral(const Zmo32f* src, Zmo32f* table, ZmoiSize size) {
     integral<double>(src, table, size);
+}
+
+void plainSqrIntegral(const Zmo8u* src, Zmo32s* table, Zmo32s* squares, ZmoiSize size) {
+    const int columns = size.width + 1;
+    for (int x = 0; x < columns; ++x) table[x] = squares[x] = 0;
+    for (int y = 0; y < size.height; ++y) {
+        const Zmo32s* const above = table;
+        const Zmo32s* const squaresAbove = squares;
+        table += columns;
+        squares += columns;
+        table[0] = squares[0] = 0;
+        uint32_t sum = 0;
+        uint32_t squareSum = 0;
+        for (int x = 0; x < size.width; ++x, ++src) {
+            sum += *src;
+            squareSum += static_cast<uint32_t>(*src * *src);
+            table[x + 1] = static_cast<Zmo32s>(static_cast<uint32_t>(above[x + 1]) + sum);
+            squares[x + 1] =
+                static_cast<Zmo32s>(static_cast<uint32_t>(squaresAbove[x + 1]) + squareSum);
+        }
+    }
 }
 
 }  // namespace bench

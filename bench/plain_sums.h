@@ -18,8 +18,10 @@ double plainMean(const Zmo32f* src, const Zmo8u* mask, size_t pixels);
 
 void plainAbsDiff(const Zmo8u* src, const Zmo8u* src2, Zmo8u* dst, size_t pixels);
 void plainAdd(const Zmo8u* src, Zmo32f* sums, size_t pixels);
-// The table is packed too, and has a row and a column more than src.
+// The tables are packed too, and have a row and a column more than src.
 void plainIntegral(const Zmo8u* src, Zmo32s* table, ZmoiSize size);
+void plainIntegral(const Zmo8u* src, Zmo32f* table, ZmoiSize size);
 void plainIntegral(const Zmo32f* src, Zmo32f* table, ZmoiSize size);
+void plainSqrIntegral(const Zmo8u* src, Zmo32s* table, Zmo32s* squares, ZmoiSize size);
 
 }  // namespace bench

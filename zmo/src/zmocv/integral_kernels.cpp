@@ -72,26 +72,31 @@ uint32_t term(uint8_t value) {
 typedef uint8_t Bytes __attribute__((vector_size(16)));
 typedef uint16_t Words __attribute__((vector_size(16)));
 typedef uint32_t Quad __attribute__((vector_size(16)));
+typedef uint64_t Pair __attribute__((vector_size(16)));
 
 Words eightValues(const uint8_t* pixels) {
-    Bytes bytes = {};
-    __builtin_memcpy(&bytes, pixels, 8);
+    // By way of a register: eight bytes copied into a vector in memory are waited for when it is read.
+    uint64_t eight = 0;
+    __builtin_memcpy(&eight, pixels, sizeof eight);
+    const Pair pair = {eight, 0};
     const Bytes zero = {};
-    return reinterpret_cast<Words>(__builtin_shufflevector(bytes, zero, 0, 16, 1, 17, 2, 18, 3, 19,
-                                                           4, 20, 5, 21, 6, 22, 7, 23));
+    return reinterpret_cast<Words>(__builtin_shufflevector(reinterpret_cast<Bytes>(pair), zero, 0,
+                                                           16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6,
+                                                           22, 7, 23));
 }
 
-// Each lane becomes the sum of the lanes up to it.
-Words runningSums(Words v) {
-    const Words zero = {};
-    v += __builtin_shufflevector(v, zero, 8, 0, 1, 2, 3, 4, 5, 6);
-    v += __builtin_shufflevector(v, zero, 8, 8, 0, 1, 2, 3, 4, 5);
-    return v + __builtin_shufflevector(v, zero, 8, 8, 8, 8, 0, 1, 2, 3);
+// Within each half of four, a lane becomes the sum of the lanes up to it. Shifts of whole 64-bit lanes
+// are one instruction at every level, while moving lanes across a vector is many at the lowest.
+Words sumsInHalves(Words v) {
+    v += reinterpret_cast<Words>(reinterpret_cast<Pair>(v) << 16);
+    return v + reinterpret_cast<Words>(reinterpret_cast<Pair>(v) << 32);
 }
+// Each lane becomes the sum of the lanes up to it.
 Quad runningSums(Quad v) {
     const Quad zero = {};
-    v += __builtin_shufflevector(v, zero, 4, 0, 1, 2);
-    return v + __builtin_shufflevector(v, zero, 4, 4, 0, 1);
+    v += reinterpret_cast<Quad>(reinterpret_cast<Pair>(v) << 32);
+    const Quad lowSum = __builtin_shufflevector(v, v, 1, 1, 1, 1);
+    return v + __builtin_shufflevector(zero, lowSum, 0, 1, 4, 5);
 }
 
 Quad lowHalf(Words v) {
@@ -122,12 +127,13 @@ uint32_t sumAlong(uint32_t* __restrict sums, const uint8_t* __restrict pixels, p
         if (squares) {
             v *= v;
             low = runningSums(lowHalf(v));
-            high = runningSums(highHalf(v)) + lastOf(low);
+            high = runningSums(highHalf(v));
         } else {
-            v = runningSums(v);
+            v = sumsInHalves(v);
             low = lowHalf(v);
             high = highHalf(v);
         }
+        high += lastOf(low);
         const Quad here = lastOf(high);
         low += before;
         high += before;
