@@ -555,7 +555,9 @@ TEST(Filters, BadArguments) {
             state.expectUntouched();
             EXPECT_EQ(size, -1);
         });
+        const bool inUse = good.pState == state.ptr();
         state = kit::Buffer(4096);
+        if (inUse) good.pState = state.ptr();
     };
     const Faults source = {FAULT(NullPtr, a.pSrc = nullptr)};
     const Faults target = {FAULT(NullPtr, a.pDst = nullptr)};
