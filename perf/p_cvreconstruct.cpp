@@ -2,18 +2,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "pp.h"
+#include "pixels.h"
 #include "zmocv.h"
 
 namespace {
 
-ppImage pSrc;   // limit: hills, or the picture
-ppImage pSrc2;  // marker: the limit, lowered or raised
-ppImage pDst;
-int srcStep;
-int src2Step;
-int dstStep;
-ZmoiSize roi;
+using namespace pixels;  // pSrc: limit, hills or the picture; pSrc2: marker, the limit moved
+
 int connectivity;
 ppBuffer pBuffer;
 
@@ -22,42 +17,29 @@ constexpr double depth = 40;
 
 PP_SERVICE(zmoiMorphReconstructGetBufferSize);
 
-class TimeCVReconstruct : public ppTest {
+class TimeCVReconstruct : public PixelTest {
   public:
-    using ppTest::ppTest;
+    using PixelTest::PixelTest;
 
   protected:
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         regParm(Connectivity);
         regParm(Picture);
-        regCacheParm(ImageSize, pDst);
-        return true;
     }
 
-    bool initData() override {
-        roi = ImageSize.value();
+    bool createImages() override {
         connectivity = Connectivity.value();
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        return create(pSrc, 0, srcStep) && create(pSrc2, 1, src2Step) && create(pDst, 2, dstStep) &&
-               drawLimit() && drawMarker() && createBuffer();
+        return create(pSrc, ppArgSrc, 0, srcStep) && create(pSrc2, ppArgSrc, 1, src2Step) &&
+               create(pDst, ppArgSrc, 2, dstStep) && drawLimit() && drawMarker() && createBuffer();
     }
 
     void flushData() override {
-        pSrc.deleteVector();
-        pSrc2.deleteVector();
-        pDst.deleteVector();
+        PixelTest::flushData();
         pBuffer.release();
     }
 
-    double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
-    psString getUnit() override { return "pxch"; }
     // Two scans with a comparison for each neighbour, itself and the limit.
-    double getFlops() override {
-        const ppFunc& type = func();
-        const bool isFloat = type.contains("_32f_") || type.contains("_64f_");
-        return isFloat ? getDivisor() * (connectivity + 2) : 0.0;
-    }
+    int flopsOfPixel() const override { return connectivity + 2; }
 
     psString dataFigure() override {
         long long levelled = 0;
@@ -70,13 +52,6 @@ class TimeCVReconstruct : public ppTest {
     }
 
   private:
-    bool create(ppImage& image, int index, int& step) {
-        image.init(func(), ppArgSrc);
-        if (!image.createImage(roi.width, roi.height, 0, ppMisalign(index))) return false;
-        step = image.step();
-        return true;
-    }
-
     // Hills of two sizes, with noise on them.
     bool drawLimit() {
         if (ppPictureGiven()) return ppDrawSource(pSrc);

@@ -47,7 +47,8 @@ class PixelTest : public ppTest {
     double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
     psString getUnit() override { return "pxch"; }
     double getFlops() override {
-        return func().dstType() == pp32f ? getDivisor() * flopsOfPixel() : 0.0;
+        const bool isFloat = func().dstType() == pp32f || func().dstType() == pp64f;
+        return isFloat ? getDivisor() * flopsOfPixel() : 0.0;
     }
 
     // The image has been set up; it is the index-th of the test's.
