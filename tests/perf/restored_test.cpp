@@ -3,16 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
 
 #include "pp.h"
-#include "ps.h"
 #include "pscputick_gcc.h"
 #include "psdata.h"
 #include "pslib.h"
+#include "session.h"
 #include "temp_dir.h"
 
 namespace {
@@ -74,20 +73,18 @@ TEST(RestoredData, EveryTimedCallStartsFromTheSameBytes) {
             functions.emplace_back(test->funcName().c_str());
     }
     ASSERT_GE(functions.size(), std::size(modules));
-    std::vector<std::string> words{"pscv", "-B"};
     const TempDir dir;
-    words.push_back("-l" + dir.path());
+    std::vector<std::string> words{"-B", "-l" + dir.path()};
     for (const char* parameter : {"Method=Manual", "NumLoops=10", "ImageSize=64x64",
                                   "Connectivity=4", "Threshold=2", "MaxSize=20", "Radius=8"})
         words.push_back(std::string("-d") + parameter);
     for (const char* module : modules) words.push_back(std::string("-m=") + module);
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    setenv("PSCV_FREQ_MHZ", "1000", 1);
     psRegZmoEnvironment(setEnvironment);
-    EXPECT_EQ(pSession->run(static_cast<int>(argv.size()), argv.data()), 0);
-    for (const std::string& function : functions)
-        EXPECT_GE(restoredCalls[function], timedCalls) << function;
+    inOwnProcess([&] {
+        runSession(words);
+        for (const std::string& function : functions)
+            EXPECT_GE(restoredCalls[function], timedCalls) << function;
+    });
 }
 
 }  // namespace

@@ -1,0 +1,104 @@
+// Each module's data make its functions do what real use does: the figure that a module shows of each
+// data set lies in a range that is sensible for it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "pp.h"
+#include "session.h"
+#include "temp_dir.h"
+
+namespace {
+
+// Of the first number in a module's figures, over all its functions and default values.
+struct Range {
+    const char* module;
+    double low;
+    double high;
+};
+
+// Sorted; a new module adds its line.
+constexpr Range ranges[] = {
+    {"p_cadd", 5, 100},
+    {"p_cbound", 5, 20},
+    {"p_ccanny", 0.5, 15},
+    {"p_cdist", 2, 100},
+    {"p_cflood", 40, 80},
+    {"p_cgrad", 10, 50000},
+    {"p_cintegr", 1e5, 1e8},
+    {"p_clabel", 4, 2000},
+    {"p_cmarkspeckles", 1, 10},
+    {"p_cmeanstddev", 5, 100},
+    {"p_cmh", 5, 95},
+    {"p_cmorph", 2, 100},
+    {"p_cmorph_l", 2, 100},
+    {"p_cmorphgray", 90, 100},
+    {"p_cnewconv", 10, 5000},
+    {"p_cnorm", 5, 95},
+    {"p_crectstddev", 50, 20000},
+    {"p_csampleline", 240, 320},
+    {"p_cstat", 5, 100},
+    {"p_cvcopysub", 0, 100},
+    {"p_cvfiltergauss", 10, 50},
+    {"p_cvfiltergaussl", 10, 50},
+    {"p_cvpyramid", 20, 70},
+    {"p_cvpyramid_l", 20, 70},
+    {"p_cvreconstruct", 90, 100},
+    {"p_cvseparable", 10, 60},
+    {"p_cvseparable_pipe", 0.1, 150},
+};
+
+std::set<std::string> modules() {
+    std::set<std::string> stems;
+    for (psTest* const test : *pTestList) stems.emplace(test->fileName().getFileTitle().c_str());
+    return stems;
+}
+
+// One call of each of the module's functions with each of its default values.
+std::string listingOf(const std::string& module) {
+    const TempDir dir;
+    inOwnProcess([&] {
+        runSession({"-B", "-LINFO", "-l" + dir.path(), "-oall.txt", "-m=" + module, "-dNumLoops=1",
+                    "-dMethod=Manual", "-dImageSize=320x240"});
+    });
+    return dir.read("all.txt");
+}
+
+class DataFigure : public testing::TestWithParam<std::string> {};
+
+TEST_P(DataFigure, IsSensible) {
+    const auto* const range = std::ranges::find(ranges, GetParam(), &Range::module);
+    ASSERT_NE(range, std::end(ranges)) << "no range of " << GetParam() << " in " << __FILE__;
+    std::istringstream listing(listingOf(GetParam()));
+    std::string function;
+    int results = 0;
+    int figures = 0;
+    for (std::string line; std::getline(listing, line);) {
+        if (line.starts_with("| Function")) function = line;
+        if (line.find(" clocks per ") != std::string::npos) ++results;
+        if (!line.starts_with("    Data: ")) continue;
+        ++figures;
+        const std::size_t number = line.find_first_of("0123456789");
+        ASSERT_NE(number, std::string::npos) << line;
+        const double figure = std::strtod(line.c_str() + number, nullptr);
+        EXPECT_GE(figure, range->low) << function << "\n" << line;
+        EXPECT_LE(figure, range->high) << function << "\n" << line;
+    }
+    EXPECT_GT(results, 0);
+    EXPECT_EQ(figures, results);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modules, DataFigure, testing::ValuesIn(modules()),
+                         [](const auto& module) { return module.param; });
+
+TEST(DataFigures, AreOfTheModulesInOrder) {
+    EXPECT_TRUE(
+        std::ranges::is_sorted(ranges, {}, [](const Range& r) { return std::string(r.module); }));
+    for (const Range& range : ranges) EXPECT_TRUE(modules().contains(range.module)) << range.module;
+}
+
+}  // namespace
