@@ -61,7 +61,7 @@ PixelFormat formatOf(ZmoDataType type, int channels) {
 
 // What a stage takes off the work buffer, in rows; its window is `height` rows high.
 int64_t rowsOfStage(int64_t height) {
-    return 3 * height + 1 + height + 5;
+    return 3 * height + 1 + height + 6;
 }
 
 // Two stages, their results, a source row, the taps and the alignment of all.
@@ -108,7 +108,7 @@ class MorphStage {
           m_suffixes(workRows(carver, m_window.height)),
           m_column(workRows(carver, 1)),
           m_running(workRows(carver, 2)),
-          m_scratch(workRows(carver, 2)) {}
+          m_scratch(workRows(carver, 3)) {}
 
     const ExtendedRows& input() const { return m_input; }
     void readImage(const MorphImage& image, ptrdiff_t originX, ptrdiff_t originY) {

@@ -31,7 +31,7 @@ struct MorphLoops {
                   ptrdiff_t count);
     // dst[i] = extremum of row[i + first + k stride], k from 0 to length - 1, length > 1. Words:
     // first and stride count pixels, and up to length / 64 + 4 words behind the last pixel are read.
-    // scratch: two rows as long as the row, pitch bytes apart.
+    // scratch: three rows as long as the row, pitch bytes apart.
     void (*window)(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first, ptrdiff_t stride,
                    ptrdiff_t length, void* scratch, ptrdiff_t pitch);
     void (*points)(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count);

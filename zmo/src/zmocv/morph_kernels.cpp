@@ -5,7 +5,7 @@
 namespace zmo::ZMO_LEVEL {
 namespace {
 
-// Minimum or maximum of two elements; of words, pixel by pixel.
+// Minimum or maximum of two elements or vectors of them; of words, pixel by pixel.
 template <class T, bool max>
 inline T extremum(T a, T b) {
     if constexpr (sizeof(T) == sizeof(uint64_t)) {
@@ -40,23 +40,103 @@ void sweep(const void* before, const void* row, const void* suffix, void* next, 
     }
 }
 
-// Windows of two, four, eight, ... elements, each from two of half the length; two overlapping ones
-// make the length wanted. Along a row this beats a running extremum, which waits for its
-// predecessor at every pixel.
-template <class T, bool max>
-void window(const void* row, void* dst, ptrdiff_t count, ptrdiff_t, ptrdiff_t stride,
-            ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
+// To the end of the last morphPadding bytes.
+template <class T>
+constexpr ptrdiff_t roundedUp(ptrdiff_t count) {
     constexpr ptrdiff_t unit = morphPadding / static_cast<ptrdiff_t>(sizeof(T));
+    return (count + unit - 1) / unit * unit;
+}
+
+// Windows of two, four, eight and so on pixels, each from two of half the length; two overlapping
+// ones make the length wanted. Writes the scratch's first two rows.
+template <class T, bool max>
+void shortWindow(const void* row, void* dst, ptrdiff_t count, ptrdiff_t stride, ptrdiff_t length,
+                 void* scratch, ptrdiff_t pitch) {
     const T* from = static_cast<const T*>(row);
     ptrdiff_t reach = 1;
     for (int turn = 0; 2 * reach < length; turn = 1 - turn) {
         T* const to = reinterpret_cast<T*>(static_cast<char*>(scratch) + turn * pitch);
-        const ptrdiff_t needed = count + (length - 2 * reach) * stride;
-        combine<T, max>(from, from + reach * stride, to, (needed + unit - 1) / unit * unit);
+        combine<T, max>(from, from + reach * stride, to,
+                        roundedUp<T>(count + (length - 2 * reach) * stride));
         from = to;
         reach *= 2;
     }
     combine<T, max>(from, from + (length - reach) * stride, dst, count);
+}
+
+// As many elements of T as every level keeps in one register.
+template <class T>
+struct Lanes {
+    typedef T Vector __attribute__((vector_size(16)));
+    static constexpr ptrdiff_t length = 16 / static_cast<ptrdiff_t>(sizeof(T));
+};
+template <>
+struct Lanes<uint64_t> {
+    typedef uint64_t Vector;
+    static constexpr ptrdiff_t length = 1;
+};
+
+// dst[i] = extremum of row[i + k step], k from 0 to terms - 1 and terms > 1, by van Herk's running
+// extrema: of a group of `terms` steps from each element to the group's end, and of the next group up
+// to each element. Neighbours run side by side in a register; a step is a multiple of its length.
+// suffixes holds a group.
+template <class T, bool max>
+void joinWindows(const T* __restrict row, void* dst, ptrdiff_t count, ptrdiff_t step,
+                 ptrdiff_t terms, T* __restrict suffixes) {
+    using V = typename Lanes<T>::Vector;
+    const auto load = [](const T* from) {
+        V value;
+        __builtin_memcpy(&value, from, sizeof value);
+        return value;
+    };
+    const auto store = [](V value, void* to, ptrdiff_t elements) {
+        if (elements >= Lanes<T>::length) {
+            __builtin_memcpy(to, &value, sizeof value);
+        } else {
+            __builtin_memcpy(to, &value, static_cast<size_t>(elements) * sizeof(T));
+        }
+    };
+    for (ptrdiff_t group = 0; group < count; group += terms * step) {
+        const ptrdiff_t end = count - group < step ? count - group : step;
+        for (ptrdiff_t lane = 0; lane < end; lane += Lanes<T>::length) {
+            const T* const from = row + group + lane;
+            V running = load(from + (terms - 1) * step);
+            for (ptrdiff_t k = terms - 2; k >= 0; --k) {
+                store(running, suffixes + (k + 1) * step, Lanes<T>::length);
+                running = extremum<V, max>(running, load(from + k * step));
+            }
+            Elem<T>* out = static_cast<Elem<T>*>(dst) + group + lane;
+            store(running, out, count - group - lane);
+            const T* next = from + terms * step;
+            for (ptrdiff_t k = 1; k < terms; ++k, next += step) {
+                const ptrdiff_t left = count - group - lane - k * step;
+                if (left <= 0) break;
+                running = k == 1 ? load(next) : extremum<V, max>(running, load(next));
+                out += step;
+                store(extremum<V, max>(load(suffixes + k * step), running), out, left);
+            }
+        }
+    }
+}
+
+// Longer windows are made of parts of so many pixels, or up to twice as many. A part takes up to seven
+// comparisons and joining them three: from here on, no more than doubling on, and never any more.
+constexpr ptrdiff_t joinedPixels = 64;
+constexpr ptrdiff_t longestDoubled = 1024;
+
+template <class T, bool max>
+void window(const void* row, void* dst, ptrdiff_t count, ptrdiff_t, ptrdiff_t stride,
+            ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
+    if (length <= longestDoubled) {
+        return shortWindow<T, max>(row, dst, count, stride, length, scratch, pitch);
+    }
+    // The parts reach over what a whole number of them would leave.
+    const ptrdiff_t part = joinedPixels + length % joinedPixels;
+    T* const parts = reinterpret_cast<T*>(static_cast<char*>(scratch) + 2 * pitch);
+    shortWindow<T, max>(row, parts, roundedUp<T>(count + (length - part) * stride), stride, part,
+                        scratch, pitch);
+    joinWindows<T, max>(parts, dst, count, joinedPixels * stride, length / joinedPixels,
+                        static_cast<T*>(scratch));
 }
 
 // The word that begins `shift` pixels, 0 to 63, behind the first one of words[0].
@@ -72,9 +152,10 @@ void combineShifted(const uint64_t* __restrict a, const uint64_t* __restrict b, 
     }
 }
 
+// Windows of two, four, eight and so on pixels, each from two of half the length.
 template <bool max>
-void windowOfBits(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first, ptrdiff_t,
-                  ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
+void shortWindowOfBits(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first,
+                       ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
     const auto rowAt = [&](int turn) {
         return reinterpret_cast<uint64_t*>(static_cast<char*>(scratch) + turn * pitch);
     };
@@ -92,6 +173,19 @@ void windowOfBits(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first, 
     const ptrdiff_t rest = length - reach;
     combineShifted<max>(from, from + rest / 64, static_cast<int>(rest % 64),
                         static_cast<uint64_t*>(dst), count);
+}
+
+template <bool max>
+void windowOfBits(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first, ptrdiff_t,
+                  ptrdiff_t length, void* scratch, ptrdiff_t pitch) {
+    if (length <= longestDoubled) {
+        return shortWindowOfBits<max>(row, dst, count, first, length, scratch, pitch);
+    }
+    const ptrdiff_t terms = length / joinedPixels;
+    uint64_t* const parts = reinterpret_cast<uint64_t*>(static_cast<char*>(scratch) + 2 * pitch);
+    shortWindowOfBits<max>(row, parts, count + terms - 1, first,
+                           joinedPixels + length % joinedPixels, scratch, pitch);
+    joinWindows<uint64_t, max>(parts, dst, count, 1, terms, static_cast<uint64_t*>(scratch));
 }
 
 // Pixels of this many bytes stay in the first-level cache while all points pass over them.

@@ -60,12 +60,15 @@ bool bitOf(const uint64_t* words, ptrdiff_t i) {
     return ((words[i / wordBits] >> (wordBits - 1 - i % wordBits)) & 1) != 0;
 }
 
-void setBit(uint64_t* words, ptrdiff_t i, bool on) {
-    const uint64_t mask = uint64_t{1} << (wordBits - 1 - i % wordBits);
-    if (on) {
-        words[i / wordBits] |= mask;
-    } else {
-        words[i / wordBits] &= ~mask;
+// Bits first to last - 1.
+void setBits(uint64_t* words, ptrdiff_t first, ptrdiff_t last, bool on) {
+    while (first < last) {
+        const ptrdiff_t word = first / wordBits;
+        const ptrdiff_t end = std::min(last, (word + 1) * wordBits);
+        const uint64_t mask = ~uint64_t{0} >> (wordBits - (end - first))
+                                                  << ((word + 1) * wordBits - end);
+        words[word] = on ? words[word] | mask : words[word] & ~mask;
+        first = end;
     }
 }
 
@@ -92,6 +95,21 @@ uint64_t bitsAt(const uint8_t* bytes, int first, ptrdiff_t count) {
         word <<= first;
     }
     return count == wordBits ? word : word >> (wordBits - count) << (wordBits - count);
+}
+
+// Writes the bits of `mine`; bytes without one are not touched.
+void storeMine(uint64_t word, uint64_t mine, uint8_t* bytes) {
+    if (mine == ~uint64_t{0}) {
+        word = bigEndian(reinterpret_cast<const uint8_t*>(&word));
+        std::memcpy(bytes, &word, sizeof word);
+        return;
+    }
+    for (ptrdiff_t shift = wordBits - 8; shift >= 0; shift -= 8, ++bytes) {
+        const uint64_t mask = (mine >> shift) & 0xff;
+        if (mask != 0) {
+            *bytes = static_cast<uint8_t>((*bytes & ~mask) | ((word >> shift) & mask));
+        }
+    }
 }
 
 void loadBits(const MorphImage& image, ptrdiff_t x, ptrdiff_t y, ptrdiff_t count, char* dst) {
@@ -190,13 +208,22 @@ void ExtendedRows::fillConstantRow(char* row) {
 void ExtendedRows::extendBits(char* row) const {
     uint64_t* const words = reinterpret_cast<uint64_t*>(row);
     const ptrdiff_t first = m_contentOffset * 8;
-    const auto extension = [&](ptrdiff_t i) {
-        if (m_border.type == zmoiBorderConst) return constantBit(m_border);
-        return bitOf(words, first + inside(i, m_region.width, m_border.type));
-    };
-    for (ptrdiff_t i = -m_window.left; i < 0; ++i) setBit(words, first + i, extension(i));
     const ptrdiff_t end = m_region.width + m_window.right();
-    for (ptrdiff_t i = m_region.width; i < end; ++i) setBit(words, first + i, extension(i));
+    if (m_border.type == zmoiBorderMirror) {
+        const auto mirror = [&](ptrdiff_t i) {
+            const bool on = bitOf(words, first + inside(i, m_region.width, m_border.type));
+            setBits(words, first + i, first + i + 1, on);
+        };
+        for (ptrdiff_t i = -m_window.left; i < 0; ++i) mirror(i);
+        for (ptrdiff_t i = m_region.width; i < end; ++i) mirror(i);
+        return;
+    }
+    const bool constant = m_border.type == zmoiBorderConst;
+    const auto extension = [&](ptrdiff_t i) {
+        return constant ? constantBit(m_border) : bitOf(words, first + i);
+    };
+    setBits(words, first - m_window.left, first, extension(0));
+    setBits(words, first + m_region.width, first + end, extension(m_region.width - 1));
 }
 
 void ExtendedRows::extendRow(char* row) const {
@@ -247,24 +274,16 @@ void loadPixels(PixelFormat format, const MorphImage& image, ptrdiff_t x, ptrdif
 
 void storeBits(const char* words, const MorphImage& image, ptrdiff_t y, ptrdiff_t count) {
     const uint64_t* const from = reinterpret_cast<const uint64_t*>(words);
-    uint8_t* const bytes = reinterpret_cast<uint8_t*>(image.data) + y * image.step;
-    const ptrdiff_t first = static_cast<ptrdiff_t>(image.firstBit);
-    // Byte i takes the eight bits that begin first before 8 i.
-    const auto byteAt = [&](ptrdiff_t i) {
-        const ptrdiff_t bit = i * 8 - first;
-        if (bit < 0) return static_cast<uint8_t>(from[0] >> (wordBits - 8 + first));
-        const ptrdiff_t shift = wordBits - 8 - bit % wordBits;
-        const uint64_t word = from[bit / wordBits];
-        if (shift >= 0) return static_cast<uint8_t>(word >> shift);
-        return static_cast<uint8_t>((word << -shift) |
-                                    (from[bit / wordBits + 1] >> (wordBits + shift)));
-    };
+    uint8_t* bytes = reinterpret_cast<uint8_t*>(image.data) + y * image.step;
+    const int first = static_cast<int>(image.firstBit);
     const ptrdiff_t end = first + count;
-    for (ptrdiff_t i = 0; i * 8 < end; ++i) {
-        unsigned mine = 0xff;
+    for (ptrdiff_t i = 0; i * wordBits < end; ++i, bytes += wordBytes) {
+        uint64_t word = from[i] >> first;
+        if (first > 0 && i > 0) word |= from[i - 1] << (wordBits - first);
+        uint64_t mine = ~uint64_t{0};
         if (i == 0) mine >>= first;
-        if (i * 8 + 8 > end) mine &= 0xffU << (i * 8 + 8 - end);
-        bytes[i] = static_cast<uint8_t>((bytes[i] & ~mine) | (byteAt(i) & mine));
+        if ((i + 1) * wordBits > end) mine &= ~uint64_t{0} << ((i + 1) * wordBits - end);
+        storeMine(word, mine, bytes);
     }
 }
 
