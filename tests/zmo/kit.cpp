@@ -1,5 +1,6 @@
 #include "kit.h"
 
+#include <sys/mman.h>
 #include <xmmintrin.h>
 
 #include <cfenv>
@@ -75,6 +76,16 @@ ptrdiff_t Memory::firstChange(const std::function<bool(ptrdiff_t)>& mine) const 
         if (m_storage[i] != m_before[i] && !mine(byte)) return byte;
     }
     return -1;
+}
+
+FarRows::FarRows() {
+    void* const memory = mmap(nullptr, size_t{count} * step, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    m_memory = memory == MAP_FAILED ? nullptr : static_cast<char*>(memory);
+}
+
+FarRows::~FarRows() {
+    if (m_memory != nullptr) munmap(m_memory, size_t{count} * step);
 }
 
 const std::vector<LevelInfo>& allLevels() {

@@ -173,10 +173,55 @@ class Buffer {
         EXPECT_EQ(m_memory.firstChange([](ptrdiff_t) { return false; }), -1)
             << "the work buffer was written";
     }
+    void snapshot() { m_memory.snapshot(); }
 
   private:
     int m_size;
     Memory m_memory;
+};
+
+// Rows half a gigabyte apart, the last of which lie beyond 2^31 bytes; memory between them is never
+// touched and costs nothing. False when there is no address space for them.
+class FarRows {
+  public:
+    static constexpr int count = 6;
+    static constexpr int64_t step = int64_t{1} << 29;
+    static constexpr const char* whyNot = "no address space for images of 3 GB";
+
+    FarRows();
+    ~FarRows();
+    FarRows(const FarRows&) = delete;
+    FarRows& operator=(const FarRows&) = delete;
+    explicit operator bool() const { return m_memory != nullptr; }
+
+    template <class T>
+    T* first() const {
+        return reinterpret_cast<T*>(m_memory);
+    }
+    // Copies the region's rows.
+    template <class T>
+    void take(const Image<T>& image) {
+        eachRow(image, [](char* far, const T* row, size_t bytes) { std::memcpy(far, row, bytes); });
+    }
+    // The rows are those of the region.
+    template <class T>
+    void expect(const Image<T>& image) const {
+        eachRow(image, [](char* far, const T* row, size_t bytes) {
+            EXPECT_EQ(std::memcmp(far, row, bytes), 0);
+        });
+    }
+
+  private:
+    template <class T, class Visit>
+    void eachRow(const Image<T>& image, Visit visit) const {
+        const char* const near = reinterpret_cast<const char*>(image.ptr());
+        for (int y = 0; y < image.size().height; ++y) {
+            visit(m_memory + y * step, reinterpret_cast<const T*>(near + y * image.step()),
+                  static_cast<size_t>(image.size().width * image.channels()) * sizeof(T));
+        }
+    }
+
+    char* m_memory;
 };
 
 // Runs body at every level that the processor has, and says which ones it lacks. The library is at

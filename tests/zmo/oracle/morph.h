@@ -1,7 +1,6 @@
 // Morphology by its definition, one pixel and one point of the element at a time.
 #pragma once
 
-#include <functional>
 #include <limits>
 #include <vector>
 
@@ -63,22 +62,20 @@ Plane<V> pass(Plane<V>& a, bool dilates, ZmoiSize mask, ZmoiPoint anchor, ZmoiBo
 }
 
 template <class T>
-using Value = std::conditional_t<std::is_same_v<T, float>, double, int64_t>;
+using MorphValue = std::conditional_t<std::is_same_v<T, float>, double, int64_t>;
 
-// margin: how far `pixel` may be asked beyond the region.
-template <class T, class Pixel>
+// margin: how far `pixel` may be asked beyond the region. value: as for pass.
+template <class T, class Pixel, class Value>
 std::vector<T> morph(MorphOp op, ZmoiSize size, ZmoiSize margin, ZmoiSize mask, ZmoiPoint anchor,
-                     const std::vector<Zmo8u>& points, ZmoiBorderType border, T outside,
-                     Pixel pixel) {
-    using V = Value<T>;
+                     ZmoiBorderType border, T outside, Pixel pixel, Value value) {
+    using V = MorphValue<T>;
     Plane<V> source(size, margin);
     for (int y = -margin.height; y < size.height + margin.height; ++y) {
         for (int x = -margin.width; x < size.width + margin.width; ++x)
             source.at(x, y) = static_cast<V>(pixel(x, y));
     }
     const auto run = [&](Plane<V>& a, bool dilates) {
-        return pass(a, dilates, mask, anchor, border, static_cast<V>(outside),
-                    [&](V&, int k) { return points[static_cast<size_t>(k)] != 0; });
+        return pass(a, dilates, mask, anchor, border, static_cast<V>(outside), value);
     };
     const auto twice = [&](bool dilatesFirst) {
         Plane<V> first = run(source, dilatesFirst);
