@@ -2,8 +2,6 @@
 // those pixels that a mask selects, all of one channel.
 #pragma once
 
-#include <algorithm>
-
 #include "pp.h"
 
 // The arguments of these functions, for the module that runs.
@@ -55,20 +53,16 @@ class MaskedTest : public ppTest {
     double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
     psString getUnit() override { return "pxch"; }
     double getFlops() override {
-        return func().srcType() == pp32f ? getDivisor() * flopsOfPixel() : 0.0;
+        return func().srcType() == pp32f ? getDivisor() * selectedShare() * flopsOfPixel() : 0.0;
     }
 
     psString dataFigure() override {
-        long long selected = func().mask() ? 0 : static_cast<long long>(getDivisor());
-        for (int y = 0; func().mask() && y < roi.height; ++y) {
-            const Zmo8u* const row = pMask.ptr8u() + static_cast<std::ptrdiff_t>(y) * maskStep;
-            selected += std::count(row, row + roi.width, 255);
-        }
-        return psFormat("%.2f%% of the pixels are selected",
-                        100.0 * static_cast<double>(selected) / getDivisor());
+        return psFormat("%.2f%% of the pixels are selected", 100.0 * selectedShare());
     }
 
   private:
+    double selectedShare() const { return func().mask() ? ppSelectedShare(pMask) : 1; }
+
     bool createSource(ppImage& image, int index, int& step) {
         image.init(func(), ppArgSrc);
         if (!image.createImage(roi.width, roi.height, 0, ppMisalign(index))) return false;

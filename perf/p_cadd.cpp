@@ -44,6 +44,10 @@ class TimcAdd : public PixelTest {
         return isBase("AddSquare") || isBase("AddProduct") ? 2 : 1;
     }
 
+    double getFlops() override {
+        return PixelTest::getFlops() * (func().mask() ? ppSelectedShare(pMask) : 1);
+    }
+
     psString dataFigure() override {
         int changed = 0;
         for (int y = 0; y < roi.height; ++y) {

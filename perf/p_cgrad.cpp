@@ -28,7 +28,8 @@ class TimcGradientColorToGray : public PixelTest {
     }
 
     psString dataFigure() override {
-        return psFormat("the mean of the result is %.5g", meanOf(pDst));
+        return psFormat("the result's mean is %.2f%% of the source's",
+                        100.0 * meanOf(pDst) / meanOf(pSrc));
     }
 };
 

@@ -1,5 +1,7 @@
 // Tables of sums and of squares, upright and tilted (zmoiIntegral, zmoiTiltedIntegral,
 // zmoiSqrIntegral, zmoiTiltedSqrIntegral).
+#include <algorithm>
+
 #include "pixels.h"
 #include "zmocv.h"
 
@@ -37,10 +39,18 @@ class TimcvIntegral : public PixelTest {
     double getFlops() override { return getDivisor() * flopsOfPixel(); }
 
     psString dataFigure() override {
-        return psFormat("the last sum is %.6g", pDst.getImageAt(roi.width, roi.height, 0));
+        return psFormat("the mean of the pixels in the last sum is %.5g",
+                        pDst.getImageAt(roi.width, roi.height, 0) / pixelsInLastSum());
     }
 
   private:
+    // A tilted sum is over the triangle above, of which the left half lies in the picture.
+    double pixelsInLastSum() {
+        if (!func().baseName().startsWith("Tilted")) return getDivisor();
+        double pixels = 0;
+        for (int y = 1; y <= roi.height; ++y) pixels += std::min(y, roi.width);
+        return pixels;
+    }
     bool hasSquares() const { return func().baseName().contains("Sqr"); }
 };
 

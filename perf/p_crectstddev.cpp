@@ -1,5 +1,7 @@
 // Standard deviations in a moving rectangle, from tables of sums and squares (zmoiRectStdDev,
 // zmoiTiltedRectStdDev).
+#include <cmath>
+
 #include "pixels.h"
 #include "zmocv.h"
 
@@ -54,7 +56,7 @@ class TimcRectStdDev : public PixelTest {
     int flopsOfPixel() const override { return (func().srcType() == pp32f ? 3 : 0) + 3 + 5; }
 
     psString dataFigure() override {
-        return psFormat("the mean of the deviations is %.5g", meanOf(pDst));
+        return psFormat("the mean of the deviations is %.5g", std::ldexp(meanOf(pDst), scale));
     }
 
   private:

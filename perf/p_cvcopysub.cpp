@@ -77,7 +77,11 @@ class CopySubpixTest : public ppTest {
         return func().dstType() == pp32f ? getDivisor() * 3 * axes : 0.0;
     }
 
-    psString dataFigure() override { return psFormat("the window is moved by %g, %g", dx, dy); }
+    psString dataFigure() override {
+        return psFormat("%.2f%% of the window lie inside the image, moved by %g, %g",
+                        validPercent(), dx, dy);
+    }
+    virtual double validPercent() const { return 100; }
 
     virtual void regOwnParms() {}
 
@@ -107,9 +111,8 @@ class TimcvCopySubInter : public CopySubpixTest {
         return true;
     }
 
-    psString dataFigure() override {
-        const double valid = static_cast<double>(last.x - first.x + 1) * (last.y - first.y + 1);
-        return psFormat("%.2f%% of the window lie inside the image", 100.0 * valid / getDivisor());
+    double validPercent() const override {
+        return 100.0 * (last.x - first.x + 1) * (last.y - first.y + 1) / roi.width / roi.height;
     }
 
   private:

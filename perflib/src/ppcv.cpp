@@ -1,5 +1,8 @@
 #include "ppcv.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "ppimage.h"
 #include "ppsession.h"
 #include "psbase.h"
@@ -86,6 +89,61 @@ bool drawPicture(ppImage& image) {
     return true;
 }
 
+// How far each pixel lies from a few objects: those up to a level are the objects, which grow with it.
+// In integers, so that masks are the same on every processor.
+class ObjectField {
+  public:
+    ObjectField(int width, int height) : m_x(parts(width)), m_y(parts(height)) {}
+
+    int at(int x, int y) const {
+        int nearest = levels - 1;
+        for (const Object& object : objects) {
+            const long long dx = m_x[static_cast<std::size_t>(x)] - object.x;
+            const long long dy = m_y[static_cast<std::size_t>(y)] - object.y;
+            const long long level = (dx * dx + dy * dy) / object.size;
+            nearest = static_cast<int>(std::min<long long>(level, nearest));
+        }
+        return nearest;
+    }
+
+    // The lowest level that holds so many percent of the pixels, at least one.
+    int levelThatHolds(int percent) const {
+        std::vector<long long> pixels(levels);
+        for (std::size_t y = 0; y < m_y.size(); ++y) {
+            for (std::size_t x = 0; x < m_x.size(); ++x)
+                ++pixels[static_cast<std::size_t>(at(static_cast<int>(x), static_cast<int>(y)))];
+        }
+        const auto all = static_cast<long long>(m_x.size() * m_y.size());
+        const long long wanted = std::max(all * percent / 100, 1LL);
+        std::size_t level = 0;
+        for (long long held = pixels[0]; held < wanted; held += pixels[level]) ++level;
+        return static_cast<int>(level);
+    }
+
+  private:
+    // The middle in parts of the image's sides, and the weight of the area.
+    struct Object {
+        int x;
+        int y;
+        int size;
+    };
+    static constexpr int side = 10000;
+    static constexpr Object objects[] = {
+        {2200, 2700, 3000}, {6400, 2000, 1200}, {7800, 6900, 2100}, {3300, 7600, 900}};
+    // More than any pixel is away from the largest object.
+    static constexpr int levels = 2 * side * side / 3000 + 1;
+
+    static std::vector<int> parts(int length) {
+        std::vector<int> middles;
+        for (long long i = 0; i < length; ++i)
+            middles.push_back(static_cast<int>((2 * i + 1) * side / (2 * length)));
+        return middles;
+    }
+
+    std::vector<int> m_x;
+    std::vector<int> m_y;
+};
+
 }  // namespace
 
 bool ppDrawSource(ppImage& image) {
@@ -94,10 +152,20 @@ bool ppDrawSource(ppImage& image) {
 }
 
 bool ppDrawMask(ppImage& mask, int percent) {
-    if (!mask.setRandom(0, 100)) return false;
+    const ObjectField field(mask.width(), mask.height());
+    const int level = field.levelThatHolds(percent);
     for (int y = 0; y < mask.height(); ++y) {
         auto* const row = static_cast<unsigned char*>(mask.getRowPointer(y));
-        for (int x = 0; x < mask.width(); ++x) row[x] = row[x] < percent ? 255 : 0;
+        for (int x = 0; x < mask.width(); ++x) row[x] = field.at(x, y) <= level ? 255 : 0;
     }
     return true;
+}
+
+double ppSelectedShare(const ppImage& mask) {
+    double selected = 0;
+    for (int y = 0; y < mask.height(); ++y) {
+        const auto* const row = static_cast<const unsigned char*>(mask.getRowPointer(y));
+        selected += static_cast<double>(std::count(row, row + mask.width(), 255));
+    }
+    return selected / mask.width() / mask.height();
 }

@@ -19,6 +19,8 @@ extern ppScaleIterator ScaleFactor;
 // Fills a source image: with the given picture in grey, the same in all channels,
 // or with noise over the range of an integer type and over 0 to 255 for 32f.
 bool ppDrawSource(ppImage& image);
-// Fills an 8u image with 255 for so many percent of the pixels, spread at random,
-// and 0 for the others.
+// Fills an 8u image with 255 inside a few round objects, which cover so many
+// percent of the pixels and at least one, and 0 around them.
 bool ppDrawMask(ppImage& mask, int percent);
+// The share of the pixels that such a mask selects.
+double ppSelectedShare(const ppImage& mask);

@@ -68,8 +68,13 @@ uint32_t numberSelected(const uint8_t* mask, ptrdiff_t count) {
     return mask == nullptr ? static_cast<uint32_t>(count) : countSelected(mask, count);
 }
 
-ptrdiff_t firstSelected(const uint8_t* mask) {
+// Of a mask that selects any.
+ptrdiff_t firstSelected(const uint8_t* mask, ptrdiff_t count) {
     ptrdiff_t i = 0;
+    for (uint64_t eight = 0; i + 8 <= count; i += 8) {
+        __builtin_memcpy(&eight, mask + i, sizeof eight);
+        if (eight != 0) break;
+    }
     while (mask[i] == 0) ++i;
     return i;
 }
@@ -90,7 +95,7 @@ void extremes(Source src, Source mask, Region roi, Extremes<T>* result) {
             const Elem<Key>* const pixels = rowOf<Key>(src, y) + x * channels;
             // A selected value in place of the unselected ones changes neither extreme.
             const Key other =
-                chosen == nullptr ? Key() : Key(pixels[firstSelected(chosen) * channels]);
+                chosen == nullptr ? Key() : Key(pixels[firstSelected(chosen, count) * channels]);
             const Elem<Key>* keys = readBlock<Key, channels>(memory, pixels, chosen, count, other);
             if constexpr (!isInteger<T>) {
                 orderLikeFloats(ordered, keys, count);
