@@ -6,6 +6,7 @@ set(PSCV_MODULES
     p_cdist
     p_cflood
     p_cgrad
+    p_cinpaint
     p_cintegr
     p_clabel
     p_cmarkspeckles
@@ -19,11 +20,13 @@ set(PSCV_MODULES
     p_crectstddev
     p_csampleline
     p_cstat
+    p_cundist
     p_cvcopysub
     p_cvfiltergauss
     p_cvfiltergaussl
     p_cvpyramid
     p_cvpyramid_l
     p_cvreconstruct
+    p_cvsegmentation
     p_cvseparable
     p_cvseparable_pipe)

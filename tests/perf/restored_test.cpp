@@ -17,8 +17,8 @@
 namespace {
 
 // The modules with functions of this kind.
-constexpr const char* modules[] = {"p_cbound", "p_cdist", "p_cflood", "p_clabel",
-                                   "p_cmarkspeckles"};
+constexpr const char* modules[] = {"p_cbound", "p_cdist",         "p_cflood",
+                                   "p_clabel", "p_cmarkspeckles", "p_cvsegmentation"};
 
 enum class Data { none, asReserved, changed };
 
@@ -75,8 +75,9 @@ TEST(RestoredData, EveryTimedCallStartsFromTheSameBytes) {
     ASSERT_GE(functions.size(), std::size(modules));
     const TempDir dir;
     std::vector<std::string> words{"-B", "-l" + dir.path()};
-    for (const char* parameter : {"Method=Manual", "NumLoops=10", "ImageSize=64x64",
-                                  "Connectivity=4", "Threshold=2", "MaxSize=20", "Radius=8"})
+    for (const char* parameter :
+         {"Method=Manual", "NumLoops=10", "ImageSize=64x64", "Connectivity=4", "Threshold=2",
+          "MaxSize=20", "Radius=8", "Distance=16", "Lines=1"})
         words.push_back(std::string("-d") + parameter);
     for (const char* module : modules) words.push_back(std::string("-m=") + module);
     psRegZmoEnvironment(setEnvironment);

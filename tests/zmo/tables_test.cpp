@@ -7,15 +7,18 @@
 #include "zmocv/chamfer.h"
 #include "zmocv/copysubpix.h"
 #include "zmocv/flood.h"
+#include "zmocv/inpaint.h"
 #include "zmocv/label.h"
 #include "zmocv/marching.h"
 #include "zmocv/morph.h"
 #include "zmocv/norm.h"
 #include "zmocv/reconstruct.h"
 #include "zmocv/sampleline.h"
+#include "zmocv/segment.h"
 #include "zmocv/speckles.h"
 #include "zmocv/stat.h"
 #include "zmocv/truedist.h"
+#include "zmocv/undistort.h"
 #include "zmoi/convert.h"
 #include "zmoi/mask.h"
 #include "zmoi/pipeline.h"
@@ -57,6 +60,7 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
     expectOwnKernels("copysubpix", zmo::copySubpixKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
+    expectOwnKernels("inpaint", zmo::inpaintKernelsByLevel);
     expectOwnKernels("label", zmo::labelKernelsByLevel);
     expectOwnKernels("marching", zmo::marchingKernelsByLevel);
     expectOwnKernels("mask", zmo::maskKernelsByLevel);
@@ -67,10 +71,12 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("reconstruct", zmo::reconstructKernelsByLevel);
     expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
     expectOwnKernels("sampleline", zmo::sampleLineKernelsByLevel);
+    expectOwnKernels("segment", zmo::segmentKernelsByLevel);
     expectOwnKernels("separable", zmo::separableKernelsByLevel);
     expectOwnKernels("speckles", zmo::specklesKernelsByLevel);
     expectOwnKernels("stat", zmo::statKernelsByLevel);
     expectOwnKernels("truedist", zmo::trueDistanceKernelsByLevel);
+    expectOwnKernels("undistort", zmo::undistortKernelsByLevel);
 }
 
 TEST(LevelTables, FollowTheLevelInUse) {

@@ -4,11 +4,14 @@
 
 #include "zmocv_arith.h"
 #include "zmocv_distance.h"
+#include "zmocv_inpaint.h"
 #include "zmocv_integral.h"
+#include "zmocv_lens.h"
 #include "zmocv_morph.h"
 #include "zmocv_norm.h"
 #include "zmocv_region.h"
 #include "zmocv_sample.h"
+#include "zmocv_segment.h"
 #include "zmocv_stat.h"
 #include "zmotypes.h"
 

@@ -11,7 +11,7 @@ namespace {
 int64_t marchingBufferSize(ZmoiSize roi) {
     const int64_t pixels = static_cast<int64_t>(roi.width) * roi.height;
     if (pixels > INT_MAX) return INT64_MAX;
-    return pixels * static_cast<int64_t>(sizeof(MarchingPixel) + sizeof(int)) + 64 + 2 * 63;
+    return pixels * static_cast<int64_t>(sizeof(FrontPixel) + sizeof(int)) + 64 + 2 * 63;
 }
 
 }  // namespace

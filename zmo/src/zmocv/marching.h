@@ -3,16 +3,11 @@
 
 #include "common/image.h"
 #include "common/level.h"
+#include "zmocv/front.h"
 
 namespace zmo {
 
-// A pixel that waits in the heap, at its index in the region.
-struct MarchingPixel {
-    float time;
-    int index;
-};
-
-// The buffer holds a MarchingPixel and an int for every pixel.
+// The buffer holds a FrontPixel and an int for every pixel.
 struct MarchingKernels {
     void (*run)(Source src, Target dst, Region roi, float radius, void* buffer);
 };

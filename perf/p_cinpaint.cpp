@@ -1,0 +1,137 @@
+// Filling of damaged pixels (zmoiInpaint).
+#include <algorithm>
+#include <cmath>
+
+#include "pixels.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace pixels;
+
+psIterator<int> Radius("Radius", "Neighbourhood that a pixel is filled from, pixels", {3, 8});
+psIterator<int> Damage("Damage", "Damaged pixels, percent", {2, 10});
+psMapIterator<_ZmoiInpaintFlag> Flag("Flag", "Rule of filling",
+                                     {{zmoiInpaintMarching, "marching"},
+                                      {zmoiInpaintDiffusion, "diffusion"}},
+                                     {zmoiInpaintMarching, zmoiInpaintDiffusion});
+
+ppImage pMask(pp8u, 1, false);
+int maskStep;
+Zmo32f radius;
+ZmoiInpaintFlag flag;
+ppBuffer pBuffer;
+
+PP_SERVICE(zmoiInpaintGetBufferSize);
+
+class TimcInpaint : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(Radius);
+        regParm(Damage);
+        regParm(Flag);
+        regParm(Picture);
+    }
+
+    // The source keeps the values below the damage, which the function does not use: the figure
+    // compares with them.
+    bool createImages() override {
+        radius = static_cast<Zmo32f>(Radius.value());
+        flag = Flag.value();
+        return create(pSrc, ppArgSrc, 0, srcStep) && drawPicture() && create(pMask, 1, maskStep) &&
+               drawDamage() && create(pDst, ppArgDst, 2, dstStep) && createBuffer();
+    }
+
+    void flushData() override {
+        PixelTest::flushData();
+        pMask.deleteVector();
+        pBuffer.release();
+    }
+
+    double getDivisor() override {
+        return PixelTest::getDivisor() * std::max(1, pDst.numActualChannels());
+    }
+    int flopsOfPixel() const override { return 0; }
+
+    psString dataFigure() override {
+        double error = 0;
+        int filled = 0;
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                if (pMask.getImageAt(x, y, 0) == 0) continue;
+                error += std::abs(pDst.getImageAt(x, y, 0) - pSrc.getImageAt(x, y, 0));
+                ++filled;
+            }
+        }
+        return psFormat("a mean error of %.2f where %.2f%% of the pixels are filled",
+                        error / std::max(1, filled), 100.0 * filled / roi.width / roi.height);
+    }
+
+  private:
+    // Hills with edges between them, other ones in each channel.
+    static bool drawPicture() {
+        if (ppPictureGiven()) return ppDrawSource(pSrc);
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                const bool other = (x + y / 2) % 96 < 40;
+                for (int c = 0; c < pSrc.numChannels(); ++c) {
+                    const double hills = 40 * std::sin(0.05 * x + c) * std::cos(0.07 * y);
+                    pSrc.setImageAt(x, y, c, std::floor((other ? 170 : 80) + hills));
+                }
+            }
+        }
+        return true;
+    }
+
+    // Scratches: strokes three pixels wide that wind across the picture, until enough is damaged.
+    static bool drawDamage() {
+        constexpr int strokeLength = 60;
+        ppImage starts(pp16u, 1, false);  // random numbers, a stroke each
+        const int most = roi.width * roi.height / 50 + 4;
+        if (!starts.createImage(most, 3) || !starts.setRandom()) return false;
+        const double wanted = std::clamp(Damage.value(), 0, 100) / 100.0 * roi.width * roi.height;
+        double damaged = 0;
+        for (int i = 0; i < most; ++i) {
+            double x = std::fmod(starts.getImageAt(i, 0, 0), roi.width);
+            double y = std::fmod(starts.getImageAt(i, 1, 0), roi.height);
+            double angle = starts.getImageAt(i, 2, 0);
+            for (int k = 0; k < strokeLength && damaged < wanted; ++k) {
+                damaged += damageAround(static_cast<int>(x), static_cast<int>(y));
+                x += std::cos(angle);
+                y += std::sin(angle);
+                angle += 0.03;
+            }
+        }
+        return true;
+    }
+
+    static int damageAround(int x, int y) {
+        int fresh = 0;
+        for (int j = std::max(0, y - 1); j <= std::min(roi.height - 1, y + 1); ++j) {
+            for (int i = std::max(0, x - 1); i <= std::min(roi.width - 1, x + 1); ++i) {
+                fresh += pMask.getImageAt(i, j, 0) == 0;
+                pMask.setImageAt(i, j, 0, 255);
+            }
+        }
+        return fresh;
+    }
+
+    bool createBuffer() {
+        int size = 0;
+        return prepared(lib_zmoiInpaintGetBufferSize(roi, zmo8u, pSrc.numChannels(), &size),
+                        "zmoiInpaintGetBufferSize") &&
+               pBuffer.create(size);
+    }
+};
+
+#define REG_INPAINT(channels)                                                                \
+    PP_REG(TimcInpaint, zmoiInpaint_8u_C##channels##R, pSrc.ptr8u(), srcStep, pMask.ptr8u(), \
+           maskStep, pDst.ptr8u(), dstStep, roi, radius, flag, pBuffer.get())
+
+REG_INPAINT(1)
+REG_INPAINT(3)
+
+}  // namespace

@@ -1,0 +1,178 @@
+// Segments that grow from markers, over a relief or over colours (zmoiSegmentWatershed,
+// zmoiSegmentGradient).
+#include <cmath>
+
+#include "regions.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace regions;
+
+psIterator<int> Distance("Distance", "Distance of the markers, pixels", {16, 48});
+psIterator<int> Lines("Lines", "Lines between segments, 0 or 1", {0, 1});
+
+int connectivity;
+int drawLines;
+
+PP_SERVICE(zmoiSegmentWatershedGetBufferSize);
+PP_SERVICE(zmoiSegmentGradientGetBufferSize);
+
+class TimeCVGradientSegment : public ppTest {
+  public:
+    using ppTest::ppTest;
+
+  protected:
+    bool canStart() override {
+        regParm(ImageSize);
+        regParm(Connectivity);
+        regParm(Distance);
+        if (floods()) regParm(Lines);
+        regParm(Picture);
+        regCacheParm(ImageSize, pDst);
+        return true;
+    }
+
+    bool initData() override {
+        roi = ImageSize.value();
+        connectivity = Connectivity.value();
+        drawLines = floods() ? Lines.value() : 0;
+        if (ppPictureGiven()) setDataComment(ppPictureTitle());
+        ppImage picture(pp8u, floods() ? 1 : func().srcChannels(), false);
+        ppImage slope(pp32f, 1, false);
+        return picture.createImage(roi.width, roi.height) && drawPicture(picture) &&
+               slope.createImage(roi.width, roi.height) && drawSlope(slope, picture) &&
+               createSource(floods() ? slope : picture) && createMarkers(slope) && createBuffer();
+    }
+
+    void flushData() override {
+        pSrc.deleteVector();
+        pDst.deleteReservedCopy();
+        pDst.deleteVector();
+        pBuffer.release();
+    }
+
+    double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
+    psString getUnit() override { return "pxch"; }
+
+    psString dataFigure() override {
+        const double most = func().dstType() == pp8u ? 255 : 65535;
+        double segments = 0;
+        double lines = 0;
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                const double label = pDst.getImageAt(x, y, 0);
+                const bool line = drawLines != 0 && label == most;
+                lines += line;
+                segments += label != 0 && !line;
+            }
+        }
+        return psFormat("%.2f%% of the pixels are segments of %d markers, %.2f%% are lines",
+                        100.0 * segments / getDivisor(), m_markers, 100.0 * lines / getDivisor());
+    }
+
+  private:
+    bool floods() const { return func().baseName().contains("Watershed"); }
+
+    // Discs of several shades on a ground that gets darker, with some noise.
+    static bool drawPicture(ppImage& image) {
+        if (ppPictureGiven()) return ppDrawSource(image);
+        if (!image.setRandom(0, 9)) return false;
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                const int shade = 40 * ((x / discCell + 2 * (y / discCell)) % 4);
+                const int base = discs(x, y) != 0 ? 60 + shade : 40 - 30 * y / roi.height;
+                for (int c = 0; c < image.numChannels(); ++c)
+                    image.setImageAt(x, y, c, base + 20 * c + image.getImageAt(x, y, c));
+            }
+        }
+        return true;
+    }
+
+    // The steepness of the first channel.
+    static bool drawSlope(ppImage& slope, const ppImage& picture) {
+        const auto at = [&](int x, int y) {
+            return picture.getImageAt(std::clamp(x, 0, roi.width - 1),
+                                      std::clamp(y, 0, roi.height - 1), 0);
+        };
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                const double dx = at(x + 1, y) - at(x - 1, y);
+                const double dy = at(x, y + 1) - at(x, y - 1);
+                slope.setImageAt(x, y, 0, std::min(255.0, std::hypot(dx, dy)));
+            }
+        }
+        return true;
+    }
+
+    bool createSource(const ppImage& from) {
+        pSrc.init(func(), ppArgSrc);
+        if (!pSrc.createImage(roi.width, roi.height, 0, ppMisalign(0))) return false;
+        srcStep = pSrc.step();
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                for (int c = 0; c < pSrc.numChannels(); ++c)
+                    pSrc.setImageAt(x, y, c, from.getImageAt(x, y, c));
+            }
+        }
+        return true;
+    }
+
+    // One marker in each cell of a grid, where the picture is flattest. Labels start anew after 250:
+    // neighbours still differ.
+    bool createMarkers(const ppImage& slope) {
+        pDst.init(func().dstType(), 1, false);
+        if (!pDst.createImage(roi.width, roi.height, 0, ppMisalign(1))) return false;
+        dstStep = pDst.step();
+        m_markers = 0;
+        const int cell = std::max(1, Distance.value());
+        for (int y = 0; y < roi.height; y += cell) {
+            for (int x = 0; x < roi.width; x += cell) {
+                const ZmoiPoint at = flattest(slope, x, y, cell);
+                pDst.setImageAt(at.x, at.y, 0, 1 + m_markers++ % 250);
+            }
+        }
+        return pDst.reserveCopy() != 0;
+    }
+
+    static ZmoiPoint flattest(const ppImage& slope, int left, int top, int cell) {
+        ZmoiPoint best{left, top};
+        for (int y = top; y < std::min(top + cell, roi.height); ++y) {
+            for (int x = left; x < std::min(left + cell, roi.width); ++x) {
+                if (slope.getImageAt(x, y, 0) < slope.getImageAt(best.x, best.y, 0)) best = {x, y};
+            }
+        }
+        return best;
+    }
+
+    bool createBuffer() {
+        int size = 0;
+        const auto type = static_cast<ZmoDataType>(ppFunc::zmoType(func().srcType()));
+        const bool known =
+            floods() ? prepared(lib_zmoiSegmentWatershedGetBufferSize(roi, type, 1, &size),
+                                "zmoiSegmentWatershedGetBufferSize")
+                     : prepared(lib_zmoiSegmentGradientGetBufferSize(roi, type, pSrc.numChannels(),
+                                                                     &size),
+                                "zmoiSegmentGradientGetBufferSize");
+        return known && pBuffer.create(size);
+    }
+
+    int m_markers = 0;
+};
+
+// The tag has no I, and yet the segments grow in place.
+#define REG_GRADIENT(channels)                                                                   \
+    PP_REG_X_INIT(TimeCVGradientSegment, zmoiSegmentGradient_8u_C##channels##IR, restoreImage(), \
+                  pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, connectivity, pBuffer.get())
+#define REG_WATERSHED(types, from, to)                                                        \
+    PP_REG_X_INIT(TimeCVGradientSegment, zmoiSegmentWatershed_##types##_C1IR, restoreImage(), \
+                  pSrc.ptr##from(), srcStep, pDst.ptr##to(), dstStep, roi, connectivity,      \
+                  drawLines, pBuffer.get())
+
+REG_GRADIENT(1)
+REG_GRADIENT(3)
+REG_WATERSHED(8u, 8u, 8u)
+REG_WATERSHED(8u16u, 8u, 16u)
+REG_WATERSHED(32f16u, 32f, 16u)
+
+}  // namespace

@@ -1,0 +1,277 @@
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <tuple>
+
+#include "kit.h"
+#include "zmocv.h"
+
+namespace {
+
+template <class S, class M>
+struct Args {
+    const S* pSrc;
+    int srcStep;
+    M* pSrcDst;
+    int srcDstStep;
+    ZmoiSize roi;
+    int connectivity;
+    int drawLines;  // watershed only
+    Zmo8u* pBuffer;
+};
+
+// flood or grow is null.
+template <class S, class M>
+struct Function {
+    const char* name;
+    ZmoDataType type;
+    int channels;
+    ZmoStatus (*flood)(const S*, int, M*, int, ZmoiSize, int, int, Zmo8u*);
+    ZmoStatus (*grow)(const S*, int, M*, int, ZmoiSize, int, Zmo8u*);
+
+    bool floods() const { return flood != nullptr; }
+    ZmoStatus run(const Args<S, M>& a) const {
+        if (!floods()) {
+            return grow(a.pSrc, a.srcStep, a.pSrcDst, a.srcDstStep, a.roi, a.connectivity,
+                        a.pBuffer);
+        }
+        return flood(a.pSrc, a.srcStep, a.pSrcDst, a.srcDstStep, a.roi, a.connectivity, a.drawLines,
+                     a.pBuffer);
+    }
+    ZmoStatus bufferSize(ZmoiSize roi, ZmoDataType ofType, int ofChannels, int* pSize) const {
+        const auto ask =
+            floods() ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize;
+        return ask(roi, ofType, ofChannels, pSize);
+    }
+};
+
+const Function<Zmo32f, Zmo16u> flood32f = {"Watershed_32f16u", zmo32f, 1,
+                                           zmoiSegmentWatershed_32f16u_C1IR, nullptr};
+
+template <class Body>
+void forEachFunction(Body body) {
+    using Bytes = Function<Zmo8u, Zmo8u>;
+    body(Bytes{"Watershed_8u", zmo8u, 1, zmoiSegmentWatershed_8u_C1IR, nullptr});
+    body(Function<Zmo8u, Zmo16u>{"Watershed_8u16u", zmo8u, 1, zmoiSegmentWatershed_8u16u_C1IR,
+                                 nullptr});
+    body(flood32f);
+    body(Bytes{"Gradient_8u_C1", zmo8u, 1, nullptr, zmoiSegmentGradient_8u_C1IR});
+    body(Bytes{"Gradient_8u_C3", zmo8u, 3, nullptr, zmoiSegmentGradient_8u_C3IR});
+}
+
+// Pixels that wait: level, turn, place, label.
+using Waiting = std::tuple<double, int, int, int, int>;
+
+// Segments by the definition: everything that waits stands in one ordered set.
+template <class S, class M>
+class Oracle {
+  public:
+    Oracle(const Function<S, M>& function, const kit::Image<S>& src, const kit::Image<M>& markers,
+           int connectivity, bool drawLines)
+        : m_floods(function.floods()),
+          m_src(src),
+          m_segments(markers),
+          m_size(src.size()),
+          m_connectivity(connectivity),
+          m_drawLines(drawLines && function.floods()) {}
+
+    kit::Image<M> run() {
+        const kit::Image<M> markers = m_segments;
+        for (int y = 0; y < m_size.height; ++y) {
+            for (int x = 0; x < m_size.width; ++x) {
+                if (isLabel(markers.get(x, y))) offer(x, y);
+            }
+        }
+        while (!m_waiting.empty()) {
+            const auto [level, turn, y, x, label] = *m_waiting.begin();
+            m_waiting.erase(m_waiting.begin());
+            m_level = level;
+            const bool line = m_drawLines && meetsOther(x, y, label);
+            m_segments.set(x, y, line ? lineValue : static_cast<M>(label));
+            if (!line) offer(x, y);
+        }
+        return m_segments;
+    }
+
+  private:
+    static constexpr M lineValue = std::numeric_limits<M>::max();
+
+    bool isLabel(M value) const { return value != 0 && !(m_drawLines && value == lineValue); }
+
+    template <class Body>
+    void forEachNeighbour(int x, int y, Body body) const {
+        for (int dy = -1; dy <= 1; ++dy) {
+            for (int dx = -1; dx <= 1; ++dx) {
+                const bool side = (dx == 0) != (dy == 0);
+                const bool corner = dx != 0 && dy != 0 && m_connectivity == 8;
+                const bool inside =
+                    x + dx >= 0 && y + dy >= 0 && x + dx < m_size.width && y + dy < m_size.height;
+                if ((side || corner) && inside) body(x + dx, y + dy);
+            }
+        }
+    }
+
+    double levelOf(int x, int y, int fromX, int fromY) const {
+        if (m_floods) return std::max<double>(m_level, m_src.get(x, y));
+        int step = 0;
+        for (int c = 0; c < m_src.channels(); ++c) {
+            const int a = static_cast<int>(m_src.get(x, y, c));
+            step = std::max(step, std::abs(a - static_cast<int>(m_src.get(fromX, fromY, c))));
+        }
+        return step;
+    }
+
+    void offer(int x, int y) {
+        forEachNeighbour(x, y, [&](int toX, int toY) {
+            if (m_segments.get(toX, toY) != 0) return;
+            const auto waits = std::ranges::find_if(m_waiting, [&](const Waiting& w) {
+                return std::get<2>(w) == toY && std::get<3>(w) == toX;
+            });
+            const double level = levelOf(toX, toY, x, y);
+            if (waits != m_waiting.end()) {
+                if (m_floods || level >= std::get<0>(*waits)) return;
+                m_waiting.erase(waits);
+            }
+            m_waiting.insert({level, m_turn++, toY, toX, m_segments.get(x, y)});
+        });
+    }
+
+    bool meetsOther(int x, int y, int label) const {
+        bool other = false;
+        forEachNeighbour(x, y, [&](int toX, int toY) {
+            const M value = m_segments.get(toX, toY);
+            other |= isLabel(value) && value != label;
+        });
+        return other;
+    }
+
+    bool m_floods;
+    const kit::Image<S>& m_src;
+    kit::Image<M> m_segments;
+    ZmoiSize m_size;
+    int m_connectivity;
+    bool m_drawLines;
+    std::set<Waiting> m_waiting;
+    int m_turn = 0;
+    double m_level = -std::numeric_limits<double>::infinity();
+};
+
+template <class S>
+S drawn(kit::Random& random, bool few) {
+    if constexpr (std::is_same_v<S, float>) {
+        constexpr float infinity = std::numeric_limits<float>::infinity();
+        constexpr float values[] = {0, -0.0F, 1, -1.5F, 3e38F, -infinity, infinity, 1e-30F};
+        if (few) return values[random.between(0, 7)];
+        return static_cast<float>(random.uniform(-1e6, 1e6));
+    } else {
+        return static_cast<S>(few ? 85 * random.between(0, 3) : random.between(0, 255));
+    }
+}
+
+template <class S, class M>
+kit::Buffer bufferFor(const Function<S, M>& function, ZmoiSize size) {
+    int bytes = 0;
+    EXPECT_EQ(function.bufferSize(size, function.type, function.channels, &bytes), zmoStsNoErr);
+    return kit::Buffer(bytes);
+}
+
+// Runs at every level; expected(x, y) sees the first result.
+template <class S, class M, class Expected>
+void expectEverywhere(const Function<S, M>& function, const kit::Image<S>& src,
+                      const kit::Image<M>& markers, int connectivity, int drawLines,
+                      Expected expected) {
+    kit::forEachLevel([&] {
+        kit::Image<M> image = markers;
+        kit::Buffer buffer = bufferFor(function, src.size());
+        kit::succeed([&] {
+            return function.run({src.ptr(), src.step(), image.ptr(), image.step(), src.size(),
+                                 connectivity, drawLines, buffer.ptr()});
+        });
+        kit::expectPixels(image, [&](int x, int y) { return expected(image, x, y); });
+        image.expectSurroundingsUntouched("markers");
+        buffer.expectSurroundingsUntouched();
+    });
+    src.expectUntouched("source");
+}
+
+// Few markers, many, none, and all; labels at both ends of their range.
+TEST(Segment, Oracle) {
+    forEachFunction([]<class S, class M>(const Function<S, M>& function) {
+        kit::Random random(101);
+        int turn = 0;
+        for (const ZmoiSize size : kit::sizes()) {
+            for (const int density : {0, 5, 100, 1000}) {
+                const kit::Layout layout = kit::layouts()[static_cast<size_t>(turn) % 4];
+                const int connectivity = turn % 3 == 0 ? 8 : 4;
+                const int drawLines = turn % 5 < 2 ? turn % 5 + 6 : 0;
+                SCOPED_TRACE(testing::Message()
+                             << function.name << " " << size << " " << layout << " markers "
+                             << density << " lines " << drawLines << " of " << connectivity);
+                kit::Image<S> src(size, layout, 0, function.channels);
+                src.fill([&] { return drawn<S>(random, turn % 2 == 0); });
+                kit::Image<M> markers(size, {layout.misalign + 2, layout.padding});
+                markers.fill([&] {
+                    const M labels[] = {1, 2, 200, std::numeric_limits<M>::max()};
+                    return random.between(0, 999) < density ? labels[random.between(0, 3)] : M(0);
+                });
+                if (density > 0) markers.set(size.width / 2, size.height / 2, 1);
+                const auto want = Oracle(function, src, markers, connectivity, drawLines).run();
+                expectEverywhere(function, src, markers, connectivity, drawLines,
+                                 [&](const auto&, int x, int y) { return want.get(x, y); });
+                ++turn;
+            }
+        }
+    });
+}
+
+// Where a relief is not a number the order is left open, but it is the same everywhere.
+TEST(Segment, ReliefThatIsNotANumber) {
+    kit::Random random(102);
+    kit::Image<Zmo32f> src({33, 9});
+    src.fill([&] { return random.between(0, 2) ? random.uniform(-1, 1) : NAN; });
+    kit::Image<Zmo16u> markers({33, 9});
+    markers.fill([&] { return random.between(0, 20) ? 0 : random.between(1, 9); });
+    std::vector<kit::Image<Zmo16u>> first;
+    expectEverywhere(flood32f, src, markers, 4, 0, [&](const auto& image, int x, int y) {
+        if (first.empty()) first.push_back(image);
+        return first[0].get(x, y);
+    });
+}
+
+TEST(Segment, BadArguments) {
+    forEachFunction([]<class S, class M>(const Function<S, M>& function) {
+        SCOPED_TRACE(function.name);
+        using A = Args<S, M>;
+        const ZmoiSize size{12, 4};
+        kit::Image<S> src(size, {}, 0, function.channels);
+        src.fill([] { return 3; });
+        kit::Image<M> markers(size);
+        markers.fill([] { return 1; });
+        kit::Buffer buffer = bufferFor(function, size);
+        kit::expectFaults(
+            A{src.ptr(), src.step(), markers.ptr(), markers.step(), size, 4, 1, buffer.ptr()},
+            [&](const A& a) { return function.run(a); },
+            {{"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
+             {"null markers", zmoStsNullPtrErr, [](A& a) { a.pSrcDst = nullptr; }},
+             {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }},
+             {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
+             {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
+             {"source step short", zmoStsStepErr, [](A& a) { a.srcStep -= int{sizeof(S)}; }},
+             {"marker step short", zmoStsStepErr, [](A& a) { a.srcDstStep -= int{sizeof(M)}; }},
+             {"connectivity 6", zmoStsConnectivityErr, [](A& a) { a.connectivity = 6; }},
+             {"connectivity 0", zmoStsConnectivityErr, [](A& a) { a.connectivity = 0; }}},
+            [&] {
+                markers.expectUntouched("markers");
+                buffer.expectUntouched();
+            });
+        int bytes = -1;
+        EXPECT_EQ(function.bufferSize(size, function.type, 1, nullptr), zmoStsNullPtrErr);
+        EXPECT_EQ(function.bufferSize({0, 4}, zmo16u, 2, &bytes), zmoStsSizeErr);
+        EXPECT_EQ(function.bufferSize(size, zmo16u, 2, &bytes), zmoStsDataTypeErr);
+        EXPECT_EQ(function.bufferSize(size, function.type, 2, &bytes), zmoStsChannelsErr);
+        EXPECT_EQ(function.bufferSize({40000, 40000}, function.type, 1, &bytes), zmoStsTooLargeErr);
+        EXPECT_EQ(bytes, -1);
+    });
+}
+
+}  // namespace

@@ -1,0 +1,283 @@
+#include <algorithm>
+#include <cmath>
+
+#include "kit.h"
+#include "zmocv.h"
+
+namespace {
+
+// The model as the header has it: floats, each operation rounded once.
+ZmoiPoint32f distorted(int x, int y, const Zmo32f* camera, const Zmo32f* lens) {
+    const float u = (static_cast<float>(x) - camera[2]) / camera[0];
+    const float v = (static_cast<float>(y) - camera[3]) / camera[1];
+    const float uu = u * u;
+    const float vv = v * v;
+    const float r2 = uu + vv;
+    const float g = 1 + r2 * (lens[0] + r2 * lens[1]);
+    const float du = u * g + 2 * lens[2] * (u * v) + lens[3] * (r2 + 2 * uu);
+    const float dv = v * g + lens[2] * (r2 + 2 * vv) + 2 * lens[3] * (u * v);
+    return {camera[2] + camera[0] * du, camera[3] + camera[1] * dv};
+}
+
+template <class T>
+T interpolated(const kit::Image<T>& src, ZmoiPoint32f at, int c) {
+    const int lastX = src.size().width - 1;
+    const int lastY = src.size().height - 1;
+    const bool inside = at.x >= 0 && at.y >= 0 && at.x <= static_cast<float>(lastX) &&
+                        at.y <= static_cast<float>(lastY);
+    if (!inside) return 0;
+    const int x = static_cast<int>(std::floor(at.x));
+    const int y = static_cast<int>(std::floor(at.y));
+    const float a = at.x - std::floor(at.x);
+    const float b = at.y - std::floor(at.y);
+    const auto line = [&](int row) {
+        return (1 - a) * static_cast<float>(src.get(x, row, c)) +
+               a * static_cast<float>(src.get(std::min(x + 1, lastX), row, c));
+    };
+    const float value = (1 - b) * line(y) + b * line(std::min(y + 1, lastY));
+    if constexpr (std::is_same_v<T, float>) return value;
+    return static_cast<T>(std::nearbyint(value));
+}
+
+struct Optics {
+    Zmo32f camera[4];
+    Zmo32f lens[4];
+};
+
+// Lenses of all kinds; also one that leaves everything in place, and one that sees nothing.
+std::vector<Optics> opticsFor(ZmoiSize size) {
+    const float w = static_cast<float>(size.width);
+    const float h = static_cast<float>(size.height);
+    return {{{64, 32, 16, 8}, {0, 0, 0, 0}},
+            {{w, 0.8F * w, 0.5F * w, 0.5F * h}, {-0.3F, 0.1F, 0.01F, -0.02F}},
+            {{w, w, 0.45F * w - 0.3F, 0.6F * h}, {0.25F, -0.05F, -0.03F, 0.004F}},
+            {{0.7F * w, w, 0.1F * w, 0.2F * h}, {0, 0.4F, 0.001F, 0}},
+            {{9, 9, -1e4F, 3}, {0.5F, 0, 0, 0}}};
+}
+
+template <class T>
+using Radial = ZmoStatus (*)(const T*, int, T*, int, ZmoiSize, const Zmo32f*, Zmo32f, Zmo32f,
+                             Zmo8u*);
+
+template <class T>
+T drawn(kit::Random& random, bool extreme) {
+    if constexpr (std::is_same_v<T, float>) {
+        return static_cast<float>(random.uniform(-1000, 1000) * (extreme ? 1e34 : 1));
+    } else {
+        constexpr int most = std::numeric_limits<T>::max();
+        return static_cast<T>(extreme ? random.between(0, 1) * most : random.between(0, most));
+    }
+}
+
+// Calls body(function, channels, T()) for each function of UndistortRadial.
+template <class Body>
+void forEachRadial(Body body) {
+    body(zmoiUndistortRadial_8u_C1R, 1, Zmo8u());
+    body(zmoiUndistortRadial_8u_C3R, 3, Zmo8u());
+    body(zmoiUndistortRadial_16u_C1R, 1, Zmo16u());
+    body(zmoiUndistortRadial_16u_C3R, 3, Zmo16u());
+    body(zmoiUndistortRadial_32f_C1R, 1, Zmo32f());
+    body(zmoiUndistortRadial_32f_C3R, 3, Zmo32f());
+}
+
+kit::Buffer bufferFor(ZmoiSize size, ZmoDataType type, int channels) {
+    int bytes = 0;
+    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, type, channels, &bytes), zmoStsNoErr);
+    return kit::Buffer(bytes, 3);
+}
+
+template <class T>
+constexpr ZmoDataType typeOf = sizeof(T) == 1   ? zmo8u
+                               : sizeof(T) == 2 ? zmo16u
+                                                : zmo32f;
+
+TEST(UndistortRadial, Oracle) {
+    kit::forEachLevel([] {
+        forEachRadial([]<class T>(Radial<T> function, int channels, T) {
+            kit::Random random(91);
+            size_t turn = 0;
+            for (const ZmoiSize size : kit::sizes()) {
+                for (Optics optics : opticsFor(size)) {
+                    const kit::Layout layout = kit::layouts()[turn % 4];
+                    SCOPED_TRACE(testing::Message() << size << " " << layout << " C" << channels
+                                                    << " of " << sizeof(T) << ", optics " << turn);
+                    kit::Image<T> src(size, layout, 0, channels);
+                    src.fill([&] { return drawn<T>(random, turn % 3 == 0); });
+                    kit::Image<T> dst(size, {layout.misalign + 2, layout.padding}, 0, channels);
+                    kit::Buffer buffer = bufferFor(size, typeOf<T>, channels);
+                    kit::succeed([&] {
+                        return function(src.ptr(), src.step(), dst.ptr(), dst.step(), size,
+                                        optics.camera, optics.lens[0], optics.lens[1],
+                                        buffer.ptr());
+                    });
+                    optics.lens[2] = optics.lens[3] = 0;
+                    kit::expectPixels(dst, [&](int x, int y, int c) {
+                        return interpolated(src, distorted(x, y, optics.camera, optics.lens), c);
+                    });
+                    dst.expectSurroundingsUntouched("image");
+                    buffer.expectSurroundingsUntouched();
+                    ++turn;
+                }
+            }
+        });
+    });
+}
+
+TEST(CreateMapCameraUndistort, Oracle) {
+    kit::forEachLevel([] {
+        size_t turn = 0;
+        for (const ZmoiSize size : kit::sizes()) {
+            for (const Optics& optics : opticsFor(size)) {
+                const kit::Layout layout = kit::layouts()[turn++ % 4];
+                SCOPED_TRACE(testing::Message() << size << " " << layout);
+                kit::Image<Zmo32f> mapX(size, layout);
+                kit::Image<Zmo32f> mapY(size, {layout.misalign + 1, layout.padding + 3});
+                kit::succeed([&] {
+                    return zmoiCreateMapCameraUndistort_32f_C1R(mapX.ptr(), mapX.step(), mapY.ptr(),
+                                                                mapY.step(), size, optics.camera,
+                                                                optics.lens);
+                });
+                const auto at = [&](int x, int y) {
+                    return distorted(x, y, optics.camera, optics.lens);
+                };
+                kit::expectPixels(mapX, [&](int x, int y) { return at(x, y).x; });
+                kit::expectPixels(mapY, [&](int x, int y) { return at(x, y).y; });
+                mapX.expectSurroundingsUntouched("x");
+                mapY.expectSurroundingsUntouched("y");
+            }
+        }
+    });
+}
+
+// Whatever they become, they become the same everywhere.
+TEST(UndistortRadial, NotANumberAndInfinity) {
+    const ZmoiSize size{100, 31};
+    const Optics optics = opticsFor(size)[1];
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    kit::Random random(92);
+    kit::Image<Zmo32f> src(size);
+    src.fill([&] {
+        const float odd[] = {infinity, -infinity, nan, -nan};
+        const auto drawn = static_cast<size_t>(random.between(0, 15));
+        return drawn < 4 ? odd[drawn] : 1.0F;
+    });
+    std::vector<kit::Image<Zmo32f>> results;
+    kit::forEachLevel([&] {
+        results.emplace_back(size);
+        kit::Buffer buffer = bufferFor(size, zmo32f, 1);
+        EXPECT_EQ(zmoiUndistortRadial_32f_C1R(src.ptr(), src.step(), results.back().ptr(),
+                                              results.back().step(), size, optics.camera,
+                                              optics.lens[0], optics.lens[1], buffer.ptr()),
+                  zmoStsNoErr);
+        kit::expectPixels(results.back(), [&](int x, int y) { return results[0].get(x, y); });
+    });
+}
+
+// Arguments of all functions; those of the map have no source, and lens in place of k1 and k2.
+template <class T>
+struct Args {
+    const T* pSrc;
+    int srcStep;
+    T* pDst;
+    int dstStep;
+    ZmoiSize roi;
+    Optics optics;
+    const Zmo32f* (*camera)(const Optics&) = [](const Optics& o) { return o.camera; };
+    Zmo8u* pBuffer;
+};
+
+template <class T>
+std::vector<kit::Fault<Args<T>>> commonFaults(int channels) {
+    using A = Args<T>;
+    const auto value = [](const char* name, float wrong, int i) {
+        return kit::Fault<A>{name, zmoStsRangeErr, [wrong, i](A& a) {
+                                 (i < 4 ? a.optics.camera[i] : a.optics.lens[i - 4]) = wrong;
+                             }};
+    };
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    return {{"null destination", zmoStsNullPtrErr, [](A& a) { a.pDst = nullptr; }},
+            {"null camera", zmoStsNullPtrErr,
+             [](A& a) { a.camera = [](const Optics&) -> const Zmo32f* { return nullptr; }; }},
+            {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
+            {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
+            {"destination step short", zmoStsStepErr,
+             [channels](A& a) { a.dstStep -= channels * static_cast<int>(sizeof(T)); }},
+            value("fx 0", 0, 0),
+            value("fy negative", -1, 1),
+            value("fx infinite", infinity, 0),
+            value("cx no number", nan, 2),
+            value("cy infinite", -infinity, 3),
+            value("k1 no number", nan, 4),
+            value("k2 infinite", infinity, 5)};
+}
+
+TEST(Undistort, BadArguments) {
+    const ZmoiSize size{12, 4};
+    forEachRadial([&]<class T>(Radial<T> function, int channels, T) {
+        using A = Args<T>;
+        kit::Image<T> src(size, {}, 0, channels);
+        src.fill([] { return 3; });
+        kit::Image<T> dst(size, {}, 0, channels);
+        kit::Buffer buffer = bufferFor(size, typeOf<T>, channels);
+        auto faults = commonFaults<T>(channels);
+        faults.insert(faults.begin(),
+                      {{"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
+                       {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }}});
+        faults.insert(faults.begin() + 6,
+                      {"source step short", zmoStsStepErr, [](A& a) { a.srcStep = 11; }});
+        kit::expectFaults(
+            A{.pSrc = src.ptr(),
+              .srcStep = src.step(),
+              .pDst = dst.ptr(),
+              .dstStep = dst.step(),
+              .roi = size,
+              .optics = opticsFor(size)[1],
+              .pBuffer = buffer.ptr()},
+            [&](const A& a) {
+                return function(a.pSrc, a.srcStep, a.pDst, a.dstStep, a.roi, a.camera(a.optics),
+                                a.optics.lens[0], a.optics.lens[1], a.pBuffer);
+            },
+            faults,
+            [&] {
+                dst.expectUntouched("image");
+                buffer.expectUntouched();
+            });
+    });
+    using A = Args<Zmo32f>;
+    kit::Image<Zmo32f> mapX(size);
+    kit::Image<Zmo32f> mapY(size);
+    auto faults = commonFaults<Zmo32f>(1);
+    faults.push_back({"p1 infinite", zmoStsRangeErr, [](A& a) { a.optics.lens[2] = INFINITY; }});
+    faults.push_back({"p2 no number", zmoStsRangeErr, [](A& a) { a.optics.lens[3] = NAN; }});
+    faults.insert(faults.begin() + 5,
+                  {"second step short", zmoStsStepErr, [](A& a) { a.srcStep -= 4; }});
+    kit::expectFaults(
+        A{.pSrc = nullptr,
+          .srcStep = mapY.step(),
+          .pDst = mapX.ptr(),
+          .dstStep = mapX.step(),
+          .roi = size,
+          .optics = opticsFor(size)[1],
+          .pBuffer = nullptr},
+        [&](const A& a) {
+            return zmoiCreateMapCameraUndistort_32f_C1R(a.pDst, a.dstStep, mapY.ptr(), a.srcStep,
+                                                        a.roi, a.camera(a.optics), a.optics.lens);
+        },
+        faults,
+        [&] {
+            mapX.expectUntouched("x");
+            mapY.expectUntouched("y");
+        });
+    int bytes = -1;
+    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, zmo8u, 1, nullptr), zmoStsNullPtrErr);
+    EXPECT_EQ(zmoiUndistortRadialGetBufferSize({0, 4}, zmo16s, 2, &bytes), zmoStsSizeErr);
+    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, zmo16s, 2, &bytes), zmoStsDataTypeErr);
+    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, zmo16u, 2, &bytes), zmoStsChannelsErr);
+    EXPECT_EQ(zmoiUndistortRadialGetBufferSize({INT32_MAX, 1}, zmo8u, 1, &bytes),
+              zmoStsTooLargeErr);
+    EXPECT_EQ(bytes, -1);
+}
+
+}  // namespace
