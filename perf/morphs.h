@@ -42,11 +42,12 @@ class MorphTest : public BorderedTest {
 
     psString dataFigure() override {
         const ZmoiSize more = around();
+        const int first = elementOf(more.width);
         long long changed = 0;
         for (int y = 0; y < pDst.height(); ++y) {
             for (int x = 0; x < pDst.width(); ++x)
-                changed += pDst.getImageAt(x, y, 0) !=
-                           pSrc.getImageAt(x + elementOf(more.width), y + more.height, 0);
+                changed +=
+                    pDst.getImageAt(x, y, 0) != pSrc.getImageAt(x + first, y + more.height, 0);
         }
         return psFormat("%.2f%% of the %s changed",
                         100.0 * static_cast<double>(changed) / pDst.width() / pDst.height(),
@@ -69,8 +70,10 @@ class MorphTest : public BorderedTest {
     bool drawSource() override { return isBits() ? drawBits() : BorderedTest::drawSource(); }
 
   private:
-    // Bands with gaps and scattered specks: noise alone would leave no pixel after an erosion.
+    // A picture's bright pixels; else bands with gaps and scattered specks: noise alone would leave no
+    // pixel after an erosion.
     static bool drawBits() {
+        if (ppPictureGiven()) return drawBrightPixels();
         if (!pSrc.setRandom(0, 255)) return false;
         for (int y = 0; y < pSrc.height(); ++y) {
             auto* const row = static_cast<unsigned char*>(pSrc.getRowPointer(y));
@@ -78,6 +81,20 @@ class MorphTest : public BorderedTest {
                 const int band = (x / 3 + y / 20) % 2 != 0 ? 0xff : 0;
                 const int speck = row[x] < 16 ? 1 << (row[x] % 8) : 0;
                 row[x] = static_cast<unsigned char>(band ^ speck);
+            }
+        }
+        return true;
+    }
+
+    static bool drawBrightPixels() {
+        ppImage grey(pp8u, 1, false);
+        if (!grey.createImage(8 * pSrc.width(), pSrc.height()) || !ppDrawPicture(grey))
+            return false;
+        for (int y = 0; y < pSrc.height(); ++y) {
+            const auto* const from = static_cast<const unsigned char*>(grey.getRowPointer(y));
+            auto* const to = static_cast<unsigned char*>(pSrc.getRowPointer(y));
+            for (int bit = 0; bit < 8 * pSrc.width(); ++bit) {
+                to[bit / 8] = static_cast<unsigned char>(2 * to[bit / 8] + (from[bit] >> 7));
             }
         }
         return true;

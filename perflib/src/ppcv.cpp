@@ -80,10 +80,11 @@ const bool registered = registerCommon();
 bool drawPicture(ppImage& image) {
     ppImage grey(pp8u, 1, false);
     if (!grey.createImage(image.width(), image.height()) || !ppDrawPicture(grey)) return false;
+    const int channels = image.numChannels();
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const double value = grey.getImageAt(x, y, 0);
-            for (int c = 0; c < image.numChannels(); ++c) image.setImageAt(x, y, c, value);
+            for (int c = 0; c < channels; ++c) image.setImageAt(x, y, c, value);
         }
     }
     return true;
