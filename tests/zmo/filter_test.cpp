@@ -1,7 +1,5 @@
-// Separable and Gaussian filters, pipelines and pyramid layers.
+// Filters: separable, Gaussian, with fixed masks, between rows of the caller's; and pyramid layers.
 #include "oracle/filter.h"
-
-#include <sys/mman.h>
 
 #include "kit.h"
 #include "zmoi.h"
@@ -10,15 +8,39 @@ namespace {
 
 constexpr int margin = 12;
 
+template <class S, class D>
+struct Call {
+    const S* pSrc;
+    int64_t srcStep;
+    ZmoiSize srcRoi;
+    D* pDst;
+    int64_t dstStep;
+    ZmoiSize roi;
+    ZmoiBorderType border;
+    const S* pValue;
+
+    ZmoiSizeL large() const { return {roi.width, roi.height}; }
+    const S* srcRow(int y) const {
+        return reinterpret_cast<const S*>(reinterpret_cast<const char*>(pSrc) + y * srcStep);
+    }
+    D* dstRow(int y) const {
+        return reinterpret_cast<D*>(reinterpret_cast<char*>(pDst) + y * dstStep);
+    }
+};
+
 // A function with its arguments chosen by the number of the turn, and its oracle.
 template <class S, class D>
 struct Filter {
     const char* name;
     int channels;
-    std::function<void(const kit::Image<S>&, kit::Image<D>&, ZmoiBorderType, const S*, size_t turn)>
-        run;
+    std::function<void(const Call<S, D>&, size_t turn)> run;
     std::function<D(const oracle::Extended<S>&, int x, int y, size_t turn)> pixel;
-    bool hasBorder = true;
+    std::vector<ZmoiBorderType> borders = {zmoiBorderReplicate, zmoiBorderConst, zmoiBorderMirror,
+                                           zmoiBorderInMem};
+    bool isLarge = false;
+    std::function<ZmoiSize(ZmoiSize, size_t turn)> srcSize = [](ZmoiSize roi, size_t) {
+        return roi;
+    };
 };
 
 // Kernels of changing sizes, anchors and weights; from time to time sums exceed 32 bits.
@@ -53,41 +75,46 @@ constexpr ZmoDataType typeOf = std::is_same_v<T, Zmo8u>    ? zmo8u
                                : std::is_same_v<T, Zmo16s> ? zmo16s
                                                            : zmo32f;
 
-// State and buffer as a caller has them.
+// State and buffer as a caller has them, of the sizes that the query told.
 struct Prepared {
-    Prepared(int64_t stateSize, int64_t bufferSize)
-        : state(static_cast<int>(stateSize)), buffer(static_cast<int>(bufferSize)) {}
+    template <class Query>
+    explicit Prepared(Query query) {
+        int64_t sizes[2] = {};
+        EXPECT_EQ(query(&sizes[0], &sizes[1]), zmoStsNoErr);
+        state = kit::Buffer(static_cast<int>(sizes[0]));
+        buffer = kit::Buffer(static_cast<int>(sizes[1]));
+    }
     template <class State>
     State* as() {
         return reinterpret_cast<State*>(state.ptr());
     }
-    void expectSurroundingsUntouched() const {
+    void call(const std::function<ZmoStatus()>& run) const {
+        kit::succeed(run);
         state.expectSurroundingsUntouched();
         buffer.expectSurroundingsUntouched();
     }
-    kit::Buffer state;
-    kit::Buffer buffer;
+    kit::Buffer state{64};
+    kit::Buffer buffer{64};
 };
 
 template <class S, class D>
 Prepared prepareSeparable(const oracle::Taps& taps, ZmoiSizeL roi, int channels) {
-    int64_t state = 0;
-    int64_t buffer = 0;
-    EXPECT_EQ(zmoiFilterSeparableGetSize_L(roi, taps.size(), typeOf<S>, typeOf<D>, channels, &state,
-                                           &buffer),
-              zmoStsNoErr);
-    Prepared p(state, buffer);
-    auto* const filled = p.as<ZmoiSeparableState>();
-    if constexpr (std::is_same_v<S, float>) {
-        EXPECT_EQ(zmoiFilterSeparableInit_32f_L(floats(taps.row).data(), floats(taps.column).data(),
-                                                taps.size(), taps.anchor, channels, filled),
-                  zmoStsNoErr);
-    } else {
-        EXPECT_EQ(zmoiFilterSeparableInit_16s_L(taps.row.data(), taps.column.data(), taps.size(),
-                                                taps.anchor, taps.divisor, typeOf<S>, typeOf<D>,
-                                                channels, filled),
-                  zmoStsNoErr);
-    }
+    Prepared p([&](int64_t* pState, int64_t* pBuffer) {
+        return zmoiFilterSeparableGetSize_L(roi, taps.size(), typeOf<S>, typeOf<D>, channels,
+                                            pState, pBuffer);
+    });
+    auto* const state = p.as<ZmoiSeparableState>();
+    kit::succeed([&] {
+        if constexpr (std::is_same_v<S, float>) {
+            return zmoiFilterSeparableInit_32f_L(floats(taps.row).data(),
+                                                 floats(taps.column).data(), taps.size(),
+                                                 taps.anchor, channels, state);
+        } else {
+            return zmoiFilterSeparableInit_16s_L(taps.row.data(), taps.column.data(), taps.size(),
+                                                 taps.anchor, taps.divisor, typeOf<S>, typeOf<D>,
+                                                 channels, state);
+        }
+    });
     return p;
 }
 
@@ -95,25 +122,27 @@ template <class S, class D>
 Filter<S, D> separable(const char* name, int channels,
                        ZmoStatus (*run)(const S*, int64_t, D*, int64_t, ZmoiSizeL, ZmoiBorderType,
                                         const S*, const ZmoiSeparableState*, Zmo8u*)) {
-    return {name, channels,
-            [=](const auto& src, auto& dst, ZmoiBorderType border, const S* value, size_t turn) {
-                const ZmoiSizeL roi{src.size().width, src.size().height};
-                Prepared p = prepareSeparable<S, D>(tapsOf(turn, true), roi, channels);
-                kit::succeed([&] {
-                    return run(src.ptr(), src.step(), dst.ptr(), dst.step(), roi, border, value,
-                               p.as<ZmoiSeparableState>(), p.buffer.ptr());
-                });
-                p.expectSurroundingsUntouched();
-            },
-            [](const auto& a, int x, int y, size_t turn) {
-                const oracle::Taps taps = tapsOf(turn, true);
-                if constexpr (std::is_same_v<S, float>) {
-                    return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column),
-                                                taps.anchor);
-                } else {
-                    return oracle::separable<D>(a, x, y, taps);
-                }
-            }};
+    return {.name = name,
+            .channels = channels,
+            .run =
+                [=](const auto& c, size_t turn) {
+                    Prepared p = prepareSeparable<S, D>(tapsOf(turn, true), c.large(), channels);
+                    p.call([&] {
+                        return run(c.pSrc, c.srcStep, c.pDst, c.dstStep, c.large(), c.border,
+                                   c.pValue, p.as<ZmoiSeparableState>(), p.buffer.ptr());
+                    });
+                },
+            .pixel =
+                [](const auto& a, int x, int y, size_t turn) {
+                    const oracle::Taps taps = tapsOf(turn, true);
+                    if constexpr (std::is_same_v<S, float>) {
+                        return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column),
+                                                    taps.anchor);
+                    } else {
+                        return oracle::separable<D>(a, x, y, taps);
+                    }
+                },
+            .isLarge = true};
 }
 
 constexpr int gaussianTaps[] = {5, 3, 11, 1, 7};
@@ -121,12 +150,10 @@ constexpr float sigmas[] = {1.0F, 0.05F, 2.5F, 0.7F};
 
 template <class T>
 Prepared prepareGaussian(size_t turn, ZmoiSizeL roi, int channels) {
-    int64_t state = 0;
-    int64_t buffer = 0;
     const int taps = gaussianTaps[turn % 5];
-    EXPECT_EQ(zmoiFilterGaussianGetSize_L(roi, taps, typeOf<T>, channels, &state, &buffer),
-              zmoStsNoErr);
-    Prepared p(state, buffer);
+    Prepared p([&](int64_t* pState, int64_t* pBuffer) {
+        return zmoiFilterGaussianGetSize_L(roi, taps, typeOf<T>, channels, pState, pBuffer);
+    });
     kit::succeed([&] {
         return zmoiFilterGaussianInit(taps, sigmas[turn % 4], typeOf<T>, channels,
                                       p.as<ZmoiGaussianState>());
@@ -138,23 +165,55 @@ template <class T, class Step, class Size>
 Filter<T, T> gaussian(const char* name, int channels,
                       ZmoStatus (*run)(const T*, Step, T*, Step, Size, ZmoiBorderType, const T*,
                                        const ZmoiGaussianState*, Zmo8u*)) {
-    return {name, channels,
-            [=](const auto& src, auto& dst, ZmoiBorderType border, const T* value, size_t turn) {
-                const ZmoiSize size = src.size();
-                Prepared p = prepareGaussian<T>(turn, {size.width, size.height}, channels);
-                kit::succeed([&] {
-                    return run(src.ptr(), src.step(), dst.ptr(), dst.step(),
-                               Size{size.width, size.height}, border, value,
-                               p.as<ZmoiGaussianState>(), p.buffer.ptr());
-                });
-                p.expectSurroundingsUntouched();
-            },
-            [](const auto& a, int x, int y, size_t turn) {
-                const auto weights = oracle::gaussian(gaussianTaps[turn % 5], sigmas[turn % 4]);
-                const int anchor = static_cast<int>(weights.size()) / 2;
-                return oracle::fromFloat<T>(
-                    oracle::separable32f(a, x, y, weights, weights, {anchor, anchor}));
-            }};
+    return {.name = name,
+            .channels = channels,
+            .run =
+                [=](const auto& c, size_t turn) {
+                    Prepared p = prepareGaussian<T>(turn, c.large(), channels);
+                    p.call([&] {
+                        return run(c.pSrc, static_cast<Step>(c.srcStep), c.pDst,
+                                   static_cast<Step>(c.dstStep), Size{c.roi.width, c.roi.height},
+                                   c.border, c.pValue, p.as<ZmoiGaussianState>(), p.buffer.ptr());
+                    });
+                },
+            .pixel =
+                [](const auto& a, int x, int y, size_t turn) {
+                    const auto weights = oracle::gaussian(gaussianTaps[turn % 5], sigmas[turn % 4]);
+                    const int anchor = static_cast<int>(weights.size()) / 2;
+                    return oracle::fromFloat<T>(
+                        oracle::separable32f(a, x, y, weights, weights, {anchor, anchor}));
+                },
+            .isLarge = sizeof(Step) == 8};
+}
+
+ZmoiMaskSize maskOf(size_t turn) {
+    return turn / 4 % 2 == 0 ? zmoiMask3x3 : zmoiMask5x5;
+}
+
+template <class S, class D, class Query>
+Filter<S, D> fixedMask(const char* name, oracle::Mask kind, Query query,
+                       ZmoStatus (*run)(const S*, int, D*, int, ZmoiSize, ZmoiMaskSize,
+                                        ZmoiBorderType, const S*, Zmo8u*)) {
+    return {.name = name,
+            .channels = 1,
+            .run =
+                [=](const auto& c, size_t turn) {
+                    Prepared p([&](int64_t*, int64_t* pSize) {
+                        int bytes = 0;
+                        const ZmoStatus status = query(c.roi, maskOf(turn), typeOf<S>, 1, &bytes);
+                        *pSize = bytes;
+                        return status;
+                    });
+                    p.call([&] {
+                        return run(c.pSrc, static_cast<int>(c.srcStep), c.pDst,
+                                   static_cast<int>(c.dstStep), c.roi, maskOf(turn), c.border,
+                                   c.pValue, p.buffer.ptr());
+                    });
+                },
+            .pixel =
+                [=](const auto& a, int x, int y, size_t turn) {
+                    return static_cast<D>(oracle::mask(a, x, y, maskOf(turn) / 2, kind));
+                }};
 }
 
 // The weights of a pipeline, as integers or floats; the kernel of the other direction is one tap.
@@ -197,70 +256,133 @@ D pipelinePixel(const oracle::Extended<S>& a, int x, int y, size_t turn) {
     }
 }
 
+template <class S>
+Prepared preparePipeline(bool rows, ZmoiSize roi, int taps, int channels) {
+    return Prepared([&](int64_t*, int64_t* pSize) {
+        int bytes = 0;
+        const ZmoStatus status =
+            (rows ? zmoiFilterRowBorderPipelineGetBufferSize
+                  : zmoiFilterColumnPipelineGetBufferSize)(roi, taps, typeOf<S>, channels, &bytes);
+        *pSize = bytes;
+        return status;
+    });
+}
+
 // Not all functions have a divisor.
+template <bool divided, class Run>
+ZmoStatus withDivisor(int divisor, Run run) {
+    if constexpr (divided)
+        return run(divisor);
+    else
+        return run();
+}
+
 template <bool divided, class S, class D, class K, class Run>
 Filter<S, D> rowPipeline(const char* name, int channels, Run run) {
-    return {name, channels,
-            [=](const auto& src, auto& dst, ZmoiBorderType border, const S* value, size_t turn) {
-                const oracle::Taps taps = pipelineTaps(turn, true);
-                const auto weights = weightsOf<K>(taps.row);
-                int size = 0;
-                EXPECT_EQ(zmoiFilterRowBorderPipelineGetBufferSize(src.size(), taps.size().width,
-                                                                   typeOf<S>, channels, &size),
-                          zmoStsNoErr);
-                kit::Buffer buffer(size);
-                std::vector<D*> to;
-                for (int y = 0; y < src.size().height; ++y) {
-                    to.push_back(
-                        reinterpret_cast<D*>(reinterpret_cast<char*>(dst.ptr()) + y * dst.step()));
-                }
-                kit::succeed([&] {
-                    const auto call = [&](auto... divisor) {
-                        return run(src.ptr(), src.step(), to.data(), src.size(), weights.data(),
-                                   taps.size().width, taps.anchor.x, divisor..., border, value,
-                                   buffer.ptr());
-                    };
-                    if constexpr (divided)
-                        return call(taps.divisor);
-                    else
-                        return call();
-                });
-                buffer.expectSurroundingsUntouched();
-            },
-            pipelinePixel<true, !divided, S, D>};
+    return {.name = name,
+            .channels = channels,
+            .run =
+                [=](const auto& c, size_t turn) {
+                    const oracle::Taps taps = pipelineTaps(turn, true);
+                    const auto weights = weightsOf<K>(taps.row);
+                    Prepared p = preparePipeline<S>(true, c.roi, taps.size().width, channels);
+                    std::vector<D*> to;
+                    for (int y = 0; y < c.roi.height; ++y) to.push_back(c.dstRow(y));
+                    p.call([&] {
+                        return withDivisor<divided>(taps.divisor, [&](auto... divisor) {
+                            return run(c.pSrc, static_cast<int>(c.srcStep), to.data(), c.roi,
+                                       weights.data(), taps.size().width, taps.anchor.x, divisor...,
+                                       c.border, c.pValue, p.buffer.ptr());
+                        });
+                    });
+                },
+            .pixel = pipelinePixel<true, !divided, S, D>};
 }
 
 template <bool divided, class S, class D, class K, class Run>
 Filter<S, D> columnPipeline(const char* name, int channels, Run run) {
+    return {.name = name,
+            .channels = channels,
+            .run =
+                [=](const auto& c, size_t turn) {
+                    const oracle::Taps taps = pipelineTaps(turn, false);
+                    const auto weights = weightsOf<K>(taps.column);
+                    const int count = taps.size().height;
+                    Prepared p = preparePipeline<S>(false, c.roi, count, channels);
+                    std::vector<const S*> from;
+                    for (int y = 0; y < c.roi.height + count - 1; ++y)
+                        from.push_back(c.srcRow(y - taps.anchor.y));
+                    p.call([&] {
+                        return withDivisor<divided>(taps.divisor, [&](auto... divisor) {
+                            return run(from.data(), c.pDst, static_cast<int>(c.dstStep), c.roi,
+                                       weights.data(), count, divisor..., p.buffer.ptr());
+                        });
+                    });
+                },
+            .pixel = pipelinePixel<false, !divided, S, D>,
+            .borders = {zmoiBorderInMem}};
+}
+
+const struct {
+    std::vector<Zmo16s> kernel;  // empty: the usual one
+    int rate;
+} pyramids[] = {{{}, 2},
+                {{1, 5, 8, 5, 1}, 2},
+                {{-1, 3, 20, 30, 20, 9, 2}, 3},
+                {{1, 2, 1}, 2},
+                {{9, 8, 7, 6, 5, 4, 3, 2, 1}, 8}};
+
+// Every third turn, a side of the larger layer is no multiple of the rate.
+ZmoiSize otherLayer(ZmoiSize roi, int rate, bool up, size_t turn) {
+    const auto side = [=](int n) {
+        return up ? (n + rate - 1) / rate : n * rate - (turn % 3 == 2 ? rate - 1 : 0);
+    };
+    return {side(roi.width), side(roi.height)};
+}
+
+template <class T, class Step, class Size>
+Filter<T, T> layer(const char* name, int channels, bool up,
+                   ZmoStatus (*run)(const T*, Step, Size, T*, Step, Size, const ZmoiPyramidState*,
+                                    Zmo8u*)) {
     return {
-        name, channels,
-        [=](const auto& src, auto& dst, ZmoiBorderType, const S*, size_t turn) {
-            const oracle::Taps taps = pipelineTaps(turn, false);
-            const auto weights = weightsOf<K>(taps.column);
-            const int count = taps.size().height;
-            int size = 0;
-            EXPECT_EQ(zmoiFilterColumnPipelineGetBufferSize(src.size(), count, typeOf<S>, channels,
-                                                            &size),
-                      zmoStsNoErr);
-            kit::Buffer buffer(size);
-            std::vector<const S*> from;
-            for (int y = 0; y < src.size().height + count - 1; ++y) {
-                from.push_back(reinterpret_cast<const S*>(reinterpret_cast<const char*>(src.ptr()) +
-                                                          (y - taps.anchor.y) * src.step()));
-            }
-            kit::succeed([&] {
-                const auto call = [&](auto... divisor) {
-                    return run(from.data(), dst.ptr(), dst.step(), src.size(), weights.data(),
-                               count, divisor..., buffer.ptr());
-                };
-                if constexpr (divided)
-                    return call(taps.divisor);
-                else
-                    return call();
-            });
-            buffer.expectSurroundingsUntouched();
-        },
-        pipelinePixel<false, !divided, S, D>, false};
+        .name = name,
+        .channels = channels,
+        .run =
+            [=](const auto& c, size_t turn) {
+                const auto& chosen = pyramids[turn % 5];
+                const ZmoiSize large = up ? c.roi : c.srcRoi;
+                Zmo32f values[4] = {};
+                for (int i = 0; i < channels && c.pValue != nullptr; ++i)
+                    values[i] = static_cast<Zmo32f>(c.pValue[i]);
+                Prepared p([&](int64_t* pState, int64_t* pBuffer) {
+                    return zmoiPyramidGetSize_L({large.width, large.height}, typeOf<T>, channels,
+                                                pState, pBuffer);
+                });
+                kit::succeed([&] {
+                    return zmoiPyramidInit(chosen.kernel.empty() ? nullptr : chosen.kernel.data(),
+                                           static_cast<int>(chosen.kernel.size()), chosen.rate,
+                                           c.border, values, typeOf<T>, channels,
+                                           p.as<ZmoiPyramidState>());
+                });
+                p.call([&] {
+                    return run(c.pSrc, static_cast<Step>(c.srcStep),
+                               Size{c.srcRoi.width, c.srcRoi.height}, c.pDst,
+                               static_cast<Step>(c.dstStep), Size{c.roi.width, c.roi.height},
+                               p.as<ZmoiPyramidState>(), p.buffer.ptr());
+                });
+            },
+        .pixel =
+            [=](const auto& a, int x, int y, size_t turn) {
+                const auto& chosen = pyramids[turn % 5];
+                const auto kernel =
+                    chosen.kernel.empty() ? std::vector<Zmo16s>{1, 4, 6, 4, 1} : chosen.kernel;
+                return oracle::layer(a, oracle::met(kernel, chosen.rate, up, x),
+                                     oracle::met(kernel, chosen.rate, up, y));
+            },
+        .borders = {zmoiBorderReplicate, zmoiBorderConst, zmoiBorderMirror},
+        .isLarge = sizeof(Step) == 8,
+        .srcSize = [=](ZmoiSize roi,
+                       size_t turn) { return otherLayer(roi, pyramids[turn % 5].rate, up, turn); }};
 }
 
 template <class S>
@@ -278,25 +400,21 @@ S drawn(kit::Random& random, size_t turn) {
 }
 
 template <class S, class D>
-void expectOracle(const Filter<S, D>& filter) {
-    SCOPED_TRACE(filter.name);
-    static size_t turn = 0;
-    kit::Random random(60);
-    auto sizes = kit::sizes();
-    sizes.push_back({530, 2});
-    for (const ZmoiSize size : sizes) {
-        ++turn;
-        const auto border =
-            filter.hasBorder ? static_cast<ZmoiBorderType>(turn % 4) : zmoiBorderInMem;
-        const kit::Layout layout = kit::layouts()[turn / 4 % 4];
-        SCOPED_TRACE(testing::Message() << size << " border " << border << " turn " << turn);
-        kit::Image<S> src(size, layout, margin, filter.channels);
+struct Case {
+    Case(const Filter<S, D>& filter, ZmoiSize size, size_t number)
+        : turn(number),
+          border(filter.borders[number % filter.borders.size()]),
+          src(filter.srcSize(size, number), kit::layouts()[number / 4 % 4], margin,
+              filter.channels),
+          dst(size, kit::layouts()[(number / 4 + number) % 4], 0, filter.channels),
+          expected(size, {}, 0, filter.channels) {
+        kit::Random random(number);
         src.fill([&] { return drawn<S>(random, turn); });
-        S value[4];
         for (S& v : value) v = drawn<S>(random, turn);
-        kit::Image<D> expected(size, {}, 0, filter.channels);
-        for (int y = 0; y < size.height; ++y) {
-            for (int x = 0; x < size.width; ++x) {
+    }
+    void takeOracle(const Filter<S, D>& filter) {
+        for (int y = 0; y < expected.size().height; ++y) {
+            for (int x = 0; x < expected.size().width; ++x) {
                 for (int c = 0; c < filter.channels; ++c) {
                     expected.set(
                         x, y, c,
@@ -304,14 +422,66 @@ void expectOracle(const Filter<S, D>& filter) {
                 }
             }
         }
-        kit::forEachLevel([&] {
-            kit::Image<D> dst(size, layout, 0, filter.channels);
-            filter.run(src, dst, border, border == zmoiBorderConst ? value : nullptr, turn);
-            kit::expectPixels(dst, [&](int x, int y, int c) { return expected.get(x, y, c); });
-            dst.expectSurroundingsUntouched("destination");
-        });
-        src.expectUntouched("source");
     }
+    Call<S, D> call() {
+        return {src.ptr(),  src.step(), src.size(), dst.ptr(),
+                dst.step(), dst.size(), border,     border == zmoiBorderConst ? value : nullptr};
+    }
+
+    size_t turn;
+    ZmoiBorderType border;
+    kit::Image<S> src;
+    kit::Image<D> dst;
+    kit::Image<D> expected;
+    S value[4];
+};
+
+template <class S, class D>
+void expectFarRows(const Filter<S, D>& filter) {
+    kit::FarRows src;
+    kit::FarRows dst;
+    if (!src || !dst) GTEST_SKIP() << kit::FarRows::whyNot;
+    // Turn 60 reduces by 2.
+    constexpr size_t turn = 60;
+    const bool reduces = filter.srcSize({8, 8}, turn).width > 8;
+    Case<S, D> c(filter, {37, reduces ? kit::FarRows::count / 2 : kit::FarRows::count}, turn);
+    filter.run(c.call(), turn);
+    src.take(c.src);
+    dst.take(c.expected);
+    Call<S, D> far = c.call();
+    far.pSrc = src.first<S>();
+    far.pDst = dst.first<D>();
+    far.srcStep = far.dstStep = kit::FarRows::step;
+    filter.run(far, turn);
+    dst.expect(c.dst);
+}
+
+// Switching levels takes longer than a small call, so all cases run at one level before the next.
+template <class S, class D>
+void expectOracle(const Filter<S, D>& filter, int rounds = 1) {
+    SCOPED_TRACE(filter.name);
+    static size_t turn = 0;
+    auto sizes = kit::sizes();
+    sizes.insert(sizes.end(), {{530, 2}, {600, 1}});
+    std::vector<Case<S, D>> cases;
+    for (int round = 0; round < rounds; ++round) {
+        for (const ZmoiSize size : sizes) {
+            cases.emplace_back(filter, size, ++turn);
+            cases.back().takeOracle(filter);
+        }
+    }
+    kit::forEachLevel([&] {
+        for (auto& c : cases) {
+            SCOPED_TRACE(testing::Message()
+                         << c.dst.size() << " border " << c.border << " turn " << c.turn);
+            c.dst.fill([] { return 3; });
+            filter.run(c.call(), c.turn);
+            kit::expectPixels(c.dst, [&](int x, int y, int i) { return c.expected.get(x, y, i); });
+            c.dst.expectSurroundingsUntouched("destination");
+            c.src.expectUntouched("source");
+        }
+    });
+    if (filter.isLarge) expectFarRows(filter);
 }
 
 #define FILTER(make, fn, channels) make(#fn, channels, fn)
@@ -341,6 +511,24 @@ TEST(Filters, Gaussian) {
     EXPECT_GAUSSIAN(32f);
 }
 
+#define EXPECT_MASK(Base, types, kind)                                                     \
+    expectOracle(                                                                          \
+        fixedMask(#Base #types, oracle::Mask::kind, zmoiFilter##Base##BorderGetBufferSize, \
+                  zmoiFilter##Base##Border_##types##_C1R),                                 \
+        3)
+
+TEST(Filters, FixedMasks) {
+    EXPECT_MASK(SobelVert, 8u16s, vert);
+    EXPECT_MASK(SobelHoriz, 8u16s, horiz);
+    EXPECT_MASK(Laplacian, 8u16s, laplacian);
+    EXPECT_MASK(Lowpass, 8u, lowpass);
+    EXPECT_MASK(SobelVert, 32f, vert);
+    EXPECT_MASK(SobelHoriz, 32f, horiz);
+    EXPECT_MASK(SobelCross, 32f, cross);
+    EXPECT_MASK(Laplacian, 32f, laplacian);
+    EXPECT_MASK(Lowpass, 32f, lowpass);
+}
+
 #define EXPECT_PIPELINE(make, Base, divided, S, D, K, types)               \
     expectOracle(make<divided, S, D, K>(#types, 1, Base##_##types##_C1R)); \
     expectOracle(make<divided, S, D, K>(#types, 3, Base##_##types##_C3R))
@@ -361,113 +549,18 @@ TEST(Filters, Pipelines) {
     EXPECT_COLUMNS(false, Zmo16s, Zmo16s, Zmo16s, Low_16s);
 }
 
-const struct {
-    std::vector<Zmo16s> kernel;
-    int rate;
-} pyramids[] = {{{}, 2},
-                {{1, 5, 8, 5, 1}, 2},
-                {{-1, 3, 20, 30, 20, 9, 2}, 3},
-                {{1, 2, 1}, 2},
-                {{9, 8, 7, 6, 5, 4, 3, 2, 1}, 8}};
-
-template <class T, class Step, class Size>
-void expectLayers(const char* name, int channels, bool up,
-                  ZmoStatus (*run)(const T*, Step, Size, T*, Step, Size, const ZmoiPyramidState*,
-                                   Zmo8u*)) {
-    SCOPED_TRACE(name);
-    kit::Random random(61);
-    size_t turn = 0;
-    for (const ZmoiSize large : kit::sizes()) {
-        const auto& chosen = pyramids[++turn % 5];
-        const auto border = static_cast<ZmoiBorderType>(turn % 3);
-        const auto kernel =
-            chosen.kernel.empty() ? std::vector<Zmo16s>{1, 4, 6, 4, 1} : chosen.kernel;
-        const int rate = chosen.rate;
-        const ZmoiSize small{(large.width + rate - 1) / rate, (large.height + rate - 1) / rate};
-        const ZmoiSize srcSize = up ? small : large;
-        const ZmoiSize dstSize = up ? large : small;
-        const kit::Layout layout = kit::layouts()[turn / 4 % 4];
-        SCOPED_TRACE(testing::Message() << large << " border " << border << " turn " << turn);
-        kit::Image<T> src(srcSize, layout, 0, channels);
-        src.fill([&] { return drawn<T>(random, turn); });
-        const Zmo32f values[] = {7, 99, 3};
-        int state = 0;
-        int bytes = 0;
-        ASSERT_EQ(zmoiPyramidGetSize(large, typeOf<T>, channels, &state, &bytes), zmoStsNoErr);
-        Prepared p(state, bytes);
-        kit::succeed([&] {
-            return zmoiPyramidInit(chosen.kernel.empty() ? nullptr : kernel.data(),
-                                   static_cast<int>(kernel.size()), rate, border, values, typeOf<T>,
-                                   channels, p.as<ZmoiPyramidState>());
-        });
-        kit::forEachLevel([&] {
-            kit::Image<T> dst(dstSize, layout, 0, channels);
-            kit::succeed([&] {
-                return run(src.ptr(), src.step(), Size{srcSize.width, srcSize.height}, dst.ptr(),
-                           dst.step(), Size{dstSize.width, dstSize.height},
-                           p.as<ZmoiPyramidState>(), p.buffer.ptr());
-            });
-            kit::expectPixels(dst, [&](int x, int y, int c) {
-                return oracle::layer(oracle::Extended<T>{src, border, static_cast<T>(values[c]), c},
-                                     oracle::met(kernel, rate, up, x),
-                                     oracle::met(kernel, rate, up, y));
-            });
-            dst.expectSurroundingsUntouched("destination");
-            p.expectSurroundingsUntouched();
-        });
-        src.expectUntouched("source");
-    }
-}
-
-#define EXPECT_LAYERS(types, channels)                                                            \
-    expectLayers("down " #types, channels, false, zmoiPyramidLayerDown_##types##_C##channels##R); \
-    expectLayers("up " #types, channels, true, zmoiPyramidLayerUp_##types##_C##channels##R)
+#define EXPECT_LAYERS(types)                                                           \
+    expectOracle(layer("down " #types, 1, false, zmoiPyramidLayerDown_##types##_C1R)); \
+    expectOracle(layer("down " #types, 3, false, zmoiPyramidLayerDown_##types##_C3R)); \
+    expectOracle(layer("up " #types, 1, true, zmoiPyramidLayerUp_##types##_C1R));      \
+    expectOracle(layer("up " #types, 3, true, zmoiPyramidLayerUp_##types##_C3R))
 
 TEST(Filters, PyramidLayers) {
-    EXPECT_LAYERS(8u, 1);
-    EXPECT_LAYERS(8u, 3);
-    EXPECT_LAYERS(16u, 1);
-    EXPECT_LAYERS(16u, 3);
-    EXPECT_LAYERS(32f, 1);
-    EXPECT_LAYERS(32f, 3);
-    expectLayers("down _L", 1, false, zmoiPyramidLayerDown_32f_C1R_L);
-    expectLayers("up _L", 1, true, zmoiPyramidLayerUp_32f_C1R_L);
-}
-
-// Rows half a gigabyte apart, in a mapping of which only the rows are ever touched.
-TEST(Filters, ImageBeyondTwoGigabytes) {
-    const ZmoiSize size{300, 6};
-    constexpr int64_t step = int64_t{1} << 29;
-    constexpr size_t bytes = size_t{6} << 29;
-    void* const maps[] = {mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                               MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0),
-                          mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                               MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)};
-    if (maps[0] == MAP_FAILED || maps[1] == MAP_FAILED) {
-        GTEST_SKIP() << "no address space for two images of 3 GB";
-    }
-    const auto at = [&](int map, int x, int y) {
-        return reinterpret_cast<Zmo16u*>(static_cast<char*>(maps[map]) + y * step) + x;
-    };
-    kit::Random random(62);
-    kit::Image<Zmo16u> src(size);
-    src.fill([&] { return random.between(0, 65535); });
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) *at(0, x, y) = src.get(x, y);
-    }
-    kit::Image<Zmo16u> near(size);
-    Prepared p = prepareGaussian<Zmo16u>(0, {size.width, size.height}, 1);
-    const auto filter = [&](const Zmo16u* from, int64_t fromStep, Zmo16u* to, int64_t toStep) {
-        kit::succeed([&] {
-            return zmoiFilterGaussian_16u_C1R_L(from, fromStep, to, toStep,
-                                                {size.width, size.height}, zmoiBorderMirror,
-                                                nullptr, p.as<ZmoiGaussianState>(), p.buffer.ptr());
-        });
-    };
-    filter(src.ptr(), src.step(), near.ptr(), near.step());
-    filter(at(0, 0, 0), step, at(1, 0, 0), step);
-    kit::expectPixels(near, [&](int x, int y) { return *at(1, x, y); });
-    for (void* const map : maps) munmap(map, bytes);
+    EXPECT_LAYERS(8u);
+    EXPECT_LAYERS(16u);
+    EXPECT_LAYERS(32f);
+    expectOracle(layer("down _L", 1, false, zmoiPyramidLayerDown_32f_C1R_L));
+    expectOracle(layer("up _L", 1, true, zmoiPyramidLayerUp_32f_C1R_L));
 }
 
 // Everything that the checks of these functions look at.
@@ -488,6 +581,7 @@ struct Args {
     ZmoiPoint anchor;
     int number;  // divisor or rate
     Zmo32f sigma;
+    ZmoiMaskSize fixed;
     ZmoDataType type;
     int channels;
     int64_t* pSize;
@@ -544,6 +638,7 @@ TEST(Filters, BadArguments) {
               {2, 2},
               2,
               1.0F,
+              zmoiMask5x5,
               zmo16u,
               3,
               &size};
@@ -577,6 +672,17 @@ TEST(Filters, BadArguments) {
         source + target + work + noState + noValue + empty + steps + dstSteps + border +
             Faults{FAULT(State, a.pState = grey.state.ptr()),
                    FAULT(State, a.pState = floating.state.ptr())});
+    const Faults unknownMask = {FAULT(MaskSize, a.fixed = static_cast<ZmoiMaskSize>(4))};
+    expect(
+        [](const Args& a) {
+            return zmoiFilterLaplacianBorder_8u16s_C1R(
+                reinterpret_cast<const Zmo8u*>(a.pSrc), a.step, a.pDst, a.dstStep, a.small(),
+                a.fixed, a.border, reinterpret_cast<const Zmo8u*>(a.pValue), a.pBuffer);
+        },
+        source + target + work + noValue + empty +
+            Faults{FAULT(Step, a.step = 19), FAULT(Step, a.dstStep = 39),
+                   FAULT(Step, a.dstStep |= 1)} +
+            unknownMask + border);
     const Faults taps = {FAULT(MaskSize, a.taps = 0)};
     const Faults ranges = {FAULT(Range, a.number = 0), FAULT(Range, a.taps = 9)};
     const Faults lists = {FAULT(NullPtr, a.kernel = nullptr), FAULT(NullPtr, a.rows = nullptr)};
@@ -654,6 +760,26 @@ TEST(Filters, BadArguments) {
             return zmoiPyramidGetSize_L(a.roi, a.type, a.channels, &ignored, a.pSize);
         },
         noSize + large);
+    good.type = zmo32f;
+    good.channels = 1;
+    for (auto* const query :
+         {zmoiFilterSobelVertBorderGetBufferSize, zmoiFilterSobelHorizBorderGetBufferSize,
+          zmoiFilterSobelCrossBorderGetBufferSize, zmoiFilterLaplacianBorderGetBufferSize,
+          zmoiFilterLowpassBorderGetBufferSize}) {
+        expect(
+            [&](const Args& a) {
+                int bytes = 0;
+                const ZmoStatus status = query(a.small(), a.fixed, a.type, a.channels,
+                                               a.pSize == nullptr ? nullptr : &bytes);
+                if (status == zmoStsNoErr) size = bytes;
+                return status;
+            },
+            noSize + unknownMask + type + channels +
+                Faults{FAULT(TooLarge, a.roi.width = INT32_MAX)});
+    }
+    int bytes = 0;
+    EXPECT_EQ(zmoiFilterSobelCrossBorderGetBufferSize({5, 5}, zmoiMask3x3, zmo8u, 1, &bytes),
+              zmoStsDataTypeErr);
 }
 
 // The layers must fit each other, down and up.
