@@ -75,16 +75,16 @@ class TimSepar : public FilterTest {
     PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T),    \
            srcStep, rowsTo<Zmo##D>(), roi, kernel.data(), kernelSize, anchor, divisor, border, \
            borderValue<Zmo##T>, pBuffer.get())
-#define REG_ROWS_UNDIVIDED(types, T, kernel, channels)                                      \
+#define REG_ROWS_UNDIVIDED(types, T, weights, channels)                                     \
     PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T), \
-           srcStep, rowsTo<Zmo##T>(), roi, kernel.data(), kernelSize, anchor, border,       \
+           srcStep, rowsTo<Zmo##T>(), roi, (weights).data(), kernelSize, anchor, border,    \
            borderValue<Zmo##T>, pBuffer.get())
 #define REG_COLUMNS(types, T, D, channels)                                                  \
     PP_REG(TimSepar, zmoiFilterColumnPipeline_##types##_C##channels##R, rowsFrom<Zmo##T>(), \
            pDst.ptr##D(), dstStep, roi, kernel.data(), kernelSize, divisor, pBuffer.get())
-#define REG_COLUMNS_UNDIVIDED(types, T, kernel, channels)                                   \
+#define REG_COLUMNS_UNDIVIDED(types, T, weights, channels)                                  \
     PP_REG(TimSepar, zmoiFilterColumnPipeline_##types##_C##channels##R, rowsFrom<Zmo##T>(), \
-           pDst.ptr##T(), dstStep, roi, kernel.data(), kernelSize, pBuffer.get())
+           pDst.ptr##T(), dstStep, roi, (weights).data(), kernelSize, pBuffer.get())
 #define REG_PIPELINES(channels)                          \
     REG_ROWS(8u16s, 8u, 16s, channels)                   \
     REG_ROWS(16u, 16u, 16u, channels)                    \
