@@ -6,6 +6,8 @@ set(PSCV_MODULES
     p_cdist
     p_cflood
     p_cgrad
+    p_chaar
+    p_chough
     p_cinpaint
     p_cintegr
     p_clabel
@@ -22,6 +24,7 @@ set(PSCV_MODULES
     p_cstat
     p_cundist
     p_cvcopysub
+    p_cvfastn
     p_cvfiltergauss
     p_cvfiltergaussl
     p_cvpyramid
@@ -29,4 +32,5 @@ set(PSCV_MODULES
     p_cvreconstruct
     p_cvsegmentation
     p_cvseparable
-    p_cvseparable_pipe)
+    p_cvseparable_pipe
+    p_linesuppression)

@@ -29,6 +29,8 @@ constexpr Range ranges[] = {
     {"p_cdist", 2, 100},
     {"p_cflood", 40, 80},
     {"p_cgrad", 95, 160},
+    {"p_chaar", 40, 99.5},
+    {"p_chough", 5, 60},
     {"p_cinpaint", 0.5, 12},
     {"p_cintegr", 100, 160},
     {"p_clabel", 4, 2000},
@@ -45,6 +47,7 @@ constexpr Range ranges[] = {
     {"p_cstat", 9, 100},
     {"p_cundist", 70, 100},
     {"p_cvcopysub", 50, 100},
+    {"p_cvfastn", 0.01, 2},
     {"p_cvfiltergauss", 10, 50},
     {"p_cvfiltergaussl", 10, 50},
     {"p_cvpyramid", 20, 70},
@@ -53,6 +56,7 @@ constexpr Range ranges[] = {
     {"p_cvsegmentation", 75, 100},
     {"p_cvseparable", 10, 60},
     {"p_cvseparable_pipe", 0.1, 150},
+    {"p_linesuppression", 10, 90},
 };
 
 std::set<std::string> modules() {

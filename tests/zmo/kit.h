@@ -13,7 +13,9 @@
 #include <limits>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "zmotypes.h"
@@ -310,6 +312,70 @@ void expectFaults(const Args& good, Call call, const std::vector<Fault<Args>>& f
         untouched();
     }
     EXPECT_EQ(watched([&] { return call(good); }), zmoStsNoErr);
+}
+
+// A bad value of the index-th argument, for expectBadArguments.
+template <size_t index, class Value>
+struct Bad {
+    Value value;
+    ZmoStatus status;
+
+    template <class Args>
+    operator Fault<Args>() const {
+        return {"argument", status, [v = value](Args& args) { std::get<index>(args) = v; }};
+    }
+};
+template <size_t index, class Value>
+Bad<index, Value> bad(Value value, ZmoStatus status) {
+    return {value, status};
+}
+
+// expectFaults of a function with its arguments in order: every pointer null and every region empty,
+// and then the faults of its own.
+template <class... P>
+void expectBadArguments(ZmoStatus (*function)(P...),
+                        const std::type_identity_t<std::tuple<P...>>& good,
+                        const std::type_identity_t<std::vector<Fault<std::tuple<P...>>>>& own,
+                        const std::function<void()>& untouched) {
+    using Args = std::tuple<P...>;
+    std::vector<Fault<Args>> faults;
+    const auto forEachArgument = [&](auto visit) {
+        [&]<size_t... i>(std::index_sequence<i...>) {
+            (visit(std::integral_constant<size_t, i>(), std::get<i>(good)), ...);
+        }
+        (std::index_sequence_for<P...>());
+    };
+    forEachArgument([&](auto index, const auto& value) {
+        using Value = std::remove_cvref_t<decltype(value)>;
+        if constexpr (std::is_pointer_v<Value>) {
+            faults.push_back(bad<index, Value>(nullptr, zmoStsNullPtrErr));
+        }
+    });
+    forEachArgument([&](auto index, const auto& value) {
+        if constexpr (std::is_same_v<std::remove_cvref_t<decltype(value)>, ZmoiSize>) {
+            faults.push_back(bad<index>(ZmoiSize{0, value.height}, zmoStsSizeErr));
+            faults.push_back(bad<index>(ZmoiSize{value.width, -1}, zmoStsSizeErr));
+        }
+    });
+    faults.insert(faults.end(), own.begin(), own.end());
+    expectFaults(
+        good, [function](const Args& args) { return std::apply(function, args); }, faults,
+        untouched);
+}
+
+// At each level, body(random, size, layout, turn) for all sizes and layouts; turn counts them.
+template <class Body>
+void forEachCase(uint64_t stream, Body body) {
+    forEachLevel([&] {
+        Random random(stream);
+        size_t turn = 0;
+        for (const ZmoiSize size : sizes()) {
+            for (const Layout layout : layouts()) {
+                SCOPED_TRACE(testing::Message() << size << " " << layout << " turn " << turn);
+                body(random, size, layout, turn++);
+            }
+        }
+    });
 }
 
 }  // namespace kit

@@ -6,9 +6,13 @@
 #include "zmocv/canny.h"
 #include "zmocv/chamfer.h"
 #include "zmocv/copysubpix.h"
+#include "zmocv/fastn.h"
 #include "zmocv/flood.h"
+#include "zmocv/haar.h"
+#include "zmocv/hough.h"
 #include "zmocv/inpaint.h"
 #include "zmocv/label.h"
+#include "zmocv/linesuppression.h"
 #include "zmocv/marching.h"
 #include "zmocv/morph.h"
 #include "zmocv/norm.h"
@@ -59,9 +63,13 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("chamfer", zmo::chamferKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
     expectOwnKernels("copysubpix", zmo::copySubpixKernelsByLevel);
+    expectOwnKernels("fastn", zmo::fastNKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
+    expectOwnKernels("haar", zmo::haarKernelsByLevel);
+    expectOwnKernels("hough", zmo::houghKernelsByLevel);
     expectOwnKernels("inpaint", zmo::inpaintKernelsByLevel);
     expectOwnKernels("label", zmo::labelKernelsByLevel);
+    expectOwnKernels("linesuppression", zmo::lineSuppressionKernelsByLevel);
     expectOwnKernels("marching", zmo::marchingKernelsByLevel);
     expectOwnKernels("mask", zmo::maskKernelsByLevel);
     expectOwnKernels("norm", zmo::normKernelsByLevel);

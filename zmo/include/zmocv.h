@@ -12,6 +12,7 @@
 #include "zmocv_region.h"
 #include "zmocv_sample.h"
 #include "zmocv_segment.h"
+#include "zmocv_shape.h"
 #include "zmocv_stat.h"
 #include "zmotypes.h"
 

@@ -29,6 +29,17 @@ namespace {
     return findFlag(flags, x, end, ~uint64_t{0});
 }
 
+// The first x in [x, end) whose byte is not 0, whatever its bits; end when there is none.
+[[maybe_unused]] ptrdiff_t findNonZero(const uint8_t* bytes, ptrdiff_t x, ptrdiff_t end) {
+    for (; x + 8 <= end; x += 8) {
+        uint64_t eight;
+        __builtin_memcpy(&eight, bytes + x, sizeof eight);
+        if (eight != 0) return x + (__builtin_ctzll(eight) >> 3);
+    }
+    while (x < end && bytes[x] == 0) ++x;
+    return x;
+}
+
 // A template argument carries no alignment attribute, so the row may be more misaligned than its type
 // tells: the stores go through memcpy.
 template <class T>

@@ -1,0 +1,219 @@
+// Stages of a cascade that looks for bright discs, each on the windows that the earlier ones have left
+// (zmoiApplyHaarClassifier).
+#include <optional>
+
+#include "cascade.h"
+#include "pixels.h"
+#include "zmocv.h"
+
+namespace {
+
+using namespace pixels;
+using cascade::Stage;
+using cascade::windowSide;
+
+psIterator<int> StageNumber("Stage", "Stage of the cascade, 1 to 4", {1, 3});
+psMapIterator<bool> Features("Features", "Rectangles of the stage",
+                             {{false, "upright"}, {true, "tilted"}}, {false, true});
+
+constexpr int classifiersOf[] = {3, 8, 20, 50};
+// By stage, how much of its votes for and against a window must be left over.
+constexpr double voteShare[] = {0.3, 0.5, 0.6, 0.7};
+constexpr int scaleFactor = 4;  // thresholds of integers keep four binary places
+
+int selected;
+int positive;
+Zmo32f threshold32f;
+Zmo32s threshold32s;
+ppBuffer pState;
+
+const ZmoiHaarState* state() {
+    return reinterpret_cast<const ZmoiHaarState*>(pState.get());
+}
+
+PP_SERVICE(zmoiTiltedIntegral_8u32s_C1R);
+PP_SERVICE(zmoiTiltedIntegral_8u32f_C1R);
+PP_SERVICE(zmoiSqrIntegral_8u32s_C1R);
+PP_SERVICE(zmoiSqrIntegral_8u32f64f_C1R);
+PP_SERVICE(zmoiRectStdDev_32s_C1RSfs);
+PP_SERVICE(zmoiRectStdDev_32f_C1R);
+PP_SERVICE(zmoiHaarGetSize);
+PP_SERVICE(zmoiHaarInit_32f);
+PP_SERVICE(zmoiHaarInit_32s);
+PP_SERVICE(zmoiApplyHaarClassifier_32f_C1R);
+PP_SERVICE(zmoiApplyHaarClassifier_32s_C1RSfs);
+
+template <class T>
+std::vector<T> converted(const std::vector<double>& values, double scale = 1) {
+    std::vector<T> result;
+    for (const double value : values)
+        result.push_back(static_cast<T>(std::is_integral_v<T> ? std::floor(value * scale) : value));
+    return result;
+}
+
+// The init expression: the windows that the earlier stages have left.
+int restoreMask() {
+    return pDst.setReservedCopy();
+}
+
+class TimcHaar : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    int flopsOfPixel() const override { return 0; }
+
+    void regOwnParms() override {
+        regParm(StageNumber);
+        regParm(Features);
+        regParm(Picture);
+    }
+
+    bool createImages() override {
+        const int number = StageNumber.value();
+        if (number < 1 || number > static_cast<int>(std::size(classifiersOf))) {
+            g_ostrm << MessageLevel::ERR << "-- The cascade has no stage " << number << "\n"
+                    << MessageLevel::END;
+            return false;
+        }
+        m_trainer.emplace(Features.value());
+        ppImage picture(pp8u, 1, false);
+        return picture.createImage(roi.width + windowSide - 1, roi.height + windowSide - 1) &&
+               drawPicture(picture) && makeTables(picture) && createMask() &&
+               runEarlierStages(number) && initStage(number) && pDst.reserveCopy() != 0;
+    }
+
+    void flushData() override {
+        pDst.deleteReservedCopy();
+        PixelTest::flushData();
+        pState.release();
+    }
+
+    // Of windows that no stage leaves early: a sum of four and a product for each rectangle, a product,
+    // a comparison and a sum for each classifier.
+    double getFlops() override {
+        if (!isFloat()) return 0;
+        return selected * (5.0 * m_stage.rectangles() + 3.0 * m_stage.classifiers());
+    }
+
+    psString dataFigure() override {
+        return psFormat("%.2f%% of the stage's %d windows are rejected",
+                        100.0 * (selected - positive) / std::max(1, selected), selected);
+    }
+
+  private:
+    bool isFloat() const { return func().srcType() == pp32f; }
+
+    static bool drawPicture(ppImage& picture) {
+        return ppPictureGiven() ? ppDrawPicture(picture) : cascade::drawDiscs(picture);
+    }
+
+    // The stage's table in pSrc, the windows' deviations in pSrc2.
+    bool makeTables(const ppImage& picture) {
+        const ZmoiSize size{picture.width(), picture.height()};
+        const ZmoiSize cells{size.width + 1, size.height + 1};
+        const ZmoiRect window{0, 0, windowSide, windowSide};
+        pSrc.init(func().srcType(), 1, false);
+        pSrc2.init(func().srcType(), 1, false);
+        ppImage squares(isFloat() ? pp64f : pp32s, 1, false);
+        if (!create(pSrc, 0, srcStep, cells) || !create(pSrc2, 1, src2Step) ||
+            !squares.createImage(cells.width, cells.height))
+            return false;
+        const auto make = [&](const auto& sums, const auto& tilted, const auto& deviate, auto* t,
+                              auto* q, auto* dev, auto... scale) {
+            return prepared(sums(picture.ptr8u(), picture.step(), t, srcStep, q, squares.step(),
+                                 size, 0, 0),
+                            sums.name()) &&
+                   prepared(
+                       deviate(t, srcStep, q, squares.step(), dev, src2Step, roi, window, scale...),
+                       deviate.name()) &&
+                   (!Features.value() ||
+                    prepared(tilted(picture.ptr8u(), picture.step(), t, srcStep, size, 0),
+                             tilted.name()));
+        };
+        if (isFloat())
+            return make(lib_zmoiSqrIntegral_8u32f64f_C1R, lib_zmoiTiltedIntegral_8u32f_C1R,
+                        lib_zmoiRectStdDev_32f_C1R, pSrc.ptr32f(), squares.ptr64f(),
+                        pSrc2.ptr32f());
+        return make(lib_zmoiSqrIntegral_8u32s_C1R, lib_zmoiTiltedIntegral_8u32s_C1R,
+                    lib_zmoiRectStdDev_32s_C1RSfs, pSrc.ptr32s(), squares.ptr32s(), pSrc2.ptr32s(),
+                    0);
+    }
+
+    static void setThreshold(int votes) {
+        threshold32f = static_cast<Zmo32f>(votes);
+        threshold32s = votes;
+    }
+
+    bool initStage(int number) {
+        m_stage = m_trainer->train(classifiersOf[number - 1]);
+        setThreshold(static_cast<int>(std::ceil(voteShare[number - 1] * m_stage.classifiers())));
+        int size = 0;
+        if (!prepared(lib_zmoiHaarGetSize(m_stage.classifiers(), m_stage.rectangles(),
+                                          isFloat() ? zmo32f : zmo32s, &size),
+                      "zmoiHaarGetSize") ||
+            !pState.create(size))
+            return false;
+        return isFloat() ? fillState<Zmo32f>(lib_zmoiHaarInit_32f)
+                         : fillState<Zmo32s>(lib_zmoiHaarInit_32s);
+    }
+
+    template <class T, class Init>
+    bool fillState(const Init& init) const {
+        return prepared(init(m_stage.rects.data(), converted<T>(m_stage.weights).data(),
+                             m_stage.rectCounts.data(),
+                             converted<T>(m_stage.thresholds, 1 << scaleFactor).data(),
+                             converted<T>(m_stage.low).data(), converted<T>(m_stage.high).data(),
+                             m_stage.classifiers(), Features.value() ? 1 : 0,
+                             reinterpret_cast<ZmoiHaarState*>(pState.get())),
+                        init.name());
+    }
+
+    static bool createMask() {
+        pDst.init(pp8u, 1, false);
+        selected = roi.width * roi.height;
+        return create(pDst, 2, dstStep) && pDst.setConst(255, 0);
+    }
+
+    bool runEarlierStages(int number) {
+        for (int earlier = 1; earlier < number; ++earlier) {
+            if (!initStage(earlier) || !leaveSome()) return false;
+            selected = positive;
+        }
+        return true;
+    }
+
+    // In a picture without discs a stage leaves what resembles them most.
+    bool leaveSome() const {
+        if (pDst.reserveCopy() == 0 || !applyStage()) return false;
+        for (int votes = threshold32s; positive < selected / 100.0;) {
+            setThreshold(--votes);
+            pDst.setReservedCopy();
+            if (!applyStage()) return false;
+        }
+        return true;
+    }
+
+    bool applyStage() const {
+        if (isFloat())
+            return prepared(lib_zmoiApplyHaarClassifier_32f_C1R(
+                                pSrc.ptr32f(), srcStep, pSrc2.ptr32f(), src2Step, pDst.ptr8u(),
+                                dstStep, roi, threshold32f, &positive, state()),
+                            "zmoiApplyHaarClassifier_32f_C1R");
+        return prepared(lib_zmoiApplyHaarClassifier_32s_C1RSfs(
+                            pSrc.ptr32s(), srcStep, pSrc2.ptr32s(), src2Step, pDst.ptr8u(), dstStep,
+                            roi, threshold32s, &positive, state(), scaleFactor),
+                        "zmoiApplyHaarClassifier_32s_C1RSfs");
+    }
+
+    std::optional<cascade::Trainer> m_trainer;
+    Stage m_stage;
+};
+
+PP_REG_I_X(TimcHaar, zmoiApplyHaarClassifier_32f_C1R, restoreMask(), pSrc.ptr32f(), srcStep,
+           pSrc2.ptr32f(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32f, &positive, state())
+PP_REG_I_X(TimcHaar, zmoiApplyHaarClassifier_32s_C1RSfs, restoreMask(), pSrc.ptr32s(), srcStep,
+           pSrc2.ptr32s(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32s, &positive, state(),
+           scaleFactor)
+
+}  // namespace

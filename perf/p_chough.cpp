@@ -1,0 +1,89 @@
+// Straight lines through edge pixels (zmoiHoughLine).
+#include <cmath>
+#include <numbers>
+
+#include "squares.h"
+
+namespace {
+
+using namespace squares;
+
+psIterator<int> AngleStep("AngleStep", "Distance of neighbouring angles, degrees", {1, 2});
+// All directions, or those within 30 degrees of one.
+psIterator<int> AngleRange("AngleRange", "Range of the angles, degrees", {30, 180});
+
+constexpr int maxLines = 20000;
+
+ZmoiPolar limits[2];
+ZmoiPolar delta;
+int threshold;
+int count;
+int edges;
+ppBuffer pLines;
+ppBuffer pBuffer;
+
+ZmoiPolar* lines() {
+    return reinterpret_cast<ZmoiPolar*>(pLines.get());
+}
+
+PP_SERVICE(zmoiHoughLine_RegionGetBufferSize);
+
+class TimcvHough : public SquareTest {
+  public:
+    using SquareTest::SquareTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(AngleStep);
+        regParm(AngleRange);
+        regParm(Picture);
+    }
+
+    bool createImages() override {
+        ppImage picture(pp8u, 1, false);
+        if (!picture.createImage(roi.width, roi.height) || !drawSquares(picture) ||
+            !createByte(pSrc, 0, srcStep) || !findEdges(picture, pSrc))
+            return false;
+        edges = countIn(pSrc);
+        setRegion();
+        return createBuffers();
+    }
+
+    void flushData() override {
+        SquareTest::flushData();
+        pLines.release();
+        pBuffer.release();
+    }
+
+    // Two products and two sums for each edge pixel and angle.
+    double getFlops() override {
+        return 4.0 * edges * (AngleRange.value() / AngleStep.value() + 1);
+    }
+
+    psString dataFigure() override {
+        return psFormat("%d lines through %d edge pixels", count, edges);
+    }
+
+  private:
+    static void setRegion() {
+        constexpr double degree = std::numbers::pi / 180;
+        const auto distance = static_cast<Zmo32f>(std::hypot(roi.width, roi.height));
+        limits[0] = {-distance, 0};
+        limits[1] = {distance, static_cast<Zmo32f>(AngleRange.value() * degree)};
+        delta = {1, static_cast<Zmo32f>(AngleStep.value() * degree)};
+        threshold = std::min(roi.width, roi.height) / 4;
+    }
+
+    static bool createBuffers() {
+        int size = 0;
+        return prepared(lib_zmoiHoughLine_RegionGetBufferSize(roi, limits, delta, maxLines, zmo8u,
+                                                              1, &size),
+                        "zmoiHoughLine_RegionGetBufferSize") &&
+               pBuffer.create(size) && pLines.create(maxLines * int{sizeof(ZmoiPolar)});
+    }
+};
+
+PP_REG(TimcvHough, zmoiHoughLine_Region_8u32f_C1R, pSrc.ptr8u(), srcStep, lines(), roi, limits,
+       delta, threshold, maxLines, &count, pBuffer.get())
+
+}  // namespace

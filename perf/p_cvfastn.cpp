@@ -1,0 +1,87 @@
+// Corners by the segment test, and their list (zmoiFastN).
+#include "squares.h"
+
+namespace {
+
+using namespace squares;
+
+psIterator<int> Arc("Arc", "Neighbours on the circle that make a corner", {9, 12});
+psIterator<int> Threshold("Threshold", "Difference that they need", {20});
+psIterator<int> Suppress("Suppress", "Keep only the maxima", {0, 1});
+
+int arc;
+int threshold;
+int suppress;
+int count;
+int maxCorners;
+ppBuffer pList;
+ppBuffer pBuffer;
+
+ZmoiPoint* list() {
+    return reinterpret_cast<ZmoiPoint*>(pList.get());
+}
+
+PP_SERVICE(zmoiFastNGetBufferSize);
+PP_SERVICE(zmoiFastN_8u_C1R);
+
+class TimiFastN : public SquareTest {
+  public:
+    using SquareTest::SquareTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(Arc);
+        regParm(Threshold);
+        regParm(Suppress);
+        regParm(Picture);
+    }
+
+    bool createImages() override {
+        arc = Arc.value();
+        threshold = Threshold.value();
+        suppress = Suppress.value();
+        return createByte(pSrc, 0, srcStep) && drawSquares(pSrc) && createByte(pDst, 1, dstStep) &&
+               createBuffer() && (!makesList() || createMap());
+    }
+
+    void flushData() override {
+        SquareTest::flushData();
+        pList.release();
+        pBuffer.release();
+    }
+
+    double getDivisor() override {
+        return makesList() ? std::max(1, count) : SquareTest::getDivisor();
+    }
+    psString getUnit() override { return makesList() ? "corner" : "pxch"; }
+
+    psString dataFigure() override {
+        return psFormat("%.3f%% of the pixels are corners", 100.0 * count / roi.width / roi.height);
+    }
+
+  private:
+    bool makesList() const { return func().baseName().contains("Vec"); }
+
+    static bool createBuffer() {
+        int size = 0;
+        return prepared(lib_zmoiFastNGetBufferSize(roi, zmo8u, 1, &size),
+                        "zmoiFastNGetBufferSize") &&
+               pBuffer.create(size);
+    }
+
+    // The list is made of what the search for corners gives.
+    static bool createMap() {
+        if (!prepared(lib_zmoiFastN_8u_C1R(pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, arc,
+                                           threshold, suppress, &count, pBuffer.get()),
+                      "zmoiFastN_8u_C1R"))
+            return false;
+        maxCorners = std::max(1, count);
+        return pList.create(maxCorners * int{sizeof(ZmoiPoint)});
+    }
+};
+
+PP_REG(TimiFastN, zmoiFastN_8u_C1R, pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, arc,
+       threshold, suppress, &count, pBuffer.get())
+PP_REG(TimiFastN, zmoiFastN2DToVec_8u, pDst.ptr8u(), dstStep, list(), roi, maxCorners, &count)
+
+}  // namespace

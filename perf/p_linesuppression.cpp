@@ -1,0 +1,86 @@
+// Responses on straight lines are taken out of a map of corners or edges (zmoiLineSuppression).
+#include "squares.h"
+
+namespace {
+
+using namespace squares;
+
+enum class Response { corners, edges };
+
+// Corners are few, edges run through every block of pixels.
+psMapIterator<Response> Responses("Responses", "What the map holds",
+                                  {{Response::corners, "corners"}, {Response::edges, "edges"}},
+                                  {Response::corners, Response::edges});
+psIterator<int> Radius("Radius", "Half a window, pixels", {3, 7});
+psIterator<int> Threshold("Threshold", "Least roundness of what stays, of 255", {100});
+
+int radius;
+int threshold;
+ppBuffer pBuffer;
+
+PP_SERVICE(zmoiFastNGetBufferSize);
+PP_SERVICE(zmoiFastN_8u_C1R);
+PP_SERVICE(zmoiLineSuppressionGetBufferSize);
+
+class TimLineSuppression : public SquareTest {
+  public:
+    using SquareTest::SquareTest;
+
+  protected:
+    void regOwnParms() override {
+        regParm(Responses);
+        regParm(Radius);
+        regParm(Threshold);
+        regParm(Picture);
+    }
+
+    bool createImages() override {
+        radius = Radius.value();
+        threshold = Threshold.value();
+        return createByte(pSrc, 0, srcStep) && drawSquares(pSrc) &&
+               createByte(pSrc2, 1, src2Step) && findResponses() && createByte(pDst, 2, dstStep) &&
+               createBuffer();
+    }
+
+    void flushData() override {
+        SquareTest::flushData();
+        pBuffer.release();
+    }
+
+    psString dataFigure() override {
+        const int responses = countIn(pSrc2);
+        return psFormat("%.2f%% of %d responses are removed",
+                        100.0 * (responses - countIn(pDst)) / std::max(1, responses), responses);
+    }
+
+  private:
+    static bool findResponses() {
+        return Responses.value() == Response::edges ? findEdges(pSrc, pSrc2) : findCorners();
+    }
+
+    static bool findCorners() {
+        constexpr int arc = 9;
+        constexpr int contrast = 4;  // below the noise: edges answer here and there
+        int size = 0;
+        int count = 0;
+        ppBuffer buffer;
+        return prepared(lib_zmoiFastNGetBufferSize(roi, zmo8u, 1, &size),
+                        "zmoiFastNGetBufferSize") &&
+               buffer.create(size) &&
+               prepared(lib_zmoiFastN_8u_C1R(pSrc.ptr8u(), srcStep, pSrc2.ptr8u(), src2Step, roi,
+                                             arc, contrast, 0, &count, buffer.get()),
+                        "zmoiFastN_8u_C1R");
+    }
+
+    static bool createBuffer() {
+        int size = 0;
+        return prepared(lib_zmoiLineSuppressionGetBufferSize(roi, radius, zmo8u, 1, &size),
+                        "zmoiLineSuppressionGetBufferSize") &&
+               pBuffer.create(size);
+    }
+};
+
+PP_REG(TimLineSuppression, zmoiLineSuppression_8u_C1R, pSrc.ptr8u(), srcStep, pSrc2.ptr8u(),
+       src2Step, pDst.ptr8u(), dstStep, roi, radius, threshold, pBuffer.get())
+
+}  // namespace

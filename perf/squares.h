@@ -1,0 +1,105 @@
+// Base of the tests of functions that look for corners and lines: a picture of turned squares with
+// noise, and its edges.
+#pragma once
+
+#include <algorithm>
+
+#include "pixels.h"
+#include "zmocv.h"
+#include "zmoi.h"
+
+namespace squares {
+
+using namespace pixels;
+
+PP_SERVICE(zmoiFilterSobelVertBorderGetBufferSize);
+PP_SERVICE(zmoiFilterSobelHorizBorderGetBufferSize);
+PP_SERVICE(zmoiFilterSobelVertBorder_8u16s_C1R);
+PP_SERVICE(zmoiFilterSobelHorizBorder_8u16s_C1R);
+PP_SERVICE(zmoiCannyGetSize);
+PP_SERVICE(zmoiCanny_16s8u_C1R);
+
+constexpr int cell = 64;
+constexpr int noise = 8;
+
+// In a place of so many quarters of a pixel: squares turned by 10 degrees, of sides of half a cell.
+inline bool inSquare(int x, int y) {
+    constexpr int cosine = 1008;  // of 1024
+    constexpr int sine = 178;
+    constexpr int period = cell * 4 * 1024;
+    const auto inBand = [](int place) {
+        const int inCell = (place % period + period) % period;
+        return inCell >= period / 4 && inCell < period * 3 / 4;
+    };
+    return inBand(x * cosine + y * sine) && inBand(y * cosine - x * sine);
+}
+
+class SquareTest : public PixelTest {
+  public:
+    using PixelTest::PixelTest;
+
+  protected:
+    int flopsOfPixel() const override { return 0; }
+
+    static bool createByte(ppImage& image, int index, int& step) {
+        image.init(pp8u, 1, false);
+        return create(image, index, step);
+    }
+
+    // Smooth outlines, as a camera gives them.
+    static bool drawSquares(ppImage& image) {
+        if (ppPictureGiven()) return ppDrawPicture(image);
+        if (!image.setRandom(0, noise)) return false;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                int inside = 0;
+                for (int part = 0; part < 16; ++part)
+                    inside += inSquare(4 * x + part % 4, 4 * y + part / 4) ? 1 : 0;
+                image.setImageAt(x, y, 0, image.getImageAt(x, y, 0) + 60 + 8 * inside);
+            }
+        }
+        return true;
+    }
+
+    static bool findEdges(const ppImage& picture, ppImage& edges) {
+        constexpr Zmo32f low = 150;
+        constexpr Zmo32f high = 300;
+        ppImage dx(pp16s, 1, false);
+        ppImage dy(pp16s, 1, false);
+        ppBuffer buffer;
+        int sizes[3] = {};
+        return dx.createImage(roi.width, roi.height) && dy.createImage(roi.width, roi.height) &&
+               prepared(lib_zmoiFilterSobelVertBorderGetBufferSize(roi, zmoiMask3x3, zmo8u, 1,
+                                                                   &sizes[0]),
+                        "zmoiFilterSobelVertBorderGetBufferSize") &&
+               prepared(lib_zmoiFilterSobelHorizBorderGetBufferSize(roi, zmoiMask3x3, zmo8u, 1,
+                                                                    &sizes[1]),
+                        "zmoiFilterSobelHorizBorderGetBufferSize") &&
+               prepared(lib_zmoiCannyGetSize(roi, &sizes[2]), "zmoiCannyGetSize") &&
+               buffer.create(std::max({sizes[0], sizes[1], sizes[2]})) &&
+               prepared(lib_zmoiFilterSobelVertBorder_8u16s_C1R(
+                            picture.ptr8u(), picture.step(), dx.ptr16s(), dx.step(), roi,
+                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
+                        "zmoiFilterSobelVertBorder_8u16s_C1R") &&
+               prepared(lib_zmoiFilterSobelHorizBorder_8u16s_C1R(
+                            picture.ptr8u(), picture.step(), dy.ptr16s(), dy.step(), roi,
+                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
+                        "zmoiFilterSobelHorizBorder_8u16s_C1R") &&
+               prepared(lib_zmoiCanny_16s8u_C1R(dx.ptr16s(), dx.step(), dy.ptr16s(), dy.step(),
+                                                edges.ptr8u(), edges.step(), roi, low, high,
+                                                zmoiNormL2, buffer.get()),
+                        "zmoiCanny_16s8u_C1R");
+    }
+
+    // The number of pixels that are not 0.
+    static int countIn(const ppImage& image) {
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            const auto* const row = static_cast<const unsigned char*>(image.getRowPointer(y));
+            count += image.width() - static_cast<int>(std::count(row, row + image.width(), 0));
+        }
+        return count;
+    }
+};
+
+}  // namespace squares

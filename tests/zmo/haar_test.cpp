@@ -1,0 +1,278 @@
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "kit.h"
+#include "zmocv.h"
+
+namespace {
+
+template <class T>
+constexpr bool isFloat = std::is_floating_point_v<T>;
+template <class T>
+constexpr ZmoDataType typeOf = isFloat<T> ? zmo32f : zmo32s;
+
+// What zmoiHaarInit takes.
+template <class T>
+struct Stage {
+    std::vector<ZmoiRect> rects;
+    std::vector<T> weights;
+    std::vector<int> counts;
+    std::vector<T> thresholds;
+    std::vector<T> low;
+    std::vector<T> high;
+    bool tilted = false;
+};
+
+template <class T>
+auto initOf() {
+    if constexpr (isFloat<T>) {
+        return zmoiHaarInit_32f;
+    } else {
+        return zmoiHaarInit_32s;
+    }
+}
+
+// On an odd address, as a state may lie.
+template <class T>
+kit::Buffer stateOf(const Stage<T>& s) {
+    const int classifiers = static_cast<int>(s.low.size());
+    int bytes = 0;
+    EXPECT_EQ(zmoiHaarGetSize(classifiers, static_cast<int>(s.rects.size()), typeOf<T>, &bytes),
+              zmoStsNoErr);
+    kit::Buffer buffer(bytes);
+    EXPECT_EQ(initOf<T>()(s.rects.data(), s.weights.data(), s.counts.data(), s.thresholds.data(),
+                          s.low.data(), s.high.data(), classifiers, s.tilted,
+                          reinterpret_cast<ZmoiHaarState*>(buffer.ptr())),
+              zmoStsNoErr);
+    buffer.expectSurroundingsUntouched();
+    return buffer;
+}
+
+const ZmoiHaarState* asState(kit::Buffer& buffer) {
+    return reinterpret_cast<const ZmoiHaarState*>(buffer.ptr());
+}
+
+// Largest values of the parts of a random stage and its data; `unit` divides all numbers.
+struct Range {
+    int64_t sum;
+    int64_t weight;
+    int64_t deviation;
+    int64_t threshold;
+    int64_t value;
+    double unit;
+};
+
+template <class T>
+T drawn(kit::Random& random, int64_t largest, const Range& range) {
+    const auto value = static_cast<double>(random.between(-largest, largest));
+    return static_cast<T>(std::clamp(value / range.unit,
+                                     static_cast<double>(std::numeric_limits<T>::lowest()),
+                                     static_cast<double>(std::numeric_limits<T>::max())));
+}
+
+constexpr int reach = 20;  // rectangles end within so many columns and rows
+
+template <class T>
+Stage<T> randomStage(kit::Random& random, const Range& range, int classifiers, bool tilted) {
+    Stage<T> s;
+    s.tilted = tilted;
+    const auto number = [&](int low, int high) {
+        return static_cast<int>(random.between(low, high));
+    };
+    for (int k = 0; k < classifiers; ++k) {
+        s.counts.push_back(number(1, 3));
+        for (int i = 0; i < s.counts.back(); ++i) {
+            const int width = number(1, 6);
+            const int height = number(1, 6);
+            s.rects.push_back({number(tilted ? height : 0, 12), number(0, 8), width, height});
+            s.weights.push_back(drawn<T>(random, range.weight, range));
+        }
+        s.thresholds.push_back(drawn<T>(random, range.threshold, range));
+        s.low.push_back(drawn<T>(random, range.value, range));
+        s.high.push_back(drawn<T>(random, range.value, range));
+    }
+    return s;
+}
+
+Zmo32f difference(Zmo32f a, Zmo32f b) {
+    return a - b;
+}
+Zmo32s difference(Zmo32s a, Zmo32s b) {
+    return static_cast<Zmo32s>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+// The sum of a window's votes; Real is float, or a double that holds all integers that occur.
+template <class T, class Real>
+Real votes(const Stage<T>& s, const kit::Image<T>& table, T deviation, int x, int y,
+           int scaleFactor) {
+    Real sum = 0;
+    size_t r = 0;
+    for (size_t k = 0; k < s.low.size(); ++k) {
+        Real feature = 0;
+        for (const size_t end = r + static_cast<size_t>(s.counts[k]); r < end; ++r) {
+            const ZmoiRect& rect = s.rects[r];
+            const int left = x + rect.x, top = y + rect.y, w = rect.width, h = rect.height;
+            const auto at = [&](int i, int j) { return table.get(left + i, top + j); };
+            const T inside = s.tilted ? difference(difference(at(w - h, w + h), at(w, w)),
+                                                   difference(at(-h, h), at(0, 0)))
+                                      : difference(difference(at(w, h), at(0, h)),
+                                                   difference(at(w, 0), at(0, 0)));
+            feature += static_cast<Real>(s.weights[r]) * static_cast<Real>(inside);
+        }
+        const Real limit = std::ldexp(
+            static_cast<Real>(s.thresholds[k]) * static_cast<Real>(deviation), -scaleFactor);
+        sum += static_cast<Real>(feature < limit ? s.low[k] : s.high[k]);
+    }
+    return sum;
+}
+
+template <class T>
+void expectOracle(const Range& range) {
+    using Real = std::conditional_t<isFloat<T>, float, double>;
+    double allSelected = 0;
+    double allPositive = 0;
+    kit::forEachCase(91, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+        const int density = std::array{100, 0, 4, 60}[turn / 3 % 4];
+        const auto stage =
+            randomStage<T>(random, range, static_cast<int>(turn) / 3 % 9 + 1, turn / 3 % 2 == 1);
+        kit::Buffer state = stateOf(stage);
+        kit::Image<T> table({size.width + reach, size.height + reach}, layout);
+        kit::Image<T> deviations(size, layout);
+        kit::Image<Zmo8u> mask(size, layout);
+        table.fill([&] { return drawn<T>(random, range.sum, range); });
+        deviations.fill([&] { return drawn<T>(random, range.deviation, range); });
+        mask.fill(
+            [&] { return random.between(0, 99) < density ? random.between(1, 255) : int64_t{0}; });
+        const T threshold = drawn<T>(random, range.value, range);
+        const auto divisor = static_cast<int64_t>(turn % 3 + 1);
+        const int scale = isFloat<T> ? 0 : static_cast<int>(random.between(-31, 31) / divisor);
+        int selected = 0;
+        int positive = 0;
+        kit::Image<Zmo8u> expected = mask;
+        for (int y = 0; y < size.height; ++y) {
+            for (int x = 0; x < size.width; ++x) {
+                if (mask.get(x, y) == 0) continue;
+                ++selected;
+                const Real sum = votes<T, Real>(stage, table, deviations.get(x, y), x, y, scale);
+                if (sum >= static_cast<Real>(threshold)) {
+                    ++positive;
+                } else {
+                    expected.set(x, y, 0);
+                }
+            }
+        }
+        allSelected += selected;
+        allPositive += positive;
+        int count = -1;
+        const ZmoStatus status = kit::watched([&] {
+            if constexpr (isFloat<T>) {
+                return zmoiApplyHaarClassifier_32f_C1R(table.ptr(), table.step(), deviations.ptr(),
+                                                       deviations.step(), mask.ptr(), mask.step(),
+                                                       size, threshold, &count, asState(state));
+            } else {
+                return zmoiApplyHaarClassifier_32s_C1RSfs(
+                    table.ptr(), table.step(), deviations.ptr(), deviations.step(), mask.ptr(),
+                    mask.step(), size, threshold, &count, asState(state), scale);
+            }
+        });
+        EXPECT_EQ(status, selected == 0 ? zmoStsEmptyMask : zmoStsNoErr);
+        EXPECT_EQ(count, positive);
+        kit::expectPixels(mask, [&](int x, int y) { return expected.get(x, y); });
+        mask.expectSurroundingsUntouched("mask");
+    });
+    EXPECT_GT(allPositive, 0.1 * allSelected);
+    EXPECT_LT(allPositive, 0.9 * allSelected);
+}
+
+// Small numbers, so that sums and thresholds are often equal; then fractions, then the largest.
+TEST(Haar, Oracle32f) {
+    expectOracle<Zmo32f>({40, 3, 6, 12, 2, 1});
+    expectOracle<Zmo32f>({1000000, 3000, 100000, 5000, 1000, 777});
+}
+TEST(Haar, Oracle32s) {
+    expectOracle<Zmo32s>({40, 3, 6, 12, 2, 1});
+    expectOracle<Zmo32s>({INT32_MAX, 600000, INT32_MAX, 1 << 21, INT32_MAX / 2, 1});
+    expectOracle<Zmo32s>({int64_t{1} << 33, 3, int64_t{1} << 33, 1 << 21, 2, 1});
+}
+
+TEST(Haar, BadArguments) {
+    const Stage<Zmo32f> stage32f{{{2, 1, 3, 2}}, {1}, {1}, {1}, {0}, {1}};
+    const Stage<Zmo32s> stage32s{{{2, 1, 3, 2}}, {1}, {1}, {1}, {0}, {1}};
+    kit::Buffer state32f = stateOf(stage32f);
+    kit::Buffer state32s = stateOf(stage32s);
+    kit::Image<Zmo32s> table({17, 7});  // 2 + 3 columns more than there are windows
+    kit::Image<Zmo8u> mask({12, 4});
+    table.fill([] { return 0; });
+    mask.fill([] { return 1; });
+    int count = -1;
+    const auto untouched = [&] {
+        mask.expectUntouched("mask");
+        EXPECT_EQ(count, -1);
+    };
+    const auto* const floats = reinterpret_cast<const Zmo32f*>(table.ptr());
+    kit::expectBadArguments(
+        zmoiApplyHaarClassifier_32f_C1R,
+        {floats, 68, floats, 48, mask.ptr(), 12, {12, 4}, 2, &count, asState(state32f)},
+        {kit::bad<1>(69, zmoStsStepErr), kit::bad<3>(44, zmoStsStepErr),
+         kit::bad<5>(11, zmoStsStepErr),
+         kit::bad<7>(std::numeric_limits<float>::infinity(), zmoStsThresholdErr),
+         kit::bad<9>(asState(state32s), zmoStsStateErr), kit::bad<1>(64, zmoStsRectErr)},
+        untouched);
+    count = -1;
+    mask.fill([] { return 1; });
+    kit::expectBadArguments(
+        zmoiApplyHaarClassifier_32s_C1RSfs,
+        {table.ptr(),
+         68,
+         table.ptr(),
+         48,
+         mask.ptr(),
+         12,
+         {12, 4},
+         2,
+         &count,
+         asState(state32s),
+         0},
+        {kit::bad<1>(69, zmoStsStepErr), kit::bad<3>(44, zmoStsStepErr),
+         kit::bad<5>(11, zmoStsStepErr), kit::bad<9>(asState(state32f), zmoStsStateErr),
+         kit::bad<1>(64, zmoStsRectErr), kit::bad<10>(-32, zmoStsScaleErr),
+         kit::bad<10>(32, zmoStsScaleErr)},
+        untouched);
+}
+
+template <class T>
+void expectBadStages(T badNumber) {
+    static constexpr ZmoiRect rects[] = {{2, 1, 2, 2}, {3, 0, 1, 2}};
+    static constexpr ZmoiRect badRects[][2] = {
+        {{1, 1, 2, 2}, {}}, {rects[0], {3, -1, 1, 2}}, {{2, 1, 2, 0}, {}}, {{2, 1, 65537, 2}, {}}};
+    const T numbers[] = {1, -1};
+    const T badNumbers[] = {badNumber, 1};
+    const int counts[] = {2};
+    const int noCounts[] = {0};
+    const int manyCounts[] = {65537};
+    kit::Buffer state(1024);
+    auto* const pState = reinterpret_cast<ZmoiHaarState*>(state.ptr());
+    const auto untouched = [&] { state.expectUntouched(); };
+    kit::expectBadArguments(
+        initOf<T>(), {rects, numbers, counts, numbers, numbers, numbers, 1, 1, pState},
+        {kit::bad<6>(0, zmoStsRangeErr), kit::bad<6>(65537, zmoStsRangeErr),
+         kit::bad<2>(noCounts, zmoStsRangeErr), kit::bad<2>(manyCounts, zmoStsRangeErr),
+         kit::bad<0>(badRects[0], zmoStsRectErr), kit::bad<0>(badRects[1], zmoStsRectErr),
+         kit::bad<0>(badRects[2], zmoStsRectErr), kit::bad<0>(badRects[3], zmoStsRectErr),
+         kit::bad<1>(badNumbers, zmoStsRangeErr), kit::bad<3>(badNumbers, zmoStsRangeErr)},
+        untouched);
+    int size = -1;
+    kit::expectBadArguments(
+        zmoiHaarGetSize, {1, 2, typeOf<T>, &size},
+        {kit::bad<0>(0, zmoStsRangeErr), kit::bad<0>(3, zmoStsRangeErr),
+         kit::bad<1>(65537, zmoStsRangeErr), kit::bad<2>(zmo16s, zmoStsDataTypeErr)},
+        [&] { EXPECT_EQ(size, -1); });
+}
+
+TEST(Haar, BadStages) {
+    expectBadStages<Zmo32f>(std::numeric_limits<float>::quiet_NaN());
+    expectBadStages<Zmo32s>(-(1 << 21) - 1);
+}
+
+}  // namespace

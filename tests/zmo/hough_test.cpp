@@ -1,0 +1,155 @@
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "kit.h"
+#include "zmocv.h"
+
+namespace {
+
+struct Region {
+    ZmoiPolar limits[2];
+    ZmoiPolar delta;
+};
+
+struct Line {
+    int votes;
+    ZmoiPolar at;
+};
+
+// All lines, strongest first.
+std::vector<Line> expectedLines(const kit::Image<Zmo8u>& src, const Region& region, int threshold) {
+    const auto [low, high] = region.limits;
+    const ZmoiPolar delta = region.delta;
+    const auto last = [](double from, double to, double step) {
+        return static_cast<int>(std::floor((to - from) / step + 0.5));
+    };
+    const int lastAngle = last(low.theta, high.theta, delta.theta);
+    const int lastDistance = last(low.rho, high.rho, delta.rho);
+    std::vector<std::vector<int>> votes(static_cast<size_t>(lastAngle) + 3,
+                                        std::vector<int>(static_cast<size_t>(lastDistance) + 3));
+    const auto cell = [&](int n, int r) -> int& {
+        return votes[static_cast<size_t>(n) + 1][static_cast<size_t>(r) + 1];
+    };
+    for (int n = 0; n <= lastAngle; ++n) {
+        const double theta = low.theta + double{delta.theta} * n;
+        const double c = std::cos(theta) / delta.rho;
+        const double s = std::sin(theta) / delta.rho;
+        const double o = 0.5 - double{low.rho} / delta.rho;
+        for (int y = 0; y < src.size().height; ++y) {
+            for (int x = 0; x < src.size().width; ++x) {
+                const double r = std::floor(x * c + (y * s + o));
+                if (src.get(x, y) != 0 && r >= 0 && r <= lastDistance) {
+                    ++cell(n, static_cast<int>(r));
+                }
+            }
+        }
+    }
+    std::vector<Line> lines;
+    for (int n = 0; n <= lastAngle; ++n) {
+        for (int r = 0; r <= lastDistance; ++r) {
+            const int v = cell(n, r);
+            if (v > threshold && v > cell(n - 1, r) && v >= cell(n + 1, r) && v > cell(n, r - 1) &&
+                v >= cell(n, r + 1)) {
+                lines.push_back({v,
+                                 {static_cast<float>(low.rho + double{delta.rho} * r),
+                                  static_cast<float>(low.theta + double{delta.theta} * n)}});
+            }
+        }
+    }
+    std::ranges::stable_sort(lines, std::greater(), &Line::votes);
+    return lines;
+}
+
+constexpr float pi = std::numbers::pi_v<float>;
+const Region regions[] = {{{{-300, 0}, {300, pi}}, {1, pi / 60}},
+                          {{{5, 1}, {40.5F, 1.5F}}, {0.75F, 0.01F}},
+                          {{{-20, -4}, {100, 9}}, {7, 0.5F}},
+                          {{{2.5F, 0}, {2.5F, 0}}, {1, 1}}};
+
+// A density of 100 fills more than one portion of pixels.
+TEST(Hough, Oracle) {
+    int many = 0;
+    kit::forEachCase(111, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+        const Region& region = regions[turn % 4];
+        const int density = std::array{5, 0, 100, 20, 40}[turn % 5];
+        kit::Image<Zmo8u> src(size, layout);
+        src.fill([&] { return random.between(0, 99) < density ? random.between(1, 255) : 0; });
+        const int threshold = std::array{0, 4, 9}[turn % 3];
+        const int room = std::array{7, 1, 5000}[turn / 4 % 3];
+        const std::vector<Line> lines = expectedLines(src, region, threshold);
+        const int all = static_cast<int>(lines.size());
+        many += all > 7;
+        int bytes = 0;
+        EXPECT_EQ(zmoiHoughLine_RegionGetBufferSize(size, region.limits, region.delta, room, zmo8u,
+                                                    1, &bytes),
+                  zmoStsNoErr);
+        kit::Buffer buffer(bytes);
+        kit::Image<Zmo32f> found({2 * std::min(room, all) + 2, 1}, {1, 0});
+        found.fill([] { return -7; });
+        int count = -1;
+        EXPECT_EQ(kit::watched([&] {
+                      return zmoiHoughLine_Region_8u32f_C1R(
+                          src.ptr(), src.step(), reinterpret_cast<ZmoiPolar*>(found.ptr()), size,
+                          region.limits, region.delta, threshold, room, &count, buffer.ptr());
+                  }),
+                  all > room ? zmoStsTruncated : zmoStsNoErr);
+        EXPECT_EQ(count, std::min(room, all));
+        kit::expectPixels(found, [&](int i, int) {
+            if (i >= 2 * std::min(room, all)) return -7.0F;
+            const ZmoiPolar line = lines[static_cast<size_t>(i / 2)].at;
+            return i % 2 == 0 ? line.rho : line.theta;
+        });
+        buffer.expectSurroundingsUntouched();
+    });
+    EXPECT_GT(many, 10);
+}
+
+TEST(Hough, BadArguments) {
+    kit::Image<Zmo8u> src({12, 4});
+    src.fill([] { return 1; });
+    kit::Image<Zmo32f> found({20, 1});
+    kit::Buffer buffer(1 << 17);
+    int count = -1;
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    static constexpr ZmoiPolar good[] = {{0, 0}, {9, 1}};
+    static constexpr ZmoiPolar crossed[] = {{10, 0}, {9, 1}};
+    static constexpr ZmoiPolar crossedAngles[] = {{0, 2}, {9, 1}};
+    static constexpr ZmoiPolar noNumber[] = {{0, 0}, {9, nan}};
+    const auto untouched = [&] {
+        found.expectUntouched("lines");
+        buffer.expectUntouched();
+        EXPECT_EQ(count, -1);
+    };
+    kit::expectBadArguments(
+        zmoiHoughLine_Region_8u32f_C1R,
+        {src.ptr(),
+         12,
+         reinterpret_cast<ZmoiPolar*>(found.ptr()),
+         {12, 4},
+         good,
+         {1, 1},
+         0,
+         10,
+         &count,
+         buffer.ptr()},
+        {kit::bad<1>(11, zmoStsStepErr), kit::bad<4>(crossed, zmoStsRangeErr),
+         kit::bad<4>(crossedAngles, zmoStsRangeErr), kit::bad<4>(noNumber, zmoStsRangeErr),
+         kit::bad<5>(ZmoiPolar{0, 1}, zmoStsRangeErr),
+         kit::bad<5>(ZmoiPolar{1, -1}, zmoStsRangeErr), kit::bad<6>(-1, zmoStsThresholdErr),
+         kit::bad<7>(0, zmoStsRangeErr), kit::bad<5>(ZmoiPolar{1e-9F, 1}, zmoStsTooLargeErr)},
+        untouched);
+    count = -1;
+    found.snapshot();
+    buffer.snapshot();
+    kit::expectBadArguments(
+        zmoiHoughLine_RegionGetBufferSize, {{12, 4}, good, {1, 1}, 10, zmo8u, 1, &count},
+        {kit::bad<2>(ZmoiPolar{1, 0}, zmoStsRangeErr), kit::bad<3>(0, zmoStsRangeErr),
+         kit::bad<4>(zmo16u, zmoStsDataTypeErr), kit::bad<5>(3, zmoStsChannelsErr),
+         kit::bad<3>(INT32_MAX, zmoStsTooLargeErr),
+         kit::bad<0>(ZmoiSize{65536, 32768}, zmoStsTooLargeErr)},
+        untouched);
+}
+
+}  // namespace

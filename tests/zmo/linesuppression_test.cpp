@@ -1,0 +1,127 @@
+#include <algorithm>
+
+#include "kit.h"
+#include "zmocv.h"
+
+namespace {
+
+bool isOnLine(const kit::Image<Zmo8u>& picture, int x, int y, int radius, int threshold) {
+    const auto at = [&](int i, int j) {
+        return int64_t{picture.get(std::clamp(i, 0, picture.size().width - 1),
+                                   std::clamp(j, 0, picture.size().height - 1))};
+    };
+    int64_t a = 0;
+    int64_t b = 0;
+    int64_t c = 0;
+    for (int j = y - radius; j <= y + radius; ++j) {
+        for (int i = x - radius; i <= x + radius; ++i) {
+            const int64_t gx = at(i + 1, j) - at(i - 1, j);
+            const int64_t gy = at(i, j + 1) - at(i, j - 1);
+            a += gx * gx;
+            b += gy * gy;
+            c += gx * gy;
+        }
+    }
+    return 1020 * (a * b - c * c) <= threshold * (a + b) * (a + b);
+}
+
+kit::Image<Zmo8u> suppressed(const kit::Image<Zmo8u>& picture, const kit::Image<Zmo8u>& responses,
+                             kit::Layout layout, int radius, int threshold) {
+    const ZmoiSize size = picture.size();
+    int bytes = 0;
+    EXPECT_EQ(zmoiLineSuppressionGetBufferSize(size, radius, zmo8u, 1, &bytes), zmoStsNoErr);
+    kit::Buffer buffer(bytes);
+    kit::Image<Zmo8u> dst(size, layout);
+    kit::succeed([&] {
+        return zmoiLineSuppression_8u_C1R(picture.ptr(), picture.step(), responses.ptr(),
+                                          responses.step(), dst.ptr(), dst.step(), size, radius,
+                                          threshold, buffer.ptr());
+    });
+    dst.expectSurroundingsUntouched("responses");
+    buffer.expectSurroundingsUntouched();
+    return dst;
+}
+
+TEST(LineSuppression, Oracle) {
+    int kept = 0;
+    kit::forEachCase(121, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+        const int radius = std::array{1, 3, 15, 2, 7}[turn % 5];
+        const int threshold = std::array{0, 60, 130, 255}[turn / 3 % 4];
+        const int density = std::array{100, 4, 30}[turn % 3];
+        const int contrast = turn % 2 == 0 ? 255 : 3;
+        kit::Image<Zmo8u> picture(size, layout);
+        kit::Image<Zmo8u> responses(size, layout);
+        // Bars of random lengths: windows with one, two and no directions.
+        int64_t left = 0;
+        int grey = 0;
+        picture.fill([&] {
+            if (--left < 0) {
+                left = random.between(1, size.width);
+                grey = random.between(0, 1) == 0 ? 0 : contrast;
+            }
+            return grey;
+        });
+        responses.fill(
+            [&] { return random.between(0, 99) < density ? random.between(1, 255) : int64_t{0}; });
+        const kit::Image<Zmo8u> dst = suppressed(picture, responses, layout, radius, threshold);
+        kit::expectPixels(dst, [&](int x, int y) {
+            kept += dst.get(x, y) != 0;
+            const Zmo8u response = responses.get(x, y);
+            const bool goes = response == 0 || isOnLine(picture, x, y, radius, threshold);
+            return goes ? Zmo8u{0} : response;
+        });
+    });
+    EXPECT_GT(kept, 1000);
+}
+
+// A half plane, whose edge has any direction, loses its response, a quadrant keeps that of its corner.
+TEST(LineSuppression, LinesGoAndCornersStay) {
+    for (const auto& [dx, dy] : {std::pair{1, 0}, {0, 1}, {3, 1}, {-2, 3}, {1, 1}}) {
+        for (const bool corner : {false, true}) {
+            kit::Image<Zmo8u> picture({41, 41});
+            kit::Image<Zmo8u> responses({41, 41});
+            responses.fill([] { return 0; }).set(20, 20, 9);
+            for (int y = 0; y < 41; ++y) {
+                for (int x = 0; x < 41; ++x) {
+                    // Four steps of grey across an edge, as a lens leaves it.
+                    const int ahead = std::clamp(dx * (x - 20) + dy * (y - 20) + 2, 0, 4);
+                    const int aside = std::clamp(dx * (y - 20) - dy * (x - 20) + 2, 0, 4);
+                    const int grey = 40 * (corner ? std::min(ahead, aside) : ahead);
+                    picture.set(x, y, static_cast<Zmo8u>(grey));
+                }
+            }
+            EXPECT_EQ(suppressed(picture, responses, {}, 4, 60).get(20, 20), corner ? 9 : 0)
+                << dx << ", " << dy;
+        }
+    }
+}
+
+TEST(LineSuppression, BadArguments) {
+    kit::Image<Zmo8u> src({12, 4});
+    kit::Image<Zmo8u> dst({12, 4});
+    src.fill([] { return 3; });
+    kit::Buffer buffer(4096);
+    int size = -1;
+    const auto untouched = [&] {
+        dst.expectUntouched("result");
+        buffer.expectUntouched();
+        EXPECT_EQ(size, -1);
+    };
+    kit::expectBadArguments(
+        zmoiLineSuppression_8u_C1R,
+        {src.ptr(), 12, src.ptr(), 12, dst.ptr(), 12, {12, 4}, 2, 9, buffer.ptr()},
+        {kit::bad<1>(11, zmoStsStepErr), kit::bad<3>(0, zmoStsStepErr),
+         kit::bad<5>(11, zmoStsStepErr), kit::bad<7>(0, zmoStsRangeErr),
+         kit::bad<7>(16, zmoStsRangeErr), kit::bad<8>(-1, zmoStsThresholdErr),
+         kit::bad<8>(256, zmoStsThresholdErr)},
+        untouched);
+    dst.snapshot();
+    buffer.snapshot();
+    kit::expectBadArguments(
+        zmoiLineSuppressionGetBufferSize, {{12, 4}, 1, zmo8u, 1, &size},
+        {kit::bad<1>(16, zmoStsRangeErr), kit::bad<2>(zmo16u, zmoStsDataTypeErr),
+         kit::bad<3>(3, zmoStsChannelsErr), kit::bad<0>(ZmoiSize{INT32_MAX, 1}, zmoStsTooLargeErr)},
+        untouched);
+}
+
+}  // namespace
