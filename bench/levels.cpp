@@ -5,17 +5,8 @@
 // level is switched within the run, call by call of zmoSetCpuFeatures.
 #include "levels.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <map>
-
 namespace levels {
 namespace {
-
-std::map<std::string, Group>& groups() {
-    static std::map<std::string, Group> registered;
-    return registered;
-}
 
 constexpr struct {
     const char* name;
@@ -54,53 +45,17 @@ void printFunction(const Function& function) {
     std::printf("\n");
 }
 
-void print(ZmoiSize size, const std::vector<std::string>& names) {
+void printTitle(ZmoiSize size) {
     std::printf("clocks per pixel and ratio to the first of a line, %dx%d\n%-46s%9s", size.width,
                 size.height, "", "plain");
     for (const auto& level : processorLevels) std::printf("%17s", level.name);
     std::printf("\n");
-    for (const std::string& name : names) {
-        zmoInit();
-        for (const Function& function : groups().at(name)(size)) printFunction(function);
-    }
-}
-
-int usage() {
-    std::fprintf(stderr, "usage: levels [width height [group...]], sides from 1 to 30000, groups:");
-    for (const auto& group : groups()) std::fprintf(stderr, " %s", group.first.c_str());
-    std::fprintf(stderr, "\n");
-    return 1;
-}
-
-int run(int argc, char** argv) {
-    const ZmoiSize size{argc > 2 ? std::atoi(argv[1]) : 640, argc > 2 ? std::atoi(argv[2]) : 480};
-    if (argc == 2 || size.width < 1 || size.height < 1 || size.width > 30000 || size.height > 30000)
-        return usage();
-    std::vector<std::string> names;
-    for (int i = 3; i < argc; ++i) {
-        if (!groups().contains(argv[i])) return usage();
-        names.emplace_back(argv[i]);
-    }
-    if (names.empty()) {
-        for (const auto& group : groups()) names.push_back(group.first);
-    }
-    try {
-        print(size, names);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "levels: %s\n", error.what());
-        return 1;
-    }
-    return 0;
 }
 
 }  // namespace
-
-Registered::Registered(const char* name, Group group) {
-    groups()[name] = group;
-}
-
 }  // namespace levels
 
 int main(int argc, char** argv) {
-    return levels::run(argc, argv);
+    return bench::runGroups<levels::Function>("levels", argc, argv, levels::printTitle,
+                                              levels::printFunction);
 }

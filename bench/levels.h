@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "figures.h"
+#include "registry.h"
 
 namespace levels {
 
@@ -19,12 +19,6 @@ struct Function {
     double divisor;
 };
 
-// Makes the functions and their data for images of this size.
-using Group = std::vector<Function> (*)(ZmoiSize size);
-
-class Registered {
-  public:
-    Registered(const char* name, Group group);
-};
+using Registered = bench::Registered<Function>;
 
 }  // namespace levels

@@ -67,7 +67,7 @@ class MaskedTest : public ppTest {
         image.init(func(), ppArgSrc);
         if (!image.createImage(roi.width, roi.height, 0, ppMisalign(index))) return false;
         step = image.step();
-        return ppDrawSource(image);
+        return ppDrawSource(image, index);
     }
 
     bool createMask() {

@@ -30,7 +30,7 @@ class TimcAdd : public PixelTest {
 
     bool createImages() override {
         return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
-               create(pSrc2, ppArgSrc, 1, src2Step) && ppDrawSource(pSrc2) &&
+               create(pSrc2, ppArgSrc, 1, src2Step) && ppDrawSource(pSrc2, 1) &&
                create(pDst, ppArgDst, 2, dstStep) && (!func().mask() || createMask());
     }
 

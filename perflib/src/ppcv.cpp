@@ -77,14 +77,15 @@ bool registerCommon() {
 
 const bool registered = registerCommon();
 
-bool drawPicture(ppImage& image) {
-    ppImage grey(pp8u, 1, false);
-    if (!grey.createImage(image.width(), image.height()) || !ppDrawPicture(grey)) return false;
+bool drawPicture(ppImage& image, int shift) {
+    ppImage picture(pp8u, image.numChannels(), false);
+    if (!picture.createImage(image.width(), image.height()) || !ppDrawPicture(picture, shift))
+        return false;
     const int channels = image.numChannels();
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
-            const double value = grey.getImageAt(x, y, 0);
-            for (int c = 0; c < channels; ++c) image.setImageAt(x, y, c, value);
+            for (int c = 0; c < channels; ++c)
+                image.setImageAt(x, y, c, picture.getImageAt(x, y, c));
         }
     }
     return true;
@@ -147,8 +148,9 @@ class ObjectField {
 
 }  // namespace
 
-bool ppDrawSource(ppImage& image) {
-    if (ppPictureGiven()) return drawPicture(image);
+bool ppDrawSource(ppImage& image, int frame) {
+    constexpr int movement = 3;
+    if (ppPictureGiven()) return drawPicture(image, frame * movement);
     return image.type() == pp32f ? image.setRandom(0, 255) : image.setRandom();
 }
 

@@ -16,9 +16,10 @@ extern psIterator<int> Connectivity;  // 4 or 8 neighbours
 extern psMapIterator<_ZmoNormType> Norm;
 extern ppScaleIterator ScaleFactor;
 
-// Fills a source image: with the given picture in grey, the same in all channels,
-// or with noise over the range of an integer type and over 0 to 255 for 32f.
-bool ppDrawSource(ppImage& image);
+// Fills a source image: with the given picture, or with noise over the range of an
+// integer type and over 0 to 255 for 32f. The picture moves from frame to frame;
+// noise is never the same.
+bool ppDrawSource(ppImage& image, int frame = 0);
 // Fills an 8u image with 255 inside a few round objects, which cover so many
 // percent of the pixels and at least one, and 0 around them.
 bool ppDrawMask(ppImage& mask, int percent);

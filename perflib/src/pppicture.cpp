@@ -1,5 +1,7 @@
 #include "pppicture.h"
 
+#include <array>
+
 #include "ppbmpfile.h"
 #include "ppimage.h"
 #include "psstream.h"
@@ -35,19 +37,25 @@ const ppImage* loadPicture() {
 }
 
 using Byte = unsigned char;
+constexpr Byte opaque = 255;
 
-// ITU-R BT.601 luma in 16-bit fixed point; the file's order is blue, green, red.
-Byte luma(unsigned blue, unsigned green, unsigned red) {
-    return static_cast<Byte>((blue * 7471 + green * 38470 + red * 19595 + 32768) >> 16);
-}
+// Blue, green and red, in the file's order.
+using Colour = std::array<Byte, 3>;
 
-Byte greyOf(const Byte* pixel, int channels) {
-    if (channels == 1) return *pixel;
-    if (channels > 2) return luma(pixel[0], pixel[1], pixel[2]);
+Colour colourOf(const Byte* pixel, int channels) {
+    if (channels == 1) return {*pixel, *pixel, *pixel};
+    if (channels > 2) return {pixel[0], pixel[1], pixel[2]};
     // 16 bits: five each of red, green and blue.
     const unsigned packed = pixel[0] | static_cast<unsigned>(pixel[1]) << 8;
-    const auto wide = [=](int shift) { return ((packed >> shift) & 31) * 255 / 31; };
-    return luma(wide(0), wide(5), wide(10));
+    const auto wide = [=](int shift) {
+        return static_cast<Byte>(((packed >> shift) & 31) * 255 / 31);
+    };
+    return {wide(0), wide(5), wide(10)};
+}
+
+// ITU-R BT.601 luma in 16-bit fixed point.
+Byte luma(Colour c) {
+    return static_cast<Byte>((c[0] * 7471U + c[1] * 38470U + c[2] * 19595U + 32768) >> 16);
 }
 
 }  // namespace
@@ -64,15 +72,24 @@ psString ppPictureTitle() {
     return Picture.value().getFileTitle();
 }
 
-bool ppDrawPicture(ppImage& image) {
+bool ppDrawPicture(ppImage& image, int shift) {
     const ppImage* source = loadPicture();
     if (!source) return false;
-    const int channels = source->numChannels();
+    const int fromChannels = source->numChannels();
+    const int channels = image.numChannels();
     for (int y = 0; y < image.height(); ++y) {
-        const auto* from = static_cast<const Byte*>(source->getRowPointer(y % source->height()));
+        const auto* from =
+            static_cast<const Byte*>(source->getRowPointer((y + shift) % source->height()));
         auto* to = static_cast<Byte*>(image.getRowPointer(y));
-        for (int x = 0; x < image.width(); ++x)
-            to[x] = greyOf(from + channels * (x % source->width()), channels);
+        for (int x = 0; x < image.width(); ++x, to += channels) {
+            const int column = (x + shift) % source->width();
+            const Colour colour = colourOf(from + fromChannels * column, fromChannels);
+            if (channels == 1) {
+                *to = luma(colour);
+            } else {
+                for (int c = 0; c < channels; ++c) to[c] = c < 3 ? colour[c] : opaque;
+            }
+        }
     }
     return true;
 }

@@ -22,7 +22,8 @@ extern ppPictureParameter Picture;
 bool ppPictureGiven();
 // The title of that file.
 psString ppPictureTitle();
-// Fills a one-channel 8u image with the picture in grey, cropped or tiled to the
-// image's size. False, after a message that names the file, when it cannot be
-// loaded.
-bool ppDrawPicture(ppImage& image);
+// Fills an 8u image with the picture, cropped or tiled to the image's size: in
+// grey if it has one channel, else blue, green, red and, as a fourth, opaque. The
+// picture begins at pixel (shift, shift). False, after a message that names the
+// file, when it cannot be loaded.
+bool ppDrawPicture(ppImage& image, int shift = 0);
