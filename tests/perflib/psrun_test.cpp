@@ -96,8 +96,6 @@ TEST_F(RunTest, KeysChooseTheTestsAndTheirOrder) {
         const std::string console = runSmall(c.keys);
         EXPECT_EQ(rows(), c.rows) << console;
         EXPECT_EQ(m_result, 0);
-        g_istrm.dataList().clear();
-        psTestList::m_startFunc() = "";
     }
 }
 

@@ -6,8 +6,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ps.h"
@@ -43,24 +43,24 @@ class SessionTest : public testing::Test {
         psCpuTicker::m_freqMHz = 1000;
     }
     ~SessionTest() override {
-        g_istrm.close();
-        g_istrm.dataList().clear();
-        for (psSinkList* stream :
-             std::initializer_list<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm}) {
-            release(*stream);
-        }
-        g_ostrm.setOutLevel(1);
-        psGlobalTool() = psTool();
-        psTest::m_hot = 0;
-        psSession::m_exitLevel = 0;
-        psSession::m_nameMode = 0;
-        delete pTestList;
-        pTestList = nullptr;
-        delete pCmdLine;
-        pCmdLine = nullptr;
+        putBack();
+        delete std::exchange(pTestList, nullptr);
+        delete std::exchange(pCmdLine, nullptr);
         zmoEnvironment = nullptr;
         std::filesystem::current_path(m_old);
         std::filesystem::remove_all(m_dir);
+    }
+
+    // What keys change outside the session, as before the first.
+    static void putBack() {
+        g_istrm.close();
+        g_istrm.dataList().clear();
+        for (psSinkList* stream : std::vector<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm})
+            release(*stream);
+        g_ostrm.setOutLevel(1);
+        psGlobalTool() = psTool();
+        psTestList::m_startFunc() = "";
+        psSession::m_exitLevel = psSession::m_nameMode = psTest::m_hot = 0;
     }
 
     static std::vector<char*> argvOf(Words& words) {
@@ -68,11 +68,12 @@ class SessionTest : public testing::Test {
         for (std::string& word : words) argv.push_back(word.data());
         return argv;
     }
-    // The console's text of a whole run.
+    // The console's text of a whole run; what the run before left is put back.
     std::string run(psSession& session, const Words& keys) {
         Words words{"bin/pscv"};
         words.insert(words.end(), keys.begin(), keys.end());
         std::vector<char*> argv = argvOf(words);
+        putBack();
         testing::internal::CaptureStdout();
         m_result = session.run(static_cast<int>(argv.size()), argv.data());
         return testing::internal::GetCapturedStdout();
@@ -82,6 +83,7 @@ class SessionTest : public testing::Test {
         Words words{exe};
         words.insert(words.end(), keys.begin(), keys.end());
         std::vector<char*> argv = argvOf(words);
+        putBack();
         g_ostrm.push_back(&c_out);
         session.initSession();
         testing::internal::CaptureStdout();
