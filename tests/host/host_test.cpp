@@ -215,14 +215,22 @@ TEST(HostKeys, HiddenWarningsCountAsSuccess) {
     EXPECT_EQ(run.outcome.out.find("-- lib function note"), std::string::npos);
 }
 
-TEST(HostKeys, NameLinesGoWhereTheyAreAskedFor) {
-    HostFiles into;
-    start(into, {"-f=hostFast", "-q+"});
-    ASSERT_FALSE(into.rowsOf("hostFast").empty());
-    const Row names = into.rowsOf("hostFast").front();
-    EXPECT_EQ(names[1], "Rounds");
-    EXPECT_EQ(names[2], "Mode");
-    EXPECT_EQ(names[9], "parmNames");
+TEST(HostKeys, ChooseTheTestsAndTheirOrder) {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"-fhostSlow", "-fhostNote", "-fhostFast"}, "Fast Fast Fast Fast Note Slow "},
+        {{"-fhostSlow", "-fhostNote", "-fhostFast", "-dMode=twice", "-s-"}, "Fast Fast Slow Note "},
+        {{"-f+host", "-FhostTwice", "-f-Z"}, "Twice Twice "},
+        {{"-fSlow", "-tnone"}, ""},
+        {{"-fSlow", "-tnone", "-kor"}, "Slow "},
+        {{"-m=modules", "-f=hostSlow"}, "Slow "}};
+    for (const auto& [keys, expected] : cases) {
+        HostFiles run;
+        start(run, keys);
+        std::string functions;
+        for (const Row& row : run.table)
+            if (row[0].starts_with("host")) functions += row[0].substr(4) + " ";
+        EXPECT_EQ(functions, expected) << keys.back() << run.outcome.out;
+    }
 }
 
 // Rows are in the file as soon as they are measured.

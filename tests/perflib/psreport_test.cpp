@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,18 +15,16 @@
 #include "psctrl87.h"
 #include "psstream.h"
 #include "pstest.h"
+#include "text.h"
 
 namespace {
 
-std::vector<std::string> split(const std::string& text, char separator) {
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
-    return parts;
-}
+using support::lines;
+using Texts = std::vector<std::string>;
 
-std::vector<std::string> linesOf(const psString& text) {
-    return split(text.c_str(), '\n');
+// The cells of a table's first line.
+support::Row cells(const std::string& text) {
+    return support::tableRows(text).at(0);
 }
 
 // What a report writes into a stream of the kind.
@@ -49,19 +46,19 @@ std::string written(const Report& report) {
     return result;
 }
 
-void expectBox(const std::string& text) {
-    const std::vector<std::string> lines = split(text, '\n');
-    ASSERT_GE(lines.size(), 3U);
+// Lines of one width between two edges; gives them back.
+Texts boxed(const psString& text) {
+    const Texts all = lines(text.view());
     const std::string edge = "+" + std::string(77, '-') + "+";
-    EXPECT_EQ(lines.front(), edge);
-    EXPECT_EQ(lines.back(), edge);
-    EXPECT_EQ(text.back(), '\n');
-    for (const std::string& line : lines) {
+    EXPECT_TRUE(all.size() >= 3 && all.front() == edge && all.back() == edge) << text.c_str();
+    for (const std::string& line : all) {
         EXPECT_EQ(line.size(), 79U) << line;
-        if (line != edge) {
-            EXPECT_TRUE(line.starts_with('|') && line.ends_with('|')) << line;
-        }
+        EXPECT_TRUE(line == edge || (line.starts_with('|') && line.ends_with('|'))) << line;
     }
+    return all;
+}
+Texts boxed(const std::string& text) {
+    return boxed(psString(text.c_str()));
 }
 
 // Text layout
@@ -106,32 +103,26 @@ TEST(ReportFormat, ContinuesItemsInTheirColumnsWhenTheLineIsTooNarrow) {
     text +=
         format.line({"   1", name.c_str(), "A test with blanks in its long name", "p_source", "+"});
     text += format.lastLine();
-    expectBox(text.c_str());
-    const std::vector<std::string> lines = linesOf(text);
-    ASSERT_EQ(lines.size(), 2U + 3);
-    EXPECT_EQ(lines[1].substr(0, 47), "|   1 " + std::string(39, 'n') + " A");
-    EXPECT_EQ(lines[1].substr(46, 16), "A test with     ");
-    EXPECT_EQ(lines[2].substr(46, 16), "blanks in its   ");
-    EXPECT_EQ(lines[1].substr(62), "p_source       +|");
-    EXPECT_EQ(lines[3].substr(0, 50),
+    const Texts box = boxed(text);
+    ASSERT_EQ(box.size(), 2U + 3);
+    EXPECT_EQ(box[1], "|   1 " + std::string(39, 'n') + " A test with     p_source       +|");
+    EXPECT_EQ(box[2].substr(46, 16), "blanks in its   ");
+    EXPECT_EQ(box[3].substr(0, 50),
               "|     " + std::string(22, 'n') + std::string(18, ' ') + "long");
 }
 
 TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
     psReportFormat format;
     psString text = format.firstLine();
-    text += format.titleItem("OS", "short");
     text += format.titleItem("Computer",
                              psString(std::string(60, 'x')) + " " + std::string(150, 'y').c_str());
     text += format.titleItem("OS", "tab\tand\nline");
     text += format.lastLine();
-    expectBox(text.c_str());
-    const std::vector<std::string> lines = linesOf(text);
-    ASSERT_EQ(lines.size(), 2U + 6);
-    EXPECT_EQ(lines[1].substr(0, 19), "| OS       : short ");
-    EXPECT_EQ(lines[2].substr(0, 14), "| Computer : x");
-    EXPECT_EQ(lines[3].substr(0, 14), "|            y");
-    EXPECT_EQ(lines[6].substr(0, 27), "| OS       : tab and line  ");
+    const Texts box = boxed(text);
+    ASSERT_EQ(box.size(), 2U + 5);
+    EXPECT_EQ(box[1].substr(0, 14), "| Computer : x");
+    EXPECT_EQ(box[2].substr(0, 14), "|            y");
+    EXPECT_EQ(box[5].substr(0, 27), "| OS       : tab and line  ");
 }
 
 TEST(ReportFormat, TimesOfADayAndMore) {
@@ -184,103 +175,69 @@ psReportTestResult resultOf(FakeTest& test) {
     return psReportTestResult(test);
 }
 
-void expectElevenFields(const std::string& line) {
-    EXPECT_EQ(std::ranges::count(line, ','), 10) << line;
-    for (const std::string& field : split(line, ',')) EXPECT_FALSE(field.empty()) << line;
-    EXPECT_FALSE(line.ends_with(',')) << line;
-}
-
 TEST(ReportTestResult, SummaryLineOfAMeasuredTest) {
     psCStream::m_exePath = "/opt/a, b/ps, cv";
     FakeTest test("zmoiX_8u, C1R", "TimcX//PP_REG");
-    const std::string line = written<psUStream>(resultOf(test));
-    expectElevenFields(line);
-    const std::vector<std::string> fields = split(line, ',');
-    EXPECT_EQ(fields[0], "zmoiX_8u C1R");
-    EXPECT_EQ(fields[1], "TimcX");
+    const support::Row fields = cells(written<psUStream>(resultOf(test)));
+    ASSERT_EQ(fields.size(), 11U);
+    EXPECT_EQ(std::ranges::count(fields, ""), 0);
     EXPECT_TRUE(fields[2].starts_with("Near 53 Invalid Denormal")) << fields[2];
-    EXPECT_EQ(fields[3].find('?'), std::string::npos);
     EXPECT_TRUE(fields[4].starts_with("Near Invalid")) << fields[4];
-    EXPECT_EQ(fields[6], "PP_REG");
-    EXPECT_EQ(fields[8], "p_fake");
-    EXPECT_EQ(fields[9], "OK");
-    EXPECT_EQ(fields[10], "ps cv\n");
+    const std::pair<std::size_t, const char*> others[] = {
+        {0, "zmoiX_8u C1R"}, {1, "TimcX"}, {6, "PP_REG"}, {8, "p_fake"}, {9, "OK"}, {10, "ps cv"}};
+    for (const auto& [index, text] : others) EXPECT_EQ(fields[index], text) << index;
 }
 
 TEST(ReportTestResult, TellsADisturbedStatusAfterTheGuardsAreCleared) {
     FakeTest test("zmoiX_8u_C1R", "TimcX", PS_OK, underflow);
     const psReportTestResult report = resultOf(test);
     ASSERT_TRUE(test.badControlSSX());
-    const std::vector<std::string> fields = split(written<psUStream>(report), ',');
-    EXPECT_EQ(fields[5].substr(0, 1), "?") << fields[5];
-    EXPECT_EQ(fields[6], "-");
+    const support::Row fields = cells(written<psUStream>(report));
+    EXPECT_TRUE(fields[5].starts_with('?') && fields[6] == "-") << fields[5];
     EXPECT_EQ(fields[9], "BADSTSWRN");
     EXPECT_NE(written<psOStream>(report).find("Status   : SSE ?"), std::string::npos);
 }
 
 TEST(ReportTestResult, SaysWhenNothingWasMeasured) {
     FakeTest test("zmoiX_8u_C1R", "TimcX", PS_UNDEFINED);
-    const std::string text = written<psUStream>(resultOf(test));
-    const std::string note = "--No measurements have been done\n";
-    ASSERT_TRUE(text.starts_with(note)) << text;
-    const std::string line = text.substr(note.size());
-    expectElevenFields(line);
-    EXPECT_EQ(line.substr(0, 29), "zmoiX_8u_C1R,TimcX,-,-,-,-,-,");
+    EXPECT_TRUE(written<psUStream>(resultOf(test))
+                    .starts_with("--No measurements have been done\n"
+                                 "zmoiX_8u_C1R,TimcX,-,-,-,-,-,"));
 }
 
 TEST(ReportTestTitle, BoxCommentAndCells) {
     const FakeTest test("zmoiCanny_16s8u_C1R", "TimcCanny/border/PP_REG");
     const psReportTestTitle title(test);
     const std::string box = written<psOStream>(title);
-    expectBox(box);
+    boxed(box);
     for (const char* item : {"| Function : zmoiCanny_16s8u_C1R ", "| Test     : TimcCanny ",
                              "| Source   : p_fake ", "| Description: border "})
         EXPECT_NE(box.find(item), std::string::npos) << item;
     EXPECT_EQ(written<psUStream>(title), "--zmoiCanny_16s8u_C1R TimcCanny\n");
-    EXPECT_EQ(split(written<psCStream>(title), '\n')[0], "Function,zmoiCanny_16s8u_C1R");
-
-    const FakeTest longName(std::string(300, 'f').c_str(), "a class with blanks in its name");
-    expectBox(written<psOStream>(psReportTestTitle(longName)));
+    EXPECT_EQ(lines(written<psCStream>(title))[0], "Function,zmoiCanny_16s8u_C1R");
 }
 
-// A title whose machine texts are known.
-class ReportTitle : public testing::Test {
-  protected:
-    ReportTitle() {
-        psCpuTicker::m_freqMHz = 2600;
-        g_pLibInfoList = &info;
-        g_pLibPathList = &paths;
-        info.push_back("zmoi, 1.0, (avx2), Mar 27 2026");
-        paths.push_back((std::string("/opt/") + std::string(200, 'd') + "/libzmoi.so").c_str());
-        tests.startTime = 1'000'000'000;
-    }
-    ~ReportTitle() override {
-        g_pLibInfoList = nullptr;
-        g_pLibPathList = nullptr;
-    }
-    std::string value(const psReportTitle& title, const char* name) const {
-        for (const psReportItem& item : title.items())
-            if (item.name == name) return item.value.c_str();
-        return "none";
-    }
-
-    psStringList info;
-    psStringList paths;
+TEST(ReportTitle, TellsMachineLibraryAndStart) {
+    psCpuTicker::m_freqMHz = 2600;
+    psStringList info, paths;
+    info.push_back("zmoi, 1.0, (avx2), Mar 27 2026");
+    paths.push_back((std::string("/opt/") + std::string(200, 'd') + "/libzmoi.so").c_str());
+    g_pLibInfoList = &info;
+    g_pLibPathList = &paths;
     psTestList tests;
-};
-
-TEST_F(ReportTitle, TellsMachineLibraryAndStart) {
+    tests.startTime = 1'000'000'000;
     const psReportTitle title(tests);
-    EXPECT_NE(value(title, "OS").find("Linux ("), std::string::npos);
-    EXPECT_NE(value(title, "Start").find("2001"), std::string::npos);
-    EXPECT_EQ(value(title, "Library"), "zmoi, 1.0, (avx2), Mar 27 2026");
-    expectBox(written<psOStream>(title));
+    const std::string box = written<psOStream>(title);
+    for (const char* part : {"Linux (", "2001", "zmoi, 1.0, (avx2), Mar 27 2026"})
+        EXPECT_NE(box.find(part), std::string::npos) << part << box;
+    boxed(box);
     for (const std::string& text : {written<psUStream>(title), written<psCStream>(title)}) {
-        const std::vector<std::string> lines = split(text, '\n');
-        EXPECT_EQ(lines.size(), static_cast<std::size_t>(title.items().size()));
-        for (const std::string& line : lines) EXPECT_EQ(std::ranges::count(line, ','), 1) << line;
+        for (const support::Row& row : support::tableRows(text))
+            EXPECT_EQ(row.size(), 2U) << row[0];
+        EXPECT_EQ(lines(text).size(), static_cast<std::size_t>(title.items().size()));
         EXPECT_NE(text.find("Library,zmoi 1.0 (avx2) Mar 27 2026\n"), std::string::npos) << text;
     }
+    g_pLibInfoList = g_pLibPathList = nullptr;
 }
 
 TEST(ReportEnd, RowsAddUp) {
@@ -305,11 +262,9 @@ TEST(ReportEnd, RowsAddUp) {
               ".....-BADSTSWRN ,1\n"
               "...Undefined    ,1\n"
               ".Total time     ,01:02:05\n");
-    const std::string box = written<psOStream>(report);
-    expectBox(box);
-    const std::vector<std::string> lines = split(box, '\n');
-    EXPECT_EQ(lines[1].substr(0, 12), "|PS Summary ");
-    EXPECT_EQ(lines[3].substr(0, 24), "|.Number of tests   11  ");
+    const Texts box = boxed(written<psOStream>(report));
+    EXPECT_EQ(box[1].substr(0, 12), "|PS Summary ");
+    EXPECT_EQ(box[3].substr(0, 24), "|.Number of tests   11  ");
 }
 
 class ReportList : public testing::Test {
@@ -353,12 +308,10 @@ TEST_F(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
 TEST_F(ReportList, BoxAndTable) {
     tests.push_back(new FakeTest((std::string("zmoi") + std::string(90, 'L')).c_str(), "Tim"));
     const psReportList report(tests, conditions, 0);
-    const std::string box = written<psOStream>(report);
-    expectBox(box);
-    const std::vector<std::string> lines = split(box, '\n');
-    EXPECT_EQ(lines[1].substr(0, 16), "|   # Function  ");
-    EXPECT_EQ(lines[3].substr(0, 20), "|   1 zmoiA_8u      ");
-    EXPECT_EQ(lines[3].substr(76), " +|");
+    const Texts box = boxed(written<psOStream>(report));
+    EXPECT_EQ(box[1].substr(0, 16), "|   # Function  ");
+    EXPECT_EQ(box[3].substr(0, 20), "|   1 zmoiA_8u      ");
+    EXPECT_EQ(box[3].substr(76), " +|");
     EXPECT_EQ(written<psCStream>(report).substr(0, 53),
               "Function,Test,Source,Exist\nzmoiA_8u,TimcA,p_fake,+\nzm");
 }
