@@ -41,8 +41,9 @@ ZMO_API const ZmoLibraryVersion* zmoiGetVersion(void);
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     pSrc, pDst or pBuffer is null, or pBorderValue with zmoiBorderConst
  *   zmoStsSizeErr        a side of roi is below 1
- *   zmoStsStepErr        srcStep or dstStep is shorter than a row or no multiple of the element
- * size zmoStsMaskSizeErr    mask is unknown zmoStsBorderErr      border is unknown */
+ *   zmoStsStepErr        srcStep or dstStep is shorter than a row or no multiple of an element
+ *   zmoStsMaskSizeErr    mask is unknown
+ *   zmoStsBorderErr      border is unknown */
 ZMO_API ZmoStatus zmoiFilterSobelVertBorder_8u16s_C1R(const Zmo8u* pSrc, int srcStep, Zmo16s* pDst,
                                                       int dstStep, ZmoiSize roi, ZmoiMaskSize mask,
                                                       ZmoiBorderType border,
@@ -80,8 +81,7 @@ ZMO_API ZmoStatus zmoiFilterSobelHorizBorderGetBufferSize(ZmoiSize roi, ZmoiMask
  * dst(x,y) = src(x,y), exactly. Status, in the order of the checks:
  *   zmoStsNullPtrErr     pSrc or pDst is null
  *   zmoStsSizeErr        a side of roi is below 1
- *   zmoStsStepErr        srcStep or dstStep is shorter than a row or no multiple of the element
- * size
+ *   zmoStsStepErr        srcStep or dstStep is shorter than a row or no multiple of an element
  */
 ZMO_API ZmoStatus zmoiConvert_8u32f_C1R(const Zmo8u* pSrc, int srcStep, Zmo32f* pDst, int dstStep,
                                         ZmoiSize roi);
@@ -92,9 +92,9 @@ ZMO_API ZmoStatus zmoiConvert_8u32f_C1R(const Zmo8u* pSrc, int srcStep, Zmo32f* 
  *
  *   x' =  c x + s y + xShift,   y' = -s x + c y + yShift,   c = cos(angle), s = sin(angle)
  *
- * A positive angle turns the picture against the clock, as y points down. Angles are in degrees; cos
- * and sin are taken of fmod(angle, 360) times 0.017453292519943295, and are exact at the multiples of
- * 90 degrees. The shift that leaves (xCenter, yCenter) where it is:
+ * A positive angle turns the picture against the clock, as y points down. Angles are in degrees;
+ * cos and sin are taken of fmod(angle, 360) times 0.017453292519943295, and are exact at the
+ * multiples of 90 degrees. The shift that leaves (xCenter, yCenter) where it is:
  *
  *   xShift = xCenter - c xCenter - s yCenter,   yShift = yCenter + s xCenter - c yCenter
  *

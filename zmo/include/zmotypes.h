@@ -14,7 +14,7 @@
  *     values, results, border type and border value, state, work buffer, scale factor. What a
  *     function does not have leaves no gap. Every image pointer is followed by its step. Where the
  *     source has a region of its own, srcRoi follows the source's step and roi is the
- * destination's.
+ *     destination's.
  *  3. Images. A step is the distance from row to row in bytes; it is positive, a multiple of the
  *     element size and at least as long as a row of the region. A region counts pixels, and the
  *     image pointer addresses the region's first pixel. Bytes between the end of a row and the next
@@ -38,15 +38,15 @@
  * 10. Borders. zmoiBorderReplicate repeats the edge pixel (a a | a b c); zmoiBorderConst uses the
  *     border value, one element a channel; zmoiBorderMirror reflects without repeating the edge
  *     pixel (c b | a b c), again and again until the coordinate lies inside, and a side of one
- * pixel always gives that pixel; zmoiBorderInMem reads the memory around the region, which must be
- *     readable as far as the function's window reaches. The pointer to the border value may be null
- *     for all types but zmoiBorderConst. A compound function applies the border anew to the input
- * of each of its passes.
+ *     pixel always gives that pixel; zmoiBorderInMem reads the memory around the region, which must
+ *     be readable as far as the function's window reaches. The pointer to the border value may be
+ *     null for all types but zmoiBorderConst. A compound function applies the border anew to the
+ *     input of each of its passes.
  * 11. Masks. A mask is an 8u image of one byte a pixel, whatever the channels of the image;
- * non-zero selects the pixel. When nothing is selected, results are 0 and the status is
+ *     non-zero selects the pixel. When nothing is selected, results are 0 and the status is
  *     zmoStsEmptyMask. A channel of interest counts from 1.
  * 12. 1u images. Eight pixels a byte, the most significant bit first; a bit offset of 0 to 7
- * follows the step. Bits outside the region keep their value.
+ *     follows the step. Bits outside the region keep their value.
  * 13. Rounding. Results to integers are rounded half to even, then saturated; NaN becomes 0. A
  *     function with a scale factor (Sfs) multiplies its result with 2 to the power of -scaleFactor
  *     first; the factor lies between -31 and 31.
@@ -59,7 +59,7 @@
  *     (finite, neither huge nor denormal) raises no flag but "inexact".
  * 16. Threads. All functions may be called from several threads at once, except zmoInit,
  *     zmoSetCpuFeatures and zmoSetNumThreads, which change the whole process and must not run
- * beside any other call.
+ *     beside any other call.
  */
 #ifndef ZMOTYPES_H
 #define ZMOTYPES_H
