@@ -72,15 +72,27 @@ unsigned savedStates() {
     return low;
 }
 
-}  // namespace
-
-Zmo64u processorFeatures() {
+Zmo64u askProcessor() {
     const unsigned saved = savedStates();
     Zmo64u mask = 0;
     for (const Feature& feature : features) {
         const CpuidRegs regs = cpuid(feature.leaf, feature.subleaf);
         const bool present = (regs.reg[feature.reg] >> feature.bit & 1U) != 0;
         if (present && (saved & feature.state) == feature.state) mask |= feature.mask;
+    }
+    return mask;
+}
+
+}  // namespace
+
+// Asked once: under a hypervisor every CPUID traps, and a switch of the level
+// would cost forty of them. No processor that runs this has an empty mask.
+Zmo64u processorFeatures() {
+    static Zmo64u known = 0;
+    Zmo64u mask = __atomic_load_n(&known, __ATOMIC_RELAXED);
+    if (mask == 0) {
+        mask = askProcessor();
+        __atomic_store_n(&known, mask, __ATOMIC_RELAXED);
     }
     return mask;
 }
