@@ -246,8 +246,6 @@ psReportTestTitle::psReportTestTitle(const psTest& test)
     addItem(m_items, "Description", test.info().variant);
 }
 
-namespace {}  // namespace
-
 psReportTestResult::psReportTestResult()
     : m_fields{"Function", "Class",       "Control87", "Status87", "ControlSSX", "StatusSSX",
                "Test",     "Time (sec.)", "SrcName",   "Result",   "ExeName"} {}

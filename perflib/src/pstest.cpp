@@ -169,9 +169,8 @@ void psTest::runPhases() {
     if (!canStart()) {
         g_ostrm << ERR << "-- Can't start timing\n" << END;
     } else if (m_cache && !m_cacheIter) {
-        g_ostrm << ERR << "-- Can't run "
-                << "In-Outof-Cache"
-                << " timing: no program support for function " << m_funcName << "\n"
+        g_ostrm << ERR << "-- Can't run In-Outof-Cache timing: no program support for function "
+                << m_funcName << "\n"
                 << END;
     } else {
         // A value given for this test is not the default of the next one.

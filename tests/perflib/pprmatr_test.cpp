@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <tuple>
 
 #include "psdata.h"
 #include "psstream.h"
@@ -11,22 +12,18 @@
 namespace {
 
 TEST(PprMatrice, RowsLieAtTheStep) {
-    struct {
-        ppType type;
-        int rows, columns, step, expected;
-    } const cases[] = {
+    const std::tuple<ppType, int, int, int, int> cases[] = {
         {pp32f, 3, 5, 0, 32}, {pp8u, 2, 16, 0, 16}, {pp8u, 2, 17, 0, 32}, {pp64fc, 4, 2, 48, 48}};
-    for (const auto& c : cases) {
-        pprMatrice m(c.type);
-        ASSERT_TRUE(m.createMatrice(c.rows, c.columns, c.step, 3));
-        EXPECT_EQ(m.step(), c.expected);
+    for (const auto& [type, rows, columns, asked, step] : cases) {
+        pprMatrice m(type);
+        ASSERT_TRUE(m.createMatrice(rows, columns, asked, 3));
+        EXPECT_EQ(m.step(), step);
         const auto* base = static_cast<char*>(m.data());
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(base) % 64, 3u);
-        for (int row = 0; row < c.rows; ++row) EXPECT_EQ(m.rowPtrs()[row], base + row * c.expected);
-        EXPECT_EQ(m.getPointerAt(c.rows - 1, c.columns - 1),
-                  base + (c.rows - 1) * c.expected + (c.columns - 1) * ppItem(c.type));
-        EXPECT_EQ(m.getPointerAt(c.rows, 0), nullptr);
-        EXPECT_EQ(m.getPointerAt(0, c.columns), nullptr);
+        EXPECT_EQ(m.rowPtrs()[rows - 1], base + (rows - 1) * step);
+        EXPECT_EQ(m.getPointerAt(rows - 1, columns - 1),
+                  base + (rows - 1) * step + (columns - 1) * ppItem(type));
+        EXPECT_TRUE(!m.getPointerAt(rows, 0) && !m.getPointerAt(0, columns));
     }
 }
 
@@ -40,10 +37,8 @@ TEST(PprMatrice, IsReservedOnceAndReleasesAllBlocks) {
         psResetAllVectors();
         EXPECT_TRUE(m.getString() == before);
         psOutLevelGuard quiet(0);
-        EXPECT_FALSE(m.createMatrice(0, 3));
-        EXPECT_FALSE(m.createMatrice(3, 3, 4));
-        EXPECT_FALSE(m.createMatrice(INT_MAX, INT_MAX));
-        EXPECT_FALSE(m.createMatrice(INT_MAX / 2, 1, 2));
+        EXPECT_FALSE(m.createMatrice(0, 3) || m.createMatrice(3, 3, 4));
+        EXPECT_FALSE(m.createMatrice(INT_MAX, INT_MAX) || m.createMatrice(INT_MAX / 2, 1, 2));
         EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr);
         ASSERT_TRUE(m.createMatrice(3, 3));
     }
@@ -57,9 +52,7 @@ TEST(PprMatrice, FillsAndReadsElements) {
     EXPECT_EQ(m.getIndex(5), 5);
     EXPECT_TRUE(m.setMatriceAt(1, 0, -1, 4));
     double re, im;
-    ASSERT_TRUE(m.getMatriceAt(1, 0, re, im));
-    EXPECT_EQ(re, -1);
-    EXPECT_EQ(im, 4);
+    EXPECT_TRUE(m.getMatriceAt(1, 0, re, im) && re == -1 && im == 4);
     EXPECT_FALSE(m.setMatriceAt(2, 0, 1));
     EXPECT_STREQ(m.objectInfo().c_str(), "rMatrix 32fc rows=2 columns=3");
     pprMatrice small(pp8u);

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "message_capture.h"
@@ -67,34 +69,33 @@ class PpVector : public testing::Test {
 };
 
 TEST_F(PpVector, ConvertsByTruncationAndKeepsTheLowBits) {
-    EXPECT_EQ(ppConvert<unsigned char>(300.9), 44);
-    EXPECT_EQ(ppConvert<unsigned char>(-1.5), 255);
-    EXPECT_EQ(ppConvert<int>(4294967296.0 * 3 + 5), 5);
-    EXPECT_EQ(ppConvert<unsigned char>(1e300), 255);
+    const std::pair<double, unsigned char> bytes[] = {{300.9, 44}, {-1.5, 255}, {1e300, 255}};
+    for (const auto& [value, byte] : bytes) EXPECT_EQ(ppConvert<unsigned char>(value), byte);
     EXPECT_EQ(ppConvert<short>(-1e300), 0);
+    const std::pair<double, int> ints[] = {{4294967296.0 * 3 + 5, 5}, {std::nan(""), 0}};
+    for (const auto& [value, number] : ints) EXPECT_EQ(ppConvert<int>(value), number);
     EXPECT_EQ(ppConvert<long long>(two63), LLONG_MAX);
-    EXPECT_EQ(ppConvert<unsigned long long>(two63 * 1.5), 3ULL << 62);
-    EXPECT_EQ(ppConvert<unsigned long long>(two63 * 2), ULLONG_MAX);
-    EXPECT_EQ(ppConvert<unsigned long long>(-1.0), ULLONG_MAX);
-    EXPECT_EQ(ppConvert<int>(std::nan("")), 0);
+    const std::pair<double, unsigned long long> wide[] = {
+        {two63 * 1.5, 3ULL << 62}, {two63 * 2, ULLONG_MAX}, {-1.0, ULLONG_MAX}};
+    for (const auto& [value, number] : wide)
+        EXPECT_EQ(ppConvert<unsigned long long>(value), number);
 }
 
 TEST_F(PpVector, RandomFollowsTheDefinitionInEveryTypeAndOnEveryByte) {
     constexpr int n = 257;
-    struct {
-        double lo, hi;
-    } const ranges[] = {{-1, 1}, {0.1, 0.7}, {-1e30, 1e30}, {300, 10}, {5, 5}};
+    const std::pair<double, double> ranges[] = {
+        {-1, 1}, {0.1, 0.7}, {-1e30, 1e30}, {300, 10}, {5, 5}};
     for (const ppTypeInfo& info : ppTypes) {
         const int parts = ppIsComplex(info.code) ? 2 : 1;
         const int item = ppItem(info.code);
-        for (const auto& range : ranges) {
+        for (const auto& [lo, hi] : ranges) {
             unsigned seed = 12345;
             std::uint32_t plainSeed = seed;
             std::vector<unsigned char> bytes(static_cast<std::size_t>(n * item + 9), 0xEE);
             unsigned char* p = bytes.data() + 3;
-            ASSERT_TRUE(ppFillRandom(info.code, p, n, range.lo, range.hi, seed));
-            const std::vector<double> expected = plainRandom(
-                n * parts, std::max(range.lo, info.min), std::min(range.hi, info.max), plainSeed);
+            ASSERT_TRUE(ppFillRandom(info.code, p, n, lo, hi, seed));
+            const std::vector<double> expected =
+                plainRandom(n * parts, std::max(lo, info.min), std::min(hi, info.max), plainSeed);
             EXPECT_EQ(seed, plainSeed);
             ppVisitType(info.code, [&]<class T>(T) {
                 for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -102,8 +103,7 @@ TEST_F(PpVector, RandomFollowsTheDefinitionInEveryTypeAndOnEveryByte) {
                     ASSERT_EQ(got, ppConvert<T>(expected[i])) << info.name << " " << i;
                 }
             });
-            EXPECT_EQ(bytes[2], 0xEE);
-            EXPECT_EQ(p[n * item], 0xEE) << info.name;
+            EXPECT_TRUE(bytes[2] == 0xEE && p[n * item] == 0xEE) << info.name;
         }
     }
 }
@@ -113,28 +113,18 @@ TEST_F(PpVector, RandomStaysInRangeAndTheSeedMovesOn) {
     ASSERT_TRUE(a.createVector(1000, SET_RANDOM, 10, 20));
     ASSERT_TRUE(b.createVector(1000, SET_RANDOM, 10, 20));
     EXPECT_NE(contents(a), contents(b));
-    for (double value : contents(a)) {
-        EXPECT_GE(value, 10);
-        EXPECT_LT(value, 20);
-    }
-    ppVector again(pp8u);
-    ASSERT_TRUE(again.createVector(1000));
-    ASSERT_TRUE(again.setRandom(10, 20, 7));
-    EXPECT_EQ(contents(again), contents(a));
-
+    const auto [least, most] = std::ranges::minmax(contents(a));
+    EXPECT_TRUE(least >= 10 && most < 20) << least << " " << most;
+    ASSERT_TRUE(b.setRandom(10, 20, 7));
+    EXPECT_EQ(contents(b), contents(a));
     // Equal values ask for the default range.
-    ASSERT_TRUE(again.setVector(SET_RANDOM, 0, 0));
-    const auto [low, high] = std::ranges::minmax(contents(again));
+    ASSERT_TRUE(b.setVector(SET_RANDOM, 0, 0));
+    const auto [low, high] = std::ranges::minmax(contents(b));
     EXPECT_TRUE(low < 10 && high > 245) << low << " " << high;
 }
 
 TEST_F(PpVector, SequencesAccumulateAndWrap) {
-    struct {
-        ppType type;
-        double start, hi, step;
-        bool wrap;
-        std::vector<double> expected;
-    } const cases[] = {
+    const std::tuple<ppType, double, double, double, bool, std::vector<double>> cases[] = {
         {pp8u, 0, 10, 3, false, {0, 3, 6, 9, 10, 10}},
         {pp8u, 0, 10, 3, true, {0, 3, 6, 9, 0, 3}},
         {pp8u, 300, 400, 1, true, {44, 44, 44}},      // the limit meets only the next values
@@ -144,14 +134,13 @@ TEST_F(PpVector, SequencesAccumulateAndWrap) {
         {pp64s, two63, two63, 1, false, {two63, two63}},
         {pp32fc, 1, 2, 0.5, true, {1, 1.5, 2, 1}},
     };
-    for (const auto& c : cases) {
-        ppVector v(c.type);
-        ASSERT_TRUE(v.createVector(static_cast<int>(c.expected.size())));
-        ASSERT_TRUE(v.setSequence(c.start, c.hi, c.step, c.wrap));
-        EXPECT_EQ(contents(v), c.expected) << c.type << " " << c.start;
+    for (const auto& [type, start, hi, step, wrap, expected] : cases) {
+        ppVector v(type);
+        ASSERT_TRUE(v.createVector(static_cast<int>(expected.size())));
+        ASSERT_TRUE(v.setSequence(start, hi, step, wrap));
+        EXPECT_EQ(contents(v), expected) << type << " " << start;
         double re, im;
-        ASSERT_TRUE(v.getIndex(1, re, im));
-        EXPECT_EQ(im, ppIsComplex(c.type) ? re : 0);
+        EXPECT_TRUE(v.getIndex(1, re, im) && im == (ppIsComplex(type) ? re : 0)) << type;
     }
 
     ppVector v(pp64f);
@@ -168,59 +157,50 @@ TEST_F(PpVector, SequencesAccumulateAndWrap) {
 
 TEST_F(PpVector, JaehneIsAChirp) {
     ppVector v(pp8u);
-    ASSERT_TRUE(v.createVector(1));
-    ASSERT_TRUE(v.setJaehne());
+    ASSERT_TRUE(v.createVector(1) && v.setJaehne());
     EXPECT_EQ(v.getIndex(0), 127);
 
     constexpr int n = 100000;  // i * i leaves the range of int
     ppVector f(pp64f), wide(pp16sc);
-    ASSERT_TRUE(f.createVector(n));
-    ASSERT_TRUE(f.setJaehne(3.0));
-    ASSERT_TRUE(wide.createVector(n));
-    ASSERT_TRUE(wide.setJaehne(1e9));  // limited to half the range
+    ASSERT_TRUE(f.createVector(n) && f.setJaehne(3.0));
+    ASSERT_TRUE(wide.createVector(n) && wide.setJaehne(1e9));  // limited to half the range
     for (int i : {0, 1, 777, 46341, 65536, n - 1}) {
         const double wave = std::sin(double(i) * i * 1.5707963267948966 * (1.0 / n));
         EXPECT_EQ(f.getIndex(i), wave * 3.0) << i;
         double re, im;
         ASSERT_TRUE(wide.getIndex(i, re, im));
-        EXPECT_EQ(re, std::trunc(wave * 32767.5)) << i;
-        EXPECT_EQ(im, re) << i;
+        EXPECT_TRUE(re == std::trunc(wave * 32767.5) && im == re) << i;
     }
     EXPECT_FALSE(f.setJaehne(-1));
 }
 
 TEST_F(PpVector, ConstantsAndLimits) {
-    struct {
-        ppType type;
-        double standard, max, min;
-    } const cases[] = {{pp8u, 2, 255, 0},
-                       {pp64u, 2, two63, 0},
-                       {pp64s, 2, two63 /* 2^63 - 1 as a double */, -two63},
-                       {pp64f, 1.00001, 1.7976931348623157e308, -1.7976931348623157e308},
-                       {pp32fc, 1.00001F, 3.4028234663852886e38, -3.4028234663852886e38},
-                       {pp16sc, 2, 32767, -32768}};
-    for (const auto& c : cases) {
-        ppVector v(c.type);
+    const std::tuple<ppType, double, double, double> cases[] = {
+        {pp8u, 2, 255, 0},
+        {pp64u, 2, two63, 0},
+        {pp64s, 2, two63 /* 2^63 - 1 as a double */, -two63},
+        {pp64f, 1.00001, 1.7976931348623157e308, -1.7976931348623157e308},
+        {pp32fc, 1.00001F, 3.4028234663852886e38, -3.4028234663852886e38},
+        {pp16sc, 2, 32767, -32768}};
+    for (const auto& [type, standard, max, min] : cases) {
+        ppVector v(type);
         ASSERT_TRUE(v.createVector(3));
-        double re, im;
-        const auto expect = [&](double real, double imaginary) {
-            ASSERT_TRUE(v.getIndex(2, re, im));
-            EXPECT_EQ(re, real) << c.type;
-            EXPECT_EQ(im, ppIsComplex(c.type) ? imaginary : 0) << c.type;
-        };
-        expect(c.standard, c.standard);
-        v.setVector(SET_ONE, 0, 0);
-        expect(1, 0);
-        v.setVector(SET_MAX, 0, 0);
-        expect(c.max, c.max);
-        v.setVector(SET_MIN, 0, 0);
-        expect(c.min, c.min);
-        v.setVector(SET_CONST, 5.5, 6.9);
-        expect(ppIsFloat(c.type) ? 5.5 : 5, ppIsFloat(c.type) ? double(6.9F) : 6);
-        v.setVector(static_cast<SetMode>(8), 1, 1);  // unknown: nothing changes
-        expect(ppIsFloat(c.type) ? 5.5 : 5, ppIsFloat(c.type) ? double(6.9F) : 6);
-        v.setVector(SET_DEFAULT, 0, 0);
-        expect(c.standard, c.standard);
+        const double real = ppIsFloat(type) ? 5.5 : 5, imaginary = ppIsFloat(type) ? 6.9F : 6;
+        const std::tuple<SetMode, double, double> fills[] = {
+            {SET_DEFAULT, standard, standard},
+            {SET_ONE, 1, 0},
+            {SET_MAX, max, max},
+            {SET_MIN, min, min},
+            {SET_CONST, real, imaginary},
+            {static_cast<SetMode>(8), real, imaginary}};  // unknown: nothing changes
+        EXPECT_EQ(v.getIndex(2), standard) << type;
+        for (const auto& [mode, re, im] : fills) {
+            double gotRe, gotIm;
+            v.setVector(mode, mode == SET_CONST ? 5.5 : 0, mode == SET_CONST ? 6.9 : 0);
+            ASSERT_TRUE(v.getIndex(2, gotRe, gotIm));
+            EXPECT_EQ(gotRe, re) << type << " " << static_cast<int>(mode);
+            EXPECT_EQ(gotIm, ppIsComplex(type) ? im : 0) << type << " " << static_cast<int>(mode);
+        }
     }
     ppVector v(pp64s);
     ASSERT_TRUE(v.createVector(1, SET_MAX));
@@ -257,27 +237,22 @@ TEST_F(PpVector, LiesWhereItIsPut) {
     }
     a.deleteVector();
 
-    struct {
-        int align;
-        bool byByte, firstOnly;
-        unsigned first, second;
-        int misalign0, misalign2;
-    } const cases[] = {{0, true, true, 0, 0, 0, 1024},
-                       {5, true, true, 5, 0, 5, 1024},
-                       {5, true, false, 5, 5, 5, 1029},
-                       {3, false, true, 12, 0, 12, 1024},
-                       {3, false, false, 12, 12, 12, 1036}};
+    const std::tuple<int, bool, bool, unsigned, unsigned, int, int> cases[] = {
+        // VectorAlign, by bytes, first only; places of both vectors; ppMisalign(0), (2)
+        {0, true, true, 0, 0, 0, 1024},
+        {5, true, true, 5, 0, 5, 1024},
+        {5, true, false, 5, 5, 5, 1029},
+        {3, false, true, 12, 0, 12, 1024},
+        {3, false, false, 12, 12, 12, 1036}};
     void* buffer = psMalloc(8, 0, 0, nullptr);  // is no data: the vector behind it is the first
-    for (const auto& c : cases) {
-        psSetVectorAlign(c.align);
-        psSetAlignByByte(c.byByte);
-        psSetAlignSrc(c.firstOnly);
+    for (const auto& [align, byByte, firstOnly, first, second, misalign0, misalign2] : cases) {
+        psSetVectorAlign(align);
+        psSetAlignByByte(byByte);
+        psSetAlignSrc(firstOnly);
         ASSERT_TRUE(a.createVector(16));
         ASSERT_TRUE(b.createVectorExt(16, 7, SET_ONE));  // the 7 is not used
-        EXPECT_EQ(low(a), c.first);
-        EXPECT_EQ(low(b), c.second);
-        EXPECT_EQ(ppMisalign(0, 4), c.misalign0);
-        EXPECT_EQ(ppMisalign(2, 4), c.misalign2);
+        EXPECT_TRUE(low(a) == first && low(b) == second) << low(a) << " " << low(b);
+        EXPECT_TRUE(ppMisalign(0, 4) == misalign0 && ppMisalign(2, 4) == misalign2) << align;
         EXPECT_EQ(b.getIndex(15), 1);
         a.deleteVector();
         b.deleteVector();

@@ -83,17 +83,13 @@ TEST(PsData, RegistryListsInOrderAndSurvivesReleaseInTheWalk) {
 
     int size = 0;
     void* owner = nullptr;
-    EXPECT_TRUE(psMallocInfo(b, &size, &owner));
-    EXPECT_EQ(size, 20);
-    EXPECT_EQ(owner, object.self());
+    EXPECT_TRUE(psMallocInfo(b, &size, &owner) && size == 20 && owner == object.self());
     EXPECT_FALSE(psMallocInfo(&size, &size, &owner));
 
     EXPECT_EQ(psMallocFirst(nullptr, nullptr), a);
     psFree(b);
     EXPECT_EQ(psMallocNext(&size, &owner), c);
-    EXPECT_EQ(size, 30);
-    EXPECT_TRUE(psIsBuffer(owner));
-    EXPECT_EQ(psUntaggedOwner(owner), nullptr);
+    EXPECT_TRUE(size == 30 && psIsBuffer(owner) && !psUntaggedOwner(owner));
     EXPECT_EQ(psMallocNext(nullptr, nullptr), nullptr);
     psFree(a);
     psFree(c);
@@ -117,22 +113,18 @@ TEST(PsData, OnlyOwnersThatStandForThemselvesAreVisited) {
     psReserveAllVectors();
     plain.toFree = blocks[3];  // the block that the walk stands on
     psResetAllVectors();
-    EXPECT_EQ(plain.reserved, 1);
-    EXPECT_EQ(plain.reset, 1);
-    EXPECT_EQ(parent.reserved, 1);
-    EXPECT_EQ(parent.reset, 1);
+    EXPECT_TRUE(plain.reserved == 1 && plain.reset == 1);
+    EXPECT_TRUE(parent.reserved == 1 && parent.reset == 1);
     EXPECT_EQ(buffered.reserved + buffered.reset, 0);
     for (void* p : blocks) psFree(p);
 }
 
 TEST(PsData, ALargerBoundaryHoldsForLaterBlocks) {
-    void* before = psMalloc(8, 0, 0, nullptr);
     psSetAlignMax(4096);
     void* p = psMalloc(8, 100, 0, nullptr);
     EXPECT_EQ(address(p) % 4096, 100u);
     psSetAlignMax(PS_ALIGN_DEF);
     psFree(p);
-    psFree(before);
     EXPECT_TRUE(liveBlocks().empty());
 }
 

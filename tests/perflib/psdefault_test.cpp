@@ -6,24 +6,11 @@
 #include <climits>
 
 #include "message_capture.h"
+#include "parameter_fixture.h"
 #include "psctable.h"
-#include "psdata.h"
-#include "psexcept.h"
-#include "psistream.h"
 #include "psiterator.h"
-#include "temp_dir.h"
 
 namespace {
-
-template <class Parm>
-std::string failure(Parm& parm, const char* text) {
-    try {
-        parm.translate(text);
-    } catch (const psException& exception) {
-        return str(exception.info());
-    }
-    return "";
-}
 
 template <class T>
 void expectRoundTrip(const T& value) {
@@ -35,10 +22,10 @@ void expectRoundTrip(const T& value) {
 
 TEST(PsDefault, DefaultsReadBackAsTheSameValue) {
     for (const int value : {0, -1, INT_MAX, INT_MIN}) expectRoundTrip(value);
-    for (const unsigned value : {0U, UINT_MAX}) expectRoundTrip(value);
+    expectRoundTrip(UINT_MAX);
     for (const float value : {0.0F, 0.1F, 16777215.0F, -1.00000012F, FLT_MAX, FLT_MIN})
         expectRoundTrip(value);
-    for (const double value : {0.1, 1.0 / 3, 123456789.0, DBL_MAX, DBL_MIN}) expectRoundTrip(value);
+    for (const double value : {0.1, 1.0 / 3, DBL_MAX, DBL_MIN}) expectRoundTrip(value);
     for (const bool value : {false, true}) expectRoundTrip(value);
     int target = 0;
     for (void* value : {static_cast<void*>(nullptr), static_cast<void*>(&target)})
@@ -143,39 +130,25 @@ TEST(PsParameter, CellsShowNameValueQuotesOrTheOldText) {
     EXPECT_EQ(str(cell(table, 1)), " \"5\"");
 }
 
-// Values for g_istrm, gone at the end of the test.
-class FromIStream : public testing::Test {
-  protected:
-    ~FromIStream() override {
-        g_istrm.dataList().clear();
-        g_istrm.setIStream(nullptr);
-    }
-};
-
-TEST_F(FromIStream, ABadTextIsReportedAndKeepsTheValue) {
+TEST(FromIStream, ABadTextIsReportedAndAConsoleRaisesTheLevelForItsQuestion) {
     MessageCapture messages(1);
     psDefault<int> number(7, "n");
     g_istrm.dataList().set("n", "many");
     number.fromIStream();
+    g_istrm.dataList().clear();
     EXPECT_EQ(number.value(), 7);
-    EXPECT_EQ(messages.text(), "---ZMO. Exception: Invalid value of n = many\n")
+    EXPECT_EQ(messages.take(), "---ZMO. Exception: Invalid value of n = many\n")
         << "the value itself is shown at PERF only";
-}
 
-TEST_F(FromIStream, AConsoleRaisesTheLevelForTheQuestion) {
-    MessageCapture messages(1);
-    std::FILE* input = std::tmpfile();
-    std::fputs("mir\n", input);
-    std::rewind(input);
-    i_stream console(input);
+    Console console("mir\n");
     psMapDefault<int> map("Border", "Border type", {{1, "const"}, {2, "mirror"}}, 1);
-    g_istrm.setIStream(&console);
+    g_istrm.setIStream(&console.stream);
     map.fromIStream();
     map.fromIStream();
-    std::fclose(input);
+    g_istrm.setIStream(nullptr);
     EXPECT_EQ(map.value(), 2);
     EXPECT_EQ(g_istrm.source(), psDataSource::DEFAULT);
-    EXPECT_EQ(messages.text(),
+    EXPECT_EQ(messages.take(),
               "\n Border type {const|mirror} [const] =  Border = mirror\n"
               "\n Border type {const|mirror} [mirror] =  Border = mirror\n");
     EXPECT_EQ(g_ostrm.getOutLevel(), 1);

@@ -3,12 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "message_capture.h"
-#include "psctable.h"
+#include "parameter_fixture.h"
 #include "psdata.h"
-#include "psistream.h"
-#include "temp_dir.h"
 
 namespace {
 
@@ -45,49 +46,45 @@ std::string walk(psParameter& parm, int limit = 40) {
     return first;
 }
 
-std::string failure(psParameter& parm, const char* text) {
-    try {
-        parm.translate(text);
-    } catch (const psException& exception) {
-        return str(exception.info());
-    }
-    return "";
-}
-
 const std::string conflict = "Conflict between iterator limits and operation";
 
 TEST(PsIterator, DeclarationsAtFileScope) {
-    struct {
-        psParameter& parm;
-        const char *definition, *values;
-    } const cases[] = {
-        {imageSize, "64x64; 640x480", "64x64 640x480"},
-        {imageSizeText, "64x64; 640x480", "64x64 640x480"},
-        {zeros, "0", "0"},
-        {badText, "", ""},
-        {length, "64;1024;*2", "64 128 256 512 1024"},
-        {lengthRange, "64;1024;*2", "64 128 256 512 1024"},
-        {badRange, "", ""},
-        {border, "replicate; mirror", "replicate mirror"},
-        {channels, "1; 3", "1 3"},
-        {words, "a b; c", "a b c"},
+    const std::tuple<psParameter*, const char*, const char*> cases[] = {
+        {&imageSize, "64x64; 640x480", "64x64 640x480"},
+        {&imageSizeText, "64x64; 640x480", "64x64 640x480"},
+        {&zeros, "0", "0"},
+        {&badText, "", ""},
+        {&length, "64;1024;*2", "64 128 256 512 1024"},
+        {&lengthRange, "64;1024;*2", "64 128 256 512 1024"},
+        {&badRange, "", ""},
+        {&border, "replicate; mirror", "replicate mirror"},
+        {&channels, "1; 3", "1 3"},
+        {&words, "a b; c", "a b c"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(str(c.parm.defaultString()), c.definition);
-        EXPECT_EQ(walk(c.parm), c.values);
+    for (const auto& [parm, definition, values] : cases) {
+        EXPECT_EQ(str(parm->defaultString()), definition);
+        EXPECT_EQ(walk(*parm), values);
     }
     EXPECT_EQ(str(border.prompt()), "Border {replicate|const|mirror}");
     EXPECT_EQ(str(channels.prompt()), "Channels {1|3|4}");
     EXPECT_EQ(str(imageSize.prompt()), "Image size");
 }
 
+// Reads a definition, walks it, and walks what it prints and gives back.
+template <class T>
+std::string expectWalk(const char* text, const char* values) {
+    psStepIterator<T> parm("n"), again("n");
+    EXPECT_EQ(failure(parm, text), "") << text;
+    EXPECT_EQ(walk(parm), values) << text;
+    again.translate(parm.defaultString());
+    EXPECT_EQ(walk(again), values) << text;
+    return str(parm.defaultString());
+}
+
 TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
-    struct {
-        const char *text, *values, *definition;
-    } const cases[] = {
+    const std::tuple<const char*, const char*, const char*> whole[] = {
         {"1;2;4", "1 2 4", "1; 2; 4"},
         {" 1 ;; 2 ;", "1 2", "1; 2"},
-        {"1;2;3;*4", nullptr, nullptr},
         {"64 ; 1024 ; * 2", "64 128 256 512 1024", "64;1024;*2"},
         {"100;10;-30", "100 70 40 10", "100;10;-30"},
         {"1;10;+4", "1 5 9", "1;10;+4"},
@@ -100,59 +97,9 @@ TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
         {"268435456;2147483647;*2", "268435456 536870912 1073741824", "268435456;2147483647;*2"},
         {"1;2147483647;*2147483647", "1 2147483647", "1;2147483647;*2147483647"},
     };
-    for (const auto& c : cases) {
-        psStepIterator<int> parm("n");
-        if (!c.values) {
-            EXPECT_EQ(failure(parm, c.text), "Invalid value of n = *4");
-            continue;
-        }
-        EXPECT_EQ(failure(parm, c.text), "") << c.text;
-        EXPECT_EQ(walk(parm), c.values) << c.text;
-        EXPECT_EQ(str(parm.defaultString()), c.definition);
-        psStepIterator<int> again("n");
-        again.translate(parm.defaultString());
-        EXPECT_EQ(walk(again), c.values) << "read back from " << c.definition;
-    }
-}
-
-TEST(PsStepIterator, ABadDefinitionKeepsTheOneBefore) {
-    const std::pair<const char*, std::string> cases[] = {
-        {"", "Empty iterator definition"},
-        {" ;; ", "Empty iterator definition"},
-        {"1;x", "Invalid value of n = x"},
-        {"x;2;+1", "Invalid first value = x"},
-        {"1;x;+1", "Invalid last value = x"},
-        {"1;2;+x", "Invalid step = x"},
-        {"1;2;*", "Invalid step = "},
-        {"1;99999999999;*2", "Invalid last value = 99999999999"},
-        {"10;1;+1", conflict},
-        {"10;1;+0", conflict},
-        {"1;10;+0", conflict},
-        {"1;10;-1", conflict},
-        {"1;10;-0", conflict},
-        {"10;1;--1", conflict},
-        {"5;5;-1", conflict},
-        {"1;10;*1", conflict},
-        {"1;10;*0", conflict},
-        {"1;10;*-2", conflict},
-        {"0;10;*2", conflict},
-        {"-5;10;*2", conflict},
-        {"1024;64;*2", conflict},
-        {"-1024;-64;*2", conflict}};
-    for (const char* before : {"1;9;+4", "1; 5; 9"}) {
-        psStepIterator<int> parm("n", "", before);
-        for (const auto& [text, message] : cases) {
-            EXPECT_EQ(failure(parm, text), message) << text;
-            EXPECT_EQ(walk(parm), "1 5 9") << text;
-        }
-        EXPECT_EQ(str(parm.defaultString()), before);
-    }
-}
-
-TEST(PsStepIterator, FloatsEndWhereTheyShould) {
-    struct {
-        const char *text, *values;
-    } const cases[] = {
+    for (const auto& [text, values, definition] : whole)
+        EXPECT_EQ(expectWalk<int>(text, values), definition);
+    const std::pair<const char*, const char*> real[] = {
         {"1.5;4.5;+1.5", "1.5 3 4.5"},
         {"1;10;*2.5", "1 2.5 6.25"},
         {"0.5; 0.25", "0.5 0.25"},
@@ -160,17 +107,35 @@ TEST(PsStepIterator, FloatsEndWhereTheyShould) {
         {"1e38;3.4028235e38;*2", "1e+38 2e+38"},
         {"3;1;-1", "3 2 1"},
     };
-    for (const auto& c : cases) {
-        psStepIterator<float> parm("f");
-        EXPECT_EQ(failure(parm, c.text), "") << c.text;
-        EXPECT_EQ(walk(parm), c.values) << c.text;
-        psStepIterator<float> again("f");
-        again.translate(parm.defaultString());
-        EXPECT_EQ(walk(again), c.values) << str(parm.defaultString());
-    }
+    for (const auto& [text, values] : real) expectWalk<float>(text, values);
     psStepIterator<float> parm("f");
     for (const char* text : {"0;1;+0.25", "10;1;+0.5", "0.5;2;*2", "1;2;*0.5", "1;2;*1"})
         EXPECT_EQ(failure(parm, text), conflict) << text;
+}
+
+TEST(PsStepIterator, ABadDefinitionKeepsTheOneBefore) {
+    const std::pair<std::vector<const char*>, std::string> cases[] = {
+        {{"", " ;; "}, "Empty iterator definition"},
+        {{"1;x"}, "Invalid value of n = x"},
+        {{"1;2;3;*4"}, "Invalid value of n = *4"},
+        {{"x;2;+1"}, "Invalid first value = x"},
+        {{"1;x;+1"}, "Invalid last value = x"},
+        {{"1;2;+x"}, "Invalid step = x"},
+        {{"1;2;*"}, "Invalid step = "},
+        {{"1;99999999999;*2"}, "Invalid last value = 99999999999"},
+        {{"10;1;+1", "10;1;+0", "1;10;+0", "1;10;-1", "1;10;-0", "10;1;--1", "5;5;-1", "1;10;*1",
+          "1;10;*0", "1;10;*-2", "0;10;*2", "-5;10;*2", "1024;64;*2", "-1024;-64;*2"},
+         conflict}};
+    for (const char* before : {"1;9;+4", "1; 5; 9"}) {
+        psStepIterator<int> parm("n", "", before);
+        for (const auto& [texts, message] : cases) {
+            for (const char* text : texts) {
+                EXPECT_EQ(failure(parm, text), message) << text;
+                EXPECT_EQ(walk(parm), "1 5 9") << text;
+            }
+        }
+        EXPECT_EQ(str(parm.defaultString()), before);
+    }
 }
 
 TEST(PsMapIterator, TakesNamesByTheirBeginnings) {
@@ -205,20 +170,6 @@ TEST(PsMapIterator, ATestNarrowsTheTable) {
     EXPECT_EQ(walk(map), "const mirror") << "each narrowing starts from the whole list";
     map.restoreDefinition();
     EXPECT_EQ(walk(map), "const");
-}
-
-TEST(PsIterator, ReadsItsDefinitionFromTheCommandLine) {
-    MessageCapture messages(7);
-    psStepIterator<int> parm("n", "", "1;2");
-    g_istrm.dataList().set("n", "1;4;*2");
-    parm.fromIStream();
-    g_istrm.dataList().set("n", "4;1;*2");
-    parm.fromIStream();
-    g_istrm.dataList().clear();
-    parm.fromIStream();
-    EXPECT_EQ(messages.text(),
-              " n = 1;4;*2\n---ZMO. Exception: " + conflict + "\n n = 1;4;*2\n n = 1;4;*2\n");
-    EXPECT_EQ(walk(parm), "1 2 4");
 }
 
 TEST(PsShifted, StaysInTheRangeOrIsZero) {
@@ -280,21 +231,15 @@ TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
 
 TEST_F(CacheIterator, ChangesTheAreaOfASizeByPowersOfTwo) {
     psIterator<ZmoiSize> size("ImageSize", "", {{100, 50}});
-    const auto area = [](const ZmoiSize& s) { return s.width * s.height; };
-    psCacheIteratorSize iterator(size, &data, [&](const ZmoiSize& s) {
-        data.size = area(s);
-        return true;
-    });
+    const auto resize = [&](const ZmoiSize& s) { return data.size = s.width * s.height, true; };
+    psCacheIteratorSize iterator(size, &data, resize);
     MessageCapture messages(7);
-    ASSERT_TRUE(iterator.firstValue());
-    data.size = area(size.value());
-    ASSERT_TRUE(iterator.validateSize());
+    ASSERT_TRUE(iterator.firstValue() && resize(size.value()) && iterator.validateSize());
     EXPECT_EQ(str(size.valueString()), "800x200") << "5000 * 2^5 is the first above 104857";
     EXPECT_EQ(messages.text(), "       try: cacheParm=100x50 objectSize=5000 < 104857\n");
     ASSERT_TRUE(iterator.nextValue());
     EXPECT_EQ(str(size.valueString()), "100x50");
-    data.size = area(size.value());
-    ASSERT_TRUE(iterator.validateSize());
+    ASSERT_TRUE(resize(size.value()) && iterator.validateSize());
     EXPECT_EQ(str(size.valueString()), "1600x800");
     EXPECT_FALSE(iterator.nextValue());
 }

@@ -64,15 +64,6 @@ TEST(PsList, TheWalkSurvivesTheReleaseOfItsNode) {
     EXPECT_EQ(list.first(), nullptr);
 }
 
-// Counts live objects, to see that every node goes.
-struct Counted {
-    Counted() { ++live; }
-    Counted(const Counted&) { ++live; }
-    Counted& operator=(const Counted&) = default;
-    ~Counted() { --live; }
-    static inline int live = 0;
-};
-
 TEST(PsList, MergesInOrder) {
     const auto less = [](int a, int b) { return a < b; };
     struct {

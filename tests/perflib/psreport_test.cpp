@@ -217,56 +217,6 @@ TEST(ReportTestTitle, BoxCommentAndCells) {
     EXPECT_EQ(lines(written<psCStream>(title))[0], "Function,zmoiCanny_16s8u_C1R");
 }
 
-TEST(ReportTitle, TellsMachineLibraryAndStart) {
-    psCpuTicker::m_freqMHz = 2600;
-    psStringList info, paths;
-    info.push_back("zmoi, 1.0, (avx2), Mar 27 2026");
-    paths.push_back((std::string("/opt/") + std::string(200, 'd') + "/libzmoi.so").c_str());
-    g_pLibInfoList = &info;
-    g_pLibPathList = &paths;
-    psTestList tests;
-    tests.startTime = 1'000'000'000;
-    const psReportTitle title(tests);
-    const std::string box = written<psOStream>(title);
-    for (const char* part : {"Linux (", "2001", "zmoi, 1.0, (avx2), Mar 27 2026"})
-        EXPECT_NE(box.find(part), std::string::npos) << part << box;
-    boxed(box);
-    for (const std::string& text : {written<psUStream>(title), written<psCStream>(title)}) {
-        for (const support::Row& row : support::tableRows(text))
-            EXPECT_EQ(row.size(), 2U) << row[0];
-        EXPECT_EQ(lines(text).size(), static_cast<std::size_t>(title.items().size()));
-        EXPECT_NE(text.find("Library,zmoi 1.0 (avx2) Mar 27 2026\n"), std::string::npos) << text;
-    }
-    g_pLibInfoList = g_pLibPathList = nullptr;
-}
-
-TEST(ReportEnd, RowsAddUp) {
-    psTestList tests;
-    tests.startTime = 100;
-    tests.endTime = 100 + 3725;
-    const psResult results[] = {PS_OK,       PS_OK,        PS_BADSTSWRN, PS_ACCURWRN,
-                                PS_WRN,      PS_FAIL,      PS_EXCPTFAIL, PS_DATAFAIL,
-                                PS_FUNCFAIL, PS_EXCPTFAIL, PS_UNDEFINED};
-    for (const psResult result : results) tests.plus(result);
-    const psReportEnd report(tests);
-    EXPECT_EQ(written<psUStream>(report),
-              "END_DATA\n"
-              ".Number of tests,11\n"
-              ".Successes      ,2\n"
-              ".Failures       ,8\n"
-              "...Fails        ,5\n"
-              ".....-FAIL      ,3\n"
-              ".....-EXCPTFAIL ,2\n"
-              "...Notes        ,3\n"
-              ".....-NOTE      ,2\n"
-              ".....-BADSTSWRN ,1\n"
-              "...Undefined    ,1\n"
-              ".Total time     ,01:02:05\n");
-    const Texts box = boxed(written<psOStream>(report));
-    EXPECT_EQ(box[1].substr(0, 12), "|PS Summary ");
-    EXPECT_EQ(box[3].substr(0, 24), "|.Number of tests   11  ");
-}
-
 class ReportList : public testing::Test {
   protected:
     ReportList() {

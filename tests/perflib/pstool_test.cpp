@@ -124,51 +124,29 @@ TEST_F(Engine, MethodsNeedTheirFunctions) {
 }
 
 TEST_F(Engine, ManualAndStatistic) {
-    MessageCapture out(15);
     int n = 0;
     tool.setMethodLoop(0);
-    EXPECT_TRUE(tool.getMethodLoop(n));
-    EXPECT_EQ(n, 1);
+    EXPECT_TRUE(tool.getMethodLoop(n) && n == 1);
     tool.setMethodLoop(20);
     EXPECT_EQ(tool.timing(funcLoop, funcStat, funcCall, nullptr), PS_OK);
     EXPECT_EQ(script.loops, Numbers{20});
     EXPECT_EQ(tool.funcClocks(), 6000);  // of the run, not of a loop
     EXPECT_STREQ(tool.perfInfo().c_str(), "nLps=20");
     EXPECT_TRUE(tool.message().empty());
-    out.take();
 
     tool.setMethodStat(16, 5'000'000'000);
     script.statCalls = 20;
     script.statClocks = 800;
+    MessageCapture out(15);
     EXPECT_EQ(tool.timing(funcLoop, funcStat, funcCall, nullptr), PS_OK);
     EXPECT_EQ(script.stats, Numbers{16});
     EXPECT_EQ(script.budgets.at(0), 5'000'000'000);
     EXPECT_STREQ(tool.perfInfo().c_str(), "nCalls=20");
-    EXPECT_EQ(out.take(),
-              "    Statistical method:\n"
-              "        minCalls   = 16\n"
-              "        maxClocks  = 5000000000\n"
-              "        numCalls   = 20\n"
-              "        funcClocks = 40\n"
-              "        result     = successfully\n");
+    expectPart(out.take(), "        numCalls   = 20\n        funcClocks = 40\n");
     script.statCalls = INT_MIN;
     script.statClocks = 0;
     tool.timing(funcLoop, funcStat, funcCall, nullptr);
     EXPECT_EQ(tool.funcClocks(), 0);  // no call was made
-}
-
-TEST_F(Engine, AutoTellsItsCourse) {
-    MessageCapture out(15);
-    tool.timing(funcLoop, nullptr, nullptr, nullptr);
-    const std::string text = out.take();
-    for (const char* part :
-         {"    Auto method: start\n        minClocks  = 10000\n    Prior Measurement: \n",
-          "        numLoops   = 1\n        numClocks  = 300\n        funcClocks = 300\n"
-          "        result     = wrong measure accuracy\n    Prior Measurement: \n",
-          "    Iteration Measurement: \n        startLoops = 512\n        maxLoops   = 262144\n"
-          "        stopLoops  = 512\n        stopClocks = 153600\n        accuracy   = 0.00%\n",
-          "        result     = successfully\n    Auto method: stop\n"})
-        expectPart(text, part);
 }
 
 TEST_F(Engine, RunsAreChosenByWhatTheOnesBeforeTold) {
@@ -191,6 +169,13 @@ TEST_F(Engine, RunsAreChosenByWhatTheOnesBeforeTold) {
         // that compares totals with one figure a loop, so it asks for more loops
         {{15000, 15300}, 8, PS_OK, {1, 4, 4, 4, 8}, PS_OK, "nLps=8", ""},
         {{15000, 15075}, 8, PS_OK, {1, 4}, PS_OK, "nLps=4", ""},
+        {{20000, 30000, 20000, 30000},
+         8,
+         PS_OK,
+         {1, 4, 8, 8, 8},
+         PS_ACCURWRN,
+         "nLps=8 acc=88.0%",
+         "actual accuracy = 88.0%"},
         {{300}, 0, PS_FUNCWRN, {1, 128, 512}, PS_FUNCWRN, "nLps=512", "lib function note"},
         {{300}, 0, PS_FUNCFAIL, {1}, PS_FUNCFAIL, "", "lib function fail"},
         {{300}, 0, PS_ACCURFAIL, {1, 10}, PS_ACCURFAIL, "", "accuracy fail"},
@@ -216,17 +201,6 @@ TEST_F(Engine, RunsAreChosenByWhatTheOnesBeforeTold) {
             EXPECT_STREQ(tool.perfInfo().c_str(), c.info) << what;
         }
     }
-}
-
-TEST_F(Engine, IterationsThatNeverAgreeAreNoted) {
-    const int perLoop[] = {20000, 30000, 20000, 30000};
-    std::size_t run = 0;
-    script.loopClocks = [&](int n) { return 1LL * perLoop[std::min<std::size_t>(run++, 3)] * n; };
-    tool.setMethodBest(1, 8, 10000);
-    EXPECT_EQ(tool.timing(funcLoop, nullptr, nullptr, nullptr), PS_ACCURWRN);
-    EXPECT_EQ(script.loops, (Numbers{1, 4, 8, 8, 8}));
-    EXPECT_STREQ(tool.perfInfo().c_str(), "nLps=8 acc=88.0%");
-    EXPECT_STREQ(tool.message().c_str(), "actual accuracy = 88.0%");
 }
 
 TEST_F(Engine, HugeClockFloorsSaturate) {
@@ -445,14 +419,13 @@ TEST_F(Engine, FaultsLeaveEverythingAsItWas) {
     EXPECT_EQ(tool.funcClocks(), 300);
 }
 
-psResult oldFunction(psTool& own, int n) {
-    script.loops.push_back(n);
-    own.setClocks(20000LL * n);
-    return PS_DATAWRN;
-}
-
 TEST_F(Engine, TestsThatDriveTheToolThemselves) {
-    EXPECT_EQ(tool.timing(oldFunction), PS_DATAWRN);
+    EXPECT_EQ(tool.timing([](psTool& own, int n) {
+        script.loops.push_back(n);
+        own.setClocks(20000LL * n);
+        return PS_DATAWRN;
+    }),
+              PS_DATAWRN);
     EXPECT_EQ(script.loops, (Numbers{1, 4}));
     EXPECT_EQ(tool.funcClocks(), 20000);
 }
@@ -485,20 +458,6 @@ TEST(EngineTexts, AccuracyAndClocks) {
                                                         {123456789012, "123456789000"},
                                                         {LLONG_MAX, "9223372030000000000"}};
     for (const auto& [clocks, text] : counts) EXPECT_STREQ(psTool::clockStr(clocks).c_str(), text);
-}
-
-TEST(Results, WordsAndKinds) {
-    EXPECT_STREQ(psResultName(PS_ACCURWRN), "ACCURWRN");
-    EXPECT_STREQ(psResultText(PS_EXCPTFAIL), "exception");
-    EXPECT_STREQ(psResultWord(PS_UNDEFINED), "was not run");
-    EXPECT_STREQ(psResultName(static_cast<psResult>(12)), "UNKNOWN");
-    EXPECT_STREQ(psResultText(static_cast<psResult>(-1)), "unknown result");
-    int warnings = 0, failures = 0;
-    for (int i = 0; i < 12; ++i) {
-        warnings += isWarning(static_cast<psResult>(i));
-        failures += isFailure(static_cast<psResult>(i));
-    }
-    EXPECT_EQ(warnings * 10 + failures, 55);
 }
 
 }  // namespace
