@@ -90,8 +90,9 @@ Function lineSuppression(const Shared& d, int radius) {
 Function hough(const Shared& d, int angles) {
     constexpr int maxLines = 1000;
     const double step = std::numbers::pi / angles;
-    const int distances = 2 * static_cast<int>(std::hypot(d->roi.width, d->roi.height)) + 1;
-    const auto rho = static_cast<Zmo32f>(distances / 2);
+    const int largest = static_cast<int>(std::hypot(d->roi.width, d->roi.height));
+    const int distances = 2 * largest + 1;
+    const auto rho = static_cast<Zmo32f>(largest);
     const auto last = static_cast<Zmo32f>((angles - 1) * step);
     const auto limits =
         std::make_shared<std::vector<ZmoiPolar>>(std::vector<ZmoiPolar>{{-rho, 0}, {rho, last}});

@@ -67,14 +67,15 @@ void plainLineSuppression(const Zmo8u* src, const Zmo8u* responses, Zmo8u* dst, 
 
 void plainHoughVotes(const Zmo8u* src, ZmoiSize roi, int angles, double step, int distances,
                      std::vector<int>& votes) {
+    const int middle = distances / 2;
     std::ranges::fill(votes, 0);
     for (int y = 0; y < roi.height; ++y) {
         for (int x = 0; x < roi.width; ++x) {
             if (src[y * roi.width + x] == 0) continue;
             for (int n = 0; n < angles; ++n) {
                 const double rho = x * std::cos(n * step) + y * std::sin(n * step);
-                const int r = static_cast<int>(std::floor(rho + distances / 2 + 0.5));
-                if (r >= 0 && r < distances) ++votes[static_cast<size_t>(n * distances + r)];
+                const int r = static_cast<int>(std::floor(rho + middle + 0.5));
+                if (r >= 0 && r < distances) ++votes.data()[n * distances + r];
             }
         }
     }

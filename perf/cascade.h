@@ -98,20 +98,22 @@ class Trainer {
         int weight;
     };
 
+    static std::size_t placeOf(int column, int row) {
+        return static_cast<std::size_t>(row) * side + static_cast<std::size_t>(column);
+    }
+
     void addToTable(int x, int y, int value) {
         for (int row = y + 1; row < side; ++row) {
             for (int column = 0; column < side; ++column) {
                 const bool counts =
                     m_tilted ? std::abs(x - (column - 1)) <= row - 1 - y : x < column;
-                if (counts) m_table[static_cast<std::size_t>(row * side + column)] += value;
+                if (counts) m_table[placeOf(column, row)] += value;
             }
         }
     }
 
     int sumOf(const ZmoiRect& r) const {
-        const auto at = [&](int x, int y) {
-            return m_table[static_cast<std::size_t>(y * side + x)];
-        };
+        const auto at = [&](int column, int row) { return m_table[placeOf(column, row)]; };
         const int x = r.x, y = r.y, w = r.width, h = r.height;
         if (m_tilted)
             return at(x + w - h, y + w + h) - at(x + w, y + w) - at(x - h, y + h) + at(x, y);

@@ -46,6 +46,7 @@ PP_SERVICE(zmoiApplyHaarClassifier_32s_C1RSfs);
 template <class T>
 std::vector<T> converted(const std::vector<double>& values, double scale = 1) {
     std::vector<T> result;
+    result.reserve(values.size());
     for (const double value : values)
         result.push_back(static_cast<T>(std::is_integral_v<T> ? std::floor(value * scale) : value));
     return result;

@@ -57,7 +57,8 @@ class TimcvHough : public SquareTest {
 
     // Two products and two sums for each edge pixel and angle.
     double getFlops() override {
-        return 4.0 * edges * (AngleRange.value() / AngleStep.value() + 1);
+        const int angles = AngleRange.value() / AngleStep.value() + 1;
+        return 4.0 * edges * angles;
     }
 
     psString dataFigure() override {

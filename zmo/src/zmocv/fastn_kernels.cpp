@@ -83,8 +83,8 @@ void raiseScores(Ring<lanes>& d, const Test& test, uint8_t* __restrict scores) {
     narrow<lanes>(other, 2, d);
     narrow<lanes>(d, 4, other);  // each the least of eight neighbours
     narrow<lanes>(other, test.n - 8, d);
-    for (int k = 0; k < circle; ++k) {
-        for (int i = 0; i < lanes; ++i) scores[i] = most(scores[i], d[k][i]);
+    for (const auto& arc : d) {
+        for (int i = 0; i < lanes; ++i) scores[i] = most(scores[i], arc[i]);
     }
 }
 
@@ -133,7 +133,7 @@ void suppressRow(const uint8_t* before, const uint8_t* row, const uint8_t* after
             most(most(before[x - 1], before[x]), most(before[x + 1], row[x - 1]));
         const uint8_t later = most(most(after[x - 1], after[x]), most(after[x + 1], row[x + 1]));
         const uint8_t score = row[x];
-        out[x] = (score > earlier) & (score >= later) ? score : uint8_t{0};
+        out[x] = ((score > earlier) & (score >= later)) ? score : uint8_t{0};
     }
 }
 

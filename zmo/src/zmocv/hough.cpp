@@ -90,10 +90,11 @@ ZmoStatus zmoiHoughLine_Region_8u32f_C1R(const Zmo8u* pSrc, int srcStep, ZmoiPol
                                     peaks + maxLines});
     const int count = found < maxLines ? static_cast<int>(found) : maxLines;
     for (int i = 0; i < count; ++i) {
-        const double n = static_cast<double>(peaks[i].index / space.distances);
-        const double r = static_cast<double>(peaks[i].index % space.distances);
-        const ZmoiPolar line{static_cast<Zmo32f>(limits[0].rho + r * delta.rho),
-                             static_cast<Zmo32f>(limits[0].theta + n * delta.theta)};
+        const ptrdiff_t n = peaks[i].index / space.distances;
+        const ptrdiff_t r = peaks[i].index % space.distances;
+        const ZmoiPolar line{
+            static_cast<Zmo32f>(limits[0].rho + static_cast<double>(r) * delta.rho),
+            static_cast<Zmo32f>(limits[0].theta + static_cast<double>(n) * delta.theta)};
         std::memcpy(pLines + i, &line, sizeof line);
     }
     *pCount = count;

@@ -25,7 +25,7 @@ void findCells(const Portion& p, double cosine, double sine, double offset, ptrd
     const double outside = end + 1;
     for (ptrdiff_t i = 0; i < p.count; ++i) {
         const double place = x[i] * cosine + (y[i] * sine + offset);
-        cells[i] = static_cast<int32_t>((place >= 0) & (place < end) ? place : outside);
+        cells[i] = static_cast<int32_t>(((place >= 0) & (place < end)) ? place : outside);
     }
 }
 
