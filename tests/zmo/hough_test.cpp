@@ -13,13 +13,9 @@ struct Region {
     ZmoiPolar delta;
 };
 
-struct Line {
-    int votes;
-    ZmoiPolar at;
-};
-
 // All lines, strongest first.
-std::vector<Line> expectedLines(const kit::Image<Zmo8u>& src, const Region& region, int threshold) {
+std::vector<ZmoiPolar> expectedLines(const kit::Image<Zmo8u>& src, const Region& region,
+                                     int threshold) {
     const auto [low, high] = region.limits;
     const ZmoiPolar delta = region.delta;
     const auto last = [](double from, double to, double step) {
@@ -46,7 +42,7 @@ std::vector<Line> expectedLines(const kit::Image<Zmo8u>& src, const Region& regi
             }
         }
     }
-    std::vector<Line> lines;
+    std::vector<std::pair<int, ZmoiPolar>> lines;
     for (int n = 0; n <= lastAngle; ++n) {
         for (int r = 0; r <= lastDistance; ++r) {
             const int v = cell(n, r);
@@ -58,8 +54,10 @@ std::vector<Line> expectedLines(const kit::Image<Zmo8u>& src, const Region& regi
             }
         }
     }
-    std::ranges::stable_sort(lines, std::greater(), &Line::votes);
-    return lines;
+    std::ranges::stable_sort(lines, std::greater(), [](const auto& line) { return line.first; });
+    std::vector<ZmoiPolar> places;
+    for (const auto& line : lines) places.push_back(line.second);
+    return places;
 }
 
 constexpr float pi = std::numbers::pi_v<float>;
@@ -78,28 +76,14 @@ TEST(Hough, Oracle) {
         src.fill([&] { return random.between(0, 99) < density ? random.between(1, 255) : 0; });
         const int threshold = std::array{0, 4, 9}[turn % 3];
         const int room = std::array{7, 1, 5000}[turn / 4 % 3];
-        const std::vector<Line> lines = expectedLines(src, region, threshold);
-        const int all = static_cast<int>(lines.size());
-        many += all > 7;
-        int bytes = 0;
-        EXPECT_EQ(zmoiHoughLine_RegionGetBufferSize(size, region.limits, region.delta, room, zmo8u,
-                                                    1, &bytes),
-                  zmoStsNoErr);
-        kit::Buffer buffer(bytes);
-        kit::Image<Zmo32f> found({2 * std::min(room, all) + 2, 1}, {1, 0});
-        found.fill([] { return -7; });
-        int count = -1;
-        EXPECT_EQ(kit::watched([&] {
-                      return zmoiHoughLine_Region_8u32f_C1R(
-                          src.ptr(), src.step(), reinterpret_cast<ZmoiPolar*>(found.ptr()), size,
-                          region.limits, region.delta, threshold, room, &count, buffer.ptr());
-                  }),
-                  all > room ? zmoStsTruncated : zmoStsNoErr);
-        EXPECT_EQ(count, std::min(room, all));
-        kit::expectPixels(found, [&](int i, int) {
-            if (i >= 2 * std::min(room, all)) return -7.0F;
-            const ZmoiPolar line = lines[static_cast<size_t>(i / 2)].at;
-            return i % 2 == 0 ? line.rho : line.theta;
+        const std::vector<ZmoiPolar> lines = expectedLines(src, region, threshold);
+        many += lines.size() > 7;
+        kit::Buffer buffer = kit::bufferOf(zmoiHoughLine_RegionGetBufferSize, size, region.limits,
+                                           region.delta, room, zmo8u, 1);
+        kit::expectList(lines, room, [&](ZmoiPolar* list, int* count) {
+            return zmoiHoughLine_Region_8u32f_C1R(src.ptr(), src.step(), list, size, region.limits,
+                                                  region.delta, threshold, room, count,
+                                                  buffer.ptr());
         });
         buffer.expectSurroundingsUntouched();
     });

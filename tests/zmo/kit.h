@@ -363,6 +363,32 @@ void expectBadArguments(ZmoStatus (*function)(P...),
         untouched);
 }
 
+// A work buffer for what query(..., &size) tells.
+template <class Query, class... Args>
+Buffer bufferOf(Query query, Args... args) {
+    int bytes = 0;
+    EXPECT_EQ(query(args..., &bytes), zmoStsNoErr);
+    return Buffer(bytes);
+}
+
+// Of a function that fills a list on any address: call(list, count) writes as many of the expected
+// entries as there is room for, tells their number, and notes when that is not all.
+template <class T, class Call>
+void expectList(const std::vector<T>& expected, int room, Call call) {
+    const int all = static_cast<int>(expected.size());
+    const int count = room < all ? room : all;
+    const size_t bytes = static_cast<size_t>(count) * sizeof(T);
+    Memory list(bytes, 1);
+    list.snapshot();
+    int found = -1;
+    EXPECT_EQ(watched([&] { return call(reinterpret_cast<T*>(list.data()), &found); }),
+              all > room ? zmoStsTruncated : zmoStsNoErr);
+    EXPECT_EQ(found, count);
+    EXPECT_EQ(std::memcmp(list.data(), expected.data(), bytes), 0);
+    const auto inList = [bytes](ptrdiff_t i) { return i >= 0 && static_cast<size_t>(i) < bytes; };
+    EXPECT_EQ(list.firstChange(inList), -1);
+}
+
 // At each level, body(random, size, layout, turn) for all sizes and layouts; turn counts them.
 template <class Body>
 void forEachCase(uint64_t stream, Body body) {

@@ -27,7 +27,8 @@ extern "C" {
  * The window stays when V >= threshold; otherwise its mask becomes 0. The table is that of
  * zmoiIntegral, or of zmoiTiltedIntegral when the state was initialised for tilted rectangles.
  *
- *   32f   All operations in single precision, in the order of rectangles and classifiers.
+ *   32f   All operations in single precision, in the order of rectangles and classifiers. A feature
+ *         that is not a number lies below no threshold.
  *   32s   t is multiplied with 2^-scaleFactor too. S is the difference modulo 2^32 as a signed
  *         number, all else is exact.
  *
