@@ -61,6 +61,7 @@ std::vector<ZmoiPolar> expectedLines(const kit::Image<Zmo8u>& src, const Region&
 }
 
 constexpr float pi = std::numbers::pi_v<float>;
+// The last is one column of pixels: its neighbours lie on the limit, one inside and one outside.
 const Region regions[] = {{{{-300, 0}, {300, pi}}, {1, pi / 60}},
                           {{{5, 1}, {40.5F, 1.5F}}, {0.75F, 0.01F}},
                           {{{-20, -4}, {100, 9}}, {7, 0.5F}},
@@ -74,7 +75,7 @@ TEST(Hough, Oracle) {
         const int density = std::array{5, 0, 100, 20, 40}[turn % 5];
         kit::Image<Zmo8u> src(size, layout);
         src.fill([&] { return random.between(0, 99) < density ? random.between(1, 255) : 0; });
-        const int threshold = std::array{0, 4, 9}[turn % 3];
+        const int threshold = turn % 4 == 3 ? 0 : std::array{0, 4, 9}[turn % 3];
         const int room = std::array{7, 1, 5000}[turn / 4 % 3];
         const std::vector<ZmoiPolar> lines = expectedLines(src, region, threshold);
         many += lines.size() > 7;
