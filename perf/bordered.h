@@ -35,6 +35,8 @@ class BorderedTest : public ppTest {
 
   protected:
     virtual void regOwnParms() { regParm(MaskSize); }
+    // Without one, what lies outside is replicated.
+    virtual bool hasBorder() const { return true; }
     // Fills the state, if any, and makes the work buffer.
     virtual bool prepare() = 0;
     // Source pixels on each side of the region, for a border in memory.
@@ -47,12 +49,14 @@ class BorderedTest : public ppTest {
     // stands: not the same for bits.
     virtual int elements(int pixels) const { return pixels; }
     virtual int elementOf(int x) const { return x; }
+    // The same of the destination.
+    virtual int resultElements(int pixels) const { return elements(pixels); }
     virtual bool drawSource() { return ppDrawSource(pSrc); }
 
     bool canStart() override {
         regParm(ImageSize);
         regOwnParms();
-        regParm(Border);
+        if (hasBorder()) regParm(Border);
         regParm(Picture);
         regCacheParm(ImageSize, pDst);
         return true;
@@ -63,7 +67,7 @@ class BorderedTest : public ppTest {
         roi = destinationSize();
         srcRoiL = {srcRoi.width, srcRoi.height};
         roiL = {roi.width, roi.height};
-        border = Border.value();
+        border = hasBorder() ? Border.value() : zmoiBorderReplicate;
         if (ppPictureGiven()) setDataComment(ppPictureTitle());
         return createSource() && createDestination() && prepare();
     }
@@ -104,15 +108,15 @@ class BorderedTest : public ppTest {
     }
 
   private:
-    bool create(ppImage& image, ppArg arg, int width, int height, int index) {
+    bool create(ppImage& image, ppArg arg, int rowElements, int height, int index) {
         image.init(func(), arg);
-        return image.createImage(elements(width), height, 0, ppMisalign(index));
+        return image.createImage(rowElements, height, 0, ppMisalign(index));
     }
 
     bool createSource() {
         const ZmoiSize more = around();
-        if (!create(pSrc, ppArgSrc, srcRoi.width + 2 * more.width, srcRoi.height + 2 * more.height,
-                    0))
+        if (!create(pSrc, ppArgSrc, elements(srcRoi.width + 2 * more.width),
+                    srcRoi.height + 2 * more.height, 0))
             return false;
         srcStep = pSrc.step();
         src = pSrc.getPointerAt(elementOf(more.width), more.height, 0);
@@ -120,7 +124,7 @@ class BorderedTest : public ppTest {
     }
 
     bool createDestination() {
-        if (!create(pDst, ppArgDst, roi.width, roi.height, 1)) return false;
+        if (!create(pDst, ppArgDst, resultElements(roi.width), roi.height, 1)) return false;
         dstStep = pDst.step();
         return true;
     }

@@ -3,7 +3,11 @@ set(PSCV_MODULES
     p_cadd
     p_cbound
     p_ccanny
+    p_ccanny_l
+    p_ccannyedgedet
     p_cdist
+    p_ceigen
+    p_ceigen_brdr
     p_cflood
     p_cgrad
     p_chaar
@@ -27,6 +31,7 @@ set(PSCV_MODULES
     p_cvfastn
     p_cvfiltergauss
     p_cvfiltergaussl
+    p_cvharriscorner
     p_cvpyramid
     p_cvpyramid_l
     p_cvreconstruct

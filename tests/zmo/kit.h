@@ -352,9 +352,10 @@ void expectBadArguments(ZmoStatus (*function)(P...),
         }
     });
     forEachArgument([&](auto index, const auto& value) {
-        if constexpr (std::is_same_v<std::remove_cvref_t<decltype(value)>, ZmoiSize>) {
-            faults.push_back(bad<index>(ZmoiSize{0, value.height}, zmoStsSizeErr));
-            faults.push_back(bad<index>(ZmoiSize{value.width, -1}, zmoStsSizeErr));
+        using Value = std::remove_cvref_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, ZmoiSize> || std::is_same_v<Value, ZmoiSizeL>) {
+            faults.push_back(bad<index>(Value{0, value.height}, zmoStsSizeErr));
+            faults.push_back(bad<index>(Value{value.width, -1}, zmoStsSizeErr));
         }
     });
     faults.insert(faults.end(), own.begin(), own.end());
@@ -402,6 +403,22 @@ void forEachCase(uint64_t stream, Body body) {
             }
         }
     });
+}
+
+// The images that run(args) gives for good and with each of the changes alone differ from one another.
+template <class Args, class Run>
+void expectEachMatters(const Args& good, Run run,
+                       const std::vector<std::function<void(Args&)>>& changes) {
+    std::vector<decltype(run(good))> results = {run(good)};
+    for (const auto& change : changes) {
+        Args changed = good;
+        change(changed);
+        const auto result = run(changed);
+        for (size_t i = 0; i < results.size(); ++i) {
+            EXPECT_FALSE(samePixels(result, results[i])) << results.size() << " as " << i;
+        }
+        results.push_back(result);
+    }
 }
 
 }  // namespace kit

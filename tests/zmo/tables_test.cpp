@@ -6,6 +6,7 @@
 #include "zmocv/canny.h"
 #include "zmocv/chamfer.h"
 #include "zmocv/copysubpix.h"
+#include "zmocv/corner.h"
 #include "zmocv/fastn.h"
 #include "zmocv/flood.h"
 #include "zmocv/haar.h"
@@ -63,6 +64,7 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("chamfer", zmo::chamferKernelsByLevel);
     expectOwnKernels("convert", zmo::convertKernelsByLevel);
     expectOwnKernels("copysubpix", zmo::copySubpixKernelsByLevel);
+    expectOwnKernels("corner", zmo::cornerKernelsByLevel);
     expectOwnKernels("fastn", zmo::fastNKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
     expectOwnKernels("haar", zmo::haarKernelsByLevel);

@@ -4,11 +4,11 @@
 
 namespace oracle {
 
-enum class Along { smooth, first, second };
-enum class Mask { vert, horiz, cross, laplacian, lowpass };
+enum class Along { smooth, first, second, scharr };
+enum class Mask { vert, horiz, cross, laplacian, lowpass, scharrVert, scharrHoriz };
 
 inline int64_t weight(Along along, int i, int radius) {
-    static constexpr int64_t three[][3] = {{1, 2, 1}, {-1, 0, 1}, {1, -2, 1}};
+    static constexpr int64_t three[][3] = {{1, 2, 1}, {-1, 0, 1}, {1, -2, 1}, {3, 10, 3}};
     static constexpr int64_t five[][5] = {{1, 4, 6, 4, 1}, {-1, -2, 0, 2, 1}, {1, 0, -2, 0, 1}};
     const auto row = static_cast<size_t>(along);
     return radius == 1 ? three[row][i + 1] : five[row][i + 2];
@@ -20,11 +20,10 @@ struct Pair {
     Along y;
 };
 inline Pair pairOf(Mask mask) {
-    static constexpr Pair pairs[] = {{Along::first, Along::smooth},
-                                     {Along::smooth, Along::first},
-                                     {Along::first, Along::first},
-                                     {Along::second, Along::smooth},
-                                     {Along::smooth, Along::smooth}};
+    static constexpr Pair pairs[] = {{Along::first, Along::smooth},  {Along::smooth, Along::first},
+                                     {Along::first, Along::first},   {Along::second, Along::smooth},
+                                     {Along::smooth, Along::smooth}, {Along::first, Along::scharr},
+                                     {Along::scharr, Along::first}};
     return pairs[static_cast<size_t>(mask)];
 }
 
@@ -53,6 +52,10 @@ inline int64_t mask(const Extended<Zmo8u>& a, int x, int y, int radius, Mask mas
 inline float weigh32f(Along along, const float* v, int radius) {
     if (radius == 1) {
         if (along == Along::first) return v[2] - v[0];
+        if (along == Along::scharr) {
+            const float ends = 3 * (v[0] + v[2]);
+            return ends + 10 * v[1];
+        }
         const float outer = v[0] + v[2];
         const float inner = 2 * v[1];
         return along == Along::smooth ? outer + inner : outer - inner;
@@ -73,9 +76,9 @@ inline float weigh32f(Along along, const float* v, int radius) {
 }
 
 inline float columnsThenRow(const Extended<Zmo32f>& a, int x, int y, int radius, Pair pair) {
-    float along[5];
+    float along[5] = {};
     for (int i = -radius; i <= radius; ++i) {
-        float column[5];
+        float column[5] = {};
         for (int j = -radius; j <= radius; ++j) column[j + radius] = a(x + i, y + j);
         along[i + radius] = weigh32f(pair.y, column, radius);
     }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "common/differential.h"
 #include "common/image.h"
 #include "zmotypes.h"
 
@@ -55,6 +56,22 @@ inline bool isKnown(ZmoiMaskSize mask) {
 
 inline bool isKnown(ZmoiNorm norm) {
     return norm == zmoiNormL1 || norm == zmoiNormL2;
+}
+
+// The two enumerations of derivative masks have the same values.
+template <class Kernel>
+bool isKnownKernel(Kernel kernel) {
+    return kernel == Kernel{zmoiKernelSobel} || kernel == Kernel{zmoiKernelScharr};
+}
+// Sobel has masks of 3x3 and 5x5, Scharr of 3x3.
+template <class Kernel>
+bool isKnownKernelSize(Kernel kernel, int size) {
+    return size == 3 || (size == 5 && kernel == Kernel{zmoiKernelSobel});
+}
+template <class Kernel>
+Derivative derivativeOf(Kernel kernel, int size) {
+    if (kernel == Kernel{zmoiKernelScharr}) return Derivative::scharr3;
+    return size == 3 ? Derivative::sobel3 : Derivative::sobel5;
 }
 
 template <class T>

@@ -1,6 +1,8 @@
 // Canny edges: what entry points and kernels share.
 #pragma once
 
+#include <stdint.h>
+
 #include "common/image.h"
 #include "common/level.h"
 
@@ -13,18 +15,20 @@ template <class Limit>
 using CannyKernel = void (*)(Source dx, Source dy, Target dst, Region roi, Limit low, Limit high,
                              void* buffer);
 
+// From a picture.
+using CannyBorderKernel = void (*)(Source src, Target dst, Region roi, Border border, int low,
+                                   int high, void* buffer);
+
 struct CannyKernels {
     CannyKernel<int> l1From16s;
     CannyKernel<int> l2From16s;
     CannyKernel<float> l1From32f;
     CannyKernel<float> l2From32f;
+    CannyBorderKernel border[2][3];  // by norm and Derivative
 };
 ZMO_LEVEL_TABLES(CannyKernels, cannyKernels);
 
 // A pixel on the stack of pixels whose neighbours are still to be looked at.
-struct CannyPixel {
-    int x;
-    int y;
-};
+using CannyPixel = uint64_t;
 
 }  // namespace zmo

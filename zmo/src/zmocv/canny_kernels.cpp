@@ -1,6 +1,6 @@
 #include "zmocv/canny.h"
 
-#include "common/kernel.h"
+#include "common/derivative.h"
 
 namespace zmo::ZMO_LEVEL {
 namespace {
@@ -38,8 +38,8 @@ inline float squares(float dx, float dy) {
 }
 
 template <class T, bool l2, class S>
-void sizesOfRow(const Elem<T>* __restrict dx, const Elem<T>* __restrict dy, S* __restrict sizes,
-                ptrdiff_t width) {
+[[gnu::noinline]] void sizesOfRow(const Elem<T>* __restrict dx, const Elem<T>* __restrict dy,
+                                  S* __restrict sizes, ptrdiff_t width) {
     for (ptrdiff_t x = 0; x < width; ++x) {
         const S a = dx[x];
         const S b = dy[x];
@@ -57,9 +57,10 @@ inline bool near(float along, float across) {
 
 // The three rows of sizes have a zero at -1 and at width.
 template <class T, class S>
-void classifyRow(const Elem<T>* __restrict dx, const Elem<T>* __restrict dy,
-                 const S* __restrict above, const S* __restrict here, const S* __restrict below,
-                 Elem<uint8_t>* __restrict out, ptrdiff_t width, S low, S high) {
+[[gnu::noinline]] void classifyRow(const Elem<T>* __restrict dx, const Elem<T>* __restrict dy,
+                                   const S* __restrict above, const S* __restrict here,
+                                   const S* __restrict below, Elem<uint8_t>* __restrict out,
+                                   ptrdiff_t width, S low, S high) {
     for (ptrdiff_t x = 0; x < width; ++x) {
         const S a = dx[x];
         const S b = dy[x];
@@ -84,17 +85,27 @@ void classifyRow(const Elem<T>* __restrict dx, const Elem<T>* __restrict dy,
     }
 }
 
+// Places of pixels, each in one word: x in as many low bits as the width needs, y above. Both fit, as
+// an image of more than 2^63 pixels does not exist.
 class Stack {
   public:
-    explicit Stack(CannyPixel* memory) : m_bottom(memory), m_top(memory) {}
+    Stack(CannyPixel* memory, ptrdiff_t width)
+        : m_bottom(memory), m_top(memory), m_bitsOfX(64 - __builtin_clzll(width)) {}
 
-    void push(ptrdiff_t x, ptrdiff_t y) { *m_top++ = {static_cast<int>(x), static_cast<int>(y)}; }
+    void push(ptrdiff_t x, ptrdiff_t y) {
+        *m_top++ = static_cast<uint64_t>(y) << m_bitsOfX | static_cast<uint64_t>(x);
+    }
     bool isEmpty() const { return m_top == m_bottom; }
-    CannyPixel pop() { return *--m_top; }
+    void pop(ptrdiff_t& x, ptrdiff_t& y) {
+        const uint64_t pixel = *--m_top;
+        x = static_cast<ptrdiff_t>(pixel & ((uint64_t{1} << m_bitsOfX) - 1));
+        y = static_cast<ptrdiff_t>(pixel >> m_bitsOfX);
+    }
 
   private:
     CannyPixel* m_bottom;
     CannyPixel* m_top;
+    int m_bitsOfX;
 };
 
 void pushSeeds(const Elem<uint8_t>* row, ptrdiff_t y, ptrdiff_t width, Stack& stack) {
@@ -109,19 +120,21 @@ void pushSeeds(const Elem<uint8_t>* row, ptrdiff_t y, ptrdiff_t width, Stack& st
 }
 
 // Every pixel is pushed at most once: as a seed, or when it turns from candidate to edge.
-void grow(Target dst, Region roi, Stack& stack) {
+[[gnu::noinline]] void grow(Target dst, Region roi, Stack& stack) {
     while (!stack.isEmpty()) {
-        const CannyPixel pixel = stack.pop();
-        const ptrdiff_t left = pixel.x > 0 ? pixel.x - 1 : 0;
-        const ptrdiff_t right = pixel.x < roi.width - 1 ? pixel.x + 1 : pixel.x;
-        const ptrdiff_t upper = pixel.y > 0 ? pixel.y - 1 : 0;
-        const ptrdiff_t lower = pixel.y < roi.height - 1 ? pixel.y + 1 : pixel.y;
-        for (ptrdiff_t y = upper; y <= lower; ++y) {
-            Elem<uint8_t>* const row = rowOf<uint8_t>(dst, y);
-            for (ptrdiff_t x = left; x <= right; ++x) {
-                if (row[x] != candidate) continue;
-                row[x] = edge;
-                stack.push(x, y);
+        ptrdiff_t x;
+        ptrdiff_t y;
+        stack.pop(x, y);
+        const ptrdiff_t left = x > 0 ? x - 1 : 0;
+        const ptrdiff_t right = x < roi.width - 1 ? x + 1 : x;
+        const ptrdiff_t upper = y > 0 ? y - 1 : 0;
+        const ptrdiff_t lower = y < roi.height - 1 ? y + 1 : y;
+        for (ptrdiff_t j = upper; j <= lower; ++j) {
+            Elem<uint8_t>* const row = rowOf<uint8_t>(dst, j);
+            for (ptrdiff_t i = left; i <= right; ++i) {
+                if (row[i] != candidate) continue;
+                row[i] = edge;
+                stack.push(i, j);
             }
         }
     }
@@ -134,28 +147,67 @@ void dropCandidates(Target dst, Region roi) {
     }
 }
 
-template <class T, bool l2, class S = typename GradientSize<T>::type>
-void canny(Source dx, Source dy, Target dst, Region roi, S low, S high, void* buffer) {
-    Carver memory(buffer);
+// Derivatives that the caller has computed.
+template <class T>
+class GivenGradients {
+  public:
+    using Value = T;
+
+    GivenGradients(Source dx, Source dy) : m_dx(dx), m_dy(dy) {}
+
+    void reach(ptrdiff_t) {}
+    const Elem<T>* dx(ptrdiff_t y) const { return rowOf<T>(m_dx, y); }
+    const Elem<T>* dy(ptrdiff_t y) const { return rowOf<T>(m_dy, y); }
+
+  private:
+    Source m_dx;
+    Source m_dy;
+};
+
+// Derivatives of a picture. Two rows of each are kept: the last one reached and the one before.
+template <class Rows>
+class DerivedGradients {
+  public:
+    using Value = typename Rows::Value;
+
+    DerivedGradients(Source src, Region roi, Border border, Carver& memory)
+        : m_make(src, roi, border, memory) {
+        for (Value*& row : m_rows) row = memory.take<Value>(roi.width);
+    }
+
+    void reach(ptrdiff_t y) { m_make.make(y, m_rows[y & 1], m_rows[2 + (y & 1)]); }
+    const Elem<Value>* dx(ptrdiff_t y) const { return m_rows[y & 1]; }
+    const Elem<Value>* dy(ptrdiff_t y) const { return m_rows[2 + (y & 1)]; }
+
+  private:
+    Rows m_make;
+    Value* m_rows[4];
+};
+
+template <bool l2, class Gradients, class T = typename Gradients::Value,
+          class S = typename GradientSize<T>::type>
+void findEdges(Gradients gradients, Target dst, Region roi, S low, S high, Carver& memory) {
     S* rows[3];
     for (S*& row : rows) {
         row = memory.take<S>(roi.width + 2) + 1;
         for (ptrdiff_t x = -1; x <= roi.width; ++x) row[x] = 0;
     }
-    Stack stack(memory.take<CannyPixel>(roi.width * roi.height));
+    Stack stack(memory.take<CannyPixel>(roi.width * roi.height), roi.width);
 
-    sizesOfRow<T, l2, S>(rowOf<T>(dx, 0), rowOf<T>(dy, 0), rows[1], roi.width);
+    gradients.reach(0);
+    sizesOfRow<T, l2, S>(gradients.dx(0), gradients.dy(0), rows[1], roi.width);
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         S* const above = rows[0];
         S* const here = rows[1];
         S* const below = rows[2];
         if (y + 1 < roi.height) {
-            sizesOfRow<T, l2, S>(rowOf<T>(dx, y + 1), rowOf<T>(dy, y + 1), below, roi.width);
+            gradients.reach(y + 1);
+            sizesOfRow<T, l2, S>(gradients.dx(y + 1), gradients.dy(y + 1), below, roi.width);
         } else {
             for (ptrdiff_t x = 0; x < roi.width; ++x) below[x] = 0;
         }
         Elem<uint8_t>* const out = rowOf<uint8_t>(dst, y);
-        classifyRow<T, S>(rowOf<T>(dx, y), rowOf<T>(dy, y), above, here, below, out, roi.width, low,
+        classifyRow<T, S>(gradients.dx(y), gradients.dy(y), above, here, below, out, roi.width, low,
                           high);
         pushSeeds(out, y, roi.width, stack);
         rows[0] = here;
@@ -166,9 +218,29 @@ void canny(Source dx, Source dy, Target dst, Region roi, S low, S high, void* bu
     dropCandidates(dst, roi);
 }
 
+template <class T, bool l2, class S = typename GradientSize<T>::type>
+void canny(Source dx, Source dy, Target dst, Region roi, S low, S high, void* buffer) {
+    Carver memory(buffer);
+    findEdges<l2>(GivenGradients<T>(dx, dy), dst, roi, low, high, memory);
+}
+
+template <class Rows, bool l2>
+void cannyBorder(Source src, Target dst, Region roi, Border border, int low, int high,
+                 void* buffer) {
+    Carver memory(buffer);
+    findEdges<l2>(DerivedGradients<Rows>(src, roi, border, memory), dst, roi, low, high, memory);
+}
+
 }  // namespace
 
-const CannyKernels cannyKernels = {canny<int16_t, false>, canny<int16_t, true>, canny<float, false>,
-                                   canny<float, true>};
+const CannyKernels cannyKernels = {
+    canny<int16_t, false>,
+    canny<int16_t, true>,
+    canny<float, false>,
+    canny<float, true>,
+    {{cannyBorder<Sobel3<uint8_t>, false>, cannyBorder<Sobel5<uint8_t>, false>,
+      cannyBorder<Scharr3<uint8_t>, false>},
+     {cannyBorder<Sobel3<uint8_t>, true>, cannyBorder<Sobel5<uint8_t>, true>,
+      cannyBorder<Scharr3<uint8_t>, true>}}};
 
 }  // namespace zmo::ZMO_LEVEL

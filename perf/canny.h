@@ -1,0 +1,182 @@
+// Base of the tests of Canny edges from two derivative images.
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "pp.h"
+#include "zmocv.h"
+#include "zmoi.h"
+
+namespace canny {
+
+// Bright rectangles across and down: more figures make more edges.
+inline psIterator<ZmoiSize> numFigures("numFigures", "Figures across and down",
+                                       {{2, 2}, {3, 3}, {4, 4}});
+
+constexpr Zmo32f lowThreshold = 127.5F;
+constexpr Zmo32f highThreshold = 382.5F;
+constexpr double angle = 10.0;  // degrees; edges along the axes alone would be a special case
+
+inline ppImage pSrc1;  // derivative along x
+inline ppImage pSrc2;  // derivative along y
+inline ppImage pDst;   // the picture at first, then the edges
+inline int srcStep;
+inline int src2Step;
+inline int dstStep;
+inline ZmoiSize roi;
+inline ZmoiSizeL roiL;
+inline ppBuffer pBuffer;
+
+PP_SERVICE(zmoiFilterSobelVertBorderGetBufferSize);
+PP_SERVICE(zmoiFilterSobelHorizBorderGetBufferSize);
+PP_SERVICE(zmoiFilterSobelVertBorder_8u16s_C1R);
+PP_SERVICE(zmoiFilterSobelHorizBorder_8u16s_C1R);
+PP_SERVICE(zmoiFilterSobelVertBorder_32f_C1R);
+PP_SERVICE(zmoiFilterSobelHorizBorder_32f_C1R);
+PP_SERVICE(zmoiConvert_8u32f_C1R);
+PP_SERVICE(zmoiRotateGetShift);
+PP_SERVICE(zmoiRotate_8u_C1R);
+
+class CannyTest : public ppTest {
+  public:
+    using ppTest::ppTest;
+
+  protected:
+    // Asks the library for the size of the work buffer and makes it.
+    virtual bool createBuffer() = 0;
+
+    bool canStart() override {
+        regParm(ImageSize);
+        regParm(numFigures);
+        regParm(Picture);
+        regCacheParm(ImageSize, pDst);
+        return true;
+    }
+
+    bool initData() override {
+        roi = ImageSize.value();
+        roiL = {roi.width, roi.height};
+        return createImages() && drawPicture() && deriveSources() && createBuffer();
+    }
+
+    void flushData() override {
+        pSrc1.deleteVector();
+        pSrc2.deleteVector();
+        pDst.deleteVector();
+        pBuffer.release();
+    }
+
+    double getDivisor() override {
+        return static_cast<double>(pDst.width()) * pDst.height() * pDst.numActualChannels();
+    }
+
+    psString getUnit() override { return "pxch"; }
+
+    psString dataFigure() override {
+        int edges = 0;
+        for (int y = 0; y < roi.height; ++y)
+            edges += static_cast<int>(std::count(pDst.ptr8u() + y * dstStep,
+                                                 pDst.ptr8u() + y * dstStep + roi.width, 255));
+        return psFormat("%.2f%% of the pixels are edges", 100.0 * edges / roi.width / roi.height);
+    }
+
+  private:
+    bool createImages() {
+        pSrc1.init(func(), ppArgSrc);
+        pSrc2.init(func(), ppArgSrc);
+        pDst.init(func(), ppArgDst);
+        if (!pSrc1.createImage(roi.width, roi.height, 0, ppMisalign(0)) ||
+            !pSrc2.createImage(roi.width, roi.height, 0, ppMisalign(1)) ||
+            !pDst.createImage(roi.width, roi.height, 0, ppMisalign(2)))
+            return false;
+        srcStep = pSrc1.step();
+        src2Step = pSrc2.step();
+        dstStep = pDst.step();
+        return true;
+    }
+
+    bool drawPicture() {
+        if (!ppPictureGiven()) return drawFigures();
+        setDataComment(ppPictureTitle());
+        return ppDrawPicture(pDst);
+    }
+
+    // A grid of bright rectangles, turned about its centre.
+    bool drawFigures() {
+        const int cellWidth = roi.width / numFigures.value().width;
+        const int cellHeight = roi.height / numFigures.value().height;
+        if (cellWidth < 1 || cellHeight < 1) {
+            g_ostrm << MessageLevel::ERR << "-- The image is too small for so many figures\n"
+                    << MessageLevel::END;
+            return false;
+        }
+        std::vector<Zmo8u> picture;
+        picture.reserve(static_cast<std::size_t>(roi.width) * static_cast<std::size_t>(roi.height));
+        for (int y = 0; y < roi.height; ++y) {
+            const bool bright = (y + cellHeight / 4) % cellHeight < cellHeight / 2;
+            for (int x = 0; x < roi.width; ++x) {
+                const bool inside = (x + cellWidth / 4) % cellWidth >= cellWidth / 2;
+                picture.push_back(bright && inside ? 255 : 0);
+            }
+        }
+        double xShift = 0;
+        double yShift = 0;
+        return prepared(lib_zmoiRotateGetShift(roi.width / 2.0, roi.height / 2.0, angle, &xShift,
+                                               &yShift),
+                        "zmoiRotateGetShift") &&
+               prepared(lib_zmoiRotate_8u_C1R(picture.data(), roi.width, roi, pDst.ptr8u(), dstStep,
+                                              roi, angle, xShift, yShift),
+                        "zmoiRotate_8u_C1R");
+    }
+
+    bool deriveSources() {
+        return func().srcType() == pp16s ? deriveSources16s() : deriveSources32f();
+    }
+
+    // The two filters may differ in what they ask for.
+    bool createSobelBuffer(ZmoDataType type, ppBuffer& buffer) {
+        int vertSize = 0;
+        int horizSize = 0;
+        return prepared(
+                   lib_zmoiFilterSobelVertBorderGetBufferSize(roi, zmoiMask3x3, type, 1, &vertSize),
+                   "zmoiFilterSobelVertBorderGetBufferSize") &&
+               prepared(lib_zmoiFilterSobelHorizBorderGetBufferSize(roi, zmoiMask3x3, type, 1,
+                                                                    &horizSize),
+                        "zmoiFilterSobelHorizBorderGetBufferSize") &&
+               buffer.create(std::max(vertSize, horizSize));
+    }
+
+    bool deriveSources16s() {
+        ppBuffer buffer;
+        return createSobelBuffer(zmo8u, buffer) &&
+               prepared(lib_zmoiFilterSobelVertBorder_8u16s_C1R(
+                            pDst.ptr8u(), dstStep, pSrc1.ptr16s(), srcStep, roi, zmoiMask3x3,
+                            zmoiBorderReplicate, nullptr, buffer.get()),
+                        "zmoiFilterSobelVertBorder_8u16s_C1R") &&
+               prepared(lib_zmoiFilterSobelHorizBorder_8u16s_C1R(
+                            pDst.ptr8u(), dstStep, pSrc2.ptr16s(), src2Step, roi, zmoiMask3x3,
+                            zmoiBorderReplicate, nullptr, buffer.get()),
+                        "zmoiFilterSobelHorizBorder_8u16s_C1R");
+    }
+
+    bool deriveSources32f() {
+        ppImage picture;
+        picture.init(func(), ppArgSrc);
+        ppBuffer buffer;
+        return picture.createImage(roi.width, roi.height) && createSobelBuffer(zmo32f, buffer) &&
+               prepared(lib_zmoiConvert_8u32f_C1R(pDst.ptr8u(), dstStep, picture.ptr32f(),
+                                                  picture.step(), roi),
+                        "zmoiConvert_8u32f_C1R") &&
+               prepared(lib_zmoiFilterSobelVertBorder_32f_C1R(
+                            picture.ptr32f(), picture.step(), pSrc1.ptr32f(), srcStep, roi,
+                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
+                        "zmoiFilterSobelVertBorder_32f_C1R") &&
+               prepared(lib_zmoiFilterSobelHorizBorder_32f_C1R(
+                            picture.ptr32f(), picture.step(), pSrc2.ptr32f(), src2Step, roi,
+                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
+                        "zmoiFilterSobelHorizBorder_32f_C1R");
+    }
+};
+
+}  // namespace canny

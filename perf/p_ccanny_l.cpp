@@ -1,0 +1,35 @@
+// Canny edges of large images from two derivative images (zmoiCanny_L).
+#include <climits>
+
+#include "canny.h"
+
+namespace {
+
+using namespace canny;
+
+PP_SERVICE(zmoiCannyGetSize_L);
+
+class TimcCannyL : public CannyTest {
+  public:
+    using CannyTest::CannyTest;
+
+  protected:
+    bool createBuffer() override {
+        int64_t size = 0;
+        if (!prepared(lib_zmoiCannyGetSize_L(roiL, &size), "zmoiCannyGetSize_L")) return false;
+        if (size > INT_MAX) {
+            g_ostrm << MessageLevel::ERR
+                    << "-- The library asks for more than 2 GB of work memory\n"
+                    << MessageLevel::END;
+            return false;
+        }
+        return pBuffer.create(static_cast<int>(size));
+    }
+};
+
+PP_REG(TimcCannyL, zmoiCanny_16s8u_C1R_L, pSrc1.ptr16s(), srcStep, pSrc2.ptr16s(), src2Step,
+       pDst.ptr8u(), dstStep, roiL, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
+PP_REG(TimcCannyL, zmoiCanny_32f8u_C1R_L, pSrc1.ptr32f(), srcStep, pSrc2.ptr32f(), src2Step,
+       pDst.ptr8u(), dstStep, roiL, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
+
+}  // namespace

@@ -1,0 +1,36 @@
+// Eigenvalues of the structure tensor, with a replicated border (zmoiMinEigenVal,
+// zmoiEigenValsVecs).
+#include "corners.h"
+
+namespace {
+
+using namespace corners;
+
+PP_SERVICE(zmoiMinEigenValGetBufferSize);
+PP_SERVICE(zmoiEigenValsVecsGetBufferSize);
+
+class TimcEigen : public EigenTest {
+  public:
+    using EigenTest::EigenTest;
+
+  protected:
+    bool hasBorder() const override { return false; }
+
+    bool prepare() override {
+        return isMinimum() ? createBufferBy(lib_zmoiMinEigenValGetBufferSize,
+                                            "zmoiMinEigenValGetBufferSize")
+                           : createBufferBy(lib_zmoiEigenValsVecsGetBufferSize,
+                                            "zmoiEigenValsVecsGetBufferSize");
+    }
+};
+
+#define REG_EIGEN(Base, types, type)                                                          \
+    PP_REG(TimcEigen, zmoi##Base##_##types##_C1R, BORDERED_SRC(type), srcStep, pDst.ptr32f(), \
+           dstStep, roi, kernel<ZmoiKernelType>, kernelSize, windowSize, pBuffer.get())
+
+REG_EIGEN(MinEigenVal, 8u32f, 8u)
+REG_EIGEN(MinEigenVal, 32f, 32f)
+REG_EIGEN(EigenValsVecs, 8u32f, 8u)
+REG_EIGEN(EigenValsVecs, 32f, 32f)
+
+}  // namespace
