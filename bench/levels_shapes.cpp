@@ -12,17 +12,13 @@ double pixelsOf(const Shared& d) {
     return static_cast<double>(d->picture.size());
 }
 
-Function fastN(const Shared& d, int n, int suppress) {
-    std::function<void()> plain;
-    if (suppress == 0) {
-        plain = [d, n] {
-            plainFastN(d->picture.data(), d->dst.data(), d->roi, n, shapes::threshold);
-        };
-    }
-    return {.name = "zmoiFastN_8u_C1R n " + std::to_string(n) + (suppress ? " maxima" : ""),
-            .call = shapes::callFastN(d, n, suppress),
-            .plainLoop = plain,
-            .divisor = pixelsOf(d)};
+Function fastN(const Shared& d, int n) {
+    return {
+        .name = "zmoiFastN_8u_C1R n " + std::to_string(n),
+        .call = shapes::callFastN(d, n),
+        .plainLoop =
+            [d, n] { plainFastN(d->picture.data(), d->dst.data(), d->roi, n, shapes::threshold); },
+        .divisor = pixelsOf(d)};
 }
 
 Function lineSuppression(const Shared& d, int radius) {
@@ -52,9 +48,8 @@ Function hough(const Shared& d, int angles) {
 
 std::vector<Function> functions(ZmoiSize size) {
     const auto data = std::make_shared<shapes::Data>(size);
-    return {fastN(data, 9, 0),        fastN(data, 12, 0),        fastN(data, 9, 1),
-            lineSuppression(data, 3), lineSuppression(data, 15), hough(data, 45),
-            hough(data, 180)};
+    return {fastN(data, 9),  fastN(data, 12), lineSuppression(data, 3), lineSuppression(data, 15),
+            hough(data, 45), hough(data, 180)};
 }
 
 const levels::Registered registered("shapes", functions);

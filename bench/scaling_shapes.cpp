@@ -28,16 +28,17 @@ Function with(const char* what, std::initializer_list<int> values, const Shared&
 
 std::vector<Function> functions(ZmoiSize size) {
     const auto data = std::make_shared<shapes::Data>(size);
-    return {withImage("zmoiFastN_8u_C1R", size,
-                      [](const Shared& d) { return shapes::callFastN(d, 9, 1); }),
-            withImage("zmoiLineSuppression_8u_C1R", size,
-                      [](const Shared& d) { return shapes::callLineSuppression(d, 3); }),
-            withImage("zmoiHoughLine_Region_8u32f_C1R", size,
-                      [](const Shared& d) { return shapes::callHough(d, 90); }),
-            with("zmoiLineSuppression_8u_C1R, radius", {1, 3, 7, 15}, data,
-                 shapes::callLineSuppression),
-            with("zmoiHoughLine_Region_8u32f_C1R, angles", {45, 90, 180, 360}, data,
-                 shapes::callHough)};
+    return {
+        withImage("zmoiFastN_8u_C1R", size,
+                  [](const Shared& d) { return shapes::callFastN(d, 9); }),
+        withImage("zmoiLineSuppression_8u_C1R", size,
+                  [](const Shared& d) { return shapes::callLineSuppression(d, 3); }),
+        withImage("zmoiHoughLine_Region_8u32f_C1R", size,
+                  [](const Shared& d) { return shapes::callHough(d, 90); }),
+        with("zmoiLineSuppression_8u_C1R, radius", {1, 3, 7, 15}, data,
+             [](const Shared& d, int radius) { return shapes::callLineSuppression(d, radius); }),
+        with("zmoiHoughLine_Region_8u32f_C1R, angles", {45, 90, 180, 360}, data,
+             shapes::callHough)};
 }
 
 const scaling::Registered registered("shapes", functions);

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cmath>
-#include <functional>
 #include <memory>
 #include <numbers>
 
@@ -47,19 +46,18 @@ struct Data {
 };
 
 using Shared = std::shared_ptr<Data>;
-using Call = std::function<ZmoStatus()>;
 
-inline Call callFastN(const Shared& d, int n, int suppress) {
+inline auto callFastN(const Shared& d, int n) {
     int bytes = 0;
     bench::require(zmoiFastNGetBufferSize(d->roi, zmo8u, 1, &bytes), "zmoiFastNGetBufferSize");
     d->reserve(bytes);
-    return [d, n, suppress] {
+    return [d, n] {
         return zmoiFastN_8u_C1R(d->picture.data(), d->roi.width, d->dst.data(), d->roi.width,
-                                d->roi, n, threshold, suppress, &d->count, d->buffer.data());
+                                d->roi, n, threshold, 0, &d->count, d->buffer.data());
     };
 }
 
-inline Call callLineSuppression(const Shared& d, int radius) {
+inline auto callLineSuppression(const Shared& d, int radius) {
     int bytes = 0;
     bench::require(zmoiLineSuppressionGetBufferSize(d->roi, radius, zmo8u, 1, &bytes),
                    "zmoiLineSuppressionGetBufferSize");
@@ -77,7 +75,7 @@ inline int houghDistances(ZmoiSize roi) {
 }
 
 // So many angles over half a turn.
-inline Call callHough(const Shared& d, int angles) {
+inline auto callHough(const Shared& d, int angles) {
     constexpr int maxLines = 1000;
     const int middle = houghDistances(d->roi) / 2;
     const double step = std::numbers::pi / angles;
