@@ -59,14 +59,15 @@ TEST(Dialogue, GivenValuesAndBatchModeAskNothing) {
 TEST(Dialogue, EachTestAsksOnlyWithAll) {
     Pscv pscv;
     const Pscv::Arguments keys{"-fCanny_16s", "-dMethod=Manual", "-dImageSize=64x64", "-rtable"};
-    for (const char* all : {"-AAll", "-AParams"}) {
+    for (const std::string all : {"-AAll", "-AParams", "-AMisalign"}) {
         pscv.input = std::string(20, '\n');
         Pscv::Arguments arguments = keys;
         arguments.emplace_back(all);
         const Outcome outcome = pscv.run(arguments);
         const bool asked =
             has(outcome.out, "[2x2;3x3;4x4] = ") || has(outcome.out, "[2x2; 3x3; 4x4] = ");
-        EXPECT_EQ(asked, std::string(all) == "-AAll") << outcome.out;
+        EXPECT_EQ(asked, all == "-AAll") << outcome.out;
+        EXPECT_EQ(has(outcome.out, "Specify vectors alignment, please"), all != "-AParams");
         EXPECT_EQ(pscv.rows().size(), 3U);
     }
 }

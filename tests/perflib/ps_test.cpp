@@ -256,31 +256,6 @@ TEST_F(SessionTest, AlignmentValuesAreBroughtIntoRange) {
     psSetVectorShift(512);
 }
 
-// The console is asked for what neither -d nor the ini-file gives; its end is
-// an empty answer.
-TEST_F(SessionTest, TheConsoleIsAskedForTheSelectedGroups) {
-    const struct {
-        const char *key, *input, *title;  // no title: nothing is asked
-        int method, loops;
-    } cases[] = {{"-AT", "Manual\n12\n\n", "Specify timing method, please", psTool::MANUAL, 12},
-                 {"-AT", "bad\n", "Specify timing method, please", psTool::AUTO, 0},
-                 {"-AP", "Manual\n", "", psTool::AUTO, 0},
-                 {"-AM", "\n\n\n\n", "Specify vectors alignment, please", psTool::AUTO, 0}};
-    for (const auto& c : cases) {
-        file("input", c.input);
-        ASSERT_NE(std::freopen((m_dir + "/input").c_str(), "r", stdin), nullptr);
-        NotingSession session;
-        const std::string text = run(session, {"-fnone", c.key});
-        EXPECT_EQ(text.find("End of common specifications") != std::string::npos, c.title[0] != 0);
-        EXPECT_NE(text.find(c.title), std::string::npos) << text;
-        EXPECT_EQ(psGlobalTool().method(), c.method);
-        int loops = 0;
-        psGlobalTool().getMethodLoop(loops);
-        EXPECT_EQ(loops, c.loops);
-    }
-    ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr);
-}
-
 TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
     const auto fallback = zmo_GetCpuFeatures;
     NotingSession session;

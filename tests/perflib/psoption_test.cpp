@@ -276,26 +276,6 @@ TEST_F(Keys, UnmaskingTakesEffectWithTheNextGuard) {
     EXPECT_EXIT(masksAreOpen(), testing::ExitedWithCode(0), "");
 }
 
-// Every key opens its file under its own default name in its own stream.
-TEST_F(Keys, OpenEveryFileNamedAndAppendWhereAsked) {
-    const std::tuple<char, char, psSinkList*, const char*> rows[] = {
-        {'o', 'O', &g_ostrm, "run.txt"},
-        {'r', 'R', &g_cstrm, "run.csv"},
-        {'u', 'U', &g_ustrm, "run_sum.csv"},
-        {'q', 'q', &g_qstrm, "run_name.csv"}};
-    for (const auto& [create, append, stream, file] : rows) {
-        out.write(file, "old\n");
-        apply(append, "");
-        stream->write("new\n");
-        stream->flush();
-        EXPECT_EQ(out.read(file), create == append ? "new\n" : "old\nnew\n");
-        apply(create, "");
-        EXPECT_EQ(out.read(file), "") << file;
-        apply(create, "more");
-        EXPECT_EQ(stream->size(), 3) << file;
-    }
-}
-
 TEST_F(Keys, HelpHidesTheDevelopersKeys) {
     const psOptionList& options = session.options();
     const auto lines = [](const psString& text) { return std::ranges::count(text.view(), '\n'); };

@@ -217,53 +217,33 @@ TEST(ReportTestTitle, BoxCommentAndCells) {
     EXPECT_EQ(lines(written<psCStream>(title))[0], "Function,zmoiCanny_16s8u_C1R");
 }
 
-class ReportList : public testing::Test {
-  protected:
-    ReportList() {
-        g_pLibFuncList = &functions;
-        for (const char* name :
-             {"zmoiB_8u", "zmoiA_8u", "zmoiAGetBufferSize", "zmoiInitX", "zmoiSetX", "zmoiGet_8u",
-              "zmoiB_8u", "zmoiMalloc", "zmoiRotateCenter", "zmoiC_8u"})
-            functions.push_back(name);
-        tests.push_back(new FakeTest("zmoiA_8u", "TimcA"));
-        tests.push_back(new FakeTest("zmoiA_8u", "TimcA2"));
-        tests.push_back(new FakeTest("zmoiC_8u", "TimcC"));
-    }
-    ~ReportList() override { g_pLibFuncList = nullptr; }
-
-    // Function, test and mark of every row.
-    std::string rows(int mode) {
-        std::string text;
-        const psReportList report(tests, conditions, mode);
-        for (const psReportList::Row& row : report.rows())
-            text += std::string(row.function.c_str()) + ":" + row.test.c_str() +
-                    (row.exists ? "+ " : " ");
-        return text;
-    }
-
+TEST(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
     psStringList functions;
+    for (const char* name :
+         {"zmoiB_8u", "zmoiA_8u", "zmoiAGetBufferSize", "zmoiInitX", "zmoiSetX", "zmoiGet_8u",
+          "zmoiB_8u", "zmoiMalloc", "zmoiRotateCenter", "zmoiC_8u"})
+        functions.push_back(name);
+    g_pLibFuncList = &functions;
     psTestList tests;
+    tests.push_back(new FakeTest("zmoiA_8u", "TimcA"));
+    tests.push_back(new FakeTest("zmoiA_8u", "Timc,A2"));
+    tests.push_back(new FakeTest("zmoiC_8u", "TimcC"));
     psConditions conditions;
-};
-
-TEST_F(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
-    EXPECT_EQ(rows(0), "zmoiA_8u:TimcA+ zmoiA_8u:TimcA2+ zmoiC_8u:TimcC+ ");
-    EXPECT_EQ(rows(1), "zmoiA_8u:TimcA+ zmoiB_8u: zmoiC_8u:TimcC+ zmoiGet_8u: ");
-    EXPECT_EQ(rows(-1), "zmoiB_8u: zmoiGet_8u: ");
+    const auto rows = [&](int mode) {
+        return written<psUStream>(psReportList(tests, conditions, mode));
+    };
+    const std::string a = "zmoiA_8u,TimcA,p_fake,+\n", a2 = "zmoiA_8u,Timc A2,p_fake,+\n",
+                      b = "zmoiB_8u,-,-,-\n", c = "zmoiC_8u,TimcC,p_fake,+\n",
+                      get = "zmoiGet_8u,-,-,-\n";
+    EXPECT_EQ(rows(0), a + a2 + c);
+    EXPECT_EQ(rows(1), a + b + c + get);
+    EXPECT_EQ(rows(-1), b + get);
+    EXPECT_EQ(written<psCStream>(psReportList(tests, conditions, 0)),
+              "Function,Test,Source,Exist\n" + a + a2 + c);
     conditions.add(psMakeCondition(RunCondition::function, "A_8u"));
-    EXPECT_EQ(rows(0), "zmoiA_8u:TimcA+ zmoiA_8u:TimcA2+ ");
-    EXPECT_EQ(rows(-1), "zmoiB_8u: zmoiC_8u: zmoiGet_8u: ");
-}
-
-TEST_F(ReportList, BoxAndTable) {
-    tests.push_back(new FakeTest((std::string("zmoi") + std::string(90, 'L')).c_str(), "Tim"));
-    const psReportList report(tests, conditions, 0);
-    const Texts box = boxed(written<psOStream>(report));
-    EXPECT_EQ(box[1].substr(0, 16), "|   # Function  ");
-    EXPECT_EQ(box[3].substr(0, 20), "|   1 zmoiA_8u      ");
-    EXPECT_EQ(box[3].substr(76), " +|");
-    EXPECT_EQ(written<psCStream>(report).substr(0, 53),
-              "Function,Test,Source,Exist\nzmoiA_8u,TimcA,p_fake,+\nzm");
+    EXPECT_EQ(rows(0), a + a2);
+    EXPECT_EQ(rows(-1), b + "zmoiC_8u,-,-,-\n" + get);
+    g_pLibFuncList = nullptr;
 }
 
 }  // namespace

@@ -102,6 +102,14 @@ TEST(Trace, IndentsByTheOpenNames) {
     EXPECT_EQ(str(psTrace::text()), expected);
     psTrace::flush();
     EXPECT_TRUE(psTrace::text().empty());
+    psTrace::traceOut("x");  // the prefix never ends below nothing
+    psTrace::traceIn("a");
+    for (int i = 0; i < 3; ++i) psTrace::traceOut("x");
+    EXPECT_EQ(str(psTrace::getCurName()), "a");
+    EXPECT_EQ(str(psTrace::text()),
+              "***** trace out of x\n****** trace into   a\n"
+              "****** trace out of x\n***** trace out of x\n***** trace out of x\n");
+    psTrace::flush();
 }
 
 }  // namespace

@@ -44,51 +44,20 @@ std::set<std::string> kernelFlags() {
 TEST(CoreFeatures, AgreeWithTheKernel) {
     const std::set<std::string> flags = kernelFlags();
     if (flags.empty()) GTEST_SKIP() << "/proc/cpuinfo has no flags";
-    const std::pair<Zmo64u, const char*> rows[] = {{ZMO_CPU_MMX, "mmx"},
-                                                   {ZMO_CPU_SSE, "sse"},
-                                                   {ZMO_CPU_SSE2, "sse2"},
-                                                   {ZMO_CPU_SSE3, "pni"},
-                                                   {ZMO_CPU_SSSE3, "ssse3"},
-                                                   {ZMO_CPU_MOVBE, "movbe"},
-                                                   {ZMO_CPU_SSE41, "sse4_1"},
-                                                   {ZMO_CPU_SSE42, "sse4_2"},
-                                                   {ZMO_CPU_AVX, "avx"},
-                                                   {ZMO_CPU_AES, "aes"},
-                                                   {ZMO_CPU_CLMUL, "pclmulqdq"},
-                                                   {ZMO_CPU_RDRAND, "rdrand"},
-                                                   {ZMO_CPU_F16C, "f16c"},
-                                                   {ZMO_CPU_AVX2, "avx2"},
-                                                   {ZMO_CPU_ADCOX, "adx"},
-                                                   {ZMO_CPU_RDSEED, "rdseed"},
-                                                   {ZMO_CPU_PREFETCHW, "3dnowprefetch"},
-                                                   {ZMO_CPU_SHA, "sha_ni"},
-                                                   {ZMO_CPU_AVX512F, "avx512f"},
-                                                   {ZMO_CPU_AVX512CD, "avx512cd"},
-                                                   {ZMO_CPU_AVX512ER, "avx512er"},
-                                                   {ZMO_CPU_AVX512PF, "avx512pf"},
-                                                   {ZMO_CPU_AVX512BW, "avx512bw"},
-                                                   {ZMO_CPU_AVX512DQ, "avx512dq"},
-                                                   {ZMO_CPU_AVX512VL, "avx512vl"},
-                                                   {ZMO_CPU_AVX512VBMI, "avx512vbmi"},
-                                                   {ZMO_CPU_MPX, "mpx"},
-                                                   {ZMO_CPU_AVX512_4FMADDPS, "avx512_4fmaps"},
-                                                   {ZMO_CPU_AVX512_4VNNIW, "avx512_4vnniw"},
-                                                   {ZMO_CPU_AVX512IFMA, "avx512ifma"},
-                                                   {ZMO_CPU_AVX512VPOPCNTDQ, "avx512_vpopcntdq"},
-                                                   {ZMO_CPU_AVX512_BITALG, "avx512_bitalg"},
-                                                   {ZMO_CPU_AVX512_FP16, "avx512_fp16"},
-                                                   {ZMO_CPU_AVX_VNNI, "avx_vnni"}};
-    const Zmo64u mask = processorMask();
-    Zmo64u known =
-        ZMO_CPU_AVX_VNNI_INT8 | ZMO_CPU_AVX_VNNI_INT16 | ZMO_CPU_AVX10_256 | ZMO_CPU_AVX10_512;
-    for (const auto& [bit, flag] : rows) {
-        known |= bit;
-        const bool inKernel = flags.count(flag) != 0;
+    // The kernel's name of each bit, - where there is none; it knows none of the last four.
+    std::istringstream names(
+        "mmx sse sse2 pni ssse3 movbe sse4_1 sse4_2 avx - aes pclmulqdq - rdrand f16c avx2 adx "
+        "rdseed 3dnowprefetch sha_ni avx512f avx512cd avx512er avx512pf avx512bw avx512dq avx512vl "
+        "avx512vbmi mpx avx512_4fmaps avx512_4vnniw - avx512ifma - avx512_vpopcntdq avx512_bitalg "
+        "avx512_fp16 avx_vnni");
+    Zmo64u mask = processorMask();
+    for (std::string name; names >> name; mask >>= 1) {
+        const bool inKernel = flags.count(name) != 0;
         // The kernel hides RDSEED of some processors that announce it but fail.
-        if (bit == ZMO_CPU_RDSEED && !inKernel) continue;
-        EXPECT_EQ((mask & bit) != 0, inKernel) << flag;
+        if (name == "rdseed" && !inKernel) continue;
+        EXPECT_EQ((mask & 1) != 0, inKernel) << name;
     }
-    EXPECT_EQ(mask & ~known, 0U);
+    EXPECT_EQ(mask >> 4, 0U);
 }
 
 TEST(CoreFeatures, TellALeaf) {
