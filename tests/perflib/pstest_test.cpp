@@ -1,0 +1,33 @@
+#include "pstest.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+namespace {
+
+struct OpenTest : psTest {
+    OpenTest() : psTest(static_cast<FuncOld>(nullptr), "f", "p_f", "Timf//PP_REG") {}
+    using psTest::formatClocks;
+};
+
+TEST(PsTest, ClocksHaveThreeDigitsOrMore) {
+    const std::pair<double, const char*> cases[] = {{0, ""},
+                                                    {-1, ""},
+                                                    {1e10, "1.000e+10"},
+                                                    {1e7, "10000000"},
+                                                    {123.4, "123"},
+                                                    {99.96, "100.0"},
+                                                    {12.34, "12.3"},
+                                                    {1.234, "1.23"},
+                                                    {1.0, "1.00"},
+                                                    {0.1234, "0.123"},
+                                                    {0.01234, "0.0123"},
+                                                    {0.001234, "0.00123"},
+                                                    {1e-4, "0.000100"},
+                                                    {9e-5, "9.000e-05"}};
+    OpenTest test;
+    for (const auto& [clocks, text] : cases) EXPECT_STREQ(test.formatClocks(clocks).c_str(), text);
+}
+
+}  // namespace
