@@ -38,4 +38,6 @@ set(PSCV_MODULES
     p_cvsegmentation
     p_cvseparable
     p_cvseparable_pipe
-    p_linesuppression)
+    p_gmm
+    p_linesuppression
+    p_optflow)

@@ -61,7 +61,9 @@ constexpr Range ranges[] = {
     {"p_cvsegmentation", 75, 100},
     {"p_cvseparable", 10, 60},
     {"p_cvseparable_pipe", 0.1, 150},
+    {"p_gmm", 2, 30},
     {"p_linesuppression", 10, 90},
+    {"p_optflow", 0.001, 0.4},
 };
 
 std::set<std::string> modules() {

@@ -166,6 +166,7 @@ class Buffer {
         m_memory.snapshot();
     }
     Zmo8u* ptr() { return m_memory.data(); }
+    int size() const { return m_size; }
     void expectSurroundingsUntouched() const {
         const int size = m_size;
         EXPECT_EQ(m_memory.firstChange([size](ptrdiff_t i) { return i >= 0 && i < size; }), -1)

@@ -9,6 +9,7 @@
 #include "zmocv/corner.h"
 #include "zmocv/fastn.h"
 #include "zmocv/flood.h"
+#include "zmocv/gmm.h"
 #include "zmocv/haar.h"
 #include "zmocv/hough.h"
 #include "zmocv/inpaint.h"
@@ -17,6 +18,7 @@
 #include "zmocv/marching.h"
 #include "zmocv/morph.h"
 #include "zmocv/norm.h"
+#include "zmocv/optflow.h"
 #include "zmocv/reconstruct.h"
 #include "zmocv/sampleline.h"
 #include "zmocv/segment.h"
@@ -67,6 +69,7 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("corner", zmo::cornerKernelsByLevel);
     expectOwnKernels("fastn", zmo::fastNKernelsByLevel);
     expectOwnKernels("flood", zmo::floodKernelsByLevel);
+    expectOwnKernels("gmm", zmo::gmmKernelsByLevel);
     expectOwnKernels("haar", zmo::haarKernelsByLevel);
     expectOwnKernels("hough", zmo::houghKernelsByLevel);
     expectOwnKernels("inpaint", zmo::inpaintKernelsByLevel);
@@ -75,6 +78,7 @@ TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
     expectOwnKernels("marching", zmo::marchingKernelsByLevel);
     expectOwnKernels("mask", zmo::maskKernelsByLevel);
     expectOwnKernels("norm", zmo::normKernelsByLevel);
+    expectOwnKernels("optflow", zmo::flowKernelsByLevel);
     expectOwnKernels("pipeline", zmo::pipelineKernelsByLevel);
     expectOwnKernels("pyramid", zmo::pyramidKernelsByLevel);
     expectOwnKernels("morph", zmo::morphKernelsByLevel);

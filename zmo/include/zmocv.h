@@ -10,6 +10,7 @@
 #include "zmocv_integral.h"
 #include "zmocv_lens.h"
 #include "zmocv_morph.h"
+#include "zmocv_motion.h"
 #include "zmocv_norm.h"
 #include "zmocv_region.h"
 #include "zmocv_sample.h"

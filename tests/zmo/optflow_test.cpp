@@ -1,0 +1,366 @@
+#include <algorithm>
+#include <climits>
+#include <cmath>
+
+#include "kit.h"
+#include "zmocv.h"
+
+namespace {
+
+using Point = ZmoiPoint32f;
+using Points = kit::Image<Point>;  // one row
+
+// Pictures as functions of the place, in 0 ... 1.
+using Texture = double (*)(double x, double y);
+
+double waves(double x, double y) {
+    return 0.5 + 0.2 * std::sin(x * 0.31 + y * 0.12) + 0.15 * std::sin(y * 0.27 - x * 0.09) +
+           0.1 * std::sin(x * 0.83 + 2) * std::sin(y * 0.71);
+}
+double chessboard(double x, double y) {
+    return static_cast<int>(std::floor(x / 3) + std::floor(y / 4)) & 1;
+}
+double stripes(double x, double) {
+    return 0.5 + 0.4 * std::sin(x * 0.6);
+}
+double flat(double, double) {
+    return 0.3;
+}
+
+// A picture shifted by (dx, dy), in layers that halve the coordinates.
+template <class T>
+std::vector<kit::Image<T>> layersOf(ZmoiSize size, int count, Texture texture, double dx = 0,
+                                    double dy = 0, kit::Layout layout = {}) {
+    const double most = std::is_integral_v<T> ? double{std::numeric_limits<T>::max()} : 1000;
+    std::vector<kit::Image<T>> layers;
+    for (int k = 0; k < count; ++k) {
+        kit::Image<T>& image = layers.emplace_back(size, layout);
+        for (int y = 0; y < size.height; ++y) {
+            for (int x = 0; x < size.width; ++x) {
+                const double value = texture(x * (1 << k) - dx, y * (1 << k) - dy);
+                image.set(x, y, static_cast<T>(value * most));
+            }
+        }
+        image.snapshot();
+        size = {(size.width + 1) / 2, (size.height + 1) / 2};
+    }
+    return layers;
+}
+
+template <class T>
+ZmoiPyramidLevels levelsOf(const std::vector<kit::Image<T>>& layers) {
+    ZmoiPyramidLevels levels{};
+    for (const auto& image : layers) {
+        const int k = levels.levels++;
+        levels.pImage[k] = image.ptr();
+        levels.step[k] = image.step();
+        levels.roi[k] = image.size();
+    }
+    return levels;
+}
+
+struct Rules {
+    int window;
+    int maxLevel;
+    int maxIterations;
+    float epsilon;
+};
+
+// The results for one point as the header defines them, one pixel at a time.
+template <class T>
+struct Definition {
+    Rules rules;
+    const std::vector<kit::Image<T>>& first;
+    const std::vector<kit::Image<T>>& second;
+    Point to{};
+    bool found = false;
+    float error = 0;
+
+    Definition(const Rules& r, const std::vector<kit::Image<T>>& a,
+               const std::vector<kit::Image<T>>& b, Point from, Point start)
+        : rules(r), first(a), second(b) {
+        Point q = scaled(start, rules.maxLevel);
+        for (int k = rules.maxLevel; k >= 0; --k) {
+            const size_t layer = static_cast<size_t>(k);
+            if (k < rules.maxLevel) q = {q.x * 2, q.y * 2};
+            const Point before = q;
+            found = track(first[layer], second[layer], scaled(from, k), q);
+            if (!found) q = before;
+        }
+        to = found ? q : start;
+        if (!found) return;
+        error = sum([&](int i, int j) {
+                    return std::fabs(at(first[0], from, i, j) - at(second[0], q, i, j));
+                }) /
+                static_cast<float>(rules.window * rules.window);
+    }
+
+    static Point scaled(Point p, int k) { return {std::ldexp(p.x, -k), std::ldexp(p.y, -k)}; }
+
+    static bool inside(Point p, ZmoiSize size) {
+        return p.x >= -0.5F && p.y >= -0.5F && double{p.x} <= size.width - 0.5 &&
+               double{p.y} <= size.height - 0.5;
+    }
+
+    float at(const kit::Image<T>& image, Point p, int i, int j) const {
+        const int left = static_cast<int>(std::floor(p.x)) - rules.window / 2;
+        const int top = static_cast<int>(std::floor(p.y)) - rules.window / 2;
+        const float fx = p.x - std::floor(p.x);
+        const float fy = p.y - std::floor(p.y);
+        const auto pixel = [&](int x, int y) {
+            return static_cast<float>(image.get(std::clamp(x, 0, image.size().width - 1),
+                                                std::clamp(y, 0, image.size().height - 1)));
+        };
+        const auto line = [&](int y) {
+            return (1 - fx) * pixel(left + i, y) + fx * pixel(left + i + 1, y);
+        };
+        return (1 - fy) * line(top + j) + fy * line(top + j + 1);
+    }
+
+    template <class Term>
+    float sum(Term term) const {
+        float lanes[8] = {};
+        for (int i = 0; i < rules.window; ++i) {
+            float column = 0;
+            for (int j = 0; j < rules.window; ++j) column += term(i, j);
+            lanes[i % 8] += column;
+        }
+        return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) +
+               ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
+    }
+
+    bool track(const kit::Image<T>& a, const kit::Image<T>& b, Point p, Point& q) const {
+        if (!inside(p, a.size()) || !inside(q, b.size())) return false;
+        const auto dx = [&](int i, int j) { return (at(a, p, i + 1, j) - at(a, p, i - 1, j)) / 2; };
+        const auto dy = [&](int i, int j) { return (at(a, p, i, j + 1) - at(a, p, i, j - 1)) / 2; };
+        const auto d = [&](int i, int j) { return at(a, p, i, j) - at(b, q, i, j); };
+        const auto total = [&](auto u, auto v) {
+            return double{sum([&](int i, int j) { return u(i, j) * v(i, j); })};
+        };
+        const double gxx = total(dx, dx);
+        const double gxy = total(dx, dy);
+        const double gyy = total(dy, dy);
+        const double det = gxx * gyy - gxy * gxy;
+        if (!(det > (gxx + gyy) * (gxx + gyy) / 1024)) return false;
+        for (int n = 0; n < rules.maxIterations; ++n) {
+            const double bx = total(d, dx);
+            const double by = total(d, dy);
+            const Point step{static_cast<float>((gyy * bx - gxy * by) / det),
+                             static_cast<float>((gxx * by - gxy * bx) / det)};
+            q = {q.x + step.x, q.y + step.y};
+            if (!inside(q, b.size())) return false;
+            if (std::hypot(double{step.x}, double{step.y}) < double{rules.epsilon}) break;
+        }
+        return true;
+    }
+};
+
+// Calls body(function, element of the type) for each type.
+template <class Body>
+void forEachType(Body body) {
+    const auto traced = [&](const char* name, auto function, auto element) {
+        SCOPED_TRACE(name);
+        body(function, element);
+    };
+    traced("8u", zmoiOpticalFlowPyrLK_8u_C1R, Zmo8u());
+    traced("16u", zmoiOpticalFlowPyrLK_16u_C1R, Zmo16u());
+    traced("32f", zmoiOpticalFlowPyrLK_32f_C1R, Zmo32f());
+}
+
+// The arguments of a call in guarded memory, positions and results included.
+struct Args {
+    Args(const ZmoiPyramidLevels& a, const ZmoiPyramidLevels& b, const std::vector<Point>& points,
+         const std::vector<Point>& start, const Rules& r, kit::Layout layout = {})
+        : first(a),
+          second(b),
+          size{static_cast<int>(points.size()), 1},
+          from(size, layout),
+          to(size, {layout.misalign + 1, 0}),
+          found(size),
+          error(size, layout),
+          buffer(bufferSize(r.window)),
+          count(size.width),
+          rules(r) {
+        size_t i = 0;
+        from.fill([&] { return points[i++]; });
+        i = 0;
+        to.fill([&] { return start[i++]; });
+    }
+    static int bufferSize(int window) {
+        int bytes = 0;
+        EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(window, zmo8u, 1, &bytes), zmoStsNoErr);
+        return bytes;
+    }
+    template <class Function>
+    ZmoStatus call(Function function) {
+        const auto given = [this](int i, auto* p) { return i == null ? nullptr : p; };
+        return function(given(0, &first), given(1, &second), given(2, from.ptr()),
+                        given(3, to.ptr()), given(4, found.ptr()), given(5, error.ptr()), count,
+                        rules.window, rules.maxLevel, rules.maxIterations, rules.epsilon,
+                        given(6, buffer.ptr()));
+    }
+
+    ZmoiPyramidLevels first;
+    ZmoiPyramidLevels second;
+    ZmoiSize size;
+    Points from;
+    Points to;
+    kit::Image<Zmo8u> found;
+    kit::Image<float> error;
+    kit::Buffer buffer;
+    int count;
+    Rules rules;
+    int null = -1;  // index of the pointer that is passed as null
+};
+
+struct Case {
+    ZmoiSize size;
+    Texture texture;
+    Rules rules;
+};
+
+const Case cases[] = {{{97, 71}, waves, {15, 2, 6, 0.01F}},  {{64, 48}, waves, {7, 3, 3, 0.3F}},
+                      {{65, 33}, chessboard, {9, 1, 4, 0}},  {{40, 30}, chessboard, {3, 0, 2, 0}},
+                      {{33, 70}, waves, {31, 1, 1, 0}},      {{30, 29}, waves, {127, 0, 2, 0}},
+                      {{17, 1}, waves, {5, 1, 2, 0}},        {{1, 1}, waves, {3, 0, 2, 0}},
+                      {{50, 50}, stripes, {11, 1, 3, 0.1F}}, {{50, 50}, flat, {11, 1, 3, 0}}};
+
+TEST(OpticalFlow, FollowsItsDefinition) {
+    kit::Random random(91);
+    forEachType([&](auto function, auto element) {
+        using T = decltype(element);
+        size_t turn = 0;
+        int foundPoints = 0;
+        for (const Case& c : cases) {
+            SCOPED_TRACE(testing::Message() << c.size << " window " << c.rules.window);
+            const kit::Layout layout = kit::layouts()[turn++ % 4];
+            const auto first = layersOf<T>(c.size, c.rules.maxLevel + 1, c.texture, 0, 0, layout);
+            const auto second = layersOf<T>(c.size, c.rules.maxLevel + 1, c.texture, 1.4, -0.8,
+                                            {layout.misalign + 1, layout.padding + 2});
+            // Inside, over each edge, on whole pixels, and nowhere.
+            std::vector<Point> from{{0, 0}, {3e9F, 1}, {-0.25F, 0.25F}, {1, -1e30F}};
+            std::vector<Point> to{{0, 0}, {3, 1}, {0, 0}, {1, 1}};
+            while (from.size() < 16) {
+                from.push_back({static_cast<float>(random.uniform(-2, c.size.width + 1)),
+                                static_cast<float>(random.uniform(-2, c.size.height + 1))});
+                to.push_back({from.back().x + static_cast<float>(random.between(-2, 2)),
+                              from.back().y + static_cast<float>(random.uniform(-2, 2))});
+            }
+            std::vector<Definition<T>> want;
+            for (size_t i = 0; i < from.size(); ++i) {
+                want.emplace_back(c.rules, first, second, from[i], to[i]);
+                foundPoints += want[i].found ? 1 : 0;
+            }
+            kit::forEachLevel([&] {
+                Args args(levelsOf(first), levelsOf(second), from, to, c.rules, layout);
+                kit::succeed([&] { return args.call(function); });
+                for (int i = 0; i < args.count; ++i) {
+                    const Definition<T>& one = want[static_cast<size_t>(i)];
+                    EXPECT_TRUE(kit::sameBits(args.to.get(i, 0), one.to) &&
+                                args.found.get(i, 0) == one.found &&
+                                kit::sameBits(args.error.get(i, 0), one.error))
+                        << "point " << i << " ZMO_TEST_SEED=" << kit::runSeed();
+                }
+                args.from.expectUntouched("points");
+                args.to.expectSurroundingsUntouched("positions");
+                args.found.expectSurroundingsUntouched("found");
+                args.error.expectSurroundingsUntouched("error");
+                args.buffer.expectSurroundingsUntouched();
+            });
+            for (const auto& image : first) image.expectUntouched("first");
+            for (const auto& image : second) image.expectUntouched("second");
+        }
+        EXPECT_GE(foundPoints, 40);
+    });
+}
+
+// In few steps, points that moved far are found through the layers only.
+TEST(OpticalFlow, FindsShifts) {
+    std::vector<Point> from;
+    for (int i = 0; i < 60; ++i) {
+        from.push_back({40.0F + 13.5F * static_cast<float>(i % 10),
+                        40.0F + 12.25F * static_cast<float>(i / 10)});
+    }
+    const auto first = layersOf<Zmo8u>({220, 160}, 3, waves);
+    const auto second = layersOf<Zmo8u>({220, 160}, 3, waves, 7.3, -5.6);
+    const auto meanError = [&](int maxLevel) {
+        Args args(levelsOf(first), levelsOf(second), from, from, {15, maxLevel, 3, 0});
+        kit::succeed([&] { return args.call(zmoiOpticalFlowPyrLK_8u_C1R); });
+        double sum = 0;
+        for (int i = 0; i < args.count; ++i) {
+            sum += std::hypot(args.to.get(i, 0).x - args.from.get(i, 0).x - 7.3F,
+                              args.to.get(i, 0).y - args.from.get(i, 0).y + 5.6F);
+        }
+        return sum / args.count;
+    };
+    EXPECT_LT(meanError(2), 0.03);
+    EXPECT_GT(meanError(0), 1);
+}
+
+TEST(OpticalFlow, OddNumbersLoseTheirPointOnly) {
+    auto first = layersOf<Zmo32f>({80, 40}, 1, waves);
+    const auto second = layersOf<Zmo32f>({80, 40}, 1, waves, 0.5, 0.25);
+    first[0].set(20, 20, NAN);
+    const std::vector<Point> from{{NAN, 5}, {60, 20}, {20, 20}, {30, 20}, {60, 20}};
+    const std::vector<Point> to{{5, 5}, {HUGE_VALF, 20}, {20, 20}, {30, 20}, {60, -HUGE_VALF}};
+    kit::forEachLevel([&] {
+        Args args(levelsOf(first), levelsOf(second), from, to, {11, 0, 9, 0.01F});
+        EXPECT_EQ(args.call(zmoiOpticalFlowPyrLK_32f_C1R), zmoStsNoErr);
+        for (int i = 0; i < 5; ++i) {
+            EXPECT_EQ(args.found.get(i, 0), i == 3);
+            EXPECT_EQ(kit::sameBits(args.to.get(i, 0), to[static_cast<size_t>(i)]), i != 3);
+        }
+        EXPECT_NEAR(args.to.get(3, 0).x, 30.5F, 0.02F);
+    });
+}
+
+TEST(OpticalFlow, BadArguments) {
+    forEachType([&](auto function, auto element) {
+        const auto layers = layersOf<decltype(element)>({24, 20}, 3, waves);
+        const std::vector<Point> points(2, Point{9, 9});
+        const Args good(levelsOf(layers), levelsOf(layers), points, points, {5, 1, 3, 0.1F});
+        std::vector<kit::Fault<Args>> faults;
+        for (int i = 0; i < 7; ++i) {
+            faults.push_back({"null", zmoStsNullPtrErr, [i](Args& a) { a.null = i; }});
+        }
+        const auto add = [&](const char* name, ZmoStatus status, void (*apply)(Args&)) {
+            faults.push_back({name, status, apply});
+        };
+        add("layer", zmoStsNullPtrErr, [](Args& a) { a.second.pImage[1] = nullptr; });
+        add("empty layer", zmoStsSizeErr, [](Args& a) { a.first.roi[1].height = 0; });
+        add("layers differ", zmoStsSizeErr, [](Args& a) { ++a.second.roi[0].width; });
+        add("count 0", zmoStsSizeErr, [](Args& a) { a.count = 0; });
+        add("step", zmoStsStepErr, [](Args& a) { a.first.step[0] = 24 * sizeof(element) - 1; });
+        add("second step", zmoStsStepErr, [](Args& a) { a.second.step[1] = 0; });
+        add("window even", zmoStsMaskSizeErr, [](Args& a) { a.rules.window = 4; });
+        add("window 1", zmoStsMaskSizeErr, [](Args& a) { a.rules.window = 1; });
+        add("window 129", zmoStsMaskSizeErr, [](Args& a) { a.rules.window = 129; });
+        add("level", zmoStsRangeErr, [](Args& a) { a.rules.maxLevel = 3; });
+        add("iterations 0", zmoStsRangeErr, [](Args& a) { a.rules.maxIterations = 0; });
+        add("epsilon", zmoStsThresholdErr, [](Args& a) { a.rules.epsilon = -0.1F; });
+        add("epsilon NaN", zmoStsThresholdErr, [](Args& a) { a.rules.epsilon = NAN; });
+        const auto call = [&](Args a) {
+            const ZmoStatus status = a.call(function);
+            if (status == zmoStsNoErr) return status;
+            a.to.expectUntouched("positions");
+            a.found.expectUntouched("found");
+            a.error.expectUntouched("error");
+            a.buffer.expectUntouched();
+            return status;
+        };
+        kit::expectFaults(good, call, faults, [] {});
+        for (const int level : {-1, 16, INT_MAX}) {
+            Args bad = good;
+            bad.rules.maxLevel = level;
+            EXPECT_EQ(bad.call(function), zmoStsRangeErr) << level;
+        }
+    });
+    int size = -1;
+    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(5, zmo8u, 1, nullptr), zmoStsNullPtrErr);
+    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(6, zmo8s, 1, &size), zmoStsMaskSizeErr);
+    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(5, zmo8s, 3, &size), zmoStsDataTypeErr);
+    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(5, zmo16u, 3, &size), zmoStsChannelsErr);
+    EXPECT_EQ(size, -1);
+}
+
+}  // namespace
