@@ -114,8 +114,7 @@ std::vector<Function> functions(ZmoiSize size) {
              },
          .divisor = pixels},
         harris(d, 3),
-        harris(d, 15),
-        harris(d, 63),
+        harris(d, 5),
         eigen("zmoiMinEigenVal_8u32f_C1R", zmoiMinEigenVal_8u32f_C1R, d, 1, 3),
         eigen("zmoiEigenValsVecs_8u32f_C1R", zmoiEigenValsVecs_8u32f_C1R, d, 6, 3)};
 }

@@ -99,7 +99,7 @@ void expectThresholdsAndNormAct() {
     };
     const auto both = edges(200, 400), strongOnly = edges(400, 400), weakToo = edges(200, 200);
     EXPECT_NE(both[0], both[1]);
-    for (size_t norm : {0, 1})
+    for (const size_t norm : {size_t{0}, size_t{1}})
         EXPECT_TRUE(strongOnly[norm] < both[norm] && both[norm] < weakToo[norm]);
 }
 

@@ -58,19 +58,23 @@ inline bool isKnown(ZmoiNorm norm) {
     return norm == zmoiNormL1 || norm == zmoiNormL2;
 }
 
-// The two enumerations of derivative masks have the same values.
+// ZmoiKernelType and ZmoiDifferentialKernel have the same values.
+template <class Kernel>
+bool isScharr(Kernel kernel) {
+    return int{kernel} == zmoiKernelScharr;
+}
 template <class Kernel>
 bool isKnownKernel(Kernel kernel) {
-    return kernel == Kernel{zmoiKernelSobel} || kernel == Kernel{zmoiKernelScharr};
+    return int{kernel} == zmoiKernelSobel || isScharr(kernel);
 }
 // Sobel has masks of 3x3 and 5x5, Scharr of 3x3.
 template <class Kernel>
 bool isKnownKernelSize(Kernel kernel, int size) {
-    return size == 3 || (size == 5 && kernel == Kernel{zmoiKernelSobel});
+    return size == 3 || (size == 5 && !isScharr(kernel));
 }
 template <class Kernel>
 Derivative derivativeOf(Kernel kernel, int size) {
-    if (kernel == Kernel{zmoiKernelScharr}) return Derivative::scharr3;
+    if (isScharr(kernel)) return Derivative::scharr3;
     return size == 3 ? Derivative::sobel3 : Derivative::sobel5;
 }
 

@@ -90,7 +90,9 @@ template <class T, class S>
 class Stack {
   public:
     Stack(CannyPixel* memory, ptrdiff_t width)
-        : m_bottom(memory), m_top(memory), m_bitsOfX(64 - __builtin_clzll(width)) {}
+        : m_bottom(memory),
+          m_top(memory),
+          m_bitsOfX(64 - __builtin_clzll(static_cast<uint64_t>(width))) {}
 
     void push(ptrdiff_t x, ptrdiff_t y) {
         *m_top++ = static_cast<uint64_t>(y) << m_bitsOfX | static_cast<uint64_t>(x);
