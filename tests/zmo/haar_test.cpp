@@ -243,9 +243,9 @@ TEST(Haar, BadArguments) {
          asState(state32s),
          0},
         {kit::bad<1>(69, zmoStsStepErr), kit::bad<3>(44, zmoStsStepErr),
-         kit::bad<5>(11, zmoStsStepErr), kit::bad<9>(asState(state32f), zmoStsStateErr),
-         kit::bad<1>(64, zmoStsRectErr), kit::bad<10>(-32, zmoStsScaleErr),
-         kit::bad<10>(32, zmoStsScaleErr)},
+         kit::bad<5>(11, zmoStsStepErr), kit::bad<10>(-32, zmoStsScaleErr),
+         kit::bad<10>(32, zmoStsScaleErr), kit::bad<9>(asState(state32f), zmoStsStateErr),
+         kit::bad<1>(64, zmoStsRectErr)},
         untouched);
 }
 

@@ -46,9 +46,9 @@ extern "C" {
  *   zmoStsSizeErr        a side of roi is below 1
  *   zmoStsStepErr        a step is shorter than a row of roi.width or no multiple of the element size
  *   zmoStsThresholdErr   32f: threshold is not finite
+ *   zmoStsScaleErr       scaleFactor is outside -31..31
  *   zmoStsStateErr       the state is not one of zmoiHaarInit, or of another type
  *   zmoStsRectErr        the columns that the last window needs do not fit into srcStep
- *   zmoStsScaleErr       scaleFactor is outside -31..31
  *   zmoStsEmptyMask      (note) the mask selected no window */
 typedef struct ZmoiHaarState ZmoiHaarState;
 

@@ -137,11 +137,11 @@ ZmoStatus apply(HaarCount (*HaarKernels::*kernel)(const HaarArgs&), const T* pSr
     }
     constexpr bool isFloat = std::is_same_v<T, Zmo32f>;
     if (isFloat && !std::isfinite(static_cast<double>(threshold))) return zmoStsThresholdErr;
+    if (scaleFactor < -31 || scaleFactor > 31) return zmoStsScaleErr;
     HaarHead head;
     std::memcpy(&head, pState, sizeof head);
     if (head.kind != haarState || head.type != (isFloat ? zmo32f : zmo32s)) return zmoStsStateErr;
     if (badStep<T>(srcStep, int64_t{roi.width} - 1 + head.columns)) return zmoStsRectErr;
-    if (scaleFactor < -31 || scaleFactor > 31) return zmoStsScaleErr;
     const auto limit = static_cast<double>(threshold);
     const double slack =
         isFloat ? (head.classifiers + 4) * 0x1p-23 * (head.magnitude + std::fabs(limit)) : 0;
