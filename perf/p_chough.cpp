@@ -37,6 +37,7 @@ class TimcvHough : public SquareTest {
         regParm(AngleStep);
         regParm(AngleRange);
         regParm(Picture);
+        regCacheParm(ImageSize, pSrc);  // the result is no image
     }
 
     bool createImages() override {
