@@ -70,10 +70,12 @@ class TimcUndistort : public PixelTest {
             return psString();
         double inside = 0;
         double farthest = 0;
+        const auto width = static_cast<std::size_t>(roi.width);
         for (std::size_t i = 0; i < mapX.size(); ++i) {
-            const auto width = static_cast<std::size_t>(roi.width);
-            const double dx = mapX[i] - static_cast<double>(i % width);
-            const double dy = mapY[i] - static_cast<double>(i / width);
+            const std::size_t x = i % width;
+            const std::size_t y = i / width;
+            const double dx = mapX[i] - static_cast<double>(x);
+            const double dy = mapY[i] - static_cast<double>(y);
             farthest = std::max(farthest, std::hypot(dx, dy));
             inside += mapX[i] >= 0 && mapY[i] >= 0 &&
                       mapX[i] <= static_cast<Zmo32f>(roi.width - 1) &&

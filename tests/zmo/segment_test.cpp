@@ -3,22 +3,10 @@
 #include <set>
 #include <tuple>
 
-#include "kit.h"
+#include "calls.h"
 #include "zmocv.h"
 
 namespace {
-
-template <class S, class M>
-struct Args {
-    const S* pSrc;
-    int srcStep;
-    M* pSrcDst;
-    int srcDstStep;
-    ZmoiSize roi;
-    int connectivity;
-    int drawLines;  // watershed only
-    Zmo8u* pBuffer;
-};
 
 // flood or grow is null.
 template <class S, class M>
@@ -30,18 +18,18 @@ struct Function {
     ZmoStatus (*grow)(const S*, int, M*, int, ZmoiSize, int, Zmo8u*);
 
     bool floods() const { return flood != nullptr; }
-    ZmoStatus run(const Args<S, M>& a) const {
-        if (!floods()) {
-            return grow(a.pSrc, a.srcStep, a.pSrcDst, a.srcDstStep, a.roi, a.connectivity,
-                        a.pBuffer);
-        }
-        return flood(a.pSrc, a.srcStep, a.pSrcDst, a.srcDstStep, a.roi, a.connectivity, a.drawLines,
-                     a.pBuffer);
+    auto query() const {
+        return floods() ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize;
     }
-    ZmoStatus bufferSize(ZmoiSize roi, ZmoDataType ofType, int ofChannels, int* pSize) const {
-        const auto ask =
-            floods() ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize;
-        return ask(roi, ofType, ofChannels, pSize);
+    // Pointers: source, markers, buffer; values: connectivity and lines.
+    ZmoStatus run(const kit::Call& c) const {
+        const auto with = [&](auto... lines) {
+            return [=](auto function) {
+                return function(c.at<S>(0), c.steps[0], c.at<M>(1), c.steps[1], c.roi, c.whole(0),
+                                lines..., c.at<Zmo8u>(2));
+            };
+        };
+        return floods() ? with(c.whole(1))(flood) : with()(grow);
     }
 };
 
@@ -171,21 +159,23 @@ S drawn(kit::Random& random, bool few) {
 template <class S, class M>
 kit::Buffer bufferFor(const Function<S, M>& function, ZmoiSize size) {
     int bytes = 0;
-    EXPECT_EQ(function.bufferSize(size, function.type, function.channels, &bytes), zmoStsNoErr);
+    EXPECT_EQ(function.query()(size, function.type, function.channels, &bytes), zmoStsNoErr);
     return kit::Buffer(bytes);
 }
 
-// Runs at every level; expected(x, y) sees the first result.
+// Runs at every level; expected(image, x, y) tells what there is in the end.
 template <class S, class M, class Expected>
-void expectEverywhere(const Function<S, M>& function, const kit::Image<S>& src,
-                      const kit::Image<M>& markers, int connectivity, int drawLines,
+void expectEverywhere(const Function<S, M>& function, kit::Image<S>& src,
+                      const kit::Image<M>& markers, float connectivity, float drawLines,
                       Expected expected) {
     kit::forEachLevel([&] {
         kit::Image<M> image = markers;
         kit::Buffer buffer = bufferFor(function, src.size());
         kit::succeed([&] {
-            return function.run({src.ptr(), src.step(), image.ptr(), image.step(), src.size(),
-                                 connectivity, drawLines, buffer.ptr()});
+            return function.run({{src.ptr(), image.ptr(), buffer.ptr()},
+                                 {src.step(), image.step()},
+                                 src.size(),
+                                 {connectivity, drawLines}});
         });
         kit::expectPixels(image, [&](int x, int y) { return expected(image, x, y); });
         image.expectSurroundingsUntouched("markers");
@@ -216,7 +206,8 @@ TEST(Segment, Oracle) {
                 });
                 if (density > 0) markers.set(size.width / 2, size.height / 2, 1);
                 const auto want = Oracle(function, src, markers, connectivity, drawLines).run();
-                expectEverywhere(function, src, markers, connectivity, drawLines,
+                expectEverywhere(function, src, markers, static_cast<float>(connectivity),
+                                 static_cast<float>(drawLines),
                                  [&](const auto&, int x, int y) { return want.get(x, y); });
                 ++turn;
             }
@@ -241,36 +232,21 @@ TEST(Segment, ReliefThatIsNotANumber) {
 TEST(Segment, BadArguments) {
     forEachFunction([]<class S, class M>(const Function<S, M>& function) {
         SCOPED_TRACE(function.name);
-        using A = Args<S, M>;
         const ZmoiSize size{12, 4};
         kit::Image<S> src(size, {}, 0, function.channels);
         src.fill([] { return 3; });
         kit::Image<M> markers(size);
         markers.fill([] { return 1; });
         kit::Buffer buffer = bufferFor(function, size);
-        kit::expectFaults(
-            A{src.ptr(), src.step(), markers.ptr(), markers.step(), size, 4, 1, buffer.ptr()},
-            [&](const A& a) { return function.run(a); },
-            {{"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
-             {"null markers", zmoStsNullPtrErr, [](A& a) { a.pSrcDst = nullptr; }},
-             {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }},
-             {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-             {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-             {"source step short", zmoStsStepErr, [](A& a) { a.srcStep -= int{sizeof(S)}; }},
-             {"marker step short", zmoStsStepErr, [](A& a) { a.srcDstStep -= int{sizeof(M)}; }},
-             {"connectivity 6", zmoStsConnectivityErr, [](A& a) { a.connectivity = 6; }},
-             {"connectivity 0", zmoStsConnectivityErr, [](A& a) { a.connectivity = 0; }}},
+        kit::expectBadCalls(
+            {{src.ptr(), markers.ptr(), buffer.ptr()}, {src.step(), markers.step()}, size, {4, 1}},
+            [&](const kit::Call& c) { return function.run(c); },
+            {{0, 6, zmoStsConnectivityErr}, {0, 0, zmoStsConnectivityErr}},
             [&] {
                 markers.expectUntouched("markers");
                 buffer.expectUntouched();
             });
-        int bytes = -1;
-        EXPECT_EQ(function.bufferSize(size, function.type, 1, nullptr), zmoStsNullPtrErr);
-        EXPECT_EQ(function.bufferSize({0, 4}, zmo16u, 2, &bytes), zmoStsSizeErr);
-        EXPECT_EQ(function.bufferSize(size, zmo16u, 2, &bytes), zmoStsDataTypeErr);
-        EXPECT_EQ(function.bufferSize(size, function.type, 2, &bytes), zmoStsChannelsErr);
-        EXPECT_EQ(function.bufferSize({40000, 40000}, function.type, 1, &bytes), zmoStsTooLargeErr);
-        EXPECT_EQ(bytes, -1);
+        kit::expectBadQueries(function.query(), function.type, function.channels);
     });
 }
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kit.h"
+#include "calls.h"
 #include "zmocv.h"
 
 namespace {
@@ -174,110 +174,56 @@ TEST(UndistortRadial, NotANumberAndInfinity) {
     });
 }
 
-// Arguments of all functions; those of the map have no source, and lens in place of k1 and k2.
-template <class T>
-struct Args {
-    const T* pSrc;
-    int srcStep;
-    T* pDst;
-    int dstStep;
-    ZmoiSize roi;
-    Optics optics;
-    const Zmo32f* (*camera)(const Optics&) = [](const Optics& o) { return o.camera; };
-    Zmo8u* pBuffer;
-};
-
-template <class T>
-std::vector<kit::Fault<Args<T>>> commonFaults(int channels) {
-    using A = Args<T>;
-    const auto value = [](const char* name, float wrong, int i) {
-        return kit::Fault<A>{name, zmoStsRangeErr, [wrong, i](A& a) {
-                                 (i < 4 ? a.optics.camera[i] : a.optics.lens[i - 4]) = wrong;
-                             }};
-    };
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-    return {{"null destination", zmoStsNullPtrErr, [](A& a) { a.pDst = nullptr; }},
-            {"null camera", zmoStsNullPtrErr,
-             [](A& a) { a.camera = [](const Optics&) -> const Zmo32f* { return nullptr; }; }},
-            {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-            {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-            {"destination step short", zmoStsStepErr,
-             [channels](A& a) { a.dstStep -= channels * static_cast<int>(sizeof(T)); }},
-            value("fx 0", 0, 0),
-            value("fy negative", -1, 1),
-            value("fx infinite", infinity, 0),
-            value("cx no number", nan, 2),
-            value("cy infinite", -infinity, 3),
-            value("k1 no number", nan, 4),
-            value("k2 infinite", infinity, 5)};
+// Each value in turn is not a number, infinite, or below what it may be.
+std::vector<kit::WrongValue> wrongOptics(size_t count) {
+    std::vector<kit::WrongValue> wrong;
+    for (size_t i = 0; i < count; ++i) {
+        for (const float value : {NAN, INFINITY, -INFINITY, 0.0F, -1.0F}) {
+            if (i < 2 || !std::isfinite(value)) wrong.push_back({i, value, zmoStsRangeErr});
+        }
+    }
+    return wrong;
 }
 
 TEST(Undistort, BadArguments) {
     const ZmoiSize size{12, 4};
+    const std::vector<float> optics{9, 9, 5, 2, 0.1F, 0.1F, 0, 0};
     forEachRadial([&]<class T>(Radial<T> function, int channels, T) {
-        using A = Args<T>;
         kit::Image<T> src(size, {}, 0, channels);
         src.fill([] { return 3; });
         kit::Image<T> dst(size, {}, 0, channels);
         kit::Buffer buffer = bufferFor(size, typeOf<T>, channels);
-        auto faults = commonFaults<T>(channels);
-        faults.insert(faults.begin(),
-                      {{"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
-                       {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }}});
-        faults.insert(faults.begin() + 6,
-                      {"source step short", zmoStsStepErr, [](A& a) { a.srcStep = 11; }});
-        kit::expectFaults(
-            A{.pSrc = src.ptr(),
-              .srcStep = src.step(),
-              .pDst = dst.ptr(),
-              .dstStep = dst.step(),
-              .roi = size,
-              .optics = opticsFor(size)[1],
-              .pBuffer = buffer.ptr()},
-            [&](const A& a) {
-                return function(a.pSrc, a.srcStep, a.pDst, a.dstStep, a.roi, a.camera(a.optics),
-                                a.optics.lens[0], a.optics.lens[1], a.pBuffer);
+        kit::expectBadCalls(
+            {{src.ptr(), dst.ptr(), &dst, buffer.ptr()}, {src.step(), dst.step()}, size, optics},
+            [&](const kit::Call& c) {
+                const float* const camera = c.pointers[2] ? c.values.data() : nullptr;
+                return function(c.at<T>(0), c.steps[0], c.at<T>(1), c.steps[1], c.roi, camera,
+                                c.values[4], c.values[5], c.at<Zmo8u>(3));
             },
-            faults,
+            wrongOptics(6),
             [&] {
                 dst.expectUntouched("image");
                 buffer.expectUntouched();
             });
+        kit::expectBadQueries(zmoiUndistortRadialGetBufferSize, typeOf<T>, channels);
     });
-    using A = Args<Zmo32f>;
-    kit::Image<Zmo32f> mapX(size);
-    kit::Image<Zmo32f> mapY(size);
-    auto faults = commonFaults<Zmo32f>(1);
-    faults.push_back({"p1 infinite", zmoStsRangeErr, [](A& a) { a.optics.lens[2] = INFINITY; }});
-    faults.push_back({"p2 no number", zmoStsRangeErr, [](A& a) { a.optics.lens[3] = NAN; }});
-    faults.insert(faults.begin() + 5,
-                  {"second step short", zmoStsStepErr, [](A& a) { a.srcStep -= 4; }});
-    kit::expectFaults(
-        A{.pSrc = nullptr,
-          .srcStep = mapY.step(),
-          .pDst = mapX.ptr(),
-          .dstStep = mapX.step(),
-          .roi = size,
-          .optics = opticsFor(size)[1],
-          .pBuffer = nullptr},
-        [&](const A& a) {
-            return zmoiCreateMapCameraUndistort_32f_C1R(a.pDst, a.dstStep, mapY.ptr(), a.srcStep,
-                                                        a.roi, a.camera(a.optics), a.optics.lens);
+    kit::Image<Zmo32f> maps[] = {kit::Image<Zmo32f>(size), kit::Image<Zmo32f>(size)};
+    kit::expectBadCalls(
+        {{maps[0].ptr(), maps[1].ptr(), maps, maps},
+         {maps[0].step(), maps[1].step()},
+         size,
+         optics},
+        [&](const kit::Call& c) {
+            const float* const camera = c.pointers[2] ? c.values.data() : nullptr;
+            const float* const lens = c.pointers[3] ? c.values.data() + 4 : nullptr;
+            return zmoiCreateMapCameraUndistort_32f_C1R(
+                c.at<Zmo32f>(0), c.steps[0], c.at<Zmo32f>(1), c.steps[1], c.roi, camera, lens);
         },
-        faults,
+        wrongOptics(8),
         [&] {
-            mapX.expectUntouched("x");
-            mapY.expectUntouched("y");
+            maps[0].expectUntouched("x");
+            maps[1].expectUntouched("y");
         });
-    int bytes = -1;
-    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, zmo8u, 1, nullptr), zmoStsNullPtrErr);
-    EXPECT_EQ(zmoiUndistortRadialGetBufferSize({0, 4}, zmo16s, 2, &bytes), zmoStsSizeErr);
-    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, zmo16s, 2, &bytes), zmoStsDataTypeErr);
-    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, zmo16u, 2, &bytes), zmoStsChannelsErr);
-    EXPECT_EQ(zmoiUndistortRadialGetBufferSize({INT32_MAX, 1}, zmo8u, 1, &bytes),
-              zmoStsTooLargeErr);
-    EXPECT_EQ(bytes, -1);
 }
 
 }  // namespace

@@ -44,9 +44,10 @@ extern "C" {
  *   p = sum of w q  /  sum of w
  *
  * a(r2) = 1 / sqrt(r2) and b(r2) = 1 / r2. Everything is computed in single precision, each operation
- * rounded once, sums in the order of q; q + (gx rx + gy ry), e and s + 1 are exact. Results are
- * clamped to 0 ... 255 and rounded half to even. When all pixels are selected, nothing is known and
- * pDst becomes a copy of pSrc.
+ * rounded once; q + (gx rx + gy ry), e and s + 1 are exact. The sums run in the order of q in 8 lanes,
+ * by floor(radius) - rx modulo 8; lane k is then added to lane k + 4, those to lane k + 2 and k + 1 in
+ * turn. Results are clamped to 0 ... 255 and rounded half to even. When all pixels are selected,
+ * nothing is known and pDst becomes a copy of pSrc.
  *
  *   pSrc, srcStep     image, one channel or three
  *   pMask, maskStep   mask, one byte a pixel: not 0 selects

@@ -43,9 +43,9 @@ ZMO_API ZmoStatus zmoiSegmentWatershed_8u_C1IR(const Zmo8u* pSrc, int srcStep, Z
 ZMO_API ZmoStatus zmoiSegmentWatershed_8u16u_C1IR(const Zmo8u* pSrc, int srcStep, Zmo16u* pSrcDst,
                                                   int srcDstStep, ZmoiSize roi, int connectivity,
                                                   int drawLines, Zmo8u* pBuffer);
-ZMO_API ZmoStatus zmoiSegmentWatershed_32f16u_C1IR(const Zmo32f* pSrc, int srcStep,
-                                                   Zmo16u* pSrcDst, int srcDstStep, ZmoiSize roi,
-                                                   int connectivity, int drawLines, Zmo8u* pBuffer);
+ZMO_API ZmoStatus zmoiSegmentWatershed_32f16u_C1IR(const Zmo32f* pSrc, int srcStep, Zmo16u* pSrcDst,
+                                                   int srcDstStep, ZmoiSize roi, int connectivity,
+                                                   int drawLines, Zmo8u* pBuffer);
 
 /* Work buffer for the region roi. Status, in the order of the checks:
  *   zmoStsNullPtrErr   pSize is null

@@ -6,12 +6,15 @@
 namespace zmo {
 namespace {
 
-int64_t inpaintBufferSize(ZmoiSize roi) {
+int64_t inpaintBufferSize(ZmoiSize roi, int channels) {
     const int64_t pixels = static_cast<int64_t>(roi.width) * roi.height;
     if (pixels > INT_MAX) return INT64_MAX;
-    constexpr int64_t pixelBytes = sizeof(FrontPixel) + sizeof(int) + sizeof(float);
-    constexpr int64_t weightBytes = 2 * sizeof(float);
-    return pixels * pixelBytes + inpaintWeights * weightBytes + 64 + 5 * 63;
+    constexpr int64_t margins = 2 * (inpaintRadius + inpaintBlock);
+    const int64_t planePixels = (int64_t{roi.width} + margins) * (int64_t{roi.height} + 2);
+    constexpr int64_t frontBytes = sizeof(FrontPixel) + sizeof(int);
+    const int planeBytes = int{sizeof(float)} + 1 + channels;
+    constexpr int64_t discBytes = 2 * 4 * (inpaintRadius + 1) * inpaintColumns;
+    return pixels * frontBytes + planePixels * planeBytes + discBytes + 64 + 9 * 63;
 }
 
 template <int channels>
@@ -24,7 +27,7 @@ ZmoStatus inpaint(const Zmo8u* pSrc, int srcStep, const Zmo8u* pMask, int maskSt
     if (badStep<Zmo8u, channels>(dstStep, roi.width)) return zmoStsStepErr;
     if (!isWithin(radius, 1, inpaintRadius)) return zmoStsRangeErr;
     if (flag != zmoiInpaintMarching && flag != zmoiInpaintDiffusion) return zmoStsFlagErr;
-    if (inpaintBufferSize(roi) > INT_MAX) return zmoStsTooLargeErr;
+    if (inpaintBufferSize(roi, channels) > INT_MAX) return zmoStsTooLargeErr;
     const InpaintKernels& kernels = kernelsInUse(inpaintKernelsByLevel);
     const InpaintKernel run =
         (flag == zmoiInpaintMarching ? kernels.marching : kernels.diffusion)[channels / 2];
@@ -52,5 +55,5 @@ ZmoStatus zmoiInpaintGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels,
     if (zmo::isEmpty(roi)) return zmoStsSizeErr;
     if (type != zmo8u) return zmoStsDataTypeErr;
     if (channels != 1 && channels != 3) return zmoStsChannelsErr;
-    return zmo::storeSize(zmo::inpaintBufferSize(roi), pSize);
+    return zmo::storeSize(zmo::inpaintBufferSize(roi, channels), pSize);
 }

@@ -7,183 +7,179 @@ namespace {
 
 constexpr float leastAlignment = 0.01F;
 constexpr float misaligned = 1e-6F;
+constexpr int lanes = inpaintBlock;
 
-// 1 / length and 1 / length^2 of vectors, by their squared length, and the half widths of the rows of
-// the neighbourhood.
-struct Disc {
+// For the vectors r from the pixels q of a neighbourhood to its middle: 1 / |r| and 1 / |r|^2, which
+// are 0 where q is not part of it. Rows by |ry|; column i stands for rx = reach - i.
+class Disc {
+  public:
     Disc(float radius, Carver& carver)
         : reach(static_cast<int>(radius)),
-          ofLength(carver.take<float>(inpaintWeights)),
-          ofSquare(carver.take<float>(inpaintWeights)) {
-        const int most = static_cast<int>(static_cast<double>(radius) * radius);
-        for (int r2 = 1; r2 <= most; ++r2) {
-            ofLength[r2] = 1.0F / __builtin_sqrtf(static_cast<float>(r2));
-            ofSquare[r2] = 1.0F / static_cast<float>(r2);
+          columns((2 * reach + lanes) / lanes * lanes),
+          m_ofLength(carver.take<float>((reach + 1) * columns)),
+          m_ofSquare(carver.take<float>((reach + 1) * columns)) {
+        const double most = static_cast<double>(radius) * radius;
+        for (int ry = 0; ry <= reach; ++ry) {
+            for (int i = 0; i < columns; ++i) {
+                const int r2 = (reach - i) * (reach - i) + ry * ry;
+                const bool inside = r2 > 0 && r2 <= most && i <= 2 * reach;
+                const float square = inside ? static_cast<float>(r2) : 1.0F;
+                m_ofLength[ry * columns + i] = inside ? 1.0F / __builtin_sqrtf(square) : 0.0F;
+                m_ofSquare[ry * columns + i] = inside ? 1.0F / square : 0.0F;
+            }
         }
-        for (int j = 0; j <= reach; ++j) {
-            halfWidth[j] = reach;
-            while (halfWidth[j] * halfWidth[j] + j * j > most) --halfWidth[j];
-        }
     }
 
-    int reach;
-    float* ofLength;
-    float* ofSquare;
-    int halfWidth[inpaintRadius + 1];
-};
+    const float* ofLength(int ry) const { return m_ofLength + (ry < 0 ? -ry : ry) * columns; }
+    const float* ofSquare(int ry) const { return m_ofSquare + (ry < 0 ? -ry : ry) * columns; }
 
-// A pixel's neighbours that are known, as 0 or 1.
-struct KnownSides {
-    KnownSides(const Front& front, int x, int y)
-        : left(front.isReachedInside(x - 1, y)),
-          right(front.isReachedInside(x + 1, y)),
-          up(front.isReachedInside(x, y - 1)),
-          down(front.isReachedInside(x, y + 1)) {}
-
-    int left, right, up, down;
-};
-
-// Twice the derivative, where before and behind count when they are known.
-template <class Value>
-Value twiceDerivative(int knowsBefore, Value before, Value middle, int knowsBehind, Value behind) {
-    if (knowsBefore && knowsBehind) return behind - before;
-    if (knowsBehind) return 2 * (behind - middle);
-    return knowsBefore ? 2 * (middle - before) : 0;
-}
-
-template <int channels>
-class Picture {
-  public:
-    explicit Picture(Target image) : m_image(image) {}
-
-    int at(int x, int y, int c) const { return pixel(x, y)[c]; }
-    void set(int x, int y, int c, float value) const {
-        const float low = value > 0 ? value : 0;
-        const float limited = low < 255 ? low : 255;
-        // Adding 2^23 leaves no room for a fraction, which rounds half to even.
-        pixel(x, y)[c] = static_cast<uint8_t>((limited + 8388608.0F) - 8388608.0F);
-    }
-    int twiceDx(int x, int y, int c, KnownSides known) const {
-        const uint8_t* const p = pixel(x, y) + c;
-        return twiceDerivative<int>(known.left, known.left ? p[-channels] : 0, *p, known.right,
-                                    known.right ? p[channels] : 0);
-    }
-    int twiceDy(int x, int y, int c, KnownSides known) const {
-        return twiceDerivative<int>(known.up, known.up ? at(x, y - 1, c) : 0, at(x, y, c),
-                                    known.down, known.down ? at(x, y + 1, c) : 0);
-    }
+    const int reach;
+    const int columns;
 
   private:
-    Elem<uint8_t>* pixel(int x, int y) const {
-        return rowOf<uint8_t>(m_image, y) + ptrdiff_t{x} * channels;
-    }
-
-    Target m_image;
+    float* m_ofLength;
+    float* m_ofSquare;
 };
+
+// Where the pixels of the region lie in the work planes.
+struct Layout {
+    Layout(Region roi, const Disc& disc)
+        : margin(disc.reach + lanes),
+          step(static_cast<int>(roi.width) + 2 * margin),
+          count(ptrdiff_t{step} * (roi.height + 2)) {}
+
+    ptrdiff_t at(int x, int y) const { return ptrdiff_t{step} * (y + 1) + margin + x; }
+
+    int margin;
+    int step;
+    ptrdiff_t count;
+};
+
+// Twice the derivative, where before and behind count when they are known (not 0).
+inline int twiceDerivative(int knowsBefore, int before, int middle, int knowsBehind, int behind) {
+    const int low = knowsBefore != 0 ? before : middle;
+    const int high = knowsBehind != 0 ? behind : middle;
+    const int twice = high - low;
+    return (knowsBefore & knowsBehind) != 0 ? twice : 2 * twice;
+}
+
+// The neighbours q of a pixel p in one row, of one channel. The first column stands for the vector
+// (rx, ry) from q to p, each one that follows for an rx smaller by one.
+struct Row {
+    ptrdiff_t first;  // its place in the work planes
+    int rx;
+    int ry;
+    const uint8_t* values;
+    const int16_t* dx;  // twice the gradient
+    const int16_t* dy;
+};
+
+// The rules write the weight of each of a row's pixels to weights, as if all of them were known.
 
 inline float alignment(float value) {
     return value <= leastAlignment ? misaligned : value;
 }
 
-// How a known pixel q counts for the pixel p, r = p - q: by the direction in which the front moves,
-// by the distance, and by the difference of their times.
-template <int channels>
+// By the direction in which the front moves at p, by the distance, and by the difference of times.
 class ByMarching {
   public:
-    static constexpr bool usesTimes = true;
+    static constexpr bool isMarching = true;
 
-    ByMarching(const Front& front, const Picture<channels>& picture, const Disc& disc, int x, int y)
-        : m_front(front), m_picture(picture), m_disc(disc), m_time(front.timeOf(x, y)) {
-        const KnownSides known(front, x, y);
-        const auto time = [&](int isKnown, int toX, int toY) {
-            return isKnown ? float(front.timeOf(toX, toY)) : 0.0F;
-        };
-        m_tx = 0.5F * twiceDerivative<float>(known.left, time(known.left, x - 1, y), m_time,
-                                             known.right, time(known.right, x + 1, y));
-        m_ty = 0.5F * twiceDerivative<float>(known.up, time(known.up, x, y - 1), m_time, known.down,
-                                             time(known.down, x, y + 1));
-    }
+    ByMarching(const float* times, const uint8_t* known, ptrdiff_t p, ptrdiff_t step)
+        : m_times(times),
+          m_time(times[p]),
+          m_tx(derivative(known, p, 1)),
+          m_ty(derivative(known, p, step)) {}
 
-    void add(int x, int y, int rx, int ry, float* values, float* weights) const {
-        const int r2 = rx * rx + ry * ry;
-        const float along = static_cast<float>(rx) * m_tx + static_cast<float>(ry) * m_ty;
-        const float direction = alignment(__builtin_fabsf(along) * m_disc.ofLength[r2]);
-        const float later = m_time - m_front.timeOf(x, y);
-        const float level = 1.0F / (1.0F + __builtin_fabsf(later));
-        const float weight = direction * m_disc.ofSquare[r2] * level;
-        const KnownSides known(m_front, x, y);
-        for (int c = 0; c < channels; ++c) {
-            const int twice = 2 * m_picture.at(x, y, c) + m_picture.twiceDx(x, y, c, known) * rx +
-                              m_picture.twiceDy(x, y, c, known) * ry;
-            values[c] += weight * (0.5F * static_cast<float>(twice));
-            weights[c] += weight;
+    void weigh(const Disc& disc, const Row& row, float* __restrict weights) const {
+        const float* const ofLength = disc.ofLength(row.ry);
+        const float* const ofSquare = disc.ofSquare(row.ry);
+        const float* const times = m_times + row.first;
+        const float alongY = static_cast<float>(row.ry) * m_ty;
+        for (int i = 0; i < disc.columns; ++i) {
+            const float along = static_cast<float>(row.rx - i) * m_tx + alongY;
+            const float direction = alignment(__builtin_fabsf(along) * ofLength[i]);
+            const float level = 1.0F / (1.0F + __builtin_fabsf(m_time - times[i]));
+            weights[i] = direction * ofSquare[i] * level;
         }
+    }
+    // What q tells about p, twice.
+    static int twice(int value, int dx, int dy, int rx, int ry) {
+        return 2 * value + dx * rx + dy * ry;
     }
 
   private:
-    const Front& m_front;
-    const Picture<channels>& m_picture;
-    const Disc& m_disc;
+    float derivative(const uint8_t* known, ptrdiff_t p, ptrdiff_t side) const {
+        const bool before = known[p - side] != 0;
+        const bool behind = known[p + side] != 0;
+        const float low = before ? m_times[p - side] : m_time;
+        const float high = behind ? m_times[p + side] : m_time;
+        return before && behind ? 0.5F * (high - low) : high - low;
+    }
+
+    const float* m_times;
     float m_time;
     float m_tx;
     float m_ty;
 };
 
-// By the distance, and by whether q's level line points to p.
-template <int channels>
+// By the distance, and by whether q's level line points to p: from twice the gradient the squared
+// cosine of the angle between the two, or 1 where the gradient is small.
 class ByDiffusion {
   public:
-    static constexpr bool usesTimes = false;
+    static constexpr bool isMarching = false;
 
-    ByDiffusion(const Front& front, const Picture<channels>& picture, const Disc& disc, int, int)
-        : m_front(front), m_picture(picture), m_disc(disc) {}
+    ByDiffusion(const float*, const uint8_t*, ptrdiff_t, ptrdiff_t) {}
 
-    void add(int x, int y, int rx, int ry, float* values, float* weights) const {
-        const int r2 = rx * rx + ry * ry;
-        const KnownSides known(m_front, x, y);
-        for (int c = 0; c < channels; ++c) {
-            const int gx = m_picture.twiceDx(x, y, c, known);
-            const int gy = m_picture.twiceDy(x, y, c, known);
-            const float near = m_disc.ofSquare[r2];
-            const float weight = flow(gx, gy, rx, ry, r2) * near * near;
-            values[c] += weight * static_cast<float>(m_picture.at(x, y, c));
-            weights[c] += weight;
+    static void weigh(const Disc& disc, const Row& row, float* __restrict weights) {
+        const float* const ofSquare = disc.ofSquare(row.ry);
+        const int16_t* const dx = row.dx;
+        const int16_t* const dy = row.dy;
+        for (int i = 0; i < disc.columns; ++i) {
+            const int rx = row.rx - i;
+            const float cross = static_cast<float>(dy[i] * rx - dx[i] * row.ry);
+            const int r2 = rx * rx + row.ry * row.ry;
+            // The middle has no direction, and no weight either.
+            const float length = static_cast<float>(r2 + (r2 == 0));
+            const float square = static_cast<float>(dx[i] * dx[i] + dy[i] * dy[i] + 4);
+            const float flow = (cross * cross + 4.0F * length) / (square * length);
+            weights[i] = flow * ofSquare[i] * ofSquare[i];
         }
     }
-
-  private:
-    // From twice the gradient: the squared cosine of the angle between the level line and r, or 1
-    // where the gradient is small.
-    static float flow(int gx, int gy, int rx, int ry, int r2) {
-        const float cross = static_cast<float>(gy * rx - gx * ry);
-        const float length = static_cast<float>(r2);
-        const float square = static_cast<float>(gx * gx + gy * gy + 4);
-        return (cross * cross + 4.0F * length) / (square * length);
-    }
-
-    const Front& m_front;
-    const Picture<channels>& m_picture;
-    const Disc& m_disc;
+    static int twice(int value, int, int, int, int) { return 2 * value; }
 };
 
-template <int channels, template <int> class Rule>
+// The first lane is the total.
+inline float folded(float* sums) {
+    for (int half = lanes / 2; half > 0; half /= 2) {
+        for (int k = 0; k < half; ++k) sums[k] += sums[k + half];
+    }
+    return sums[0];
+}
+
+template <int channels, class Rule>
 class Inpainting {
   public:
     Inpainting(Target dst, Region roi, float radius, void* buffer)
-        : m_width(static_cast<int>(roi.width)),
+        : m_dst(dst),
+          m_width(static_cast<int>(roi.width)),
           m_height(static_cast<int>(roi.height)),
           m_radius(radius),
           m_carver(buffer),
           m_disc(radius, m_carver),
+          m_layout(roi, m_disc),
           m_pixels(m_carver.take<FrontPixel>(roi.width * roi.height)),
           m_places(m_carver.take<int>(roi.width * roi.height)),
-          m_times{m_carver.take<float>(roi.width * roi.height),
-                  roi.width * static_cast<ptrdiff_t>(sizeof(float))},
-          m_front(m_times, roi, m_pixels, m_places),
-          m_picture(dst) {}
+          m_times(m_carver.take<float>(m_layout.count)),
+          m_known(m_carver.take<uint8_t>(m_layout.count)),
+          m_front({m_times + m_layout.at(0, 0), m_layout.step * ptrdiff_t{sizeof(float)}}, roi,
+                  m_pixels, m_places) {
+        for (uint8_t*& values : m_values) values = m_carver.take<uint8_t>(m_layout.count);
+    }
 
     void run(Source mask) {
-        if constexpr (Rule<channels>::usesTimes) marchOutward(mask);
+        load(mask);
+        if constexpr (Rule::isMarching) marchOutward(mask);
         marchInward(mask);
     }
 
@@ -202,6 +198,22 @@ class Inpainting {
         }
     }
 
+    // Nothing is known in the margins.
+    void load(Source mask) {
+        for (ptrdiff_t i = 0; i < m_layout.count; ++i) m_known[i] = 0;
+        for (ptrdiff_t i = 0; i < m_layout.count; ++i) m_times[i] = 0;
+        for (int y = 0; y < m_height; ++y) {
+            const Elem<uint8_t>* const selected = rowOf<uint8_t>(mask, y);
+            uint8_t* const known = m_known + m_layout.at(0, y);
+            for (int x = 0; x < m_width; ++x) known[x] = selected[x] == 0;
+            for (int c = 0; c < channels; ++c) {
+                const Elem<uint8_t>* const from = rowOf<uint8_t>(m_dst, y) + c;
+                uint8_t* __restrict const to = m_values[c] + m_layout.at(0, y);
+                for (int x = 0; x < m_width; ++x) to[x] = from[ptrdiff_t{x} * channels];
+            }
+        }
+    }
+
     void marchOutward(Source mask) {
         forEachPixel([&](int x, int y) {
             if (isSelected(mask, x, y)) return m_front.setClosed(x, y);
@@ -216,7 +228,7 @@ class Inpainting {
     void marchInward(Source mask) {
         forEachPixel([&](int x, int y) {
             if (isSelected(mask, x, y)) return m_front.setUnseen(x, y);
-            m_front.setReached(x, y, Rule<channels>::usesTimes ? -m_front.timeOf(x, y) : 0);
+            m_front.setReached(x, y, -m_front.timeOf(x, y));
         });
         constexpr float never = 3e38F;
         startFromEdge(mask, never);
@@ -230,33 +242,91 @@ class Inpainting {
     }
 
     void fill(int x, int y) const {
-        const Rule<channels> rule(m_front, m_picture, m_disc, x, y);
-        float values[channels] = {};
-        float weights[channels] = {};
-        const int top = y < m_disc.reach ? -y : -m_disc.reach;
-        const int bottom = m_height - 1 - y < m_disc.reach ? m_height - 1 - y : m_disc.reach;
+        const ptrdiff_t p = m_layout.at(x, y);
+        const Rule rule(m_times, m_known, p, m_layout.step);
+        float sums[channels][lanes] = {};
+        float totals[channels][lanes] = {};
+        const int reach = m_disc.reach;
+        const int top = y < reach ? -y : -reach;
+        const int bottom = m_height - 1 - y < reach ? m_height - 1 - y : reach;
+        float weights[inpaintColumns] = {};
+        float products[inpaintColumns] = {};
+        int16_t dx[inpaintColumns] = {};
+        int16_t dy[inpaintColumns] = {};
         for (int j = top; j <= bottom; ++j) {
-            const int half = m_disc.halfWidth[j < 0 ? -j : j];
-            const int left = x < half ? -x : -half;
-            const int right = m_width - 1 - x < half ? m_width - 1 - x : half;
-            for (int i = left; i <= right; ++i) {
-                if (m_front.isReached(x + i, y + j))
-                    rule.add(x + i, y + j, -i, -j, values, weights);
+            const ptrdiff_t first = m_layout.at(x - reach, y + j);
+            for (int c = 0; c < channels; ++c) {
+                const Row row{first, reach, -j, m_values[c] + first, dx, dy};
+                derive(row, dx, dy);
+                if (c == 0 || !Rule::isMarching) {
+                    rule.weigh(m_disc, row, weights);
+                    forget(row, weights);
+                }
+                multiply(row, weights, products);
+                addLanes(sums[c], products);
+                addLanes(totals[c], weights);
             }
         }
-        for (int c = 0; c < channels; ++c) m_picture.set(x, y, c, values[c] / weights[c]);
+        Elem<uint8_t>* const pixel = rowOf<uint8_t>(m_dst, y) + ptrdiff_t{x} * channels;
+        for (int c = 0; c < channels; ++c) {
+            pixel[c] = rounded(folded(sums[c]) / folded(totals[c]));
+            m_values[c][p] = pixel[c];
+        }
+        m_known[p] = 1;
     }
 
+    void derive(const Row& row, int16_t* __restrict dx, int16_t* __restrict dy) const {
+        const ptrdiff_t step = m_layout.step;
+        const uint8_t* const value = row.values;
+        const uint8_t* const known = m_known + row.first;
+        for (int i = 0; i < m_disc.columns; ++i) {
+            dx[i] = static_cast<int16_t>(
+                twiceDerivative(known[i - 1], value[i - 1], value[i], known[i + 1], value[i + 1]));
+            dy[i] = static_cast<int16_t>(twiceDerivative(known[i - step], value[i - step], value[i],
+                                                         known[i + step], value[i + step]));
+        }
+    }
+
+    // What is not known has no weight.
+    void forget(const Row& row, float* __restrict weights) const {
+        const uint8_t* const known = m_known + row.first;
+        for (int i = 0; i < m_disc.columns; ++i) weights[i] *= static_cast<float>(known[i]);
+    }
+
+    void multiply(const Row& row, const float* __restrict weights,
+                  float* __restrict products) const {
+        for (int i = 0; i < m_disc.columns; ++i) {
+            const int twice = Rule::twice(row.values[i], row.dx[i], row.dy[i], row.rx - i, row.ry);
+            products[i] = weights[i] * (0.5F * static_cast<float>(twice));
+        }
+    }
+
+    void addLanes(float* __restrict sums, const float* __restrict values) const {
+        for (int i = 0; i < m_disc.columns; i += lanes) {
+            for (int k = 0; k < lanes; ++k) sums[k] += values[i + k];
+        }
+    }
+
+    static uint8_t rounded(float value) {
+        const float low = value > 0 ? value : 0;
+        const float limited = low < 255 ? low : 255;
+        // Adding 2^23 leaves no room for a fraction, which rounds half to even.
+        return static_cast<uint8_t>((limited + 8388608.0F) - 8388608.0F);
+    }
+
+    Target m_dst;
     int m_width;
     int m_height;
     float m_radius;
     Carver m_carver;
     Disc m_disc;
+    Layout m_layout;
     FrontPixel* m_pixels;
     int* m_places;
-    Target m_times;
+    float* m_times;
+    uint8_t* m_known;
     Front m_front;
-    Picture<channels> m_picture;
+    uint8_t* m_values[channels];
 };
 
 bool selectsAny(Source mask, Region roi) {
@@ -269,7 +339,7 @@ bool selectsAny(Source mask, Region roi) {
     return false;
 }
 
-template <int channels, template <int> class Rule>
+template <int channels, class Rule>
 bool inpaint(Source src, Source mask, Target dst, Region roi, float radius, void* buffer) {
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         const Elem<uint8_t>* __restrict const from = rowOf<uint8_t>(src, y);

@@ -9,9 +9,9 @@ namespace zmo {
 namespace {
 
 // Bytes for each pixel of a work plane, which all pixels of the region are among.
-constexpr int64_t watershedBytes = 3 * sizeof(int);
+constexpr int64_t watershedBytes = 8 + sizeof(int);
 constexpr int64_t rankedWatershedBytes = watershedBytes + 2 * sizeof(int) + 2 * sizeof(uint64_t);
-constexpr int64_t growBytes = 3 * sizeof(int) + 1 + sizeof(uint32_t);
+constexpr int64_t growBytes = 8 + 2 * sizeof(int);
 
 int64_t bufferSize(ZmoiSize roi, int64_t pixelBytes) {
     const int64_t pixels = (int64_t{roi.width} + 2) * (int64_t{roi.height} + 2);
@@ -57,12 +57,12 @@ ZmoStatus grow(const Zmo8u* pSrc, int srcStep, Zmo8u* pSrcDst, int srcDstStep, Z
 }  // namespace
 }  // namespace zmo
 
-#define ZMO_WATERSHED(types, S, M, index)                                                         \
-    ZmoStatus zmoiSegmentWatershed_##types##_C1IR(const S* pSrc, int srcStep, M* pSrcDst,         \
-                                                  int srcDstStep, ZmoiSize roi, int connectivity, \
-                                                  int drawLines, Zmo8u* pBuffer) {                \
-        return zmo::watershed(index, pSrc, srcStep, pSrcDst, srcDstStep, roi, connectivity,       \
-                              drawLines, pBuffer);                                                \
+#define ZMO_WATERSHED(types, S, M, index)                                                   \
+    ZmoStatus zmoiSegmentWatershed_##types##_C1IR(                                          \
+        const Zmo##S* pSrc, int srcStep, Zmo##M* pSrcDst, int srcDstStep, ZmoiSize roi,     \
+        int connectivity, int drawLines, Zmo8u* pBuffer) {                                  \
+        return zmo::watershed(index, pSrc, srcStep, pSrcDst, srcDstStep, roi, connectivity, \
+                              drawLines, pBuffer);                                          \
     }
 #define ZMO_GROW(channels)                                                                         \
     ZmoStatus zmoiSegmentGradient_8u_C##channels##IR(const Zmo8u* pSrc, int srcStep,               \
@@ -72,9 +72,9 @@ ZmoStatus grow(const Zmo8u* pSrc, int srcStep, Zmo8u* pSrcDst, int srcDstStep, Z
                                    pBuffer);                                                       \
     }
 
-ZMO_WATERSHED(8u, Zmo8u, Zmo8u, 0)
-ZMO_WATERSHED(8u16u, Zmo8u, Zmo16u, 1)
-ZMO_WATERSHED(32f16u, Zmo32f, Zmo16u, 2)
+ZMO_WATERSHED(8u, 8u, 8u, 0)
+ZMO_WATERSHED(8u16u, 8u, 16u, 1)
+ZMO_WATERSHED(32f16u, 32f, 16u, 2)
 ZMO_GROW(1)
 ZMO_GROW(3)
 

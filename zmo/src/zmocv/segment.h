@@ -8,8 +8,8 @@ namespace zmo {
 
 // Work planes have a frame of one pixel. With N pixels in a plane and n in the region, the buffer
 // holds for
-//   watershed   N labels, N links, N levels (an int each), 2 n ints and 2 n 64-bit numbers for 32f
-//   growing     N labels, 2 N links (an int each), N bytes of levels, N colours (4 bytes each)
+//   watershed   N cells of 8 bytes, N links (an int each); for 32f 2 n ints and 2 n 64-bit numbers
+//   growing     N cells of 8 bytes, 2 N links
 using WatershedKernel = void (*)(Source relief, Target markers, Region roi, int connectivity,
                                  bool drawLines, void* buffer);
 using GrowKernel = void (*)(Source image, Target markers, Region roi, int connectivity,

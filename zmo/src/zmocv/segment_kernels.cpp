@@ -2,12 +2,13 @@
 
 #include "common/kernel.h"
 
-// Labels live in a plane of ints with a frame around it, so that no neighbour needs a check of
-// coordinates and an index stands for a pixel.
+// Pixels are cells of a plane with a frame around it, so that no neighbour needs a check of coordinates
+// and an index stands for a pixel. What is asked of a neighbour lies in its cell together: the queues
+// go to and fro in the image, and most of their time is spent on waiting for memory.
 namespace zmo::ZMO_LEVEL {
 namespace {
 
-// What a pixel is that has no label; labels are positive.
+// What the label of a pixel is that has none; labels are positive.
 constexpr int freePixel = 0;
 constexpr int framePixel = -1;
 constexpr int linePixel = -2;
@@ -42,37 +43,37 @@ struct Neighbours {
 };
 
 // The markers that have the value of lines become walls where lines are drawn.
-template <class M>
-void loadMarkers(int* labels, Frame frame, Target markers, bool drawLines) {
+template <class M, class Cell>
+void loadMarkers(Cell* cells, Frame frame, Target markers, bool drawLines) {
     constexpr int line = static_cast<M>(-1);
-    for (ptrdiff_t i = 0; i < frame.count; ++i) labels[i] = framePixel;
+    for (ptrdiff_t i = 0; i < frame.count; ++i) cells[i].label = framePixel;
     for (int y = 0; y < frame.height; ++y) {
         const Elem<M>* __restrict const from = rowOf<M>(markers, y);
-        int* __restrict const to = labels + frame.row(y);
+        Cell* __restrict const to = cells + frame.row(y);
         for (int x = 0; x < frame.width; ++x) {
-            to[x] = drawLines && from[x] == line ? linePixel : from[x];
+            to[x].label = drawLines && from[x] == line ? linePixel : from[x];
         }
     }
 }
 
-template <class M>
-void storeSegments(Target markers, const int* labels, Frame frame) {
+template <class M, class Cell>
+void storeSegments(Target markers, const Cell* cells, Frame frame) {
     for (int y = 0; y < frame.height; ++y) {
-        const int* __restrict const from = labels + frame.row(y);
+        const Cell* __restrict const from = cells + frame.row(y);
         Elem<M>* __restrict const to = rowOf<M>(markers, y);
         for (int x = 0; x < frame.width; ++x) {
-            to[x] = static_cast<M>(from[x] == linePixel ? -1 : from[x]);
+            to[x] = static_cast<M>(from[x].label == linePixel ? -1 : from[x].label);
         }
     }
 }
 
 // Calls body(index) for every labelled pixel in reading order.
-template <class Body>
-void forEachMarker(const int* labels, Frame frame, Body body) {
+template <class Cell, class Body>
+void forEachMarker(const Cell* cells, Frame frame, Body body) {
     for (int y = 0; y < frame.height; ++y) {
         const int row = frame.row(y);
         for (int i = row; i < row + frame.width; ++i) {
-            if (labels[i] > 0) body(i);
+            if (cells[i].label > 0) body(i);
         }
     }
 }
@@ -115,19 +116,24 @@ class RisingQueue {
     int* m_next;
 };
 
+struct FloodCell {
+    int label;
+    int level;
+};
+
 class Flood {
   public:
-    Flood(int* labels, const int* levels, Neighbours neighbours, RisingQueue queue)
-        : m_labels(labels), m_levels(levels), m_neighbours(neighbours), m_queue(queue) {}
+    Flood(FloodCell* cells, Neighbours neighbours, RisingQueue queue)
+        : m_cells(cells), m_neighbours(neighbours), m_queue(queue) {}
 
     void run(Frame frame, bool drawLines) {
-        forEachMarker(m_labels, frame, [this](int pixel) { queueNeighbours(pixel); });
+        forEachMarker(m_cells, frame, [this](int pixel) { queueNeighbours(pixel); });
         for (int pixel = m_queue.pop(); pixel != RisingQueue::none; pixel = m_queue.pop()) {
-            const int label = waitingPixel - m_labels[pixel];
+            const int label = waitingPixel - m_cells[pixel].label;
             if (drawLines && touchesOther(pixel, label)) {
-                m_labels[pixel] = linePixel;
+                m_cells[pixel].label = linePixel;
             } else {
-                m_labels[pixel] = label;
+                m_cells[pixel].label = label;
                 queueNeighbours(pixel);
             }
         }
@@ -137,22 +143,21 @@ class Flood {
     void queueNeighbours(int pixel) {
         for (int k = 0; k < m_neighbours.count; ++k) {
             const int other = pixel + m_neighbours.by[k];
-            if (m_labels[other] != freePixel) continue;
-            m_labels[other] = waitingPixel - m_labels[pixel];
-            m_queue.push(other, m_levels[other]);
+            if (m_cells[other].label != freePixel) continue;
+            m_cells[other].label = waitingPixel - m_cells[pixel].label;
+            m_queue.push(other, m_cells[other].level);
         }
     }
 
     bool touchesOther(int pixel, int label) const {
         for (int k = 0; k < m_neighbours.count; ++k) {
-            const int other = m_labels[pixel + m_neighbours.by[k]];
+            const int other = m_cells[pixel + m_neighbours.by[k]].label;
             if (other > 0 && other != label) return true;
         }
         return false;
     }
 
-    int* m_labels;
-    const int* m_levels;
+    FloodCell* m_cells;
     Neighbours m_neighbours;
     RisingQueue m_queue;
 };
@@ -166,13 +171,13 @@ class Ranking {
           m_sorted(carver.take<uint64_t>(m_count)) {}
 
     // Returns the number of levels.
-    int rank(Source relief, Frame frame, int* levels) {
+    int rank(Source relief, Frame frame, FloodCell* cells) {
         load(relief, frame);
         for (int shift = 32; shift < 64; shift += digitBits) sortBy(shift);
         int level = 0;
         for (ptrdiff_t i = 0; i < m_count; ++i) {
             if (i > 0 && m_items[i] >> 32 != m_items[i - 1] >> 32) ++level;
-            levels[static_cast<uint32_t>(m_items[i])] = level;
+            cells[static_cast<uint32_t>(m_items[i])].level = level;
         }
         return level + 1;
     }
@@ -230,45 +235,46 @@ void watershed(Source relief, Target markers, Region roi, int connectivity, bool
                void* buffer) {
     const Frame frame(roi);
     Carver carver(buffer);
-    int* const labels = carver.take<int>(frame.count);
-    int* const levels = carver.take<int>(frame.count);
+    FloodCell* const cells = carver.take<FloodCell>(frame.count);
     int* const next = carver.take<int>(frame.count);
-    loadMarkers<M>(labels, frame, markers, drawLines);
+    loadMarkers<M>(cells, frame, markers, drawLines);
     const auto flood = [&](int count, int* heads, int* tails) {
-        Flood(labels, levels, Neighbours(connectivity, frame.step),
-              RisingQueue(count, heads, tails, next))
+        Flood(cells, Neighbours(connectivity, frame.step), RisingQueue(count, heads, tails, next))
             .run(frame, drawLines);
     };
     if constexpr (sizeof(S) == 1) {
         for (int y = 0; y < frame.height; ++y) {
             const Elem<S>* __restrict const from = rowOf<S>(relief, y);
-            int* __restrict const to = levels + frame.row(y);
-            for (int x = 0; x < frame.width; ++x) to[x] = from[x];
+            FloodCell* __restrict const to = cells + frame.row(y);
+            for (int x = 0; x < frame.width; ++x) to[x].level = from[x];
         }
         int heads[256];
         int tails[256];
         flood(256, heads, tails);
     } else {
-        const int count = Ranking(carver, roi).rank(relief, frame, levels);
+        const int count = Ranking(carver, roi).rank(relief, frame, cells);
         int* const heads = carver.take<int>(count);
         flood(count, heads, carver.take<int>(count));
     }
-    storeSegments<M>(markers, labels, frame);
+    storeSegments<M>(markers, cells, frame);
 }
+
+struct GrowCell {
+    int label;
+    uint8_t channel[3];
+    uint8_t step;  // of the offer that a waiting pixel has
+};
 
 // Waiting pixels by their step, linked both ways so that one can move to a smaller step.
 class StepQueue {
   public:
-    StepQueue(int* next, int* previous, uint8_t* steps)
-        : m_next(next), m_previous(previous), m_steps(steps) {
-        for (int i = 0; i < stepCount; ++i) m_heads[i] = none;
+    StepQueue(int* next, int* previous) : m_next(next), m_previous(previous) {
+        for (int& head : m_heads) head = none;
     }
 
     static constexpr int none = -1;
 
-    int stepOf(int pixel) const { return m_steps[pixel]; }
     void push(int pixel, int step) {
-        m_steps[pixel] = static_cast<uint8_t>(step);
         m_next[pixel] = none;
         if (m_heads[step] == none) {
             m_heads[step] = pixel;
@@ -280,8 +286,7 @@ class StepQueue {
         }
         m_tails[step] = pixel;
     }
-    void remove(int pixel) {
-        const int step = m_steps[pixel];
+    void remove(int pixel, int step) {
         const int before = m_previous[pixel];
         const int behind = m_next[pixel];
         (before == none ? m_heads[step] : m_next[before]) = behind;
@@ -291,8 +296,9 @@ class StepQueue {
     int pop() {
         for (int i = 0; i < stepCount / 64; ++i) {
             if (m_filled[i] == 0) continue;
-            const int pixel = m_heads[64 * i + __builtin_ctzll(m_filled[i])];
-            remove(pixel);
+            const int step = 64 * i + __builtin_ctzll(m_filled[i]);
+            const int pixel = m_heads[step];
+            remove(pixel, step);
             return pixel;
         }
         return none;
@@ -303,34 +309,27 @@ class StepQueue {
 
     int* m_next;
     int* m_previous;
-    uint8_t* m_steps;
     uint64_t m_filled[stepCount / 64] = {};
     int m_heads[stepCount];
     int m_tails[stepCount];
 };
 
-// Channels, one byte each, of the pixels of a plane with a frame.
 template <int channels>
-void loadColours(uint32_t* colours, Source image, Frame frame) {
+void loadColours(GrowCell* cells, Source image, Frame frame) {
     for (int y = 0; y < frame.height; ++y) {
         const Elem<uint8_t>* __restrict const from = rowOf<uint8_t>(image, y);
-        uint32_t* __restrict const to = colours + frame.row(y);
+        GrowCell* __restrict const to = cells + frame.row(y);
         for (int x = 0; x < frame.width; ++x) {
-            uint32_t colour = 0;
-            for (int c = 0; c < channels; ++c) {
-                colour |= uint32_t{from[x * channels + c]} << 8 * c;
-            }
-            to[x] = colour;
+            for (int c = 0; c < channels; ++c) to[x].channel[c] = from[ptrdiff_t{x} * channels + c];
         }
     }
 }
 
 template <int channels>
-int stepBetween(uint32_t a, uint32_t b) {
+int stepBetween(const GrowCell& a, const GrowCell& b) {
     int most = 0;
     for (int c = 0; c < channels; ++c) {
-        const int difference =
-            static_cast<int>(a >> 8 * c & 0xff) - static_cast<int>(b >> 8 * c & 0xff);
+        const int difference = a.channel[c] - b.channel[c];
         const int size = difference < 0 ? -difference : difference;
         most = size > most ? size : most;
     }
@@ -341,34 +340,35 @@ template <int channels>
 void grow(Source image, Target markers, Region roi, int connectivity, void* buffer) {
     const Frame frame(roi);
     Carver carver(buffer);
-    int* const labels = carver.take<int>(frame.count);
+    GrowCell* const cells = carver.take<GrowCell>(frame.count);
     int* const next = carver.take<int>(frame.count);
-    int* const previous = carver.take<int>(frame.count);
-    uint32_t* const colours = carver.take<uint32_t>(frame.count);
-    StepQueue queue(next, previous, carver.take<uint8_t>(frame.count));
-    loadMarkers<uint8_t>(labels, frame, markers, false);
-    loadColours<channels>(colours, image, frame);
+    StepQueue queue(next, carver.take<int>(frame.count));
+    loadMarkers<uint8_t>(cells, frame, markers, false);
+    loadColours<channels>(cells, image, frame);
     const Neighbours neighbours(connectivity, frame.step);
     const auto offer = [&](int pixel) {
+        const GrowCell from = cells[pixel];
         for (int k = 0; k < neighbours.count; ++k) {
             const int other = pixel + neighbours.by[k];
-            const bool waits = labels[other] <= waitingPixel;
-            if (labels[other] != freePixel && !waits) continue;
-            const int step = stepBetween<channels>(colours[pixel], colours[other]);
+            GrowCell& to = cells[other];
+            const bool waits = to.label <= waitingPixel;
+            if (to.label != freePixel && !waits) continue;
+            const int step = stepBetween<channels>(from, to);
             if (waits) {
-                if (step >= queue.stepOf(other)) continue;
-                queue.remove(other);
+                if (step >= to.step) continue;
+                queue.remove(other, to.step);
             }
-            labels[other] = waitingPixel - labels[pixel];
+            to.label = waitingPixel - from.label;
+            to.step = static_cast<uint8_t>(step);
             queue.push(other, step);
         }
     };
-    forEachMarker(labels, frame, offer);
+    forEachMarker(cells, frame, offer);
     for (int pixel = queue.pop(); pixel != StepQueue::none; pixel = queue.pop()) {
-        labels[pixel] = waitingPixel - labels[pixel];
+        cells[pixel].label = waitingPixel - cells[pixel].label;
         offer(pixel);
     }
-    storeSegments<uint8_t>(markers, labels, frame);
+    storeSegments<uint8_t>(markers, cells, frame);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ struct Strip {
     float along[stripWidth];  // fractions
     float down[stripWidth];
     int32_t inside[stripWidth];  // all bits or none
-    // From here on one element a channel.
+    // From here on one element a channel; the first three are for more channels than one.
     float weightAlong[stripWidth * channels];
     float weightDown[stripWidth * channels];
     int32_t kept[stripWidth * channels];
@@ -129,24 +129,29 @@ void loadNeighbours(Strip<T, channels>& strip, Source src, int count, Region roi
             strip.s01[k] = upper[next + c];
             strip.s10[k] = lower[c];
             strip.s11[k] = lower[next + c];
-            strip.weightAlong[k] = strip.along[i];
-            strip.weightDown[k] = strip.down[i];
-            strip.kept[k] = strip.inside[i];
+            if constexpr (channels > 1) {
+                strip.weightAlong[k] = strip.along[i];
+                strip.weightDown[k] = strip.down[i];
+                strip.kept[k] = strip.inside[i];
+            }
         }
     }
 }
 
 template <class T, int channels>
 void interpolate(const Strip<T, channels>& strip, Elem<T>* __restrict out, int count) {
+    const float* const along = channels > 1 ? strip.weightAlong : strip.along;
+    const float* const down = channels > 1 ? strip.weightDown : strip.down;
+    const int32_t* const kept = channels > 1 ? strip.kept : strip.inside;
     for (int k = 0; k < count * channels; ++k) {
-        const float a = strip.weightAlong[k];
-        const float b = strip.weightDown[k];
+        const float a = along[k];
+        const float b = down[k];
         const float upper =
             (1.0F - a) * static_cast<float>(strip.s00[k]) + a * static_cast<float>(strip.s01[k]);
         const float lower =
             (1.0F - a) * static_cast<float>(strip.s10[k]) + a * static_cast<float>(strip.s11[k]);
         const float value = (1.0F - b) * upper + b * lower;
-        const int32_t bits = __builtin_bit_cast(int32_t, value) & strip.kept[k];
+        const int32_t bits = __builtin_bit_cast(int32_t, value) & kept[k];
         out[k] = rounded<T>(__builtin_bit_cast(float, bits));
     }
 }
