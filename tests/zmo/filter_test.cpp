@@ -19,7 +19,6 @@ struct Call {
     ZmoiBorderType border;
     const S* pValue;
 
-    ZmoiSizeL large() const { return {roi.width, roi.height}; }
     const S* srcRow(int y) const {
         return reinterpret_cast<const S*>(reinterpret_cast<const char*>(pSrc) + y * srcStep);
     }
@@ -33,8 +32,8 @@ template <class S, class D>
 struct Filter {
     const char* name;
     int channels;
-    std::function<void(const Call<S, D>&, size_t turn)> run;
-    std::function<D(const oracle::Extended<S>&, int x, int y, size_t turn)> pixel;
+    std::function<void(const Call<S, D>&, size_t turn)> run = {};
+    std::function<D(const oracle::Extended<S>&, int x, int y, size_t turn)> pixel = {};
     std::vector<ZmoiBorderType> borders = {zmoiBorderReplicate, zmoiBorderConst, zmoiBorderMirror,
                                            zmoiBorderInMem};
     bool isLarge = false;
@@ -88,7 +87,8 @@ struct Prepared {
     State* as() {
         return reinterpret_cast<State*>(state.ptr());
     }
-    void call(const std::function<ZmoStatus()>& run) const {
+    template <class Run>
+    void call(Run run) {
         kit::succeed(run);
         state.expectSurroundingsUntouched();
         buffer.expectSurroundingsUntouched();
@@ -97,6 +97,17 @@ struct Prepared {
     kit::Buffer buffer{64};
 };
 
+// For functions without a state, whose query tells an int.
+template <class Query>
+Prepared preparedBuffer(Query query) {
+    return Prepared([&](int64_t*, int64_t* pSize) {
+        int bytes = 0;
+        const ZmoStatus status = query(&bytes);
+        *pSize = bytes;
+        return status;
+    });
+}
+
 template <class S, class D>
 Prepared prepareSeparable(const oracle::Taps& taps, ZmoiSizeL roi, int channels) {
     Prepared p([&](int64_t* pState, int64_t* pBuffer) {
@@ -104,45 +115,17 @@ Prepared prepareSeparable(const oracle::Taps& taps, ZmoiSizeL roi, int channels)
                                             pState, pBuffer);
     });
     auto* const state = p.as<ZmoiSeparableState>();
+    const auto row = floats(taps.row);
+    const auto column = floats(taps.column);
     kit::succeed([&] {
-        if constexpr (std::is_same_v<S, float>) {
-            return zmoiFilterSeparableInit_32f_L(floats(taps.row).data(),
-                                                 floats(taps.column).data(), taps.size(),
-                                                 taps.anchor, channels, state);
-        } else {
-            return zmoiFilterSeparableInit_16s_L(taps.row.data(), taps.column.data(), taps.size(),
-                                                 taps.anchor, taps.divisor, typeOf<S>, typeOf<D>,
-                                                 channels, state);
-        }
+        return std::is_same_v<S, float>
+                   ? zmoiFilterSeparableInit_32f_L(row.data(), column.data(), taps.size(),
+                                                   taps.anchor, channels, state)
+                   : zmoiFilterSeparableInit_16s_L(taps.row.data(), taps.column.data(), taps.size(),
+                                                   taps.anchor, taps.divisor, typeOf<S>, typeOf<D>,
+                                                   channels, state);
     });
     return p;
-}
-
-template <class S, class D>
-Filter<S, D> separable(const char* name, int channels,
-                       ZmoStatus (*run)(const S*, int64_t, D*, int64_t, ZmoiSizeL, ZmoiBorderType,
-                                        const S*, const ZmoiSeparableState*, Zmo8u*)) {
-    return {.name = name,
-            .channels = channels,
-            .run =
-                [=](const auto& c, size_t turn) {
-                    Prepared p = prepareSeparable<S, D>(tapsOf(turn, true), c.large(), channels);
-                    p.call([&] {
-                        return run(c.pSrc, c.srcStep, c.pDst, c.dstStep, c.large(), c.border,
-                                   c.pValue, p.as<ZmoiSeparableState>(), p.buffer.ptr());
-                    });
-                },
-            .pixel =
-                [](const auto& a, int x, int y, size_t turn) {
-                    const oracle::Taps taps = tapsOf(turn, true);
-                    if constexpr (std::is_same_v<S, float>) {
-                        return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column),
-                                                    taps.anchor);
-                    } else {
-                        return oracle::separable<D>(a, x, y, taps);
-                    }
-                },
-            .isLarge = true};
 }
 
 constexpr int gaussianTaps[] = {5, 3, 11, 1, 7};
@@ -154,36 +137,45 @@ Prepared prepareGaussian(size_t turn, ZmoiSizeL roi, int channels) {
     Prepared p([&](int64_t* pState, int64_t* pBuffer) {
         return zmoiFilterGaussianGetSize_L(roi, taps, typeOf<T>, channels, pState, pBuffer);
     });
-    kit::succeed([&] {
-        return zmoiFilterGaussianInit(taps, sigmas[turn % 4], typeOf<T>, channels,
-                                      p.as<ZmoiGaussianState>());
-    });
+    auto* const state = p.as<ZmoiGaussianState>();
+    kit::succeed(
+        [&] { return zmoiFilterGaussianInit(taps, sigmas[turn % 4], typeOf<T>, channels, state); });
     return p;
 }
 
-template <class T, class Step, class Size>
-Filter<T, T> gaussian(const char* name, int channels,
-                      ZmoStatus (*run)(const T*, Step, T*, Step, Size, ZmoiBorderType, const T*,
-                                       const ZmoiGaussianState*, Zmo8u*)) {
-    return {.name = name,
-            .channels = channels,
-            .run =
-                [=](const auto& c, size_t turn) {
-                    Prepared p = prepareGaussian<T>(turn, c.large(), channels);
-                    p.call([&] {
-                        return run(c.pSrc, static_cast<Step>(c.srcStep), c.pDst,
-                                   static_cast<Step>(c.dstStep), Size{c.roi.width, c.roi.height},
-                                   c.border, c.pValue, p.as<ZmoiGaussianState>(), p.buffer.ptr());
-                    });
-                },
-            .pixel =
-                [](const auto& a, int x, int y, size_t turn) {
-                    const auto weights = oracle::gaussian(gaussianTaps[turn % 5], sigmas[turn % 4]);
-                    const int anchor = static_cast<int>(weights.size()) / 2;
-                    return oracle::fromFloat<T>(
-                        oracle::separable32f(a, x, y, weights, weights, {anchor, anchor}));
-                },
-            .isLarge = sizeof(Step) == 8};
+// Separable and Gaussian filters: what differs is the state.
+template <class S, class D, class Step, class Size, class State>
+Filter<S, D> kernelFilter(const char* name, int channels,
+                          ZmoStatus (*run)(const S*, Step, D*, Step, Size, ZmoiBorderType, const S*,
+                                           const State*, Zmo8u*)) {
+    constexpr bool isGaussian = std::is_same_v<State, ZmoiGaussianState>;
+    Filter<S, D> f{name, channels};
+    f.isLarge = sizeof(Step) == 8;
+    f.run = [=](const auto& c, size_t turn) {
+        const ZmoiSizeL roi{c.roi.width, c.roi.height};
+        Prepared p = isGaussian ? prepareGaussian<S>(turn, roi, channels)
+                                : prepareSeparable<S, D>(tapsOf(turn, true), roi, channels);
+        p.call([&] {
+            return run(c.pSrc, static_cast<Step>(c.srcStep), c.pDst, static_cast<Step>(c.dstStep),
+                       Size{c.roi.width, c.roi.height}, c.border, c.pValue, p.template as<State>(),
+                       p.buffer.ptr());
+        });
+    };
+    f.pixel = [](const auto& a, int x, int y, size_t turn) {
+        const oracle::Taps taps = tapsOf(turn, true);
+        if constexpr (isGaussian) {
+            const auto weights = oracle::gaussian(gaussianTaps[turn % 5], sigmas[turn % 4]);
+            const int anchor = static_cast<int>(weights.size()) / 2;
+            return oracle::fromFloat<D>(
+                oracle::separable32f(a, x, y, weights, weights, {anchor, anchor}));
+        } else if constexpr (std::is_same_v<S, float>) {
+            return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column),
+                                        taps.anchor);
+        } else {
+            return oracle::separable<D>(a, x, y, taps);
+        }
+    };
+    return f;
 }
 
 ZmoiMaskSize maskOf(size_t turn) {
@@ -194,51 +186,34 @@ template <class S, class D, class Query>
 Filter<S, D> fixedMask(const char* name, oracle::Mask kind, Query query,
                        ZmoStatus (*run)(const S*, int, D*, int, ZmoiSize, ZmoiMaskSize,
                                         ZmoiBorderType, const S*, Zmo8u*)) {
-    return {.name = name,
-            .channels = 1,
-            .run =
-                [=](const auto& c, size_t turn) {
-                    Prepared p([&](int64_t*, int64_t* pSize) {
-                        int bytes = 0;
-                        const ZmoStatus status = query(c.roi, maskOf(turn), typeOf<S>, 1, &bytes);
-                        *pSize = bytes;
-                        return status;
-                    });
-                    p.call([&] {
-                        return run(c.pSrc, static_cast<int>(c.srcStep), c.pDst,
-                                   static_cast<int>(c.dstStep), c.roi, maskOf(turn), c.border,
-                                   c.pValue, p.buffer.ptr());
-                    });
-                },
-            .pixel =
-                [=](const auto& a, int x, int y, size_t turn) {
-                    return static_cast<D>(oracle::mask(a, x, y, maskOf(turn) / 2, kind));
-                }};
+    Filter<S, D> f{name, 1};
+    f.run = [=](const auto& c, size_t turn) {
+        Prepared p = preparedBuffer(
+            [&](int* pSize) { return query(c.roi, maskOf(turn), typeOf<S>, 1, pSize); });
+        p.call([&] {
+            return run(c.pSrc, static_cast<int>(c.srcStep), c.pDst, static_cast<int>(c.dstStep),
+                       c.roi, maskOf(turn), c.border, c.pValue, p.buffer.ptr());
+        });
+    };
+    f.pixel = [=](const auto& a, int x, int y, size_t turn) {
+        return static_cast<D>(oracle::mask(a, x, y, maskOf(turn) / 2, kind));
+    };
+    return f;
 }
 
-// The weights of a pipeline, as integers or floats; the kernel of the other direction is one tap.
-oracle::Taps pipelineTaps(size_t turn, bool rows) {
+// A pipeline is a separable filter with one tap in the other direction.
+template <bool rows>
+oracle::Taps pipelineTaps(size_t turn) {
     oracle::Taps taps = tapsOf(turn, false);
-    if (rows) {
-        taps.column = {1};
-        taps.anchor.y = 0;
-    } else {
-        taps.row = {1};
-        taps.anchor.x = 0;
-    }
+    (rows ? taps.column : taps.row) = {1};
+    (rows ? taps.anchor.y : taps.anchor.x) = 0;
     return taps;
 }
-template <class K>
-std::vector<K> weightsOf(const std::vector<Zmo16s>& weights) {
-    if constexpr (std::is_same_v<K, float>)
-        return floats(weights);
-    else
-        return weights;
-}
 
+// _Low: the sum saturates at every tap.
 template <bool rows, bool low, class S, class D>
 D pipelinePixel(const oracle::Extended<S>& a, int x, int y, size_t turn) {
-    const oracle::Taps taps = pipelineTaps(turn, rows);
+    const oracle::Taps taps = pipelineTaps<rows>(turn);
     if constexpr (std::is_same_v<S, float>) {
         const auto weights = floats(rows ? taps.row : taps.column);
         return rows ? oracle::separable32f(a, x, y, weights, {1}, taps.anchor)
@@ -256,133 +231,104 @@ D pipelinePixel(const oracle::Extended<S>& a, int x, int y, size_t turn) {
     }
 }
 
-template <class S>
-Prepared preparePipeline(bool rows, ZmoiSize roi, int taps, int channels) {
-    return Prepared([&](int64_t*, int64_t* pSize) {
-        int bytes = 0;
-        const ZmoStatus status =
-            (rows ? zmoiFilterRowBorderPipelineGetBufferSize
-                  : zmoiFilterColumnPipelineGetBufferSize)(roi, taps, typeOf<S>, channels, &bytes);
-        *pSize = bytes;
-        return status;
-    });
-}
-
-// Not all functions have a divisor.
-template <bool divided, class Run>
-ZmoStatus withDivisor(int divisor, Run run) {
-    if constexpr (divided)
-        return run(divisor);
-    else
-        return run();
-}
-
-template <bool divided, class S, class D, class K, class Run>
-Filter<S, D> rowPipeline(const char* name, int channels, Run run) {
-    return {.name = name,
-            .channels = channels,
-            .run =
-                [=](const auto& c, size_t turn) {
-                    const oracle::Taps taps = pipelineTaps(turn, true);
-                    const auto weights = weightsOf<K>(taps.row);
-                    Prepared p = preparePipeline<S>(true, c.roi, taps.size().width, channels);
-                    std::vector<D*> to;
-                    for (int y = 0; y < c.roi.height; ++y) to.push_back(c.dstRow(y));
-                    p.call([&] {
-                        return withDivisor<divided>(taps.divisor, [&](auto... divisor) {
-                            return run(c.pSrc, static_cast<int>(c.srcStep), to.data(), c.roi,
-                                       weights.data(), taps.size().width, taps.anchor.x, divisor...,
-                                       c.border, c.pValue, p.buffer.ptr());
-                        });
-                    });
-                },
-            .pixel = pipelinePixel<true, !divided, S, D>};
-}
-
-template <bool divided, class S, class D, class K, class Run>
-Filter<S, D> columnPipeline(const char* name, int channels, Run run) {
-    return {.name = name,
-            .channels = channels,
-            .run =
-                [=](const auto& c, size_t turn) {
-                    const oracle::Taps taps = pipelineTaps(turn, false);
-                    const auto weights = weightsOf<K>(taps.column);
-                    const int count = taps.size().height;
-                    Prepared p = preparePipeline<S>(false, c.roi, count, channels);
-                    std::vector<const S*> from;
-                    for (int y = 0; y < c.roi.height + count - 1; ++y)
-                        from.push_back(c.srcRow(y - taps.anchor.y));
-                    p.call([&] {
-                        return withDivisor<divided>(taps.divisor, [&](auto... divisor) {
-                            return run(from.data(), c.pDst, static_cast<int>(c.dstStep), c.roi,
-                                       weights.data(), count, divisor..., p.buffer.ptr());
-                        });
-                    });
-                },
-            .pixel = pipelinePixel<false, !divided, S, D>,
-            .borders = {zmoiBorderInMem}};
+template <bool rows, bool divided, class S, class D, class Run>
+Filter<S, D> pipeline(const char* name, int channels, Run run) {
+    Filter<S, D> f{name, channels};
+    if (!rows) f.borders = {zmoiBorderInMem};
+    f.pixel = pipelinePixel<rows, !divided, S, D>;
+    f.run = [=](const auto& c, size_t turn) {
+        const oracle::Taps taps = pipelineTaps<rows>(turn);
+        const auto& integers = rows ? taps.row : taps.column;
+        const auto weights = [&] {
+            if constexpr (std::is_same_v<S, float>)
+                return floats(integers);
+            else
+                return integers;
+        }();
+        const int count = static_cast<int>(weights.size());
+        Prepared p = preparedBuffer([&](int* pSize) {
+            return (rows ? zmoiFilterRowBorderPipelineGetBufferSize
+                         : zmoiFilterColumnPipelineGetBufferSize)(c.roi, count, typeOf<S>, channels,
+                                                                  pSize);
+        });
+        std::vector<const S*> from;
+        std::vector<D*> to;
+        for (int y = 0; y < c.roi.height; ++y) to.push_back(c.dstRow(y));
+        for (int y = 0; y < c.roi.height + count - 1; ++y)
+            from.push_back(c.srcRow(y - taps.anchor.y));
+        // Not all functions have a divisor.
+        const auto call = [&](auto... divisor) {
+            if constexpr (rows) {
+                return run(c.pSrc, static_cast<int>(c.srcStep), to.data(), c.roi, weights.data(),
+                           count, taps.anchor.x, divisor..., c.border, c.pValue, p.buffer.ptr());
+            } else {
+                return run(from.data(), c.pDst, static_cast<int>(c.dstStep), c.roi, weights.data(),
+                           count, divisor..., p.buffer.ptr());
+            }
+        };
+        p.call([&] {
+            if constexpr (divided)
+                return call(taps.divisor);
+            else
+                return call();
+        });
+    };
+    return f;
 }
 
 const struct {
-    std::vector<Zmo16s> kernel;  // empty: the usual one
+    std::vector<Zmo16s> kernel;
     int rate;
-} pyramids[] = {{{}, 2},
+    bool isUsual = false;  // what a null kernel stands for
+} pyramids[] = {{{1, 4, 6, 4, 1}, 2, true},
                 {{1, 5, 8, 5, 1}, 2},
                 {{-1, 3, 20, 30, 20, 9, 2}, 3},
                 {{1, 2, 1}, 2},
                 {{9, 8, 7, 6, 5, 4, 3, 2, 1}, 8}};
 
-// Every third turn, a side of the larger layer is no multiple of the rate.
-ZmoiSize otherLayer(ZmoiSize roi, int rate, bool up, size_t turn) {
-    const auto side = [=](int n) {
-        return up ? (n + rate - 1) / rate : n * rate - (turn % 3 == 2 ? rate - 1 : 0);
-    };
-    return {side(roi.width), side(roi.height)};
-}
-
 template <class T, class Step, class Size>
 Filter<T, T> layer(const char* name, int channels, bool up,
                    ZmoStatus (*run)(const T*, Step, Size, T*, Step, Size, const ZmoiPyramidState*,
                                     Zmo8u*)) {
-    return {
-        .name = name,
-        .channels = channels,
-        .run =
-            [=](const auto& c, size_t turn) {
-                const auto& chosen = pyramids[turn % 5];
-                const ZmoiSize large = up ? c.roi : c.srcRoi;
-                Zmo32f values[4] = {};
-                for (int i = 0; i < channels && c.pValue != nullptr; ++i)
-                    values[i] = static_cast<Zmo32f>(c.pValue[i]);
-                Prepared p([&](int64_t* pState, int64_t* pBuffer) {
-                    return zmoiPyramidGetSize_L({large.width, large.height}, typeOf<T>, channels,
-                                                pState, pBuffer);
-                });
-                kit::succeed([&] {
-                    return zmoiPyramidInit(chosen.kernel.empty() ? nullptr : chosen.kernel.data(),
-                                           static_cast<int>(chosen.kernel.size()), chosen.rate,
-                                           c.border, values, typeOf<T>, channels,
-                                           p.as<ZmoiPyramidState>());
-                });
-                p.call([&] {
-                    return run(c.pSrc, static_cast<Step>(c.srcStep),
-                               Size{c.srcRoi.width, c.srcRoi.height}, c.pDst,
-                               static_cast<Step>(c.dstStep), Size{c.roi.width, c.roi.height},
-                               p.as<ZmoiPyramidState>(), p.buffer.ptr());
-                });
-            },
-        .pixel =
-            [=](const auto& a, int x, int y, size_t turn) {
-                const auto& chosen = pyramids[turn % 5];
-                const auto kernel =
-                    chosen.kernel.empty() ? std::vector<Zmo16s>{1, 4, 6, 4, 1} : chosen.kernel;
-                return oracle::layer(a, oracle::met(kernel, chosen.rate, up, x),
-                                     oracle::met(kernel, chosen.rate, up, y));
-            },
-        .borders = {zmoiBorderReplicate, zmoiBorderConst, zmoiBorderMirror},
-        .isLarge = sizeof(Step) == 8,
-        .srcSize = [=](ZmoiSize roi,
-                       size_t turn) { return otherLayer(roi, pyramids[turn % 5].rate, up, turn); }};
+    Filter<T, T> f{name, channels};
+    f.isLarge = sizeof(Step) == 8;
+    f.borders = {zmoiBorderReplicate, zmoiBorderConst, zmoiBorderMirror};
+    // Every third turn, a side of the larger layer is no multiple of the rate.
+    f.srcSize = [=](ZmoiSize roi, size_t turn) {
+        const int rate = pyramids[turn % 5].rate;
+        const auto side = [=](int n) {
+            return up ? (n + rate - 1) / rate : n * rate - (turn % 3 == 2 ? rate - 1 : 0);
+        };
+        return ZmoiSize{side(roi.width), side(roi.height)};
+    };
+    f.run = [=](const auto& c, size_t turn) {
+        const auto& chosen = pyramids[turn % 5];
+        const ZmoiSize large = up ? c.roi : c.srcRoi;
+        Zmo32f values[4] = {};
+        for (int i = 0; i < channels && c.pValue != nullptr; ++i)
+            values[i] = static_cast<Zmo32f>(c.pValue[i]);
+        Prepared p([&](int64_t* pState, int64_t* pBuffer) {
+            return zmoiPyramidGetSize_L({large.width, large.height}, typeOf<T>, channels, pState,
+                                        pBuffer);
+        });
+        auto* const state = p.as<ZmoiPyramidState>();
+        kit::succeed([&] {
+            return zmoiPyramidInit(chosen.isUsual ? nullptr : chosen.kernel.data(),
+                                   static_cast<int>(chosen.kernel.size()), chosen.rate, c.border,
+                                   values, typeOf<T>, channels, state);
+        });
+        p.call([&] {
+            return run(c.pSrc, static_cast<Step>(c.srcStep), Size{c.srcRoi.width, c.srcRoi.height},
+                       c.pDst, static_cast<Step>(c.dstStep), Size{c.roi.width, c.roi.height}, state,
+                       p.buffer.ptr());
+        });
+    };
+    f.pixel = [=](const auto& a, int x, int y, size_t turn) {
+        const auto& chosen = pyramids[turn % 5];
+        return oracle::layer(a, oracle::met(chosen.kernel, chosen.rate, up, x),
+                             oracle::met(chosen.kernel, chosen.rate, up, y));
+    };
+    return f;
 }
 
 template <class S>
@@ -484,11 +430,31 @@ void expectOracle(const Filter<S, D>& filter, int rounds = 1) {
     if (filter.isLarge) expectFarRows(filter);
 }
 
-#define FILTER(make, fn, channels) make(#fn, channels, fn)
-#define EXPECT_SEPARABLE(types)                                              \
-    expectOracle(FILTER(separable, zmoiFilterSeparable_##types##_C1R_L, 1)); \
-    expectOracle(FILTER(separable, zmoiFilterSeparable_##types##_C3R_L, 3)); \
-    expectOracle(FILTER(separable, zmoiFilterSeparable_##types##_C4R_L, 4))
+#define EXPECT_KERNEL(fn, channels) expectOracle(kernelFilter(#fn, channels, fn))
+#define EXPECT_SEPARABLE(types)                            \
+    EXPECT_KERNEL(zmoiFilterSeparable_##types##_C1R_L, 1); \
+    EXPECT_KERNEL(zmoiFilterSeparable_##types##_C3R_L, 3); \
+    EXPECT_KERNEL(zmoiFilterSeparable_##types##_C4R_L, 4)
+#define EXPECT_GAUSSIAN(type)                                \
+    EXPECT_KERNEL(zmoiFilterGaussianBorder_##type##_C1R, 1); \
+    EXPECT_KERNEL(zmoiFilterGaussianBorder_##type##_C3R, 3); \
+    EXPECT_KERNEL(zmoiFilterGaussian_##type##_C1R_L, 1);     \
+    EXPECT_KERNEL(zmoiFilterGaussian_##type##_C3R_L, 3)
+#define EXPECT_MASK(Base, types, kind)                                                     \
+    expectOracle(                                                                          \
+        fixedMask(#Base #types, oracle::Mask::kind, zmoiFilter##Base##BorderGetBufferSize, \
+                  zmoiFilter##Base##Border_##types##_C1R),                                 \
+        3)
+#define EXPECT_PIPELINE(Base, rows, divided, S, D, types)                               \
+    expectOracle(pipeline<rows, divided, S, D>(#Base #types, 1, Base##_##types##_C1R)); \
+    expectOracle(pipeline<rows, divided, S, D>(#Base #types, 3, Base##_##types##_C3R))
+#define EXPECT_ROWS(...) EXPECT_PIPELINE(zmoiFilterRowBorderPipeline, true, __VA_ARGS__)
+#define EXPECT_COLUMNS(...) EXPECT_PIPELINE(zmoiFilterColumnPipeline, false, __VA_ARGS__)
+#define EXPECT_LAYERS(types)                                                           \
+    expectOracle(layer("down " #types, 1, false, zmoiPyramidLayerDown_##types##_C1R)); \
+    expectOracle(layer("down " #types, 3, false, zmoiPyramidLayerDown_##types##_C3R)); \
+    expectOracle(layer("up " #types, 1, true, zmoiPyramidLayerUp_##types##_C1R));      \
+    expectOracle(layer("up " #types, 3, true, zmoiPyramidLayerUp_##types##_C3R))
 
 TEST(Filters, Separable) {
     EXPECT_SEPARABLE(8u);
@@ -498,24 +464,12 @@ TEST(Filters, Separable) {
     EXPECT_SEPARABLE(32f);
 }
 
-#define EXPECT_GAUSSIAN(type)                                                 \
-    expectOracle(FILTER(gaussian, zmoiFilterGaussianBorder_##type##_C1R, 1)); \
-    expectOracle(FILTER(gaussian, zmoiFilterGaussianBorder_##type##_C3R, 3)); \
-    expectOracle(FILTER(gaussian, zmoiFilterGaussian_##type##_C1R_L, 1));     \
-    expectOracle(FILTER(gaussian, zmoiFilterGaussian_##type##_C3R_L, 3))
-
 TEST(Filters, Gaussian) {
     EXPECT_GAUSSIAN(8u);
     EXPECT_GAUSSIAN(16u);
     EXPECT_GAUSSIAN(16s);
     EXPECT_GAUSSIAN(32f);
 }
-
-#define EXPECT_MASK(Base, types, kind)                                                     \
-    expectOracle(                                                                          \
-        fixedMask(#Base #types, oracle::Mask::kind, zmoiFilter##Base##BorderGetBufferSize, \
-                  zmoiFilter##Base##Border_##types##_C1R),                                 \
-        3)
 
 TEST(Filters, FixedMasks) {
     EXPECT_MASK(SobelVert, 8u16s, vert);
@@ -529,31 +483,19 @@ TEST(Filters, FixedMasks) {
     EXPECT_MASK(Lowpass, 32f, lowpass);
 }
 
-#define EXPECT_PIPELINE(make, Base, divided, S, D, K, types)               \
-    expectOracle(make<divided, S, D, K>(#types, 1, Base##_##types##_C1R)); \
-    expectOracle(make<divided, S, D, K>(#types, 3, Base##_##types##_C3R))
-#define EXPECT_ROWS(...) EXPECT_PIPELINE(rowPipeline, zmoiFilterRowBorderPipeline, __VA_ARGS__)
-#define EXPECT_COLUMNS(...) EXPECT_PIPELINE(columnPipeline, zmoiFilterColumnPipeline, __VA_ARGS__)
-
 TEST(Filters, Pipelines) {
-    EXPECT_ROWS(true, Zmo8u, Zmo16s, Zmo16s, 8u16s);
-    EXPECT_ROWS(true, Zmo16u, Zmo16u, Zmo16s, 16u);
-    EXPECT_ROWS(true, Zmo16s, Zmo16s, Zmo16s, 16s);
-    EXPECT_ROWS(false, Zmo32f, Zmo32f, Zmo32f, 32f);
-    EXPECT_ROWS(false, Zmo16s, Zmo16s, Zmo16s, Low_16s);
-    EXPECT_COLUMNS(true, Zmo16u, Zmo16u, Zmo16s, 16u);
-    EXPECT_COLUMNS(true, Zmo16s, Zmo16s, Zmo16s, 16s);
-    EXPECT_COLUMNS(true, Zmo16s, Zmo8u, Zmo16s, 16s8u);
-    EXPECT_COLUMNS(true, Zmo16s, Zmo8s, Zmo16s, 16s8s);
-    EXPECT_COLUMNS(false, Zmo32f, Zmo32f, Zmo32f, 32f);
-    EXPECT_COLUMNS(false, Zmo16s, Zmo16s, Zmo16s, Low_16s);
+    EXPECT_ROWS(true, Zmo8u, Zmo16s, 8u16s);
+    EXPECT_ROWS(true, Zmo16u, Zmo16u, 16u);
+    EXPECT_ROWS(true, Zmo16s, Zmo16s, 16s);
+    EXPECT_ROWS(false, Zmo32f, Zmo32f, 32f);
+    EXPECT_ROWS(false, Zmo16s, Zmo16s, Low_16s);
+    EXPECT_COLUMNS(true, Zmo16u, Zmo16u, 16u);
+    EXPECT_COLUMNS(true, Zmo16s, Zmo16s, 16s);
+    EXPECT_COLUMNS(true, Zmo16s, Zmo8u, 16s8u);
+    EXPECT_COLUMNS(true, Zmo16s, Zmo8s, 16s8s);
+    EXPECT_COLUMNS(false, Zmo32f, Zmo32f, 32f);
+    EXPECT_COLUMNS(false, Zmo16s, Zmo16s, Low_16s);
 }
-
-#define EXPECT_LAYERS(types)                                                           \
-    expectOracle(layer("down " #types, 1, false, zmoiPyramidLayerDown_##types##_C1R)); \
-    expectOracle(layer("down " #types, 3, false, zmoiPyramidLayerDown_##types##_C3R)); \
-    expectOracle(layer("up " #types, 1, true, zmoiPyramidLayerUp_##types##_C1R));      \
-    expectOracle(layer("up " #types, 3, true, zmoiPyramidLayerUp_##types##_C3R))
 
 TEST(Filters, PyramidLayers) {
     EXPECT_LAYERS(8u);
@@ -594,6 +536,7 @@ struct Args {
 };
 
 using Faults = std::vector<kit::Fault<Args>>;
+#define CALL(...) [&](const Args& a) { return __VA_ARGS__; }
 #define FAULT(code, ...)                                                \
     {                                                                   \
 #__VA_ARGS__, zmoSts##code##Err, [&](Args & a) { __VA_ARGS__; } \
@@ -616,6 +559,7 @@ TEST(Filters, BadArguments) {
     Prepared gauss = prepareGaussian<Zmo16s>(0, {20, 3}, 3);
     Prepared grey = prepareGaussian<Zmo16s>(0, {20, 3}, 1);
     Prepared floating = prepareGaussian<Zmo32f>(0, {20, 3}, 3);
+    Prepared separable = prepareSeparable<Zmo16s, Zmo16s>(tapsOf(0, false), {20, 3}, 3);
     kit::Buffer state(4096);
     kit::Buffer buffer(100000);
     const Zmo16s kernel[31] = {10, 20, 30, 20, 10, 100, 0, 32000, 800};
@@ -663,45 +607,38 @@ TEST(Filters, BadArguments) {
     const Faults steps = {FAULT(Step, a.step = 118), FAULT(Step, a.step |= 1)};
     const Faults dstSteps = {FAULT(Step, a.dstStep = 118)};
     const Faults border = {FAULT(Border, a.border = static_cast<ZmoiBorderType>(4))};
-    expect(
-        [](const Args& a) {
-            return zmoiFilterGaussianBorder_16s_C3R(a.pSrc, a.step, a.pDst, a.dstStep, a.small(),
-                                                    a.border, a.pValue, a.as<ZmoiGaussianState>(),
-                                                    a.pBuffer);
-        },
-        source + target + work + noState + noValue + empty + steps + dstSteps + border +
-            Faults{FAULT(State, a.pState = grey.state.ptr()),
-                   FAULT(State, a.pState = floating.state.ptr())});
+    const Faults usual =
+        source + target + work + noState + noValue + empty + steps + dstSteps + border;
+    expect(CALL(zmoiFilterGaussianBorder_16s_C3R(a.pSrc, a.step, a.pDst, a.dstStep, a.small(),
+                                                 a.border, a.pValue, a.as<ZmoiGaussianState>(),
+                                                 a.pBuffer)),
+           usual + Faults{FAULT(State, a.pState = grey.state.ptr()),
+                          FAULT(State, a.pState = floating.state.ptr())});
+    good.pState = separable.state.ptr();
+    expect(CALL(zmoiFilterSeparable_16s_C3R_L(a.pSrc, a.step, a.pDst, a.dstStep, a.roi, a.border,
+                                              a.pValue, a.as<ZmoiSeparableState>(), a.pBuffer)),
+           usual + Faults{FAULT(State, a.pState = gauss.state.ptr())});
     const Faults unknownMask = {FAULT(MaskSize, a.fixed = static_cast<ZmoiMaskSize>(4))};
-    expect(
-        [](const Args& a) {
-            return zmoiFilterLaplacianBorder_8u16s_C1R(
-                reinterpret_cast<const Zmo8u*>(a.pSrc), a.step, a.pDst, a.dstStep, a.small(),
-                a.fixed, a.border, reinterpret_cast<const Zmo8u*>(a.pValue), a.pBuffer);
-        },
-        source + target + work + noValue + empty +
-            Faults{FAULT(Step, a.step = 19), FAULT(Step, a.dstStep = 39),
-                   FAULT(Step, a.dstStep |= 1)} +
-            unknownMask + border);
+    const auto bytes = [](const Zmo16s* p) { return reinterpret_cast<const Zmo8u*>(p); };
+    expect(CALL(zmoiFilterLaplacianBorder_8u16s_C1R(bytes(a.pSrc), a.step, a.pDst, a.dstStep,
+                                                    a.small(), a.fixed, a.border, bytes(a.pValue),
+                                                    a.pBuffer)),
+           source + target + work + noValue + empty +
+               Faults{FAULT(Step, a.step = 19), FAULT(Step, a.dstStep |= 1)} + unknownMask +
+               border);
     const Faults taps = {FAULT(MaskSize, a.taps = 0)};
     const Faults ranges = {FAULT(Range, a.number = 0), FAULT(Range, a.taps = 9)};
     const Faults lists = {FAULT(NullPtr, a.kernel = nullptr), FAULT(NullPtr, a.rows = nullptr)};
-    expect(
-        [](const Args& a) {
-            return zmoiFilterRowBorderPipeline_16s_C3R(a.pSrc, a.step, a.rows, a.small(), a.kernel,
-                                                       a.taps, a.anchor.x, a.number, a.border,
-                                                       a.pValue, a.pBuffer);
-        },
-        lists + source + work + noValue + empty + steps + taps +
-            Faults{FAULT(Anchor, a.anchor.x = -1), FAULT(Anchor, a.anchor.x = 9)} + ranges +
-            border);
+    expect(CALL(zmoiFilterRowBorderPipeline_16s_C3R(a.pSrc, a.step, a.rows, a.small(), a.kernel,
+                                                    a.taps, a.anchor.x, a.number, a.border,
+                                                    a.pValue, a.pBuffer)),
+           lists + source + work + noValue + empty + steps + taps +
+               Faults{FAULT(Anchor, a.anchor.x = -1), FAULT(Anchor, a.anchor.x = 9)} + ranges +
+               border);
     good.taps = 1;
     expect(
-        [&](const Args& a) {
-            return zmoiFilterColumnPipeline_16s_C3R(a.rows == nullptr ? nullptr : from, a.pDst,
-                                                    a.dstStep, a.small(), a.kernel, a.taps,
-                                                    a.number, a.pBuffer);
-        },
+        CALL(zmoiFilterColumnPipeline_16s_C3R(a.rows == nullptr ? nullptr : from, a.pDst, a.dstStep,
+                                              a.small(), a.kernel, a.taps, a.number, a.pBuffer)),
         lists + target + work + Faults{FAULT(NullPtr, a.roi = {20, 3}, a.taps = 2)} + empty +
             dstSteps + taps + Faults{ranges[0]});
     good.taps = 5;
@@ -709,77 +646,48 @@ TEST(Filters, BadArguments) {
     const Faults type = {FAULT(DataType, a.type = zmo64f)};
     const Faults channels = {FAULT(Channels, a.channels = 2)};
     const Faults even = {FAULT(MaskSize, a.taps = 4)};
-    expect(
-        [](const Args& a) {
-            return zmoiFilterGaussianInit_L(a.taps, a.sigma, a.type, a.channels,
-                                            a.as<ZmoiGaussianState>());
-        },
-        noState + even + Faults{FAULT(Range, a.sigma = 0)} + type + channels);
+    expect(CALL(zmoiFilterGaussianInit_L(a.taps, a.sigma, a.type, a.channels,
+                                         a.as<ZmoiGaussianState>())),
+           noState + even + Faults{FAULT(Range, a.sigma = 0)} + type + channels);
     const Faults masks = {FAULT(MaskSize, a.mask.width = 256), FAULT(MaskSize, a.mask.height = 0)};
     const Faults anchor = {FAULT(Anchor, a.anchor.y = 300)};
     expect(
-        [](const Args& a) {
-            return zmoiFilterSeparableInit_16s_L(a.kernel, a.kernel, a.mask, a.anchor, a.number,
-                                                 a.type, a.type, a.channels,
-                                                 a.as<ZmoiSeparableState>());
-        },
+        CALL(zmoiFilterSeparableInit_16s_L(a.kernel, a.kernel, a.mask, a.anchor, a.number, a.type,
+                                           a.type, a.channels, a.as<ZmoiSeparableState>())),
         noState + Faults{lists[0]} + masks + anchor +
             Faults{FAULT(Range, a.number = 0), FAULT(Range, a.mask.width = 9)} + type + channels);
     const Zmo32f floatKernel[] = {1, 2, 3, 2, 1, HUGE_VALF};
-    expect(
-        [&](const Args& a) {
-            return zmoiFilterSeparableInit_32f_L(floatKernel, floatKernel, a.mask, a.anchor,
-                                                 a.channels, a.as<ZmoiSeparableState>());
-        },
-        noState + masks + anchor + Faults{FAULT(Range, a.mask.width = 6)} + channels);
+    expect(CALL(zmoiFilterSeparableInit_32f_L(floatKernel, floatKernel, a.mask, a.anchor,
+                                              a.channels, a.as<ZmoiSeparableState>())),
+           noState + masks + anchor + Faults{FAULT(Range, a.mask.width = 6)} + channels);
     const Faults rates = {FAULT(Range, a.number = 1), FAULT(Range, a.number = 6),
                           FAULT(Range, a.taps = 7)};
-    expect(
-        [](const Args& a) {
-            return zmoiPyramidInit_L(a.kernel, a.taps, a.number, a.border, nullptr, a.type,
-                                     a.channels, a.as<ZmoiPyramidState>());
-        },
-        noState + even + rates + Faults{FAULT(Border, a.border = zmoiBorderInMem)} + type +
-            channels);
+    expect(CALL(zmoiPyramidInit_L(a.kernel, a.taps, a.number, a.border, nullptr, a.type, a.channels,
+                                  a.as<ZmoiPyramidState>())),
+           noState + even + rates + Faults{FAULT(Border, a.border = zmoiBorderInMem)} + type +
+               channels);
     const Faults noSize = {FAULT(NullPtr, a.pSize = nullptr), empty[0]};
     const Faults large = type + channels + Faults{FAULT(TooLarge, a.roi.width = INT64_MAX / 4)};
-    expect(
-        [&](const Args& a) {
-            return zmoiFilterGaussianGetSize_L(a.roi, a.taps, a.type, a.channels, &ignored,
-                                               a.pSize);
-        },
-        noSize + even + large);
-    expect(
-        [&](const Args& a) {
-            return zmoiFilterSeparableGetSize_L(a.roi, a.mask, a.type, a.type, a.channels, &ignored,
-                                                a.pSize);
-        },
-        noSize + masks + large);
-    expect(
-        [&](const Args& a) {
-            return zmoiPyramidGetSize_L(a.roi, a.type, a.channels, &ignored, a.pSize);
-        },
-        noSize + large);
-    good.type = zmo32f;
+    expect(CALL(zmoiFilterGaussianGetSize_L(a.roi, a.taps, a.type, a.channels, &ignored, a.pSize)),
+           noSize + even + large);
+    expect(CALL(zmoiFilterSeparableGetSize_L(a.roi, a.mask, a.type, a.type, a.channels, &ignored,
+                                             a.pSize)),
+           noSize + masks + large);
+    expect(CALL(zmoiPyramidGetSize_L(a.roi, a.type, a.channels, &ignored, a.pSize)),
+           noSize + large);
+    int told = 0;
     good.channels = 1;
     for (auto* const query :
          {zmoiFilterSobelVertBorderGetBufferSize, zmoiFilterSobelHorizBorderGetBufferSize,
           zmoiFilterSobelCrossBorderGetBufferSize, zmoiFilterLaplacianBorderGetBufferSize,
           zmoiFilterLowpassBorderGetBufferSize}) {
-        expect(
-            [&](const Args& a) {
-                int bytes = 0;
-                const ZmoStatus status = query(a.small(), a.fixed, a.type, a.channels,
-                                               a.pSize == nullptr ? nullptr : &bytes);
-                if (status == zmoStsNoErr) size = bytes;
-                return status;
-            },
-            noSize + unknownMask + type + channels +
-                Faults{FAULT(TooLarge, a.roi.width = INT32_MAX)});
+        good.type = query == zmoiFilterSobelCrossBorderGetBufferSize ? zmo32f : zmo8u;
+        const Faults wrong = {FAULT(DataType, a.type = good.type == zmo32f ? zmo8u : zmo16s)};
+        expect(CALL(query(a.small(), a.fixed, a.type, a.channels,
+                          a.pSize == nullptr ? nullptr : &told)),
+               noSize + unknownMask + wrong + channels +
+                   Faults{FAULT(TooLarge, a.roi.width = INT32_MAX)});
     }
-    int bytes = 0;
-    EXPECT_EQ(zmoiFilterSobelCrossBorderGetBufferSize({5, 5}, zmoiMask3x3, zmo8u, 1, &bytes),
-              zmoStsDataTypeErr);
 }
 
 // The layers must fit each other, down and up.

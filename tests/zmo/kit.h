@@ -183,13 +183,13 @@ class Buffer {
     Memory m_memory;
 };
 
-// Rows half a gigabyte apart, the last of which lie beyond 2^31 bytes; memory between them is never
-// touched and costs nothing. False when there is no address space for them.
+// Rows more than 2^31 bytes apart; memory between them is never touched and costs nothing. False when
+// there is no address space for them.
 class FarRows {
   public:
     static constexpr int count = 6;
-    static constexpr int64_t step = int64_t{1} << 29;
-    static constexpr const char* whyNot = "no address space for images of 3 GB";
+    static constexpr int64_t step = (int64_t{1} << 31) + 4096;
+    static constexpr const char* whyNot = "no address space for images of 12 GB";
 
     FarRows();
     ~FarRows();
