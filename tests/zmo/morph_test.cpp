@@ -244,9 +244,10 @@ struct Case {
                 for (int c = 0; c < function.channels; ++c) {
                     const bool inside = x >= 0 && x < roi.width;
                     const T expected =
-                        inside
-                            ? want[static_cast<size_t>(c)][static_cast<size_t>(y * roi.width + x)]
-                            : T((background >> (7 - (x + dst.bitOffset()) % 8)) & 1);
+                        inside ? want[static_cast<size_t>(c)]
+                                     [static_cast<size_t>(y) * static_cast<size_t>(roi.width) +
+                                      static_cast<size_t>(x)]
+                               : T((background >> (7 - (x + dst.bitOffset()) % 8)) & 1);
                     ASSERT_EQ(dst.at(x, y, c), expected)
                         << "pixel (" << x << ", " << y << ") channel " << c;
                 }

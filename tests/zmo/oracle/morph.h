@@ -20,10 +20,12 @@ struct Plane {
     Plane(ZmoiSize s, ZmoiSize m)
         : size(s),
           margin(m),
-          pixels(static_cast<size_t>((s.width + 2 * m.width) * (s.height + 2 * m.height))) {}
+          pixels(static_cast<size_t>(s.width + 2 * m.width) *
+                 static_cast<size_t>(s.height + 2 * m.height)) {}
     V& at(int x, int y) {
-        return pixels[static_cast<size_t>((y + margin.height) * (size.width + 2 * margin.width) +
-                                          x + margin.width)];
+        const auto row = static_cast<size_t>(y + margin.height);
+        return pixels[row * static_cast<size_t>(size.width + 2 * margin.width) +
+                      static_cast<size_t>(x + margin.width)];
     }
     V extended(int x, int y, ZmoiBorderType border, V value) {
         const bool inside = x >= -margin.width && x < size.width + margin.width &&
