@@ -94,6 +94,13 @@ ZmoStatus canny(const T* pSrc, Step srcStep, const T* pSrc2, Step src2Step, Zmo8
     return zmoStsNoErr;
 }
 
+template <class Size, class Int>
+ZmoStatus cannySize(Size roi, Int* pSize) {
+    if (pSize == nullptr) return zmoStsNullPtrErr;
+    if (isEmpty(roi)) return zmoStsSizeErr;
+    return storeSize(cannyBufferSize(roi), pSize);
+}
+
 }  // namespace
 }  // namespace zmo
 
@@ -104,19 +111,19 @@ ZmoStatus canny(const T* pSrc, Step srcStep, const T* pSrc2, Step src2Step, Zmo8
         return zmo::canny(pSrc, srcStep, pSrc2, src2Step, pDst, dstStep, roi, low, high, norm, \
                           pBuffer);                                                            \
     }
-#define ZMO_CANNY_SIZE(suffix, Step, Size)                       \
-    ZmoStatus zmoiCannyGetSize##suffix(Size roi, Step* pSize) {  \
-        if (pSize == nullptr) return zmoStsNullPtrErr;           \
-        if (zmo::isEmpty(roi)) return zmoStsSizeErr;             \
-        return zmo::storeSize(zmo::cannyBufferSize(roi), pSize); \
-    }
 
 ZMO_CANNY(16s8u, , Zmo16s, int, ZmoiSize)
 ZMO_CANNY(32f8u, , Zmo32f, int, ZmoiSize)
 ZMO_CANNY(16s8u, _L, Zmo16s, int64_t, ZmoiSizeL)
 ZMO_CANNY(32f8u, _L, Zmo32f, int64_t, ZmoiSizeL)
-ZMO_CANNY_SIZE(, int, ZmoiSize)
-ZMO_CANNY_SIZE(_L, int64_t, ZmoiSizeL)
+
+ZmoStatus zmoiCannyGetSize(ZmoiSize roi, int* pSize) {
+    return zmo::cannySize(roi, pSize);
+}
+
+ZmoStatus zmoiCannyGetSize_L(ZmoiSizeL roi, int64_t* pSize) {
+    return zmo::cannySize(roi, pSize);
+}
 
 ZmoStatus zmoiCannyBorder_8u_C1R(const Zmo8u* pSrc, int srcStep, Zmo8u* pDst, int dstStep,
                                  ZmoiSize roi, ZmoiDifferentialKernel kernel, ZmoiMaskSize mask,
