@@ -152,6 +152,7 @@ struct Case {
 
 const Case cases[] = {{{37, 5}, usual, 20},
                       {{16, 3}, {8, 0.05F, 4, 0.7F, 0.01F, 900}, 40},
+                      {{40, 3}, {4, 0.3F, 16, 0.8F, 0.3F, 400}, 60},
                       {{33, 2}, {3, 0.2F, 1, 0.5F, 0.2F, 100}, 40},
                       {{17, 4}, {5, 0.1F, 16, 0.95F, 0, 4}, 40},
                       {{1, 9}, {2, 0.5F, 30, 0.6F, 0.5F, 50}, 30},
@@ -219,26 +220,29 @@ TEST(Gmm, TellsWhatMoves) {
     const auto isSquare = [](int x, int y, int frame) {
         return y >= 5 && y < 12 && (x + 480 - frame) % 40 < 3;
     };
-    for (const Rules& rules :
-         {Rules{4, 0.02F, 9, 0.8F, 0.05F, 225}, Rules{4, 0.5F, 9, 0.8F, 0, 225}}) {
-        kit::Buffer state = newState(size, rules, 3);
-        Picture mask(size);
-        Picture picture(size, {}, 0, 3);
-        const bool walks = rules.rate < 0.1F;
-        for (int frame = 0; frame < 400; ++frame) {
-            int i = 0;
-            picture.fill([&] {
-                const int x = i / 3 % size.width;
-                const int y = i++ / 3 / size.width;
-                return walks && isSquare(x, y, frame) ? 250 : ground(x, y);
-            });
-            learn(picture, mask, state);
+    kit::forEachLevel([&] {
+        for (const Rules& rules :
+             {Rules{4, 0.02F, 9, 0.8F, 0.05F, 225}, Rules{4, 0.5F, 9, 0.8F, 0, 225}}) {
+            kit::Buffer state = newState(size, rules, 3);
+            Picture mask(size);
+            Picture picture(size, {}, 0, 3);
+            const bool walks = rules.rate < 0.1F;
+            for (int frame = 0; frame < 400; ++frame) {
+                int i = 0;
+                picture.fill([&] {
+                    const int x = i / 3 % size.width;
+                    const int y = i++ / 3 / size.width;
+                    const bool other = walks ? isSquare(x, y, frame) : frame < 3;
+                    return other ? 250 : ground(x, y);
+                });
+                learn(picture, mask, state);
+            }
+            kit::expectPixels(mask,
+                              [&](int x, int y) { return walks && isSquare(x, y, 399) ? 255 : 0; });
+            recall(picture, state);
+            kit::expectPixels(picture, [&](int x, int y, int) { return ground(x, y); });
         }
-        kit::expectPixels(mask,
-                          [&](int x, int y) { return walks && isSquare(x, y, 399) ? 255 : 0; });
-        recall(picture, state);
-        kit::expectPixels(picture, [&](int x, int y, int) { return ground(x, y); });
-    }
+    });
 }
 
 TEST(Gmm, BadArguments) {

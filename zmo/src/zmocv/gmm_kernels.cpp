@@ -48,22 +48,27 @@ bool any(const Flags& flags) {
     return all != 0;
 }
 
-// The components of a block that some of its pixels have, and the block's model in memory.
+// The components of a block that some of its pixels have. In memory they lie `distance` bytes apart.
 class Mixture {
   public:
-    Mixture(const void* model, int most) : m_most(most) {
-        const char* const from = static_cast<const char*>(model);
+    Mixture(const void* model, ptrdiff_t distance, int most) : m_most(most) {
+        const char* from = static_cast<const char*>(model);
         for (; m_count < most; ++m_count) {
             Component& next = m_components[m_count];
-            __builtin_memcpy(&next, from + static_cast<size_t>(m_count) * sizeof next, sizeof next);
+            __builtin_memcpy(&next, from, sizeof next);
+            from += distance;
             int32_t weights = 0;
             for (ptrdiff_t i = 0; i < gmmBlock; ++i) weights |= bitsOf(next.weight[i]);
             if (weights == 0) break;
         }
     }
 
-    void store(void* model) const {
-        __builtin_memcpy(model, m_components, static_cast<size_t>(m_count) * sizeof(Component));
+    void store(void* model, ptrdiff_t distance) const {
+        char* to = static_cast<char*>(model);
+        for (int k = 0; k < m_count; ++k) {
+            __builtin_memcpy(to, &m_components[k], sizeof m_components[k]);
+            to += distance;
+        }
     }
 
     int count() const { return m_count; }
@@ -195,73 +200,76 @@ void update(Mixture& mixture, Pixels& pixels, const GmmRules* rules) {
     normalise(mixture);
 }
 
-// Calls body(x, pixels, model) for each block of a row.
+// Calls body(x, count, at, distance) for each block of a row: its pixels x ... x + count - 1, and where
+// its components lie in the model.
 template <class Body>
 void forBlocks(ptrdiff_t y, ptrdiff_t width, const GmmRules* rules, Body body) {
-    const ptrdiff_t bytes = rules->components * static_cast<ptrdiff_t>(sizeof(Component));
-    ptrdiff_t at = y * gmmBlocks(width) * bytes;
+    constexpr ptrdiff_t bytes = sizeof(Component);
+    const ptrdiff_t distance = gmmBlocks(width) * bytes;
+    ptrdiff_t at = y * rules->components * distance;
     for (ptrdiff_t x = 0; x < width; x += gmmBlock) {
-        body(x, width - x < gmmBlock ? width - x : gmmBlock, at);
+        body(x, width - x < gmmBlock ? width - x : gmmBlock, at, distance);
         at += bytes;
     }
 }
 
 void foreground(Source src, Target dst, Region roi, const GmmRules* rules, void* model) {
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
-        forBlocks(y, roi.width, rules, [&](ptrdiff_t x, ptrdiff_t count, ptrdiff_t at) {
-            char* const place = static_cast<char*>(model) + at;
-            Mixture mixture(place, rules->components);
-            Pixels pixels;
-            loadPixels(pixels, rowOf<uint8_t>(src, y) + 3 * x, count);
-            update(mixture, pixels, rules);
-            mixture.store(place);
-            uint8_t* const row = rowOf<uint8_t>(dst, y) + x;
-            for (ptrdiff_t i = 0; i < count; ++i)
-                row[i] = static_cast<uint8_t>(~pixels.background[i]);
-        });
+        forBlocks(y, roi.width, rules,
+                  [&](ptrdiff_t x, ptrdiff_t count, ptrdiff_t at, ptrdiff_t distance) {
+                      char* const place = static_cast<char*>(model) + at;
+                      Mixture mixture(place, distance, rules->components);
+                      Pixels pixels;
+                      loadPixels(pixels, rowOf<uint8_t>(src, y) + 3 * x, count);
+                      update(mixture, pixels, rules);
+                      mixture.store(place, distance);
+                      uint8_t* const row = rowOf<uint8_t>(dst, y) + x;
+                      for (ptrdiff_t i = 0; i < count; ++i)
+                          row[i] = static_cast<uint8_t>(~pixels.background[i]);
+                  });
     }
 }
 
+// Until the weights reach the share, their sum is that of all components met.
 [[gnu::noinline]] void addBackground(Plane (&__restrict sums)[3], Plane& __restrict weights,
-                                     Plane& __restrict before,
                                      const Component& __restrict component, float share) {
     for (ptrdiff_t i = 0; i < gmmBlock; ++i) {
-        const float weight = component.weight[i];
-        const float counted = floatOf(bitsOf(weight) & isBelow(before[i], share));
-        before[i] += weight;
-        weights[i] += counted;
-        sums[0][i] += counted * component.mean[0][i];
-        sums[1][i] += counted * component.mean[1][i];
-        sums[2][i] += counted * component.mean[2][i];
+        const float weight = floatOf(bitsOf(component.weight[i]) & isBelow(weights[i], share));
+        weights[i] += weight;
+        sums[0][i] += weight * component.mean[0][i];
+        sums[1][i] += weight * component.mean[1][i];
+        sums[2][i] += weight * component.mean[2][i];
     }
 }
 
 void background(Target dst, Region roi, const GmmRules* rules, const void* model) {
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
-        forBlocks(y, roi.width, rules, [&](ptrdiff_t x, ptrdiff_t count, ptrdiff_t at) {
-            Mixture mixture(static_cast<const char*>(model) + at, rules->components);
-            Plane sums[3] = {};
-            Plane weights = {};
-            Plane before = {};
-            for (int k = 0; k < mixture.count(); ++k) {
-                addBackground(sums, weights, before, mixture[k], rules->backgroundShare);
-            }
-            int32_t values[3][gmmBlock];
-            for (int c = 0; c < 3; ++c) {
-                for (ptrdiff_t i = 0; i < gmmBlock; ++i) {
-                    // Without a component 0 - 0 remains.
-                    const int32_t known = isBelow(0, weights[i]);
-                    const float mean = sums[c][i] / selected(known, weights[i], 1.0F);
-                    const float value = mean - floatOf(bitsOf(1.0F) & known);
-                    // Means lie in 1 ... 256, but for an error that rounding removes.
-                    values[c][i] = static_cast<int32_t>((value + 0x1.8p23F) - 0x1.8p23F);
-                }
-            }
-            uint8_t* const row = rowOf<uint8_t>(dst, y) + 3 * x;
-            for (ptrdiff_t i = 0; i < count; ++i) {
-                for (int c = 0; c < 3; ++c) row[3 * i + c] = static_cast<uint8_t>(values[c][i]);
-            }
-        });
+        forBlocks(y, roi.width, rules,
+                  [&](ptrdiff_t x, ptrdiff_t count, ptrdiff_t at, ptrdiff_t distance) {
+                      Mixture mixture(static_cast<const char*>(model) + at, distance,
+                                      rules->components);
+                      Plane sums[3] = {};
+                      Plane weights = {};
+                      for (int k = 0; k < mixture.count(); ++k) {
+                          addBackground(sums, weights, mixture[k], rules->backgroundShare);
+                      }
+                      int32_t values[3][gmmBlock];
+                      for (int c = 0; c < 3; ++c) {
+                          for (ptrdiff_t i = 0; i < gmmBlock; ++i) {
+                              // Without a component 0 - 0 remains.
+                              const int32_t known = isBelow(0, weights[i]);
+                              const float mean = sums[c][i] / selected(known, weights[i], 1.0F);
+                              const float value = mean - floatOf(bitsOf(1.0F) & known);
+                              // Means lie in 1 ... 256, but for an error that rounding removes.
+                              values[c][i] = static_cast<int32_t>((value + 0x1.8p23F) - 0x1.8p23F);
+                          }
+                      }
+                      uint8_t* const row = rowOf<uint8_t>(dst, y) + 3 * x;
+                      for (ptrdiff_t i = 0; i < count; ++i) {
+                          for (int c = 0; c < 3; ++c)
+                              row[3 * i + c] = static_cast<uint8_t>(values[c][i]);
+                      }
+                  });
     }
 }
 
