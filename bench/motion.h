@@ -64,7 +64,7 @@ struct Picture {
     ZmoiPyramidLevels levels{};
 };
 
-// A grid of points, all far enough from the edges for the shift.
+// Points on a spiral, away from the edges.
 struct Flow {
     Flow(ZmoiSize size, int points) : first(size, 0, 0), second(size, shiftX, shiftY) {
         for (int i = 0; i < points; ++i) {

@@ -221,7 +221,8 @@ class TimOptFlow : public ppTest {
             return false;
         for (int i = 0; i < count; ++i) {
             const double x = (i % columns + 0.5) * size.width / columns;
-            const double y = (i / columns + 0.5) * size.height / rows;
+            const int row = i / columns;
+            const double y = (row + 0.5) * size.height / rows;
             for (ppVector* vector : {&pFrom, &pTo}) {
                 vector->setIndex(2 * i, SET_CONST, x, 0);
                 vector->setIndex(2 * i + 1, SET_CONST, y, 0);

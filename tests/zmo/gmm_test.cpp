@@ -27,7 +27,8 @@ class Definition {
     explicit Definition(const Rules& rules) : m_rules(rules) {}
 
     bool isForeground(std::array<Zmo8u, 3> value) {
-        const float x[3] = {value[0] + 1.0F, value[1] + 1.0F, value[2] + 1.0F};
+        float x[3];
+        for (size_t i = 0; i < 3; ++i) x[i] = static_cast<float>(value[i] + 1);
         const Rules& r = m_rules;
         size_t own = m_list.size();
         float before = 0;

@@ -277,10 +277,13 @@ TEST(OpticalFlow, FollowsItsDefinition) {
 
 // In few steps, points that moved far are found through the layers only.
 TEST(OpticalFlow, FindsShifts) {
-    std::vector<Point> from;
-    for (int i = 0; i < 60; ++i) {
-        from.push_back({40.0F + 13.5F * static_cast<float>(i % 10),
-                        40.0F + 12.25F * static_cast<float>(i / 10)});
+    std::vector<Point> from(60);
+    float x = 40;
+    float y = 40;
+    for (Point& p : from) {
+        p = {x, y};
+        x = x < 160 ? x + 13.5F : 40;
+        y = x == 40 ? y + 12.25F : y;
     }
     const auto first = layersOf<Zmo8u>({220, 160}, 3, waves);
     const auto second = layersOf<Zmo8u>({220, 160}, 3, waves, 7.3, -5.6);
@@ -321,9 +324,10 @@ TEST(OpticalFlow, BadArguments) {
         const auto layers = layersOf<decltype(element)>({24, 20}, 3, waves);
         const std::vector<Point> points(2, Point{9, 9});
         const Args good(levelsOf(layers), levelsOf(layers), points, points, {5, 1, 3, 0.1F});
-        std::vector<kit::Fault<Args>> faults;
-        for (int i = 0; i < 7; ++i) {
-            faults.push_back({"null", zmoStsNullPtrErr, [i](Args& a) { a.null = i; }});
+        std::vector<kit::Fault<Args>> faults(7);
+        int index = 0;
+        for (kit::Fault<Args>& fault : faults) {
+            fault = {"null", zmoStsNullPtrErr, [i = index++](Args& a) { a.null = i; }};
         }
         const auto add = [&](const char* name, ZmoStatus status, void (*apply)(Args&)) {
             faults.push_back({name, status, apply});

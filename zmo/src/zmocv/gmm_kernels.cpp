@@ -44,7 +44,7 @@ float selected(int32_t flag, float a, float b) {
 
 bool any(const Flags& flags) {
     int32_t all = 0;
-    for (ptrdiff_t i = 0; i < gmmBlock; ++i) all |= flags[i];
+    for (const int32_t flag : flags) all |= flag;
     return all != 0;
 }
 
@@ -58,7 +58,7 @@ class Mixture {
             __builtin_memcpy(&next, from, sizeof next);
             from += distance;
             int32_t weights = 0;
-            for (ptrdiff_t i = 0; i < gmmBlock; ++i) weights |= bitsOf(next.weight[i]);
+            for (const float weight : next.weight) weights |= bitsOf(weight);
             if (weights == 0) break;
         }
     }
@@ -185,7 +185,7 @@ void normalise(Mixture& mixture) {
     for (int k = 0; k < mixture.count(); ++k) {
         for (ptrdiff_t i = 0; i < gmmBlock; ++i) sums[i] += mixture[k].weight[i];
     }
-    for (ptrdiff_t i = 0; i < gmmBlock; ++i) sums[i] = 1.0F / sums[i];
+    for (float& sum : sums) sum = 1.0F / sum;
     for (int k = 0; k < mixture.count(); ++k) {
         for (ptrdiff_t i = 0; i < gmmBlock; ++i) mixture[k].weight[i] *= sums[i];
     }
@@ -194,7 +194,7 @@ void normalise(Mixture& mixture) {
 void update(Mixture& mixture, Pixels& pixels, const GmmRules* rules) {
     for (int k = 0; k < mixture.count(); ++k) learn(mixture[k], pixels, rules);
     int32_t found = -1;
-    for (ptrdiff_t i = 0; i < gmmBlock; ++i) found &= pixels.found[i];
+    for (const int32_t flag : pixels.found) found &= flag;
     if (found == 0) takeUp(mixture.last(), pixels, rules);
     for (int k = mixture.count() - 1; k > 0; --k) sortPair(mixture[k - 1], mixture[k]);
     normalise(mixture);

@@ -102,6 +102,7 @@ struct Sums {
     float total(ptrdiff_t columns) const {
         float lanes[8] = {};
         for (ptrdiff_t x = 0; x < columns; x += 8) {
+            // Columns are whole lanes. NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign)
             for (ptrdiff_t k = 0; k < 8; ++k) lanes[k] += at[x + k];
         }
         return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) +
