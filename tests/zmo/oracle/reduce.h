@@ -3,18 +3,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
 
 #include "kit.h"
 
 namespace oracle {
 
-// Which pixels count: those of a mask, or all without one.
+// Which pixels count.
 struct Selection {
     ZmoiSize size;
-    const kit::Image<Zmo8u>* mask;
+    std::function<bool(int x, int y)> selects;
 
-    bool operator()(int x, int y) const { return mask == nullptr || mask->get(x, y) != 0; }
+    bool operator()(int x, int y) const { return selects(x, y); }
 
     template <class Body>
     void forEach(Body body) const {
@@ -52,6 +51,7 @@ double laneSum(const Selection& selection, Term term) {
     return sum;
 }
 
+// Of whole numbers, exact in 64 bits.
 template <class Term>
 double exactSum(const Selection& selection, Term term) {
     uint64_t sum = 0;
@@ -59,76 +59,69 @@ double exactSum(const Selection& selection, Term term) {
     return static_cast<double>(sum);
 }
 
-// Of values(x, y), whose differences are exact in int64_t or, for floats, taken in double.
-template <class T, class Value>
-double norm(ZmoNormType kind, const Selection& selection, Value value) {
+// Of value(x, y); whole numbers are told as such.
+template <class Value>
+double norm(ZmoNormType kind, bool whole, const Selection& selection, Value value) {
     if (kind == zmoNormInf) {
         double most = 0;
-        selection.forEach([&](int x, int y) {
-            most = std::max(most, std::fabs(static_cast<double>(value(x, y))));
-        });
+        selection.forEach([&](int x, int y) { most = std::max(most, std::fabs(value(x, y))); });
         return most;
     }
     const auto term = [&](int x, int y) {
-        const auto v = value(x, y);
-        return kind == zmoNormL2 ? v * v : v < 0 ? -v : v;
+        const double v = value(x, y);
+        return kind == zmoNormL2 ? v * v : std::fabs(v);
     };
-    const double sum = [&] {
-        if constexpr (std::is_same_v<T, float>) {
-            return laneSum(selection, term);
-        } else {
-            return exactSum(selection, term);
-        }
-    }();
+    const double sum = whole ? exactSum(selection, term) : laneSum(selection, term);
     return kind == zmoNormL2 ? std::sqrt(sum) : sum;
 }
 
 // 0 when nothing is selected, as is the deviation.
-template <class T, class Value>
-double mean(const Selection& selection, Value value) {
+template <class Value>
+double mean(bool whole, const Selection& selection, Value value) {
     const int n = selection.count();
     if (n == 0) return 0;
-    if constexpr (std::is_same_v<T, float>) {
-        return laneSum(selection, value) / n;
-    } else {
-        return exactSum(selection, value) / n;
-    }
+    return (whole ? exactSum(selection, value) : laneSum(selection, value)) / n;
 }
 
-// The exact variance times n n of integers; for floats row by row about the row's own mean.
-template <class T, class Value>
-double deviation(const Selection& selection, Value value) {
+// The exact variance times n n of whole numbers.
+template <class Value>
+double wholeDeviation(const Selection& selection, Value value) {
+    const int n = selection.count();
+    __extension__ __int128 sum = 0;
+    __extension__ __int128 squares = 0;
+    selection.forEach([&](int x, int y) {
+        const auto v = static_cast<int64_t>(value(x, y));
+        sum += v;
+        squares += v * v;
+    });
+    return std::sqrt(static_cast<double>(n * squares - sum * sum)) / n;
+}
+
+// Floats row by row about the row's own mean.
+template <class Value>
+double deviation(bool whole, const Selection& selection, Value value) {
     const int n = selection.count();
     if (n == 0) return 0;
-    if constexpr (!std::is_same_v<T, float>) {
-        __extension__ __int128 sum = 0;
-        __extension__ __int128 squares = 0;
-        selection.forEach([&](int x, int y) {
-            sum += value(x, y);
-            squares += static_cast<int64_t>(value(x, y)) * value(x, y);
+    if (whole) return wholeDeviation(selection, value);
+    double above = 0;
+    double sumAbove = 0;
+    double distances = 0;
+    for (int y = 0; y < selection.size.height; ++y) {
+        const double m = rowSum(selection, y, [](int, int) { return 1.0; });
+        if (m == 0) continue;
+        const double sum = rowSum(selection, y, value);
+        distances += rowSum(selection, y, [&](int x, int) {
+            const double distance = value(x, y) - sum / m;
+            return distance * distance;
         });
-        return std::sqrt(static_cast<double>(n * squares - sum * sum)) / n;
-    } else {
-        double above = 0;
-        double sumAbove = 0;
-        double distances = 0;
-        for (int y = 0; y < selection.size.height; ++y) {
-            const double m = rowSum(selection, y, [](int, int) { return 1.0; });
-            if (m == 0) continue;
-            const double sum = rowSum(selection, y, value);
-            distances += rowSum(selection, y, [&](int x, int) {
-                const double distance = value(x, y) - sum / m;
-                return distance * distance;
-            });
-            if (above != 0) {
-                const double apart = sum / m - sumAbove / above;
-                distances += apart * apart * (above / (above + m) * m);
-            }
-            above += m;
-            sumAbove += sum;
+        if (above != 0) {
+            const double apart = sum / m - sumAbove / above;
+            distances += apart * apart * (above / (above + m) * m);
         }
-        return std::sqrt(distances / n);
+        above += m;
+        sumAbove += sum;
     }
+    return std::sqrt(distances / n);
 }
 
 }  // namespace oracle

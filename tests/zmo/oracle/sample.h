@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <type_traits>
 
 #include "kit.h"
 
@@ -58,12 +56,12 @@ inline double between(double s0, double s1, double f) {
     return single(single(single(1 - f) * s0) + single(f * s1));
 }
 
-// The interpolated value of the window's pixel (x, y).
-template <class S>
-double subpixel(const kit::Image<S>& image, Coordinate left, Coordinate top, int x, int y) {
+// The interpolated value of the window's pixel (x, y); image(x, y) tells those of the image.
+template <class Image>
+double subpixel(ZmoiSize size, Image image, Coordinate left, Coordinate top, int x, int y) {
     const auto pixel = [&](double column, double row) -> double {
-        const int inside = static_cast<int>(std::clamp(column, 0.0, image.size().width - 1.0));
-        return image.get(inside, static_cast<int>(std::clamp(row, 0.0, image.size().height - 1.0)));
+        const int inside = static_cast<int>(std::clamp(column, 0.0, size.width - 1.0));
+        return image(inside, static_cast<int>(std::clamp(row, 0.0, size.height - 1.0)));
     };
     const auto line = [&](double row) {
         return between(pixel(left.at(x), row), pixel(left.at(x) + 1, row), left.fraction);
@@ -71,15 +69,11 @@ double subpixel(const kit::Image<S>& image, Coordinate left, Coordinate top, int
     return between(line(top.at(y)), line(top.at(y) + 1), top.fraction);
 }
 
-// Scaled, rounded half to even, saturated; floats as they are.
-template <class D>
-D stored(double value, int scaleFactor) {
-    if constexpr (std::is_same_v<D, float>) {
-        return static_cast<float>(value);
-    } else {
-        const double scaled = std::nearbyint(std::ldexp(value, -scaleFactor));
-        return static_cast<D>(std::min<double>(scaled, std::numeric_limits<D>::max()));
-    }
+// Scaled, rounded half to even, saturated at the largest value; floats, whose largest is told as 0, as
+// they are.
+inline double stored(double value, int scaleFactor, double most) {
+    if (most == 0) return value;
+    return std::min(std::nearbyint(std::ldexp(value, -scaleFactor)), most);
 }
 
 }  // namespace oracle
