@@ -5,37 +5,23 @@
 namespace {
 
 template <class T>
-struct Args {
-    const T* pSrc;
-    int srcStep;
-    T* pLine;
-    ZmoiSize roi;
-    ZmoiPoint first;
-    ZmoiPoint last;
-};
-
-template <class T>
 struct Function {
-    const char* name;
     int channels;
     ZmoStatus (*run)(const T*, int, T*, ZmoiSize, ZmoiPoint, ZmoiPoint);
-
-    ZmoStatus operator()(const Args<T>& a) const {
-        return run(a.pSrc, a.srcStep, a.pLine, a.roi, a.first, a.last);
-    }
 };
 
-#define SAMPLE_LINE(type, channels) \
-    { "SampleLine_" #type "_C" #channels "R", channels, zmoiSampleLine_##type##_C##channels##R }
+#define SAMPLE_LINE(type)                                                      \
+    Function<Zmo##type>{1, zmoiSampleLine_##type##_C1R}, Function<Zmo##type> { \
+        3, zmoiSampleLine_##type##_C3R                                         \
+    }
 
-std::vector<Function<Zmo8u>> functions(Zmo8u) {
-    return {SAMPLE_LINE(8u, 1), SAMPLE_LINE(8u, 3)};
-}
-std::vector<Function<Zmo16u>> functions(Zmo16u) {
-    return {SAMPLE_LINE(16u, 1), SAMPLE_LINE(16u, 3)};
-}
-std::vector<Function<Zmo32f>> functions(Zmo32f) {
-    return {SAMPLE_LINE(32f, 1), SAMPLE_LINE(32f, 3)};
+// body(function, drawn pixel)
+template <class Body>
+void forEachFunction(Body body) {
+    kit::Random random(61);
+    for (const auto& f : {SAMPLE_LINE(8u)}) body(f, [&] { return random.between(0, 255); });
+    for (const auto& f : {SAMPLE_LINE(16u)}) body(f, [&] { return random.between(0, 65535); });
+    for (const auto& f : {SAMPLE_LINE(32f)}) body(f, [&] { return random.uniform(-1e9, 1e9); });
 }
 
 template <class T>
@@ -47,7 +33,7 @@ void expectLine(const Function<T>& function, const kit::Image<T>& image, ZmoiPoi
     kit::Image<T> line({count, 1}, {misalign, 0}, 0, function.channels);
     line.fill([] { return 77; });
     kit::succeed([&] {
-        return function({image.ptr(), image.step(), line.ptr(), image.size(), first, last});
+        return function.run(image.ptr(), image.step(), line.ptr(), image.size(), first, last);
     });
     for (int k = 0; k < count; ++k) {
         const ZmoiPoint p = oracle::linePixel(first, last, k);
@@ -61,41 +47,31 @@ void expectLine(const Function<T>& function, const kit::Image<T>& image, ZmoiPoi
 
 // Every pair of corners and of random points of every size: all eight octants, axes, diagonals,
 // single points.
-template <class T, class Draw>
-void expectLines(kit::Random& random, Draw draw) {
+TEST(SampleLine, Oracle) {
     const auto layouts = kit::layouts();
+    kit::Random random(62);
     size_t turn = 0;
-    for (const auto& function : functions(T())) {
-        SCOPED_TRACE(function.name);
+    const auto expectLines = [&]<class T>(const Function<T>& function, auto draw) {
         for (const ZmoiSize size : kit::sizes()) {
             const kit::Layout layout = layouts[turn++ % layouts.size()];
             kit::Image<T> image(size, layout, 0, function.channels);
             image.fill(draw);
-            const auto coordinate = [&](int length) {
-                return static_cast<int>(random.between(0, length - 1));
-            };
-            std::vector<ZmoiPoint> points = {{0, 0},
-                                             {size.width - 1, 0},
-                                             {0, size.height - 1},
-                                             {size.width - 1, size.height - 1}};
-            points.push_back({coordinate(size.width), coordinate(size.height)});
+            const int right = size.width - 1;
+            const int below = size.height - 1;
+            const ZmoiPoint points[] = {{0, 0},
+                                        {right, 0},
+                                        {0, below},
+                                        {right, below},
+                                        {static_cast<int>(random.between(0, right)),
+                                         static_cast<int>(random.between(0, below))}};
             for (const ZmoiPoint first : points) {
-                for (const ZmoiPoint last : points) {
+                for (const ZmoiPoint last : points)
                     expectLine(function, image, first, last, layout.misalign * 3 % 64);
-                }
             }
             image.expectUntouched("image");
         }
-    }
-}
-
-TEST(SampleLine, Oracle) {
-    kit::Random random(61);
-    kit::forEachLevel([&] {
-        expectLines<Zmo8u>(random, [&] { return random.between(0, 255); });
-        expectLines<Zmo16u>(random, [&] { return random.between(0, 65535); });
-        expectLines<Zmo32f>(random, [&] { return random.uniform(-1e9, 1e9); });
-    });
+    };
+    kit::forEachLevel([&] { forEachFunction(expectLines); });
 }
 
 // All directions around one point: exact ties, and both senses of each line.
@@ -104,7 +80,7 @@ TEST(SampleLine, EveryDirection) {
     Zmo16u next = 0;
     image.fill([&] { return next++; });
     const ZmoiPoint centre{12, 12};
-    const Function<Zmo16u> function = functions(Zmo16u())[0];
+    const Function<Zmo16u> function{1, zmoiSampleLine_16u_C1R};
     kit::forEachLevel([&] {
         for (int i = 0; i < 25 * 25; ++i) {
             const ZmoiPoint point{i % 25, i / 25};
@@ -122,47 +98,27 @@ TEST(SampleLine, CopiesBits) {
         for (int x = 0; x < 5; ++x) std::memcpy(image.ptr() + 5 * y + x, odd + (x + y) % 5, 4);
     }
     image.snapshot();
-    const Function<Zmo32f> function = functions(Zmo32f())[0];
+    const Function<Zmo32f> function{1, zmoiSampleLine_32f_C1R};
     kit::forEachLevel([&] { expectLine(function, image, {0, 0}, {4, 2}, 1); });
 }
 
-template <class T>
-void expectBadArguments() {
-    constexpr int element = sizeof(T);
-    for (const auto& function : functions(T())) {
-        SCOPED_TRACE(function.name);
-        const int row = 12 * function.channels * element;
+TEST(SampleLine, BadArguments) {
+    forEachFunction([]<class T>(const Function<T>& function, auto) {
         kit::Image<T> image({12, 4}, {}, 0, function.channels);
         kit::Image<T> line({12, 1}, {}, 0, function.channels);
-        using A = Args<T>;
-        std::vector<kit::Fault<A>> faults = {
-            {"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
-            {"null line", zmoStsNullPtrErr, [](A& a) { a.pLine = nullptr; }},
-            {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-            {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-            {"step short", zmoStsStepErr, [=](A& a) { a.srcStep = row - element; }},
-            {"step negative", zmoStsStepErr, [=](A& a) { a.srcStep = -row; }},
-            {"first left", zmoStsPointErr, [](A& a) { a.first.x = -1; }},
-            {"first right", zmoStsPointErr, [](A& a) { a.first.x = 12; }},
-            {"first below", zmoStsPointErr, [](A& a) { a.first.y = 4; }},
-            {"last above", zmoStsPointErr, [](A& a) { a.last.y = -1; }},
-            {"last right", zmoStsPointErr, [](A& a) { a.last.x = 12; }},
-            {"last below", zmoStsPointErr, [](A& a) { a.last.y = 4; }},
-        };
-        if (element > 1) {
-            faults.insert(faults.begin() + 6,
-                          {"step odd", zmoStsStepErr, [=](A& a) { a.srcStep = row + 1; }});
-        }
-        const A good{image.ptr(), image.step(), line.ptr(), image.size(), {0, 0}, {11, 3}};
-        line.snapshot();
-        kit::expectFaults(good, function, faults, [&] { line.expectUntouched("line"); });
-    }
-}
-
-TEST(SampleLine, BadArguments) {
-    expectBadArguments<Zmo8u>();
-    expectBadArguments<Zmo16u>();
-    expectBadArguments<Zmo32f>();
+        std::vector<kit::Fault<std::tuple<const T*, int, T*, ZmoiSize, ZmoiPoint, ZmoiPoint>>>
+            faults = {kit::bad<1>(image.step() - static_cast<int>(sizeof(T)), zmoStsStepErr),
+                      kit::bad<1>(-image.step(), zmoStsStepErr)};
+        if (sizeof(T) > 1) faults.push_back(kit::bad<1>(image.step() + 1, zmoStsStepErr));
+        for (const ZmoiPoint outside : {ZmoiPoint{-1, 0}, {12, 0}, {0, 4}})
+            faults.push_back(kit::bad<4>(outside, zmoStsPointErr));
+        for (const ZmoiPoint outside : {ZmoiPoint{0, -1}, {12, 3}, {11, 4}})
+            faults.push_back(kit::bad<5>(outside, zmoStsPointErr));
+        kit::expectBadArguments(function.run,
+                                {image.ptr(), image.step(), line.ptr(), image.size(),
+                                 ZmoiPoint{0, 0}, ZmoiPoint{11, 3}},
+                                faults, [&] { line.expectUntouched("line"); });
+    });
 }
 
 }  // namespace
