@@ -243,6 +243,7 @@ TEST(Arith, UnselectedFloatsHaveNoInfluence) {
                 c.set(c.target, x, y, 0, drawOdd(random));
                 if (c.most() != 0) continue;
                 c.set(0, x, y, 0, drawOdd(random));
+                if (row.formula == sumOfProducts) c.set(1, x, y, 0, drawOdd(random));
             }
             c.expectOracle();
         }
