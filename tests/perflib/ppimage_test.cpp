@@ -72,6 +72,11 @@ TEST_F(PpImage, PlacesPixelsInBothLayouts) {
     EXPECT_EQ(planes.getPointerAt(2, 1, 1), static_cast<char*>(planes.planePtrs()[1]) + 128 + 2);
     EXPECT_EQ(planes.getPointerAt(2, 1, 1), static_cast<char*>(planes.getRowPointer(11)) + 2);
 
+    for (const bool firstOnly : {true, false}) {
+        ASSERT_TRUE(planes.createImage(70, 10, 0, 3, firstOnly));
+        EXPECT_EQ(address(planes.planePtrs()[0]) % 64, 3u);
+        EXPECT_EQ(address(planes.planePtrs()[2]) % 64, firstOnly ? 0u : 3u);
+    }
     for (ppImage* image : {&pixels, &planes}) {
         EXPECT_EQ(image->numItems(), 2100);
         EXPECT_TRUE(image->setImageAt(69, 9, 2, 77));

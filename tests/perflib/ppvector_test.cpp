@@ -150,6 +150,8 @@ TEST_F(PpVector, SequencesAccumulateAndWrap) {
     ASSERT_TRUE(v.setVector(SET_SEQUENCE, 0, 5));
     EXPECT_EQ(v.getIndex(1), 0.5);
     ppVector one(pp16u);
+    ASSERT_TRUE(one.createVector(10, SET_SEQUENCE, 0, 5));
+    EXPECT_EQ(one.getIndex(1), 1) << "whole numbers go on by 1 at least";
     ASSERT_TRUE(one.createVector(1));
     ASSERT_TRUE(one.setSequence(9, 1));
     EXPECT_EQ(one.getIndex(0), 9);

@@ -65,10 +65,10 @@ TEST(SessionPaths, DirectoriesLieBehindTheExecutablesAndNamesGetTheExtension) {
         EXPECT_EQ(psSession::genDirName(dir), psString(path)) << exe << " " << dir;
     }
     const std::tuple<const char*, const char*, const char*> files[] = {
-        {"run", "", "d/run.txt"},       {"run.1", "", "d/run.1.txt"}, {"/abs", "", "d//abs.txt"},
-        {"run", "x", "d/x.txt"},        {"run", "x.log", "d/x.log"},  {"run", "./x", "d/./x"},
-        {"run", "/data/x", "/data/x"},  {"run", "\\x", "\\x"},        {"run", "C:x", "C:x"},
-        {"run", "sub/x", "d/sub/x.txt"}};
+        {"run", "", "d/run.txt"},      {"run.1", "", "d/run.1.txt"},   {"/abs", "", "d//abs.txt"},
+        {"run", "x", "d/x.txt"},       {"run", "x.log", "d/x.log"},    {"run", "./x", "d/./x"},
+        {"run", "/data/x", "/data/x"}, {"run", "\\x", "\\x"},          {"run", "C:x", "C:x"},
+        {"run", "C:", "C:"},           {"run", "sub/x", "d/sub/x.txt"}};
     for (const auto& [defName, name, path] : files) {
         psSession::setDefName(defName);
         EXPECT_EQ(psSession::genPathName("d/", name, ".txt"), psString(path)) << name;

@@ -242,6 +242,13 @@ TEST_F(CacheIterator, ChangesTheAreaOfASizeByPowersOfTwo) {
     ASSERT_TRUE(resize(size.value()) && iterator.validateSize());
     EXPECT_EQ(str(size.valueString()), "1600x800");
     EXPECT_FALSE(iterator.nextValue());
+
+    cacheSize = 1000;
+    size.setValue({5, 5});
+    ASSERT_TRUE(resize(size.value()) && iterator.firstValue());
+    size.setValue({5, 5});
+    ASSERT_TRUE(iterator.validateSize());
+    EXPECT_EQ(str(size.valueString()), "10x10") << "exactly a tenth is enough";
 }
 
 TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
@@ -270,7 +277,8 @@ TEST_F(CacheIterator, EndsTheSearchForWhatIsOutOfReach) {
                        {1, [](int) { return 90'000; }, 1 << 20, 10},   // does not follow
                        {64, [](int) { return INT_MAX; }, 1 << 20, 6},  // too large whatever n
                        {1 << 29, [](int) { return 1; }, 1 << 20, 0},   // n overflows
-                       {100, [](int n) { return n; }, 0, 0},           // no cache
+                       {1 << 30, [](int) { return 1'500'000; }, 1 << 20, 10},
+                       {100, [](int n) { return n; }, 0, 0},  // no cache
                        {1, [](int n) { return n > 1 ? 0 : 1; }, 1 << 20, 1}};
     for (const auto& c : cases) {
         MessageCapture messages(7);
