@@ -13,6 +13,7 @@
 
 #include "message_capture.h"
 #include "ppimage.h"
+#include "pppicture.h"
 #include "psdata.h"
 #include "temp_dir.h"
 
@@ -128,6 +129,17 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
             EXPECT_TRUE(bmp.height == 1 || row(1) == row1) << row(1);
         }
     }
+}
+
+TEST_F(PpBmpFile, IsDrawnInGreyAsTheEyeWeighsColours) {
+    // Blue, green, red.
+    const Bmp bmp{.bits = 24, .height = 1, .pixels = {255, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0}};
+    const Bytes bytes = bmp.bytes();
+    Picture.setValue(m_dir.write("x.bmp", std::string(bytes.begin(), bytes.end())));
+    ppImage grey(pp8u, 1, false);
+    ASSERT_TRUE(grey.createImage(3, 1) && ppDrawPicture(grey));
+    Picture.setValue({});
+    EXPECT_STREQ(ppVector::getDataString(pp8u, grey.getRowPointer(0), 3).c_str(), "  29 150  76");
 }
 
 TEST_F(PpBmpFile, ReadsDirectColourAsItStands) {
