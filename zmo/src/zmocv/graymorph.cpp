@@ -66,7 +66,7 @@ void grayMorph(bool dilates, const MorphState& state, const ZmoiGrayMorphState* 
     RowCarver carver(pBuffer, static_cast<ptrdiff_t>(bytesOfExtendedRow(
                                   format, int64_t{roi.width} + state.width, state.width)));
     MorphTap* const taps = carver.array<MorphTap>(state.pointCount);
-    ExtendedRows rows(format, {roi.width, roi.height}, window, border, window.height, carver);
+    ExtendedRows rows(format, {roi.width, roi.height}, window, border, window.height, 2, carver);
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
         while (rows.loadedCount() <=
                std::max(rows.lastNeeded(y), std::min(window.top, rows.content().height - 1))) {

@@ -95,8 +95,11 @@ struct StageSetting {
 // than three comparisons a pixel down the columns (van Herk; Gil and Werman).
 class MorphStage {
   public:
+    enum class Reads { image, stage };
+
+    // rows: those of another stage that reads the same window; null: rows of its own.
     MorphStage(const StageSetting& setting, const MorphKernels& kernels, bool dilates,
-               Region region, RowCarver& carver)
+               Region region, Reads reads, RowCarver& carver, ExtendedRows* rows = nullptr)
         : m_setting(setting),
           m_dilates(dilates),
           m_loops((dilates ? kernels.max
@@ -104,13 +107,16 @@ class MorphStage {
           m_window(dilates ? setting.state.window().reflected() : setting.state.window()),
           m_region(region),
           m_pitch(carver.pitch()),
-          m_input(setting.format, region, m_window, setting.border, m_window.height, carver),
+          m_input(rows != nullptr
+                      ? *rows
+                      : m_ownInput.emplace(setting.format, region, m_window, setting.border,
+                                           m_window.height, reads == Reads::image ? 2 : 3, carver)),
           m_suffixes(workRows(carver, m_window.height)),
           m_column(workRows(carver, 1)),
           m_running(workRows(carver, 2)),
           m_scratch(workRows(carver, 3)) {}
 
-    const ExtendedRows& input() const { return m_input; }
+    ExtendedRows& input() const { return m_input; }
     void readImage(const MorphImage& image, ptrdiff_t originX, ptrdiff_t originY) {
         m_image = image;
         m_originX = originX;
@@ -232,7 +238,8 @@ class MorphStage {
     Window m_window;
     Region m_region;
     ptrdiff_t m_pitch;
-    ExtendedRows m_input;
+    std::optional<ExtendedRows> m_ownInput;
+    ExtendedRows& m_input;
     char* m_suffixes;
     char* m_column;
     char* m_running;
@@ -274,16 +281,22 @@ class MorphRun {
 
     void build() {
         const bool dilatesLast = isOne(Op::dilate, Op::gradient) || isOne(Op::open, Op::tophat);
-        m_last.emplace(m_setting, m_kernels, dilatesLast, m_region, m_carver);
+        const bool isSingle = isOne(Op::erode, Op::dilate) || isGradient();
+        m_last.emplace(m_setting, m_kernels, dilatesLast, m_region,
+                       isSingle ? MorphStage::Reads::image : MorphStage::Reads::stage, m_carver);
         if (isGradient()) {
-            m_other.emplace(m_setting, m_kernels, false, m_region, m_carver);
+            const Window window = m_setting.state.window();
+            const bool same = window.left == window.right() && window.top == window.bottom();
+            m_other.emplace(m_setting, m_kernels, false, m_region, MorphStage::Reads::image,
+                            m_carver, same ? &m_last->input() : nullptr);
             readImage(*m_other, 0, 0);
         }
-        if (isOne(Op::erode, Op::dilate) || isGradient()) {
+        if (isSingle) {
             readImage(*m_last, 0, 0);
         } else {
             const ExtendedRows& rows = m_last->input();
-            m_other.emplace(m_setting, m_kernels, !dilatesLast, rows.content(), m_carver);
+            m_other.emplace(m_setting, m_kernels, !dilatesLast, rows.content(),
+                            MorphStage::Reads::image, m_carver);
             readImage(*m_other, rows.originX(), rows.originY());
             m_last->readStage(*m_other);
         }

@@ -157,7 +157,7 @@ char* RowCarver::rows(ptrdiff_t count, ptrdiff_t used) {
 }
 
 ExtendedRows::ExtendedRows(PixelFormat format, Region region, Window window, Border border,
-                           ptrdiff_t block, RowCarver& carver)
+                           ptrdiff_t block, ptrdiff_t blocks, RowCarver& carver)
     : m_format(format),
       m_region(region),
       m_window(window),
@@ -165,7 +165,7 @@ ExtendedRows::ExtendedRows(PixelFormat format, Region region, Window window, Bor
       m_inMemory(border.type == zmoiBorderInMem),
       m_content(region),
       m_pitch(carver.pitch()),
-      m_capacity(3 * block) {
+      m_capacity(blocks * block) {
     if (m_inMemory) {
         m_content.width += window.width - 1;
         m_content.height += window.height - 1;
@@ -252,7 +252,6 @@ void ExtendedRows::extendRow(char* row) const {
 void ExtendedRows::finishRows(ptrdiff_t count) {
     for (ptrdiff_t i = 0; i < count && !m_inMemory; ++i) extendRow(slot(m_loaded + i));
     m_loaded += count;
-    if (m_loaded >= m_roundStart + m_capacity) m_roundStart += m_capacity;
 }
 
 ptrdiff_t ExtendedRows::lastNeeded(ptrdiff_t y) const {

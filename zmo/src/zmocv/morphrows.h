@@ -60,10 +60,10 @@ class RowCarver {
 
 class ExtendedRows {
   public:
-    // region: of the pass that reads these rows. block: rows that the pass makes at a time, no fewer
-    // than the window is high.
+    // region: of the pass that reads these rows. block: rows that the pass makes at a time, as many as
+    // the window is high. blocks: that are kept; two are enough for rows that are loaded one by one.
     ExtendedRows(PixelFormat format, Region region, Window window, Border border, ptrdiff_t block,
-                 RowCarver& carver);
+                 ptrdiff_t blocks, RowCarver& carver);
 
     // The pixels that have to be loaded: the region, and in memory the window's reach around it.
     Region content() const { return m_content; }
@@ -106,7 +106,6 @@ class ExtendedRows {
     ptrdiff_t m_pitch;
     ptrdiff_t m_capacity;
     ptrdiff_t m_loaded = 0;
-    ptrdiff_t m_roundStart = 0;  // the row in the first slot since the slots were last begun anew
     ptrdiff_t m_contentOffset = 0;
     ptrdiff_t m_firstBit = 0;
     ptrdiff_t m_elements = 0;
