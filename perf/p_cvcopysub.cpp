@@ -1,9 +1,11 @@
 // Copies of windows at fractional positions: inside the image (zmoiCopySubpix), and over its edges
 // (zmoiCopySubpixIntersect).
-#include "pp.h"
+#include "pixels.h"
 #include "zmocv.h"
 
 namespace {
+
+using namespace pixels;
 
 // The axes along which the position is fractional: along the others nothing is interpolated.
 enum class Axes { none, x, y, both };
@@ -18,12 +20,7 @@ psIterator<int> Outside("Outside", "Part of the window's sides outside the image
 constexpr Zmo32f fractionX = 0.3125F;
 constexpr Zmo32f fractionY = 0.6875F;
 
-ppImage pSrc;
-ppImage pDst;
-int srcStep;
-int dstStep;
 ZmoiSize srcRoi;
-ZmoiSize roi;
 Zmo32f dx;
 Zmo32f dy;
 ZmoiPoint32f corner;
@@ -32,49 +29,32 @@ ZmoiPoint last;
 int scaleFactor;
 
 // The window has the size asked for, the image a row and a column more.
-class CopySubpixTest : public ppTest {
+class TimcvCopySub : public PixelTest {
   public:
-    using ppTest::ppTest;
+    using PixelTest::PixelTest;
 
   protected:
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         regParm(Fraction);
-        regOwnParms();
+        regPlace();
         if (func().scale()) regParm(ScaleFactor);
         regParm(Picture);
-        regCacheParm(ImageSize, pDst);
-        return true;
     }
+    virtual void regPlace() {}
 
-    bool initData() override {
-        roi = ImageSize.value();
+    bool createImages() override {
         srcRoi = {roi.width + 1, roi.height + 1};
         dx = isFractional(Axes::x) ? fractionX : 0;
         dy = isFractional(Axes::y) ? fractionY : 0;
         scaleFactor = func().scale() ? ScaleFactor.value() : 0;
         pSrc.init(func(), ppArgSrc);
-        pDst.init(func(), ppArgDst);
-        if (!pSrc.createImage(srcRoi.width, srcRoi.height, 0, ppMisalign(0)) ||
-            !pDst.createImage(roi.width, roi.height, 0, ppMisalign(1)))
-            return false;
-        srcStep = pSrc.step();
-        dstStep = pDst.step();
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        return ppDrawSource(pSrc);
+        return create(pSrc, 0, srcStep, srcRoi) && ppDrawSource(pSrc) &&
+               create(pDst, ppArgDst, 1, dstStep);
     }
 
-    void flushData() override {
-        pSrc.deleteVector();
-        pDst.deleteVector();
-    }
-
-    double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
-    psString getUnit() override { return "pxch"; }
     // Two products and a sum for each axis.
-    double getFlops() override {
-        const int axes = isFractional(Axes::x) + isFractional(Axes::y);
-        return func().dstType() == pp32f ? getDivisor() * 3 * axes : 0.0;
+    int flopsOfPixel() const override {
+        return 3 * (isFractional(Axes::x) + isFractional(Axes::y));
     }
 
     psString dataFigure() override {
@@ -83,29 +63,22 @@ class CopySubpixTest : public ppTest {
     }
     virtual double validPercent() const { return 100; }
 
-    virtual void regOwnParms() {}
-
   private:
     static bool isFractional(Axes axis) {
         return Fraction.value() == axis || Fraction.value() == Axes::both;
     }
 };
 
-class TimcvCopySub : public CopySubpixTest {
-  public:
-    using CopySubpixTest::CopySubpixTest;
-};
-
 // The window hangs over the image's upper left corner.
-class TimcvCopySubInter : public CopySubpixTest {
+class TimcvCopySubInter : public TimcvCopySub {
   public:
-    using CopySubpixTest::CopySubpixTest;
+    using TimcvCopySub::TimcvCopySub;
 
   protected:
-    void regOwnParms() override { regParm(Outside); }
+    void regPlace() override { regParm(Outside); }
 
-    bool initData() override {
-        if (!CopySubpixTest::initData()) return false;
+    bool createImages() override {
+        if (!TimcvCopySub::createImages()) return false;
         corner = {dx - static_cast<Zmo32f>(outside(roi.width)),
                   dy - static_cast<Zmo32f>(outside(roi.height))};
         return true;
