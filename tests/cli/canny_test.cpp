@@ -31,7 +31,7 @@ class Canny : public Test {
 };
 
 TEST_F(Canny, TableHasARowASet) {
-    const Outcome outcome = pscv.run({"-B", "-fCanny_", "-dImageSize=64x64;32x48", "-rtable",
+    const Outcome outcome = pscv.run({"-B", "-m=p_ccanny", "-dImageSize=64x64;32x48", "-rtable",
                                       "-dMethod=Manual", "-dNumLoops=2", "-LP"});
     EXPECT_EQ(pscv.title(), (Row{"funcBase", "funcDataType", "funcDescriptor", "Len/Size", "Parm1",
                                  "Parm2", "Parm3", "Parm4", "scaleFactor", "Comment", "Clocks",
@@ -106,8 +106,8 @@ class Methods : public Canny, public testing::WithParamInterface<Method> {};
 
 TEST_P(Methods, ShowTheirCourseAndCountLoops) {
     const Method& method = GetParam();
-    Pscv::Arguments arguments{"-B",      "-fCanny_16s",      "-dImageSize=64x64",
-                              "-rtable", "-dnumFigures=2x2", "-LINFO"};
+    Pscv::Arguments arguments{"-B",      "-f=zmoiCanny_16s8u_C1R", "-dImageSize=64x64",
+                              "-rtable", "-dnumFigures=2x2",       "-LINFO"};
     arguments.insert(arguments.end(), method.arguments.begin(), method.arguments.end());
     const Outcome outcome = pscv.run(arguments);
     for (const char* word : method.words) {
@@ -256,8 +256,8 @@ TEST_F(Canny, ListingEqualsConsole) {
 TEST_F(Canny, AppendedTableKeepsTheOldRows) {
     run();
     const std::string before = pscv.text("table.csv");
-    pscv.run({"-B", "-fCanny_16s", "-dImageSize=32x32", "-dnumFigures=2x2", "-dMethod=Manual",
-              "-Rtable"});
+    pscv.run({"-B", "-f=zmoiCanny_16s8u_C1R", "-dImageSize=32x32", "-dnumFigures=2x2",
+              "-dMethod=Manual", "-Rtable"});
     EXPECT_EQ(pscv.text("table.csv").find(before), 0U);
     EXPECT_EQ(support::count(pscv.text("table.csv"), "\nfuncBase,"), 2U);
     EXPECT_EQ(support::count(pscv.text("table.csv"), "\nzmoiCanny,"), 3U);
@@ -325,8 +325,9 @@ TEST_F(Canny, UnusableKeysAreNamedAndChangeNothing) {
 }
 
 TEST_F(Canny, InvalidValuesKeepTheOldOnes) {
-    const Outcome outcome = pscv.run({"-B", "-fCanny_16s", "-dImageSize=64x64", "-dnumFigures=two",
-                                      "-dMethod=Manual", "-dNumLoops=many", "-rtable"});
+    const Outcome outcome =
+        pscv.run({"-B", "-f=zmoiCanny_16s8u_C1R", "-dImageSize=64x64", "-dnumFigures=two",
+                  "-dMethod=Manual", "-dNumLoops=many", "-rtable"});
     EXPECT_TRUE(has(outcome.out, "---ZMO. Exception: Invalid value of NumLoops = many\n"))
         << outcome.out;
     const std::vector<Row> rows = pscv.rows();
@@ -341,8 +342,9 @@ TEST_F(Canny, FiguresThatDoNotFitFailTheTest) {
 }
 
 TEST_F(Canny, KeysOfTheMeasurementAct) {
-    const Outcome outcome = pscv.run({"-B", "-fCanny_16s", "-dImageSize=64x64", "-dnumFigures=2x2",
-                                      "-j40", "-c1", "-J3", "-YHIGH", "-W", "-s-", "-rtable"});
+    const Outcome outcome =
+        pscv.run({"-B", "-f=zmoiCanny_16s8u_C1R", "-dImageSize=64x64", "-dnumFigures=2x2", "-j40",
+                  "-c1", "-J3", "-YHIGH", "-W", "-s-", "-rtable"});
     for (const char* text :
          {"-j40: set minimun number of measurement loops to (40)\n",
           "-c1: set measurement loop to (1) milliseconds\n",

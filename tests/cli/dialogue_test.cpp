@@ -12,7 +12,8 @@ bool has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-const Pscv::Arguments small{"-fCanny_16s", "-dImageSize=64x64", "-dnumFigures=2x2", "-rtable"};
+const Pscv::Arguments small{"-f=zmoiCanny_16s8u_C1R", "-dImageSize=64x64", "-dnumFigures=2x2",
+                            "-rtable"};
 
 // Auto takes what the end of input and empty lines leave.
 TEST(Dialogue, NoAnswerIsTheDefault) {
@@ -58,7 +59,8 @@ TEST(Dialogue, GivenValuesAndBatchModeAskNothing) {
 
 TEST(Dialogue, EachTestAsksOnlyWithAll) {
     Pscv pscv;
-    const Pscv::Arguments keys{"-fCanny_16s", "-dMethod=Manual", "-dImageSize=64x64", "-rtable"};
+    const Pscv::Arguments keys{"-f=zmoiCanny_16s8u_C1R", "-dMethod=Manual", "-dImageSize=64x64",
+                               "-rtable"};
     for (const std::string all : {"-AAll", "-AParams", "-AMisalign"}) {
         pscv.input = std::string(20, '\n');
         Pscv::Arguments arguments = keys;

@@ -171,7 +171,7 @@ TEST_F(NoObjects, HelpVersionAndListWork) {
         EXPECT_EQ(complaints(outcome.out), 0U) << outcome.out;
         EXPECT_TRUE(has(outcome.out, "Performance System 2.0")) << outcome.out;
     }
-    const Outcome outcome = pscv.run({"-e", "-fCanny_"});
+    const Outcome outcome = pscv.run({"-e", "-m=p_ccanny"});
     EXPECT_EQ(complaints(outcome.out), 5U) << outcome.out;
     EXPECT_TRUE(has(outcome.out, first)) << outcome.out;
     EXPECT_TRUE(has(outcome.out, second)) << outcome.out;

@@ -186,7 +186,7 @@ TEST(Interrupt, LeavesWholeRowsTheSummaryAndTheSignalFile) {
     std::string sizes = "-dImageSize=64x64";
     for (int i = 65; i < 99; ++i) sizes += ";" + std::to_string(i) + "x64";
     support::Process process(
-        pscv.command({"-B", "-fCanny_", "-dnumFigures=2x2", sizes, "-LP", "-dMethod=Statistic",
+        pscv.command({"-B", "-m=p_ccanny", "-dnumFigures=2x2", sizes, "-LP", "-dMethod=Statistic",
                       "-dTotalCpuClocks=300000000", "-rtable", "-utests", "-gdone"}));
     ASSERT_TRUE(process.waitForText(" clocks per "));
     process.send(SIGINT);

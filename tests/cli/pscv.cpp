@@ -7,7 +7,7 @@
 
 Pscv::Arguments Pscv::smallCanny(const Arguments& more) {
     Arguments arguments{"-B",
-                        "-fCanny_",
+                        "-m=p_ccanny",
                         "-dImageSize=64x64",
                         "-dnumFigures=2x2",
                         "-dMethod=Manual",

@@ -191,7 +191,7 @@ TEST(KeyFiles, TheConfigurationFileIsTheCommandLine) {
 TEST(IniFile, GivesBackTheSetsThatItTook) {
     const Pscv pscv;
     const std::string in = "-p" + pscv.file("");
-    const Words keys{"-B", "-fCanny_", in, "-rtable"};
+    const Words keys{"-B", "-m=p_ccanny", in, "-rtable"};
     const auto with = [&](const Words& more) {
         Words all = keys;
         all.insert(all.end(), more.begin(), more.end());

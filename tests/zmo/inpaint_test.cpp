@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calls.h"
+#include "parts.h"
 #include "zmocv.h"
 
 namespace {
@@ -209,12 +209,12 @@ TEST(Inpaint, BadArguments) {
         mask.set(3, 3, 1);
         kit::Image<Zmo8u> dst(size, {}, 0, channels);
         kit::Buffer buffer = bufferFor(size, channels);
-        kit::expectBadCalls(
+        kit::expectBadParts(
             {{src.ptr(), mask.ptr(), dst.ptr(), buffer.ptr()},
              {src.step(), mask.step(), dst.step()},
              size,
              {3, zmoiInpaintDiffusion}},
-            [&](const kit::Call& c) {
+            [&](const kit::Parts& c) {
                 return functionFor(channels)(c.at<Zmo8u>(0), c.steps[0], c.at<Zmo8u>(1), c.steps[1],
                                              c.at<Zmo8u>(2), c.steps[2], c.roi, c.values[0],
                                              static_cast<ZmoiInpaintFlag>(c.whole(1)),

@@ -3,7 +3,7 @@
 #include <set>
 #include <tuple>
 
-#include "calls.h"
+#include "parts.h"
 #include "zmocv.h"
 
 namespace {
@@ -22,7 +22,7 @@ struct Function {
         return floods() ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize;
     }
     // Pointers: source, markers, buffer; values: connectivity and lines.
-    ZmoStatus run(const kit::Call& c) const {
+    ZmoStatus run(const kit::Parts& c) const {
         const auto with = [&](auto... lines) {
             return [=](auto function) {
                 return function(c.at<S>(0), c.steps[0], c.at<M>(1), c.steps[1], c.roi, c.whole(0),
@@ -238,9 +238,9 @@ TEST(Segment, BadArguments) {
         kit::Image<M> markers(size);
         markers.fill([] { return 1; });
         kit::Buffer buffer = bufferFor(function, size);
-        kit::expectBadCalls(
+        kit::expectBadParts(
             {{src.ptr(), markers.ptr(), buffer.ptr()}, {src.step(), markers.step()}, size, {4, 1}},
-            [&](const kit::Call& c) { return function.run(c); },
+            [&](const kit::Parts& c) { return function.run(c); },
             {{0, 6, zmoStsConnectivityErr}, {0, 0, zmoStsConnectivityErr}},
             [&] {
                 markers.expectUntouched("markers");

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calls.h"
+#include "parts.h"
 #include "zmocv.h"
 
 namespace {
@@ -193,9 +193,9 @@ TEST(Undistort, BadArguments) {
         src.fill([] { return 3; });
         kit::Image<T> dst(size, {}, 0, channels);
         kit::Buffer buffer = bufferFor(size, typeOf<T>, channels);
-        kit::expectBadCalls(
+        kit::expectBadParts(
             {{src.ptr(), dst.ptr(), &dst, buffer.ptr()}, {src.step(), dst.step()}, size, optics},
-            [&](const kit::Call& c) {
+            [&](const kit::Parts& c) {
                 const float* const camera = c.pointers[2] ? c.values.data() : nullptr;
                 return function(c.at<T>(0), c.steps[0], c.at<T>(1), c.steps[1], c.roi, camera,
                                 c.values[4], c.values[5], c.at<Zmo8u>(3));
@@ -208,12 +208,12 @@ TEST(Undistort, BadArguments) {
         kit::expectBadQueries(zmoiUndistortRadialGetBufferSize, typeOf<T>, channels);
     });
     kit::Image<Zmo32f> maps[] = {kit::Image<Zmo32f>(size), kit::Image<Zmo32f>(size)};
-    kit::expectBadCalls(
+    kit::expectBadParts(
         {{maps[0].ptr(), maps[1].ptr(), maps, maps},
          {maps[0].step(), maps[1].step()},
          size,
          optics},
-        [&](const kit::Call& c) {
+        [&](const kit::Parts& c) {
             const float* const camera = c.pointers[2] ? c.values.data() : nullptr;
             const float* const lens = c.pointers[3] ? c.values.data() + 4 : nullptr;
             return zmoiCreateMapCameraUndistort_32f_C1R(

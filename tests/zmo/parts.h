@@ -6,7 +6,7 @@
 
 namespace kit {
 
-struct Call {
+struct Parts {
     std::vector<void*> pointers;
     std::vector<int> steps;  // just a row's bytes
     ZmoiSize roi;
@@ -26,19 +26,19 @@ struct WrongValue {
 };
 
 template <class Run, class Untouched>
-void expectBadCalls(const Call& good, Run run, const std::vector<WrongValue>& wrong,
+void expectBadParts(const Parts& good, Run run, const std::vector<WrongValue>& wrong,
                     Untouched untouched) {
-    std::vector<Fault<Call>> faults;
+    std::vector<Fault<Parts>> faults;
     for (size_t i = 0; i < good.pointers.size(); ++i) {
-        faults.push_back({"null", zmoStsNullPtrErr, [i](Call& c) { c.pointers[i] = nullptr; }});
+        faults.push_back({"null", zmoStsNullPtrErr, [i](Parts& c) { c.pointers[i] = nullptr; }});
     }
-    faults.push_back({"width 0", zmoStsSizeErr, [](Call& c) { c.roi.width = 0; }});
-    faults.push_back({"height negative", zmoStsSizeErr, [](Call& c) { c.roi.height = -1; }});
+    faults.push_back({"width 0", zmoStsSizeErr, [](Parts& c) { c.roi.width = 0; }});
+    faults.push_back({"height negative", zmoStsSizeErr, [](Parts& c) { c.roi.height = -1; }});
     for (size_t i = 0; i < good.steps.size(); ++i) {
-        faults.push_back({"short step", zmoStsStepErr, [i](Call& c) { --c.steps[i]; }});
+        faults.push_back({"short step", zmoStsStepErr, [i](Parts& c) { --c.steps[i]; }});
     }
     for (const WrongValue& w : wrong) {
-        faults.push_back({"value", w.status, [w](Call& c) { c.values[w.index] = w.value; }});
+        faults.push_back({"value", w.status, [w](Parts& c) { c.values[w.index] = w.value; }});
     }
     expectFaults(good, run, faults, untouched);
 }
