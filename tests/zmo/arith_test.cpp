@@ -123,7 +123,7 @@ class Case : public kit::Call {
     double most() const { return kit::mostOf(image(0)); }
 
     // The whole range of integers, often its ends; floats of the size told. A silhouette that is not
-    // zero nowhere would leave nothing of the history.
+    // zero nowhere would leave nothing of the history, whose half numbers meet the oldest time, too.
     void draw(kit::Random& random, kit::Masked how, double huge) {
         const double range = most();
         const auto any = [&]() -> double {
@@ -133,7 +133,8 @@ class Case : public kit::Call {
         const auto sparse = [&] { return random.between(0, 3) == 0 ? 0 : any(); };
         const bool grows = row.function.inPlace();
         fillAll(sparse, [&] {
-            return !grows ? any() : huge > 0 ? random.uniform(-1e30, 1e30) : random.uniform(0, 200);
+            if (!grows) return any();
+            return huge > 0 ? random.uniform(-1e30, 1e30) : std::floor(random.uniform(0, 400)) / 2;
         });
         if (row.function.masked()) kit::drawMask(mask(), how, random);
     }
