@@ -111,7 +111,6 @@ std::vector<Function> functions(ZmoiSize size) {
         sobel("zmoiFilterSobelHorizBorder_32f_C1R 3x3", zmoiFilterSobelHorizBorder_32f_C1R, d,
               d->picture32f, d->dy32f, zmoiMask3x3),
         canny("zmoiCanny_16s8u_C1R L1", zmoiCanny_16s8u_C1R, d, d->dx16s, d->dy16s, zmoiNormL1),
-        canny("zmoiCanny_16s8u_C1R L2", zmoiCanny_16s8u_C1R, d, d->dx16s, d->dy16s, zmoiNormL2),
         canny("zmoiCanny_32f8u_C1R L1", zmoiCanny_32f8u_C1R, d, d->dx32f, d->dy32f, zmoiNormL1),
         canny("zmoiCanny_32f8u_C1R L2", zmoiCanny_32f8u_C1R, d, d->dx32f, d->dy32f, zmoiNormL2),
     };

@@ -44,11 +44,6 @@ class TimcBoundSegments : public RegionTest {
         return draw(image, segments, greyBand);
     }
 
-    bool bufferSize(int& size) override {
-        size = 0;
-        return true;
-    }
-
     psString dataFigure() override {
         return psFormat("%.2f%% of the pixels are bounds",
                         share(pDst, [](double value) { return value == mark; }));

@@ -34,11 +34,6 @@ class TimcDist : public RegionTest {
   protected:
     bool drawImage(ppImage& image) override { return draw(image, outlines, brightOnly); }
 
-    bool bufferSize(int& size) override {
-        size = 0;
-        return true;
-    }
-
     // Two passes of an addition and a comparison for each of the mask's steps in one half plane.
     double getFlops() override {
         if (func().dstType() != pp32f) return 0;
