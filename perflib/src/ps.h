@@ -7,6 +7,7 @@
 #include "psbase.h"
 #include "pscond.h"
 #include "psctable.h"
+#include "pshelp.h"
 #include "pslist.h"
 #include "psoption.h"
 #include "psstream.h"

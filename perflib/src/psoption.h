@@ -1,4 +1,4 @@
-// The keys of the command line: what each echoes and does, and their help.
+// The keys of the command line: what each echoes and does.
 #pragma once
 
 #include "pslist.h"
@@ -32,11 +32,3 @@ psOption* psFindOption(const psOptionList& options, char key);
 // Puts `list` in place of the tab character of a description; a description
 // without one stays as it is.
 void psInsertIntoDescription(psOption& option, const psString& list);
-
-// The texts of the help. `arg` is psShortHelp, or the key to explain; 'h' with
-// the hidden keys left out (-hh) and '?' with them (-??) explain all keys.
-constexpr char psShortHelp = 1;
-psString psHelpText(const psOptionList& options, char arg, bool hideHidden);
-psString psQuickHelp(const psOptionList& options, bool hideHidden);
-psString psFullHelp(const psOptionList& options, bool hideHidden);
-psString psKeyHelp(const psOptionList& options, char key);
