@@ -1,5 +1,9 @@
 #include "zmocv/morph.h"
 
+#include <emmintrin.h>
+
+#include <utility>
+
 #include "common/kernel.h"
 
 namespace zmo::ZMO_LEVEL {
@@ -16,6 +20,23 @@ inline T extremum(T a, T b) {
         return a < b ? a : b;
     }
 }
+
+// SSE2 has the minimum and maximum of signed words only.
+#ifndef __SSE4_1__
+typedef uint16_t Words __attribute__((vector_size(16)));
+inline Words excess(Words a, Words b) {
+    return __builtin_bit_cast(
+        Words, _mm_subs_epu16(__builtin_bit_cast(__m128i, a), __builtin_bit_cast(__m128i, b)));
+}
+template <>
+inline Words extremum<Words, false>(Words a, Words b) {
+    return a - excess(a, b);
+}
+template <>
+inline Words extremum<Words, true>(Words a, Words b) {
+    return b + excess(a, b);
+}
+#endif
 
 template <class T, bool max>
 void combine(const void* a, const void* b, void* dst, ptrdiff_t count) {
@@ -47,34 +68,143 @@ constexpr ptrdiff_t roundedUp(ptrdiff_t count) {
     return (count + unit - 1) / unit * unit;
 }
 
+// As many elements of T as the level's loops keep in one register.
+#ifdef __AVX2__
+constexpr ptrdiff_t registerBytes = 32;
+#else
+constexpr ptrdiff_t registerBytes = 16;
+#endif
+template <class T>
+struct Register {
+    typedef T Vector __attribute__((vector_size(registerBytes)));
+    static constexpr ptrdiff_t lanes = registerBytes / static_cast<ptrdiff_t>(sizeof(T));
+};
+template <>
+struct Register<uint64_t> {
+    typedef uint64_t Vector;
+    static constexpr ptrdiff_t lanes = 1;
+};
+
+// The vector that begins `shift` lanes behind the first one of a, where b follows a.
+template <class T, ptrdiff_t shift, size_t... lane>
+inline typename Register<T>::Vector vectorAt(typename Register<T>::Vector a,
+                                             typename Register<T>::Vector b,
+                                             std::index_sequence<lane...>) {
+#ifdef __SSSE3__
+    return __builtin_shufflevector(a, b, static_cast<int>(lane) + static_cast<int>(shift)...);
+#else
+    constexpr int bytes = shift * sizeof(T);
+    const __m128i head = _mm_srli_si128(__builtin_bit_cast(__m128i, a), bytes);
+    const __m128i tail = _mm_slli_si128(__builtin_bit_cast(__m128i, b), 16 - bytes);
+    return __builtin_bit_cast(typename Register<T>::Vector, _mm_or_si128(head, tail));
+#endif
+}
+
+// Windows of 2^turns `shift` elements from each two of half the length. It takes the vectors of a row
+// one by one and gives back the extrema of the one that came `delay` turns earlier, so that all
+// doublings run side by side in registers.
+template <class T, bool max, ptrdiff_t shift, int turns>
+class Doubling {
+    using Vector = typename Register<T>::Vector;
+    using Next = Doubling<T, max, 2 * shift, turns - 1>;
+    static constexpr ptrdiff_t lanes = Register<T>::lanes;
+    static constexpr ptrdiff_t kept = (shift + lanes - 1) / lanes;
+
+  public:
+    static constexpr ptrdiff_t delay = kept + Next::delay;
+
+    Vector operator()(Vector newest) {
+        Vector partner = newest;
+        if constexpr (shift % lanes != 0) {
+            partner = vectorAt<T, shift % lanes>(m_last[kept - 1], newest,
+                                                 std::make_index_sequence<lanes>());
+        }
+        const Vector best = extremum<Vector, max>(m_last[0], partner);
+        for (ptrdiff_t i = 1; i < kept; ++i) m_last[i - 1] = m_last[i];
+        m_last[kept - 1] = newest;
+        return m_next(best);
+    }
+
+  private:
+    Vector m_last[kept] = {};
+    Next m_next;
+};
+template <class T, bool max, ptrdiff_t shift>
+class Doubling<T, max, shift, 0> {
+  public:
+    static constexpr ptrdiff_t delay = 0;
+    typename Register<T>::Vector operator()(typename Register<T>::Vector best) { return best; }
+};
+
+// Windows of 2^turns pixels over a row of `elements`, as far as the row goes and to the end of the
+// last morphPadding bytes. The last vector of the row is the last one that is read.
+template <class T, bool max, ptrdiff_t stride, int turns>
+void doubledWindows(const T* __restrict row, T* __restrict dst, ptrdiff_t elements) {
+    using Vector = typename Register<T>::Vector;
+    constexpr ptrdiff_t lanes = Register<T>::lanes;
+    const ptrdiff_t last = (elements - 1) / lanes;
+    const ptrdiff_t vectors = roundedUp<T>(elements - ((1 << turns) - 1) * stride) / lanes;
+    Doubling<T, max, stride, turns> doubling;
+    const auto next = [&](ptrdiff_t i) {
+        Vector newest;
+        __builtin_memcpy(&newest, row + (i < last ? i : last) * lanes, sizeof newest);
+        return doubling(newest);
+    };
+    constexpr ptrdiff_t delay = Doubling<T, max, stride, turns>::delay;
+    for (ptrdiff_t i = 0; i < delay; ++i) next(i);
+    for (ptrdiff_t i = 0; i < vectors; ++i) {
+        const Vector best = next(i + delay);
+        __builtin_memcpy(dst + i * lanes, &best, sizeof best);
+    }
+}
+
+// As many doublings as wanted, four at most. Returns their number.
+template <class T, bool max, ptrdiff_t stride, int turns = 1>
+int doubleWindows(const T* row, T* dst, ptrdiff_t elements, int wanted) {
+    if constexpr (turns < 4) {
+        if (wanted > turns) {
+            return doubleWindows<T, max, stride, turns + 1>(row, dst, elements, wanted);
+        }
+    }
+    doubledWindows<T, max, stride, turns>(row, dst, elements);
+    return turns;
+}
+
+// The doublings that leave two overlapping windows to make one of `length`.
+int doublingsFor(ptrdiff_t length) {
+    int turns = 0;
+    while ((ptrdiff_t{2} << turns) < length) ++turns;
+    return turns;
+}
+
 // Windows of two, four, eight and so on pixels, each from two of half the length; two overlapping
 // ones make the length wanted. Writes the scratch's first two rows.
 template <class T, bool max>
 void shortWindow(const void* row, void* dst, ptrdiff_t count, ptrdiff_t stride, ptrdiff_t length,
                  void* scratch, ptrdiff_t pitch) {
     const T* from = static_cast<const T*>(row);
-    ptrdiff_t reach = 1;
-    for (int turn = 0; 2 * reach < length; turn = 1 - turn) {
-        T* const to = reinterpret_cast<T*>(static_cast<char*>(scratch) + turn * pitch);
-        combine<T, max>(from, from + reach * stride, to,
-                        roundedUp<T>(count + (length - 2 * reach) * stride));
+    const auto scratchRow = [&](int turn) {
+        return reinterpret_cast<T*>(static_cast<char*>(scratch) + (turn % 2) * pitch);
+    };
+    const ptrdiff_t elements = count + (length - 1) * stride;
+    const int wanted = doublingsFor(length);
+    int made = 0;
+    if (wanted > 0) {
+        T* const to = scratchRow(0);
+        made = stride == 1   ? doubleWindows<T, max, 1>(from, to, elements, wanted)
+               : stride == 3 ? doubleWindows<T, max, 3>(from, to, elements, wanted)
+                             : doubleWindows<T, max, 4>(from, to, elements, wanted);
         from = to;
-        reach *= 2;
+    }
+    ptrdiff_t reach = ptrdiff_t{1} << made;
+    for (int turn = 1; made < wanted; ++made, ++turn, reach *= 2) {
+        T* const to = scratchRow(turn);
+        combine<T, max>(from, from + reach * stride, to,
+                        roundedUp<T>(elements - (2 * reach - 1) * stride));
+        from = to;
     }
     combine<T, max>(from, from + (length - reach) * stride, dst, count);
 }
-
-// As many elements of T as every level keeps in one register.
-template <class T>
-struct Lanes {
-    typedef T Vector __attribute__((vector_size(16)));
-    static constexpr ptrdiff_t length = 16 / static_cast<ptrdiff_t>(sizeof(T));
-};
-template <>
-struct Lanes<uint64_t> {
-    typedef uint64_t Vector;
-    static constexpr ptrdiff_t length = 1;
-};
 
 // dst[i] = extremum of row[i + k step], k from 0 to terms - 1 and terms > 1, by van Herk's running
 // extrema: of a group of `terms` steps from each element to the group's end, and of the next group up
@@ -83,14 +213,15 @@ struct Lanes<uint64_t> {
 template <class T, bool max>
 void joinWindows(const T* __restrict row, void* dst, ptrdiff_t count, ptrdiff_t step,
                  ptrdiff_t terms, T* __restrict suffixes) {
-    using V = typename Lanes<T>::Vector;
+    using Vector = typename Register<T>::Vector;
+    constexpr ptrdiff_t lanes = Register<T>::lanes;
     const auto load = [](const T* from) {
-        V value;
+        Vector value;
         __builtin_memcpy(&value, from, sizeof value);
         return value;
     };
-    const auto store = [](V value, void* to, ptrdiff_t elements) {
-        if (elements >= Lanes<T>::length) {
+    const auto store = [](Vector value, void* to, ptrdiff_t elements) {
+        if (elements >= lanes) {
             __builtin_memcpy(to, &value, sizeof value);
         } else {
             __builtin_memcpy(to, &value, static_cast<size_t>(elements) * sizeof(T));
@@ -98,12 +229,12 @@ void joinWindows(const T* __restrict row, void* dst, ptrdiff_t count, ptrdiff_t 
     };
     for (ptrdiff_t group = 0; group < count; group += terms * step) {
         const ptrdiff_t end = count - group < step ? count - group : step;
-        for (ptrdiff_t lane = 0; lane < end; lane += Lanes<T>::length) {
+        for (ptrdiff_t lane = 0; lane < end; lane += lanes) {
             const T* const from = row + group + lane;
-            V running = load(from + (terms - 1) * step);
+            Vector running = load(from + (terms - 1) * step);
             for (ptrdiff_t k = terms - 2; k >= 0; --k) {
-                store(running, suffixes + (k + 1) * step, Lanes<T>::length);
-                running = extremum<V, max>(running, load(from + k * step));
+                store(running, suffixes + (k + 1) * step, lanes);
+                running = extremum<Vector, max>(running, load(from + k * step));
             }
             Elem<T>* out = static_cast<Elem<T>*>(dst) + group + lane;
             store(running, out, count - group - lane);
@@ -111,9 +242,9 @@ void joinWindows(const T* __restrict row, void* dst, ptrdiff_t count, ptrdiff_t 
             for (ptrdiff_t k = 1; k < terms; ++k, next += step) {
                 const ptrdiff_t left = count - group - lane - k * step;
                 if (left <= 0) break;
-                running = k == 1 ? load(next) : extremum<V, max>(running, load(next));
+                running = k == 1 ? load(next) : extremum<Vector, max>(running, load(next));
                 out += step;
-                store(extremum<V, max>(load(suffixes + k * step), running), out, left);
+                store(extremum<Vector, max>(load(suffixes + k * step), running), out, left);
             }
         }
     }
