@@ -2,8 +2,6 @@
 // source: filters, pyramid layers, morphology.
 #pragma once
 
-#include <climits>
-
 #include "pp.h"
 
 // The arguments of these functions, for the module that runs.
@@ -91,21 +89,6 @@ class BorderedTest : public ppTest {
 
     // The margin that the current border asks for.
     ZmoiSize around() const { return border == zmoiBorderInMem ? margin() : ZmoiSize{0, 0}; }
-
-    static ZmoDataType libraryType(ppType type) {
-        return static_cast<ZmoDataType>(ppInfo(type).zmoCode);
-    }
-
-    bool createStateAndBuffer(long long stateSize, long long bufferSize) {
-        if (stateSize > INT_MAX || bufferSize > INT_MAX) {
-            g_ostrm << MessageLevel::ERR
-                    << "-- The library asks for more than 2 GB of work memory\n"
-                    << MessageLevel::END;
-            return false;
-        }
-        return pState.create(static_cast<int>(stateSize)) &&
-               pBuffer.create(static_cast<int>(bufferSize));
-    }
 
   private:
     bool create(ppImage& image, ppArg arg, int rowElements, int height, int index) {

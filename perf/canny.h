@@ -1,10 +1,9 @@
 // Base of the tests of Canny edges from two derivative images.
 #pragma once
 
-#include <algorithm>
 #include <vector>
 
-#include "pp.h"
+#include "derivatives.h"
 #include "zmocv.h"
 #include "zmoi.h"
 
@@ -28,12 +27,6 @@ inline ZmoiSize roi;
 inline ZmoiSizeL roiL;
 inline ppBuffer pBuffer;
 
-PP_SERVICE(zmoiFilterSobelVertBorderGetBufferSize);
-PP_SERVICE(zmoiFilterSobelHorizBorderGetBufferSize);
-PP_SERVICE(zmoiFilterSobelVertBorder_8u16s_C1R);
-PP_SERVICE(zmoiFilterSobelHorizBorder_8u16s_C1R);
-PP_SERVICE(zmoiFilterSobelVertBorder_32f_C1R);
-PP_SERVICE(zmoiFilterSobelHorizBorder_32f_C1R);
 PP_SERVICE(zmoiConvert_8u32f_C1R);
 PP_SERVICE(zmoiRotateGetShift);
 PP_SERVICE(zmoiRotate_8u_C1R);
@@ -74,11 +67,8 @@ class CannyTest : public ppTest {
     psString getUnit() override { return "pxch"; }
 
     psString dataFigure() override {
-        int edges = 0;
-        for (int y = 0; y < roi.height; ++y)
-            edges += static_cast<int>(std::count(pDst.ptr8u() + y * dstStep,
-                                                 pDst.ptr8u() + y * dstStep + roi.width, 255));
-        return psFormat("%.2f%% of the pixels are edges", 100.0 * edges / roi.width / roi.height);
+        return psFormat("%.2f%% of the pixels are edges",
+                        100.0 * ppShareOf(pDst, [](double value) { return value != 0; }));
     }
 
   private:
@@ -122,60 +112,20 @@ class CannyTest : public ppTest {
         }
         double xShift = 0;
         double yShift = 0;
-        return prepared(lib_zmoiRotateGetShift(roi.width / 2.0, roi.height / 2.0, angle, &xShift,
-                                               &yShift),
-                        "zmoiRotateGetShift") &&
-               prepared(lib_zmoiRotate_8u_C1R(picture.data(), roi.width, roi, pDst.ptr8u(), dstStep,
-                                              roi, angle, xShift, yShift),
-                        "zmoiRotate_8u_C1R");
+        return prepared(lib_zmoiRotateGetShift, roi.width / 2.0, roi.height / 2.0, angle, &xShift,
+                        &yShift) &&
+               prepared(lib_zmoiRotate_8u_C1R, picture.data(), roi.width, roi, pDst.ptr8u(),
+                        dstStep, roi, angle, xShift, yShift);
     }
 
     bool deriveSources() {
-        return func().srcType() == pp16s ? deriveSources16s() : deriveSources32f();
-    }
-
-    // The two filters may differ in what they ask for.
-    bool createSobelBuffer(ZmoDataType type, ppBuffer& buffer) {
-        int vertSize = 0;
-        int horizSize = 0;
-        return prepared(
-                   lib_zmoiFilterSobelVertBorderGetBufferSize(roi, zmoiMask3x3, type, 1, &vertSize),
-                   "zmoiFilterSobelVertBorderGetBufferSize") &&
-               prepared(lib_zmoiFilterSobelHorizBorderGetBufferSize(roi, zmoiMask3x3, type, 1,
-                                                                    &horizSize),
-                        "zmoiFilterSobelHorizBorderGetBufferSize") &&
-               buffer.create(std::max(vertSize, horizSize));
-    }
-
-    bool deriveSources16s() {
-        ppBuffer buffer;
-        return createSobelBuffer(zmo8u, buffer) &&
-               prepared(lib_zmoiFilterSobelVertBorder_8u16s_C1R(
-                            pDst.ptr8u(), dstStep, pSrc1.ptr16s(), srcStep, roi, zmoiMask3x3,
-                            zmoiBorderReplicate, nullptr, buffer.get()),
-                        "zmoiFilterSobelVertBorder_8u16s_C1R") &&
-               prepared(lib_zmoiFilterSobelHorizBorder_8u16s_C1R(
-                            pDst.ptr8u(), dstStep, pSrc2.ptr16s(), src2Step, roi, zmoiMask3x3,
-                            zmoiBorderReplicate, nullptr, buffer.get()),
-                        "zmoiFilterSobelHorizBorder_8u16s_C1R");
-    }
-
-    bool deriveSources32f() {
+        if (func().srcType() == pp16s) return derivatives::deriveBytes(pDst, pSrc1, pSrc2);
         ppImage picture;
         picture.init(func(), ppArgSrc);
-        ppBuffer buffer;
-        return picture.createImage(roi.width, roi.height) && createSobelBuffer(zmo32f, buffer) &&
-               prepared(lib_zmoiConvert_8u32f_C1R(pDst.ptr8u(), dstStep, picture.ptr32f(),
-                                                  picture.step(), roi),
-                        "zmoiConvert_8u32f_C1R") &&
-               prepared(lib_zmoiFilterSobelVertBorder_32f_C1R(
-                            picture.ptr32f(), picture.step(), pSrc1.ptr32f(), srcStep, roi,
-                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
-                        "zmoiFilterSobelVertBorder_32f_C1R") &&
-               prepared(lib_zmoiFilterSobelHorizBorder_32f_C1R(
-                            picture.ptr32f(), picture.step(), pSrc2.ptr32f(), src2Step, roi,
-                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
-                        "zmoiFilterSobelHorizBorder_32f_C1R");
+        return picture.createImage(roi.width, roi.height) &&
+               prepared(lib_zmoiConvert_8u32f_C1R, pDst.ptr8u(), dstStep, picture.ptr32f(),
+                        picture.step(), roi) &&
+               derivatives::deriveFloats(picture, pSrc1, pSrc2);
     }
 };
 

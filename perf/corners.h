@@ -85,11 +85,9 @@ class CornerTest : public PictureTest {
     }
 
     template <class Query>
-    bool createBufferBy(const Query& query, const char* name) {
-        int size = 0;
-        return prepared(query(roi, kernelSize, windowSize, libraryType(func().srcType()), 1, &size),
-                        name) &&
-               pBuffer.create(size);
+    bool createCornerBuffer(const Query& query) {
+        return createBufferBy(pBuffer, query, roi, kernelSize, windowSize,
+                              libraryType(func().srcType()), 1);
     }
 
     // Four operations for each of three products that a column takes and loses, and two for the window.

@@ -23,21 +23,16 @@ class GaussianTest : public FilterTest {
     double flopsOfElement() const override { return 4.0 * MaskSize.value().width - 2; }
 
     // Size and Init are services: zmoiFilterGaussianGetSize and zmoiFilterGaussianInit, or _L.
-    template <class Int, class Roi, class Size, class Init>
-    bool prepareGaussian(const Roi& region, const Size& size, const char* sizeName,
-                         const Init& init, const char* initName) {
+    template <class Roi, class Size, class Init>
+    bool prepareGaussian(const Roi& region, const Size& size, const Init& init) {
         const int taps = MaskSize.value().width;
         if (MaskSize.value().height != taps) {
             g_ostrm << MessageLevel::ERR << "-- A Gaussian has the same taps in both directions\n"
                     << MessageLevel::END;
             return false;
         }
-        Int stateSize = 0;
-        Int bufferSize = 0;
-        return prepared(size(region, taps, srcType(), channels(), &stateSize, &bufferSize),
-                        sizeName) &&
-               createStateAndBuffer(stateSize, bufferSize) &&
-               prepared(init(taps, Sigma.value(), srcType(), channels(), state()), initName);
+        return createBuffersBy(pState, pBuffer, size, region, taps, srcType(), channels()) &&
+               prepared(init, taps, Sigma.value(), srcType(), channels(), state());
     }
 
   public:

@@ -128,18 +128,13 @@ class FlatMorphTest : public MorphTest {
     }
 
   protected:
-    template <class Int, class Size, class GetSize, class Init>
+    template <class Size, class GetSize, class Init>
     bool prepareFlat(const std::vector<Zmo8u>& mask, Size size, const GetSize& getSize,
-                     const char* getSizeName, const Init& init, const char* initName) {
+                     const Init& init) {
         const Size maskSize{MaskSize.value().width, MaskSize.value().height};
-        Int stateSize = 0;
-        Int bufferSize = 0;
-        return prepared(getSize(size, dataType(), channels(), maskSize, &stateSize, &bufferSize),
-                        getSizeName) &&
-               createStateAndBuffer(stateSize, bufferSize) &&
-               prepared(init(dataType(), channels(), mask.data(), maskSize, anchor(),
-                             reinterpret_cast<ZmoiMorphState*>(pState.get())),
-                        initName);
+        return createBuffersBy(pState, pBuffer, getSize, size, dataType(), channels(), maskSize) &&
+               prepared(init, dataType(), channels(), mask.data(), maskSize, anchor(),
+                        reinterpret_cast<ZmoiMorphState*>(pState.get()));
     }
 };
 

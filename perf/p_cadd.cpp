@@ -49,11 +49,8 @@ class TimcAdd : public PixelTest {
     }
 
     psString dataFigure() override {
-        int changed = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) changed += pDst.getImageAt(x, y, 0) != 0 ? 1 : 0;
-        }
-        return psFormat("%.2f%% of the results are not zero", 100.0 * changed / getDivisor());
+        return psFormat("%.2f%% of the results are not zero",
+                        100.0 * ppShareOf(pDst, [](double value) { return value != 0; }));
     }
 
   private:

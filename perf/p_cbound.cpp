@@ -46,7 +46,7 @@ class TimcBoundSegments : public RegionTest {
 
     psString dataFigure() override {
         return psFormat("%.2f%% of the pixels are bounds",
-                        share(pDst, [](double value) { return value == mark; }));
+                        100.0 * ppShareOf(pDst, [](double value) { return value == mark; }));
     }
 };
 

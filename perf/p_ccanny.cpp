@@ -12,11 +12,7 @@ class TimcCanny : public CannyTest {
     using CannyTest::CannyTest;
 
   protected:
-    bool createBuffer() override {
-        int size = 0;
-        return prepared(lib_zmoiCannyGetSize(roi, &size), "zmoiCannyGetSize") &&
-               pBuffer.create(size);
-    }
+    bool createBuffer() override { return createBufferBy(pBuffer, lib_zmoiCannyGetSize, roi); }
 };
 
 PP_REG(TimcCanny, zmoiCanny_16s8u_C1R, pSrc1.ptr16s(), srcStep, pSrc2.ptr16s(), src2Step,

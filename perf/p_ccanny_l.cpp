@@ -1,6 +1,4 @@
 // Canny edges of large images from two derivative images (zmoiCanny_L).
-#include <climits>
-
 #include "canny.h"
 
 namespace {
@@ -14,17 +12,7 @@ class TimcCannyL : public CannyTest {
     using CannyTest::CannyTest;
 
   protected:
-    bool createBuffer() override {
-        int64_t size = 0;
-        if (!prepared(lib_zmoiCannyGetSize_L(roiL, &size), "zmoiCannyGetSize_L")) return false;
-        if (size > INT_MAX) {
-            g_ostrm << MessageLevel::ERR
-                    << "-- The library asks for more than 2 GB of work memory\n"
-                    << MessageLevel::END;
-            return false;
-        }
-        return pBuffer.create(static_cast<int>(size));
-    }
+    bool createBuffer() override { return createBufferBy(pBuffer, lib_zmoiCannyGetSize_L, roiL); }
 };
 
 PP_REG(TimcCannyL, zmoiCanny_16s8u_C1R_L, pSrc1.ptr16s(), srcStep, pSrc2.ptr16s(), src2Step,

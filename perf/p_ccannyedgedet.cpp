@@ -1,6 +1,4 @@
 // Canny edges of a picture (zmoiCannyBorder).
-#include <algorithm>
-
 #include "corners.h"
 
 namespace {
@@ -31,19 +29,12 @@ class TimcCannyEdgeDet : public PictureTest {
     bool prepare() override {
         maskSize = static_cast<ZmoiMaskSize>(kernelSize);
         norm = Norm.value();
-        int size = 0;
-        return prepared(lib_zmoiCannyBorderGetBufferSize(roi, static_cast<ZmoiMaskSize>(kernelSize),
-                                                         zmo8u, 1, &size),
-                        "zmoiCannyBorderGetBufferSize") &&
-               pBuffer.create(size);
+        return createBufferBy(pBuffer, lib_zmoiCannyBorderGetBufferSize, roi, maskSize, zmo8u, 1);
     }
 
     psString dataFigure() override {
-        double edges = 0;
-        for (int y = 0; y < roi.height; ++y)
-            edges += static_cast<double>(std::count(
-                pDst.ptr8u() + y * dstStep, pDst.ptr8u() + y * dstStep + roi.width, Zmo8u{255}));
-        return psFormat("%.2f%% of the pixels are edges", 100 * edges / roi.width / roi.height);
+        return psFormat("%.2f%% of the pixels are edges",
+                        100.0 * ppShareOf(pDst, [](double value) { return value != 0; }));
     }
 };
 

@@ -40,13 +40,7 @@ class TimcDist : public RegionTest {
         return getDivisor() * 2 * 2 * (func().baseName().contains("5x5") ? 8 : 4);
     }
 
-    psString dataFigure() override {
-        double sum = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) sum += pDst.getImageAt(x, y, 0);
-        }
-        return psFormat("mean distance %.2f", sum / roi.width / roi.height);
-    }
+    psString dataFigure() override { return psFormat("mean distance %.2f", ppMeanOf(pDst)); }
 };
 
 class TimcTrueDist : public TimcDist {
@@ -54,9 +48,8 @@ class TimcTrueDist : public TimcDist {
     using TimcDist::TimcDist;
 
   protected:
-    bool bufferSize(int& size) override {
-        return prepared(lib_zmoiTrueDistanceTransformGetBufferSize(roi, zmo8u, 1, &size),
-                        "zmoiTrueDistanceTransformGetBufferSize");
+    bool createBuffer() override {
+        return createBufferBy(pBuffer, lib_zmoiTrueDistanceTransformGetBufferSize, roi, zmo8u, 1);
     }
     // A parabola of nine operations, and at every pixel a product, two sums and a root.
     double getFlops() override { return getDivisor() * 13; }
@@ -69,10 +62,9 @@ class TimcFastMarching : public TimcDist {
   protected:
     void regOwnParms() override { regParm(Radius); }
 
-    bool bufferSize(int& size) override {
+    bool createBuffer() override {
         radius = static_cast<Zmo32f>(Radius.value());
-        return prepared(lib_zmoiFastMarchingGetBufferSize(roi, zmo8u, 1, &size),
-                        "zmoiFastMarchingGetBufferSize");
+        return createBufferBy(pBuffer, lib_zmoiFastMarchingGetBufferSize, roi, zmo8u, 1);
     }
     // Seven operations for a time, and every pixel is met from about two sides.
     double getFlops() override { return getDivisor() * 14; }

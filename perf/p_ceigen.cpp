@@ -17,10 +17,8 @@ class TimcEigen : public EigenTest {
     bool hasBorder() const override { return false; }
 
     bool prepare() override {
-        return isMinimum() ? createBufferBy(lib_zmoiMinEigenValGetBufferSize,
-                                            "zmoiMinEigenValGetBufferSize")
-                           : createBufferBy(lib_zmoiEigenValsVecsGetBufferSize,
-                                            "zmoiEigenValsVecsGetBufferSize");
+        return isMinimum() ? createCornerBuffer(lib_zmoiMinEigenValGetBufferSize)
+                           : createCornerBuffer(lib_zmoiEigenValsVecsGetBufferSize);
     }
 };
 

@@ -15,10 +15,8 @@ class TimcEigenBrd : public EigenTest {
 
   protected:
     bool prepare() override {
-        return isMinimum() ? createBufferBy(lib_zmoiMinEigenValBorderGetBufferSize,
-                                            "zmoiMinEigenValBorderGetBufferSize")
-                           : createBufferBy(lib_zmoiEigenValsVecsBorderGetBufferSize,
-                                            "zmoiEigenValsVecsBorderGetBufferSize");
+        return isMinimum() ? createCornerBuffer(lib_zmoiMinEigenValBorderGetBufferSize)
+                           : createCornerBuffer(lib_zmoiEigenValsVecsBorderGetBufferSize);
     }
 };
 

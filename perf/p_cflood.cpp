@@ -58,9 +58,8 @@ class TimcFlood : public RegionTest {
         return draw(image, hasDelta() ? windingShaded : windingFlat, greyItself);
     }
 
-    bool bufferSize(int& size) override {
-        return prepared(lib_zmoiFloodFillGetBufferSize(roi, dataType(), 1, &size),
-                        "zmoiFloodFillGetBufferSize");
+    bool createBuffer() override {
+        return createBufferBy(pBuffer, lib_zmoiFloodFillGetBufferSize, roi, dataType(), 1);
     }
 
     // The timed calls have told the area.

@@ -29,7 +29,7 @@ class TimcGradientColorToGray : public PixelTest {
 
     psString dataFigure() override {
         return psFormat("the result's mean is %.2f%% of the source's",
-                        100.0 * meanOf(pDst) / meanOf(pSrc));
+                        100.0 * ppMeanOf(pDst) / ppMeanOf(pSrc));
     }
 };
 

@@ -120,17 +120,15 @@ class TimcHaar : public PixelTest {
         if (!create(pSrc, 0, srcStep, cells) || !create(pSrc2, 1, src2Step) ||
             !squares.createImage(cells.width, cells.height))
             return false;
+        constexpr Zmo8u start = 0;  // of sums of any type
         const auto make = [&](const auto& sums, const auto& tilted, const auto& deviate, auto* t,
                               auto* q, auto* dev, auto... scale) {
-            return prepared(sums(picture.ptr8u(), picture.step(), t, srcStep, q, squares.step(),
-                                 size, 0, 0),
-                            sums.name()) &&
-                   prepared(
-                       deviate(t, srcStep, q, squares.step(), dev, src2Step, roi, window, scale...),
-                       deviate.name()) &&
+            return prepared(sums, picture.ptr8u(), picture.step(), t, srcStep, q, squares.step(),
+                            size, start, start) &&
+                   prepared(deviate, t, srcStep, q, squares.step(), dev, src2Step, roi, window,
+                            scale...) &&
                    (!Features.value() ||
-                    prepared(tilted(picture.ptr8u(), picture.step(), t, srcStep, size, 0),
-                             tilted.name()));
+                    prepared(tilted, picture.ptr8u(), picture.step(), t, srcStep, size, start));
         };
         if (isFloat())
             return make(lib_zmoiSqrIntegral_8u32f64f_C1R, lib_zmoiTiltedIntegral_8u32f_C1R,
@@ -149,11 +147,8 @@ class TimcHaar : public PixelTest {
     bool initStage(int number) {
         m_stage = m_trainer->train(classifiersOf[number - 1]);
         setThreshold(static_cast<int>(std::ceil(voteShare[number - 1] * m_stage.classifiers())));
-        int size = 0;
-        if (!prepared(lib_zmoiHaarGetSize(m_stage.classifiers(), m_stage.rectangles(),
-                                          isFloat() ? zmo32f : zmo32s, &size),
-                      "zmoiHaarGetSize") ||
-            !pState.create(size))
+        if (!createBufferBy(pState, lib_zmoiHaarGetSize, m_stage.classifiers(),
+                            m_stage.rectangles(), isFloat() ? zmo32f : zmo32s))
             return false;
         return isFloat() ? fillState<Zmo32f>(lib_zmoiHaarInit_32f)
                          : fillState<Zmo32s>(lib_zmoiHaarInit_32s);
@@ -161,13 +156,12 @@ class TimcHaar : public PixelTest {
 
     template <class T, class Init>
     bool fillState(const Init& init) const {
-        return prepared(init(m_stage.rects.data(), converted<T>(m_stage.weights).data(),
-                             m_stage.rectCounts.data(),
-                             converted<T>(m_stage.thresholds, 1 << scaleFactor).data(),
-                             converted<T>(m_stage.low).data(), converted<T>(m_stage.high).data(),
-                             m_stage.classifiers(), Features.value() ? 1 : 0,
-                             reinterpret_cast<ZmoiHaarState*>(pState.get())),
-                        init.name());
+        return prepared(init, m_stage.rects.data(), converted<T>(m_stage.weights).data(),
+                        m_stage.rectCounts.data(),
+                        converted<T>(m_stage.thresholds, 1 << scaleFactor).data(),
+                        converted<T>(m_stage.low).data(), converted<T>(m_stage.high).data(),
+                        m_stage.classifiers(), Features.value() ? 1 : 0,
+                        reinterpret_cast<ZmoiHaarState*>(pState.get()));
     }
 
     static bool createMask() {
@@ -197,14 +191,12 @@ class TimcHaar : public PixelTest {
 
     bool applyStage() const {
         if (isFloat())
-            return prepared(lib_zmoiApplyHaarClassifier_32f_C1R(
-                                pSrc.ptr32f(), srcStep, pSrc2.ptr32f(), src2Step, pDst.ptr8u(),
-                                dstStep, roi, threshold32f, &positive, state()),
-                            "zmoiApplyHaarClassifier_32f_C1R");
-        return prepared(lib_zmoiApplyHaarClassifier_32s_C1RSfs(
-                            pSrc.ptr32s(), srcStep, pSrc2.ptr32s(), src2Step, pDst.ptr8u(), dstStep,
-                            roi, threshold32s, &positive, state(), scaleFactor),
-                        "zmoiApplyHaarClassifier_32s_C1RSfs");
+            return prepared(lib_zmoiApplyHaarClassifier_32f_C1R, pSrc.ptr32f(), srcStep,
+                            pSrc2.ptr32f(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32f,
+                            &positive, state());
+        return prepared(lib_zmoiApplyHaarClassifier_32s_C1RSfs, pSrc.ptr32s(), srcStep,
+                        pSrc2.ptr32s(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32s,
+                        &positive, state(), scaleFactor);
     }
 
     std::optional<cascade::Trainer> m_trainer;

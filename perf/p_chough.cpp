@@ -77,11 +77,9 @@ class TimcvHough : public SquareTest {
     }
 
     static bool createBuffers() {
-        int size = 0;
-        return prepared(lib_zmoiHoughLine_RegionGetBufferSize(roi, limits, delta, maxLines, zmo8u,
-                                                              1, &size),
-                        "zmoiHoughLine_RegionGetBufferSize") &&
-               pBuffer.create(size) && pLines.create(maxLines * int{sizeof(ZmoiPolar)});
+        return createBufferBy(pBuffer, lib_zmoiHoughLine_RegionGetBufferSize, roi, limits, delta,
+                              maxLines, zmo8u, 1) &&
+               pLines.create(maxLines * int{sizeof(ZmoiPolar)});
     }
 };
 

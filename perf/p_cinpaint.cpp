@@ -120,10 +120,8 @@ class TimcInpaint : public PixelTest {
     }
 
     bool createBuffer() {
-        int size = 0;
-        return prepared(lib_zmoiInpaintGetBufferSize(roi, zmo8u, pSrc.numChannels(), &size),
-                        "zmoiInpaintGetBufferSize") &&
-               pBuffer.create(size);
+        return createBufferBy(pBuffer, lib_zmoiInpaintGetBufferSize, roi, zmo8u,
+                              pSrc.numChannels());
     }
 };
 

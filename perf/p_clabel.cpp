@@ -28,9 +28,8 @@ class TimcLabelMarkers : public RegionTest {
         return draw(image, discs, brightOnly);
     }
 
-    bool bufferSize(int& size) override {
-        return prepared(lib_zmoiLabelMarkersGetBufferSize(roi, dataType(), 1, &size),
-                        "zmoiLabelMarkersGetBufferSize");
+    bool createBuffer() override {
+        return createBufferBy(pBuffer, lib_zmoiLabelMarkersGetBufferSize, roi, dataType(), 1);
     }
 
     psString dataFigure() override { return psFormat("%d components", count); }

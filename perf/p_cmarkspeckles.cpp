@@ -40,14 +40,13 @@ class TimcMarkSpeckles : public RegionTest {
         return draw(image, disparity, greyItself);
     }
 
-    bool bufferSize(int& size) override {
-        return prepared(lib_zmoiMarkSpecklesGetBufferSize(roi, dataType(), 1, &size),
-                        "zmoiMarkSpecklesGetBufferSize");
+    bool createBuffer() override {
+        return createBufferBy(pBuffer, lib_zmoiMarkSpecklesGetBufferSize, roi, dataType(), 1);
     }
 
     psString dataFigure() override {
         return psFormat("%.2f%% of the pixels are marked",
-                        share(pDst, [](double value) { return value == mark; }));
+                        100.0 * ppShareOf(pDst, [](double value) { return value == mark; }));
     }
 };
 

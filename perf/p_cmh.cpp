@@ -27,17 +27,9 @@ class TimcMH : public PixelTest {
     int flopsOfPixel() const override { return func().srcType() == pp32f ? 2 : 1; }
 
     psString dataFigure() override {
-        int moved = 0;
-        int remembered = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                const double when = pDst.getImageAt(x, y, 0);
-                moved += when == timestamp ? 1 : 0;
-                remembered += when != 0 ? 1 : 0;
-            }
-        }
         return psFormat("%.2f%% of the pixels move, %.2f%% have moved lately",
-                        100.0 * moved / getDivisor(), 100.0 * remembered / getDivisor());
+                        100.0 * ppShareOf(pDst, [](double when) { return when == timestamp; }),
+                        100.0 * ppShareOf(pDst, [](double when) { return when != 0; }));
     }
 
   private:

@@ -14,8 +14,7 @@ class TimcMorph : public FlatMorphTest {
 
   protected:
     bool prepareState(const std::vector<Zmo8u>& mask) override {
-        return prepareFlat<int>(mask, roi, lib_zmoiMorphGetSize, "zmoiMorphGetSize",
-                                lib_zmoiMorphInit, "zmoiMorphInit");
+        return prepareFlat(mask, roi, lib_zmoiMorphGetSize, lib_zmoiMorphInit);
     }
 };
 

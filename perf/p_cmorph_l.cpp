@@ -14,8 +14,7 @@ class TimcMorphL : public FlatMorphTest {
 
   protected:
     bool prepareState(const std::vector<Zmo8u>& mask) override {
-        return prepareFlat<int64_t>(mask, roiL, lib_zmoiMorphGetSize_L, "zmoiMorphGetSize_L",
-                                    lib_zmoiMorphInit_L, "zmoiMorphInit_L");
+        return prepareFlat(mask, roiL, lib_zmoiMorphGetSize_L, lib_zmoiMorphInit_L);
     }
 };
 

@@ -16,20 +16,13 @@ class TimMorphGray : public MorphTest {
   protected:
     // A dome; 8u values that leave a pixel out make it round.
     bool prepareState(const std::vector<Zmo8u>& mask) override {
-        int stateSize = 0;
-        int bufferSize = 0;
-        return prepared(lib_zmoiGrayMorphGetSize(roi, dataType(), 1, MaskSize.value(), &stateSize,
-                                                 &bufferSize),
-                        "zmoiGrayMorphGetSize") &&
-               createStateAndBuffer(stateSize, bufferSize) &&
-               (dataType() == zmo8u ? prepared(lib_zmoiGrayMorphInit_8u_C1R(
-                                                   dome<Zmo32s>(mask).data(), MaskSize.value(),
-                                                   anchor(), stateToFill()),
-                                               "zmoiGrayMorphInit_8u_C1R")
-                                    : prepared(lib_zmoiGrayMorphInit_32f_C1R(
-                                                   dome<Zmo32f>(mask).data(), MaskSize.value(),
-                                                   anchor(), stateToFill()),
-                                               "zmoiGrayMorphInit_32f_C1R"));
+        return createBuffersBy(pState, pBuffer, lib_zmoiGrayMorphGetSize, roi, dataType(), 1,
+                               MaskSize.value()) &&
+               (dataType() == zmo8u
+                    ? prepared(lib_zmoiGrayMorphInit_8u_C1R, dome<Zmo32s>(mask).data(),
+                               MaskSize.value(), anchor(), stateToFill())
+                    : prepared(lib_zmoiGrayMorphInit_32f_C1R, dome<Zmo32f>(mask).data(),
+                               MaskSize.value(), anchor(), stateToFill()));
     }
 
     // A comparison and a sum for each point.

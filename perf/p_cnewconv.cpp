@@ -37,23 +37,17 @@ class TimcConv : public FilterTest {
         }
         mask = size.width == 3 ? zmoiMask3x3 : zmoiMask5x5;
         if (isBase("FilterSobelCross"))
-            return create(lib_zmoiFilterSobelCrossBorderGetBufferSize,
-                          "zmoiFilterSobelCrossBorderGetBufferSize");
+            return createBufferBy(pBuffer, lib_zmoiFilterSobelCrossBorderGetBufferSize, roi, mask,
+                                  srcType(), 1);
         if (isBase("FilterLaplacian"))
-            return create(lib_zmoiFilterLaplacianBorderGetBufferSize,
-                          "zmoiFilterLaplacianBorderGetBufferSize");
-        return create(lib_zmoiFilterLowpassBorderGetBufferSize,
-                      "zmoiFilterLowpassBorderGetBufferSize");
+            return createBufferBy(pBuffer, lib_zmoiFilterLaplacianBorderGetBufferSize, roi, mask,
+                                  srcType(), 1);
+        return createBufferBy(pBuffer, lib_zmoiFilterLowpassBorderGetBufferSize, roi, mask,
+                              srcType(), 1);
     }
 
   private:
     bool isBase(const char* base) const { return func().baseName().startsWith(base); }
-
-    template <class Query>
-    bool create(const Query& query, const char* name) {
-        int size = 0;
-        return prepared(query(roi, mask, srcType(), 1, &size), name) && pBuffer.create(size);
-    }
 };
 
 #define REG_CONV(Base, types, T, D)                                                    \

@@ -56,7 +56,7 @@ class TimcRectStdDev : public PixelTest {
     int flopsOfPixel() const override { return (func().srcType() == pp32f ? 3 : 0) + 3 + 5; }
 
     psString dataFigure() override {
-        return psFormat("the mean of the deviations is %.5g", std::ldexp(meanOf(pDst), scale));
+        return psFormat("the mean of the deviations is %.5g", std::ldexp(ppMeanOf(pDst), scale));
     }
 
   private:
@@ -69,11 +69,11 @@ class TimcRectStdDev : public PixelTest {
     }
 
     bool makeTables(const ppImage& picture, ZmoiSize size) const {
+        constexpr Zmo8u start = 0;  // of sums of any type
         const auto make = [&](const auto& upright, const auto& tilted, auto* sums, auto* squares) {
             const auto& function = isTilted() ? tilted : upright;
-            return prepared(function(picture.ptr8u(), picture.step(), sums, srcStep, squares,
-                                     sqrStep, size, 0, 0),
-                            function.name());
+            return prepared(function, picture.ptr8u(), picture.step(), sums, srcStep, squares,
+                            sqrStep, size, start, start);
         };
         if (func().scale())
             return make(lib_zmoiSqrIntegral_8u32s_C1R, lib_zmoiTiltedSqrIntegral_8u32s_C1R,

@@ -64,9 +64,8 @@ class TimcUndistort : public PixelTest {
                                  static_cast<std::size_t>(roi.height));
         std::vector<Zmo32f> mapY(mapX.size());
         const int step = roi.width * static_cast<int>(sizeof(Zmo32f));
-        if (!prepared(lib_zmoiCreateMapCameraUndistort_32f_C1R(mapX.data(), step, mapY.data(), step,
-                                                               roi, camera, lens),
-                      "zmoiCreateMapCameraUndistort_32f_C1R"))
+        if (!prepared(lib_zmoiCreateMapCameraUndistort_32f_C1R, mapX.data(), step, mapY.data(),
+                      step, roi, camera, lens))
             return psString();
         double inside = 0;
         double farthest = 0;
@@ -115,11 +114,9 @@ class TimcUndistort : public PixelTest {
     }
 
     bool createBuffer() {
-        int size = 0;
-        const auto type = static_cast<ZmoDataType>(ppFunc::zmoType(func().srcType()));
-        return prepared(lib_zmoiUndistortRadialGetBufferSize(roi, type, pSrc.numChannels(), &size),
-                        "zmoiUndistortRadialGetBufferSize") &&
-               pBuffer.create(size);
+        const auto type = libraryType(func().srcType());
+        return createBufferBy(pBuffer, lib_zmoiUndistortRadialGetBufferSize, roi, type,
+                              pSrc.numChannels());
     }
 };
 

@@ -63,17 +63,13 @@ class TimiFastN : public SquareTest {
     bool makesList() const { return func().baseName().contains("Vec"); }
 
     static bool createBuffer() {
-        int size = 0;
-        return prepared(lib_zmoiFastNGetBufferSize(roi, zmo8u, 1, &size),
-                        "zmoiFastNGetBufferSize") &&
-               pBuffer.create(size);
+        return createBufferBy(pBuffer, lib_zmoiFastNGetBufferSize, roi, zmo8u, 1);
     }
 
     // The list is made of what the search for corners gives.
     static bool createMap() {
-        if (!prepared(lib_zmoiFastN_8u_C1R(pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, arc,
-                                           threshold, suppress, &count, pBuffer.get()),
-                      "zmoiFastN_8u_C1R"))
+        if (!prepared(lib_zmoiFastN_8u_C1R, pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, arc,
+                      threshold, suppress, &count, pBuffer.get()))
             return false;
         maxCorners = std::max(1, count);
         return pList.create(maxCorners * int{sizeof(ZmoiPoint)});

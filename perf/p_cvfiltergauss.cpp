@@ -14,8 +14,7 @@ class TimcvFilterGaussian : public GaussianTest {
 
   protected:
     bool prepare() override {
-        return prepareGaussian<int>(roi, lib_zmoiFilterGaussianGetSize, "zmoiFilterGaussianGetSize",
-                                    lib_zmoiFilterGaussianInit, "zmoiFilterGaussianInit");
+        return prepareGaussian(roi, lib_zmoiFilterGaussianGetSize, lib_zmoiFilterGaussianInit);
     }
 };
 

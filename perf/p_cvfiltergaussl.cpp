@@ -14,9 +14,7 @@ class TimcvFilterGaussianL : public GaussianTest {
 
   protected:
     bool prepare() override {
-        return prepareGaussian<int64_t>(roiL, lib_zmoiFilterGaussianGetSize_L,
-                                        "zmoiFilterGaussianGetSize_L", lib_zmoiFilterGaussianInit_L,
-                                        "zmoiFilterGaussianInit_L");
+        return prepareGaussian(roiL, lib_zmoiFilterGaussianGetSize_L, lib_zmoiFilterGaussianInit_L);
     }
 };
 

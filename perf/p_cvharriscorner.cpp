@@ -15,9 +15,7 @@ class TimHarrisCorner : public CornerTest {
     using CornerTest::CornerTest;
 
   protected:
-    bool prepare() override {
-        return createBufferBy(lib_zmoiHarrisCornerGetBufferSize, "zmoiHarrisCornerGetBufferSize");
-    }
+    bool prepare() override { return createCornerBuffer(lib_zmoiHarrisCornerGetBufferSize); }
     double flopsOfResult() const override { return 8; }
 };
 

@@ -14,8 +14,7 @@ class TimcvPyramid : public PyramidTest {
 
   protected:
     bool prepare() override {
-        return preparePyramid<int>(isDown() ? srcRoi : roi, lib_zmoiPyramidGetSize,
-                                   "zmoiPyramidGetSize", lib_zmoiPyramidInit, "zmoiPyramidInit");
+        return preparePyramid(isDown() ? srcRoi : roi, lib_zmoiPyramidGetSize, lib_zmoiPyramidInit);
     }
 };
 

@@ -14,9 +14,8 @@ class TimcvPyramidL : public PyramidTest {
 
   protected:
     bool prepare() override {
-        return preparePyramid<int64_t>(isDown() ? srcRoiL : roiL, lib_zmoiPyramidGetSize_L,
-                                       "zmoiPyramidGetSize_L", lib_zmoiPyramidInit_L,
-                                       "zmoiPyramidInit_L");
+        return preparePyramid(isDown() ? srcRoiL : roiL, lib_zmoiPyramidGetSize_L,
+                              lib_zmoiPyramidInit_L);
     }
 };
 

@@ -78,11 +78,8 @@ class TimeCVReconstruct : public PixelTest {
     }
 
     bool createBuffer() {
-        int size = 0;
-        const auto type = static_cast<ZmoDataType>(ppInfo(func().srcType()).zmoCode);
-        return prepared(lib_zmoiMorphReconstructGetBufferSize(roi, type, 1, &size),
-                        "zmoiMorphReconstructGetBufferSize") &&
-               pBuffer.create(size);
+        const auto type = libraryType(func().srcType());
+        return createBufferBy(pBuffer, lib_zmoiMorphReconstructGetBufferSize, roi, type, 1);
     }
 };
 

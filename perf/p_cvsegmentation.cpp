@@ -18,57 +18,41 @@ int drawLines;
 PP_SERVICE(zmoiSegmentWatershedGetBufferSize);
 PP_SERVICE(zmoiSegmentGradientGetBufferSize);
 
-class TimeCVGradientSegment : public ppTest {
+class TimeCVGradientSegment : public InPlaceTest {
   public:
-    using ppTest::ppTest;
+    using InPlaceTest::InPlaceTest;
 
   protected:
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         regParm(Connectivity);
         regParm(Distance);
         if (floods()) regParm(Lines);
-        regParm(Picture);
-        regCacheParm(ImageSize, pDst);
-        return true;
     }
 
-    bool initData() override {
-        roi = ImageSize.value();
+    bool createImages() override {
         connectivity = Connectivity.value();
         drawLines = floods() ? Lines.value() : 0;
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
         ppImage picture(pp8u, floods() ? 1 : func().srcChannels(), false);
         ppImage slope(pp32f, 1, false);
         return picture.createImage(roi.width, roi.height) && drawPicture(picture) &&
                slope.createImage(roi.width, roi.height) && drawSlope(slope, picture) &&
-               createSource(floods() ? slope : picture) && createMarkers(slope) && createBuffer();
+               createSource(floods() ? slope : picture) && createMarkers(slope);
     }
 
-    void flushData() override {
-        pSrc.deleteVector();
-        pDst.deleteReservedCopy();
-        pDst.deleteVector();
-        pBuffer.release();
+    bool createBuffer() override {
+        return floods() ? createBufferBy(pBuffer, lib_zmoiSegmentWatershedGetBufferSize, roi,
+                                         dataType(), 1)
+                        : createBufferBy(pBuffer, lib_zmoiSegmentGradientGetBufferSize, roi,
+                                         dataType(), pSrc.numChannels());
     }
-
-    double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
-    psString getUnit() override { return "pxch"; }
 
     psString dataFigure() override {
         const double most = func().dstType() == pp8u ? 255 : 65535;
-        double segments = 0;
-        double lines = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                const double label = pDst.getImageAt(x, y, 0);
-                const bool line = drawLines != 0 && label == most;
-                lines += line;
-                segments += label != 0 && !line;
-            }
-        }
+        const double lines =
+            drawLines != 0 ? ppShareOf(pDst, [&](double label) { return label == most; }) : 0;
+        const double labelled = ppShareOf(pDst, [](double label) { return label != 0; });
         return psFormat("%.2f%% of the pixels are segments of %d markers, %.2f%% are lines",
-                        100.0 * segments / getDivisor(), m_markers, 100.0 * lines / getDivisor());
+                        100.0 * (labelled - lines), m_markers, 100.0 * lines);
     }
 
   private:
@@ -143,18 +127,6 @@ class TimeCVGradientSegment : public ppTest {
             }
         }
         return best;
-    }
-
-    bool createBuffer() {
-        int size = 0;
-        const auto type = static_cast<ZmoDataType>(ppFunc::zmoType(func().srcType()));
-        const bool known =
-            floods() ? prepared(lib_zmoiSegmentWatershedGetBufferSize(roi, type, 1, &size),
-                                "zmoiSegmentWatershedGetBufferSize")
-                     : prepared(lib_zmoiSegmentGradientGetBufferSize(roi, type, pSrc.numChannels(),
-                                                                     &size),
-                                "zmoiSegmentGradientGetBufferSize");
-        return known && pBuffer.create(size);
     }
 
     int m_markers = 0;

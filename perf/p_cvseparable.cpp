@@ -27,13 +27,8 @@ class TimFilterBorder : public FilterTest {
     }
 
     bool prepare() override {
-        int64_t stateSize = 0;
-        int64_t bufferSize = 0;
-        return prepared(
-                   lib_zmoiFilterSeparableGetSize_L(roiL, MaskSize.value(), srcType(), dstType(),
-                                                    channels(), &stateSize, &bufferSize),
-                   "zmoiFilterSeparableGetSize_L") &&
-               createStateAndBuffer(stateSize, bufferSize) &&
+        return createBuffersBy(pState, pBuffer, lib_zmoiFilterSeparableGetSize_L, roiL,
+                               MaskSize.value(), srcType(), dstType(), channels()) &&
                (func().srcType() == pp32f ? initFloats() : initIntegers());
     }
 
@@ -44,19 +39,16 @@ class TimFilterBorder : public FilterTest {
         const std::vector<Zmo32f> rowKernel(row.begin(), row.end());
         std::vector<Zmo32f> columnKernel(column.begin(), column.end());
         for (Zmo32f& weight : columnKernel) weight /= static_cast<Zmo32f>(sum(row) * sum(column));
-        return prepared(
-            lib_zmoiFilterSeparableInit_32f_L(rowKernel.data(), columnKernel.data(),
-                                              MaskSize.value(), centre(), channels(), state()),
-            "zmoiFilterSeparableInit_32f_L");
+        return prepared(lib_zmoiFilterSeparableInit_32f_L, rowKernel.data(), columnKernel.data(),
+                        MaskSize.value(), centre(), channels(), state());
     }
 
     bool initIntegers() {
         const std::vector<Zmo16s> row = tent(MaskSize.value().width);
         const std::vector<Zmo16s> column = tent(MaskSize.value().height);
-        return prepared(lib_zmoiFilterSeparableInit_16s_L(
-                            row.data(), column.data(), MaskSize.value(), centre(),
-                            sum(row) * sum(column), srcType(), dstType(), channels(), state()),
-                        "zmoiFilterSeparableInit_16s_L");
+        return prepared(lib_zmoiFilterSeparableInit_16s_L, row.data(), column.data(),
+                        MaskSize.value(), centre(), sum(row) * sum(column), srcType(), dstType(),
+                        channels(), state());
     }
 
     static ZmoiPoint centre() { return {MaskSize.value().width / 2, MaskSize.value().height / 2}; }

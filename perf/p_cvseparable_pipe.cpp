@@ -55,14 +55,10 @@ class TimSepar : public FilterTest {
         srcRows.clear();
         for (int y = 0; y < roi.height; ++y) dstRows.push_back(pDst.getRowPointer(y));
         for (int y = 0; y < srcRoi.height; ++y) srcRows.push_back(pSrc.getRowPointer(y));
-        int size = 0;
-        return (isRow() ? prepared(lib_zmoiFilterRowBorderPipelineGetBufferSize(
-                                       roi, kernelSize, srcType(), channels(), &size),
-                                   "zmoiFilterRowBorderPipelineGetBufferSize")
-                        : prepared(lib_zmoiFilterColumnPipelineGetBufferSize(
-                                       roi, kernelSize, srcType(), channels(), &size),
-                                   "zmoiFilterColumnPipelineGetBufferSize")) &&
-               pBuffer.create(size);
+        return isRow() ? createBufferBy(pBuffer, lib_zmoiFilterRowBorderPipelineGetBufferSize, roi,
+                                        kernelSize, srcType(), channels())
+                       : createBufferBy(pBuffer, lib_zmoiFilterColumnPipelineGetBufferSize, roi,
+                                        kernelSize, srcType(), channels());
     }
 
   private:

@@ -80,7 +80,7 @@ class TimiGMM : public PixelTest {
 
     psString dataFigure() override {
         if (isForeground())
-            return psFormat("%.2f%% of the pixels are foreground", 100.0 * meanOf(pDst) / 255);
+            return psFormat("%.2f%% of the pixels are foreground", 100.0 * ppMeanOf(pDst) / 255);
         double sum = 0;
         for (int y = 0; y < roi.height; ++y) {
             for (int x = 0; x < roi.width; ++x)
@@ -107,12 +107,10 @@ class TimiGMM : public PixelTest {
     bool createState() {
         int size = 0;
         const int components = Components.value();
-        return prepared(lib_zmoiFGMMGetSize(roi, components, zmo8u, 3, &size), "zmoiFGMMGetSize") &&
+        return prepared(lib_zmoiFGMMGetSize, roi, components, zmo8u, 3, &size) &&
                createVector(size) &&
-               prepared(
-                   lib_zmoiFGMMInit(roi, components, learningRate, matchThreshold, backgroundShare,
-                                    complexity, initialVariance, zmo8u, 3, state()),
-                   "zmoiFGMMInit");
+               prepared(lib_zmoiFGMMInit, roi, components, learningRate, matchThreshold,
+                        backgroundShare, complexity, initialVariance, zmo8u, 3, state());
     }
     static bool createVector(int size) {
         pState.init(pp8u);
@@ -125,9 +123,8 @@ class TimiGMM : public PixelTest {
         unsigned noise = 7;
         for (int frame = 0; frame < picturesSeen; ++frame) {
             drawFrame(frame, noise);
-            if (!prepared(lib_zmoiFGMMForeground_8u_C3R(pSrc.ptr8u(), srcStep, mask.ptr8u(),
-                                                        mask.step(), roi, state()),
-                          "zmoiFGMMForeground_8u_C3R"))
+            if (!prepared(lib_zmoiFGMMForeground_8u_C3R, pSrc.ptr8u(), srcStep, mask.ptr8u(),
+                          mask.step(), roi, state()))
                 return false;
         }
         drawFrame(picturesSeen, noise);

@@ -61,22 +61,15 @@ class TimLineSuppression : public SquareTest {
     static bool findCorners() {
         constexpr int arc = 9;
         constexpr int contrast = 4;  // below the noise: edges answer here and there
-        int size = 0;
         int count = 0;
         ppBuffer buffer;
-        return prepared(lib_zmoiFastNGetBufferSize(roi, zmo8u, 1, &size),
-                        "zmoiFastNGetBufferSize") &&
-               buffer.create(size) &&
-               prepared(lib_zmoiFastN_8u_C1R(pSrc.ptr8u(), srcStep, pSrc2.ptr8u(), src2Step, roi,
-                                             arc, contrast, 0, &count, buffer.get()),
-                        "zmoiFastN_8u_C1R");
+        return createBufferBy(buffer, lib_zmoiFastNGetBufferSize, roi, zmo8u, 1) &&
+               prepared(lib_zmoiFastN_8u_C1R, pSrc.ptr8u(), srcStep, pSrc2.ptr8u(), src2Step, roi,
+                        arc, contrast, 0, &count, buffer.get());
     }
 
     static bool createBuffer() {
-        int size = 0;
-        return prepared(lib_zmoiLineSuppressionGetBufferSize(roi, radius, zmo8u, 1, &size),
-                        "zmoiLineSuppressionGetBufferSize") &&
-               pBuffer.create(size);
+        return createBufferBy(pBuffer, lib_zmoiLineSuppressionGetBufferSize, roi, radius, zmo8u, 1);
     }
 };
 

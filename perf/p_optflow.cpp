@@ -127,20 +127,13 @@ class TimOptFlow : public ppTest {
     }
 
   private:
-    ZmoDataType dataType() const {
-        return static_cast<ZmoDataType>(ppFunc::zmoType(func().srcType()));
-    }
+    ZmoDataType dataType() const { return libraryType(func().srcType()); }
 
     bool preparePyramid() {
-        int stateSize = 0;
-        int bufferSize = 0;
-        return prepared(lib_zmoiPyramidGetSize(ImageSize.value(), dataType(), 1, &stateSize,
-                                               &bufferSize),
-                        "zmoiPyramidGetSize") &&
-               pState.create(stateSize) && pPyramidBuffer.create(bufferSize) &&
-               prepared(lib_zmoiPyramidInit(nullptr, 5, 2, zmoiBorderReplicate, nullptr, dataType(),
-                                            1, pyramidState()),
-                        "zmoiPyramidInit");
+        return createBuffersBy(pState, pPyramidBuffer, lib_zmoiPyramidGetSize, ImageSize.value(),
+                               dataType(), 1) &&
+               prepared(lib_zmoiPyramidInit, nullptr, 5, 2, zmoiBorderReplicate, nullptr,
+                        dataType(), 1, pyramidState());
     }
     static ZmoiPyramidState* pyramidState() {
         return reinterpret_cast<ZmoiPyramidState*>(pState.get());
@@ -192,10 +185,9 @@ class TimOptFlow : public ppTest {
     bool layerDown(const ZmoiPyramidLevels& levels, int k) {
         const auto make = [&](const auto& service, auto* to) {
             using T = std::remove_pointer_t<decltype(to)>;
-            return prepared(service(static_cast<const T*>(levels.pImage[k - 1]), levels.step[k - 1],
-                                    levels.roi[k - 1], to, levels.step[k], levels.roi[k],
-                                    pyramidState(), pPyramidBuffer.get()),
-                            service.name());
+            return prepared(service, static_cast<const T*>(levels.pImage[k - 1]),
+                            levels.step[k - 1], levels.roi[k - 1], to, levels.step[k],
+                            levels.roi[k], pyramidState(), pPyramidBuffer.get());
         };
         void* const to = const_cast<void*>(levels.pImage[k]);
         switch (func().srcType()) {
@@ -232,10 +224,8 @@ class TimOptFlow : public ppTest {
     }
 
     bool createBuffer() {
-        int size = 0;
-        return prepared(lib_zmoiOpticalFlowPyrLKGetBufferSize(window, dataType(), 1, &size),
-                        "zmoiOpticalFlowPyrLKGetBufferSize") &&
-               pBuffer.create(size);
+        return createBufferBy(pBuffer, lib_zmoiOpticalFlowPyrLKGetBufferSize, window, dataType(),
+                              1);
     }
 };
 

@@ -61,14 +61,6 @@ class PixelTest : public ppTest {
         image.init(func(), arg);
         return create(image, index, step);
     }
-
-    static double meanOf(const ppImage& image) {
-        double sum = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) sum += image.getImageAt(x, y, 0);
-        }
-        return sum / image.width() / image.height();
-    }
 };
 
 }  // namespace pixels

@@ -25,17 +25,12 @@ class PyramidTest : public FilterTest {
         return columns + (isDown() ? 9.0 : 4.0);
     }
 
-    template <class Int, class Roi, class Size, class Init>
-    bool preparePyramid(const Roi& large, const Size& size, const char* sizeName, const Init& init,
-                        const char* initName) {
+    template <class Roi, class Size, class Init>
+    bool preparePyramid(const Roi& large, const Size& size, const Init& init) {
         static constexpr Zmo32f values[] = {100, 100, 100};
-        Int stateSize = 0;
-        Int bufferSize = 0;
-        return prepared(size(large, srcType(), channels(), &stateSize, &bufferSize), sizeName) &&
-               createStateAndBuffer(stateSize, bufferSize) &&
-               prepared(
-                   init(nullptr, 5, Ratio.value(), border, values, srcType(), channels(), state()),
-                   initName);
+        return createBuffersBy(pState, pBuffer, size, large, srcType(), channels()) &&
+               prepared(init, nullptr, 5, Ratio.value(), border, values, srcType(), channels(),
+                        state());
     }
 
     bool isDown() const { return func().baseName().startsWith("PyramidLayerDown"); }

@@ -59,19 +59,15 @@ inline int discs(int x, int y) {
     return dx * dx + dy * dy <= radius * radius ? 255 : 0;
 }
 
-class RegionTest : public ppTest {
+class InPlaceTest : public ppTest {
   public:
     using ppTest::ppTest;
 
   protected:
-    // What the function works on.
-    virtual bool drawImage(ppImage& image) = 0;
-    // Asks the library for the size of the work buffer; 0, unless a module asks: the function has none.
-    virtual bool bufferSize(int& size) {
-        size = 0;
-        return true;
-    }
-    // Registers what the function takes besides the image.
+    virtual bool createImages() = 0;
+    // Makes the work buffer of a function that has one.
+    virtual bool createBuffer() { return true; }
+    // Registers what the function takes besides the images.
     virtual void regOwnParms() {}
 
     bool canStart() override {
@@ -98,22 +94,19 @@ class RegionTest : public ppTest {
     double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
     psString getUnit() override { return "pxch"; }
 
-    ZmoDataType dataType() const {
-        return static_cast<ZmoDataType>(ppFunc::zmoType(func().srcType()));
-    }
+    ZmoDataType dataType() const { return libraryType(func().srcType()); }
+};
 
-    // The share of pixels of the result for which counts(value) holds, in percent.
-    template <class Counts>
-    double share(const ppImage& image, Counts counts) const {
-        double n = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) n += counts(image.getImageAt(x, y, 0)) ? 1 : 0;
-        }
-        return 100.0 * n / roi.width / roi.height;
-    }
+// One image, drawn anew for each set.
+class RegionTest : public InPlaceTest {
+  public:
+    using InPlaceTest::InPlaceTest;
 
-  private:
-    bool createImages() {
+  protected:
+    // What the function works on.
+    virtual bool drawImage(ppImage& image) = 0;
+
+    bool createImages() override {
         const bool inPlace = func().inplace();
         pDst.init(func(), ppArgDst);
         if (!pDst.createImage(roi.width, roi.height, 0, ppMisalign(inPlace ? 0 : 1))) return false;
@@ -123,11 +116,6 @@ class RegionTest : public ppTest {
         if (!pSrc.createImage(roi.width, roi.height, 0, ppMisalign(0))) return false;
         srcStep = pSrc.step();
         return drawImage(pSrc);
-    }
-
-    bool createBuffer() {
-        int size = 0;
-        return bufferSize(size) && (size == 0 || pBuffer.create(size));
     }
 };
 

@@ -4,18 +4,14 @@
 
 #include <algorithm>
 
+#include "derivatives.h"
 #include "pixels.h"
 #include "zmocv.h"
-#include "zmoi.h"
 
 namespace squares {
 
 using namespace pixels;
 
-PP_SERVICE(zmoiFilterSobelVertBorderGetBufferSize);
-PP_SERVICE(zmoiFilterSobelHorizBorderGetBufferSize);
-PP_SERVICE(zmoiFilterSobelVertBorder_8u16s_C1R);
-PP_SERVICE(zmoiFilterSobelHorizBorder_8u16s_C1R);
 PP_SERVICE(zmoiCannyGetSize);
 PP_SERVICE(zmoiCanny_16s8u_C1R);
 
@@ -67,28 +63,11 @@ class SquareTest : public PixelTest {
         ppImage dx(pp16s, 1, false);
         ppImage dy(pp16s, 1, false);
         ppBuffer buffer;
-        int sizes[3] = {};
         return dx.createImage(roi.width, roi.height) && dy.createImage(roi.width, roi.height) &&
-               prepared(lib_zmoiFilterSobelVertBorderGetBufferSize(roi, zmoiMask3x3, zmo8u, 1,
-                                                                   &sizes[0]),
-                        "zmoiFilterSobelVertBorderGetBufferSize") &&
-               prepared(lib_zmoiFilterSobelHorizBorderGetBufferSize(roi, zmoiMask3x3, zmo8u, 1,
-                                                                    &sizes[1]),
-                        "zmoiFilterSobelHorizBorderGetBufferSize") &&
-               prepared(lib_zmoiCannyGetSize(roi, &sizes[2]), "zmoiCannyGetSize") &&
-               buffer.create(std::max({sizes[0], sizes[1], sizes[2]})) &&
-               prepared(lib_zmoiFilterSobelVertBorder_8u16s_C1R(
-                            picture.ptr8u(), picture.step(), dx.ptr16s(), dx.step(), roi,
-                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
-                        "zmoiFilterSobelVertBorder_8u16s_C1R") &&
-               prepared(lib_zmoiFilterSobelHorizBorder_8u16s_C1R(
-                            picture.ptr8u(), picture.step(), dy.ptr16s(), dy.step(), roi,
-                            zmoiMask3x3, zmoiBorderReplicate, nullptr, buffer.get()),
-                        "zmoiFilterSobelHorizBorder_8u16s_C1R") &&
-               prepared(lib_zmoiCanny_16s8u_C1R(dx.ptr16s(), dx.step(), dy.ptr16s(), dy.step(),
-                                                edges.ptr8u(), edges.step(), roi, low, high,
-                                                zmoiNormL2, buffer.get()),
-                        "zmoiCanny_16s8u_C1R");
+               derivatives::deriveBytes(picture, dx, dy) &&
+               createBufferBy(buffer, lib_zmoiCannyGetSize, roi) &&
+               prepared(lib_zmoiCanny_16s8u_C1R, dx.ptr16s(), dx.step(), dy.ptr16s(), dy.step(),
+                        edges.ptr8u(), edges.step(), roi, low, high, zmoiNormL2, buffer.get());
     }
 
     // The number of pixels that are not 0.

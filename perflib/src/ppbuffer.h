@@ -2,6 +2,8 @@
 // an element type.
 #pragma once
 
+#include <cstdint>
+
 #include "psdata.h"
 
 class ppBuffer {
@@ -11,12 +13,8 @@ class ppBuffer {
     ppBuffer& operator=(const ppBuffer&) = delete;
     ~ppBuffer() { release(); }
 
-    // False, after the allocator's message, when there is no memory.
-    bool create(int size) {
-        release();
-        m_data = psMalloc(size, 0, 0, psBufferOwner());
-        return m_data != nullptr;
-    }
+    // False, after a message, when there is no memory.
+    bool create(int64_t size);
     void release() {
         psFree(m_data);
         m_data = nullptr;

@@ -172,3 +172,11 @@ double ppSelectedShare(const ppImage& mask) {
     }
     return selected / mask.width() / mask.height();
 }
+
+double ppMeanOf(const ppImage& image) {
+    double sum = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) sum += image.getImageAt(x, y, 0);
+    }
+    return sum / image.width() / image.height();
+}

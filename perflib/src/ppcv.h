@@ -3,9 +3,8 @@
 #pragma once
 
 #include "ppdefault.h"
+#include "ppimage.h"
 #include "pppicture.h"
-
-class ppImage;
 
 extern psIterator<ZmoiSize> ImageSize;
 extern psIterator<ZmoiSize> MaskSize;  // of a filter's kernel or a structuring element
@@ -25,3 +24,15 @@ bool ppDrawSource(ppImage& image, int frame = 0);
 bool ppDrawMask(ppImage& mask, int percent);
 // The share of the pixels that such a mask selects.
 double ppSelectedShare(const ppImage& mask);
+
+// The share of the pixels for whose first channel counts(value) holds.
+template <class Counts>
+double ppShareOf(const ppImage& image, Counts counts) {
+    double n = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) n += counts(image.getImageAt(x, y, 0)) ? 1 : 0;
+    }
+    return n / image.width() / image.height();
+}
+// The mean of the first channel.
+double ppMeanOf(const ppImage& image);

@@ -1,6 +1,10 @@
 // Base class of every test of a library function.
 #pragma once
 
+#include <cstdint>
+#include <type_traits>
+
+#include "ppbuffer.h"
 #include "ppfunc.h"
 #include "ppimage.h"
 #include "psiterator.h"
@@ -23,6 +27,35 @@ class ppTest : public psTest {
     psResult checkStatus(int status) const { return checkStatus(status, funcName()); }
 
     const ppFunc& func() const { return m_func; }
+
+    // Calls a service function that prepares data. False, after a message, when it failed.
+    template <class Service, class... Args>
+    static bool prepared(const Service& service, Args... args) {
+        return !isFailure(checkStatus(service(args...), service.name()));
+    }
+
+    // Makes a work buffer, or a state and a work buffer, of the sizes that a service function stores
+    // through its last arguments, of int or of int64_t.
+    template <class Query, class... Args>
+    static bool createBufferBy(ppBuffer& buffer, const Query& query, Args... args) {
+        using Int = std::conditional_t<std::is_invocable_v<Query, Args..., int*>, int, int64_t>;
+        Int size = 0;
+        return prepared(query, args..., &size) && buffer.create(size);
+    }
+    template <class Query, class... Args>
+    static bool createBuffersBy(ppBuffer& state, ppBuffer& buffer, const Query& query,
+                                Args... args) {
+        using Int =
+            std::conditional_t<std::is_invocable_v<Query, Args..., int*, int*>, int, int64_t>;
+        Int stateSize = 0;
+        Int bufferSize = 0;
+        return prepared(query, args..., &stateSize, &bufferSize) && state.create(stateSize) &&
+               buffer.create(bufferSize);
+    }
+
+    static ZmoDataType libraryType(ppType type) {
+        return static_cast<ZmoDataType>(ppFunc::zmoType(type));
+    }
 
     static bool m_checkErrorsOnly;  // positive statuses are not reported
 
@@ -54,11 +87,6 @@ class ppTest : public psTest {
     // the cache and then until it does not; the data are made anew each time.
     void regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image);
     void regCacheParm(psIterator<ZmoiSize>& size);
-
-    // True when a preparation step did not fail.
-    static bool prepared(int status, const char* name) {
-        return !isFailure(checkStatus(status, name));
-    }
 
   private:
     void regCacheParm(psIterator<ZmoiSize>& size, const ppImage* image);
