@@ -1,27 +1,12 @@
-// Library functions called by their prototypes alone: images with their steps, the mask behind the
-// sources, the region, then the function's own values and pointers to its results. A family's test
-// needs a table of functions and an oracle; pixels are told as doubles, which hold all types exactly.
+// Library functions called with what a test has: among the arguments an image stands for its first pixel
+// and its step, a buffer for its address. Both are guarded, and every call is checked for what it wrote.
 #pragma once
 
-#include <string_view>
-#include <utility>
-#include <variant>
+#include <algorithm>
 
 #include "kit.h"
 
 namespace kit {
-
-using AnyImage =
-    std::variant<Image<Zmo8u>, Image<Zmo16u>, Image<Zmo32s>, Image<Zmo32f>, Image<Zmo64f>>;
-
-// The largest value of an integer type, 0 for floats.
-inline double mostOf(const AnyImage& image) {
-    return std::visit(
-        []<class T>(const Image<T>&) -> double {
-            return std::is_integral_v<T> ? static_cast<double>(std::numeric_limits<T>::max()) : 0;
-        },
-        image);
-}
 
 // The bytes of an argument or of a result.
 struct Slot {
@@ -42,163 +27,213 @@ struct Slot {
     }
     bool operator==(const Slot&) const = default;
 };
-inline std::ostream& operator<<(std::ostream& out, const Slot& slot) {
-    return out << slot.as<double>() << " (64f), " << slot.as<float>() << " (32f), "
-               << slot.as<ZmoiPoint>().x << ", " << slot.as<ZmoiPoint>().y << " (point)";
-}
 using Arguments = std::vector<Slot>;
 
+// What a prototype tells of one argument.
 struct Parameter {
-    bool constant = false;
-    bool size = false;
-    bool integer = false;
-    int element = 0;  // bytes, of what a pointer points to
-    AnyImage (*makeImage)(ZmoiSize, Layout, int channels) = nullptr;
-    Slot (*fromDouble)(double) = nullptr;
+    bool pointer = false;
+    bool constant = false;                                     // what it points to
+    int element = 0;                                           // bytes of that, 0 if opaque
+    Slot (*fromNumber)(double) = nullptr;                      // of arithmetic types
+    Slot (*stretched)(Slot, int width, int height) = nullptr;  // of sizes
 };
 
 template <class A>
 Parameter parameterOf() {
     Parameter p;
-    p.size = std::is_same_v<A, ZmoiSize>;
-    p.integer = std::is_same_v<A, int>;
     if constexpr (std::is_pointer_v<A>) {
-        using Element = std::remove_const_t<std::remove_pointer_t<A>>;
-        p.constant = std::is_const_v<std::remove_pointer_t<A>>;
-        p.element = sizeof(Element);
-        if constexpr (std::is_constructible_v<AnyImage, Image<Element>>) {
-            p.makeImage = [](ZmoiSize size, Layout layout, int channels) -> AnyImage {
-                return Image<Element>(size, layout, 0, channels);
-            };
-        }
+        using Element = std::remove_pointer_t<A>;
+        p.pointer = true;
+        p.constant = std::is_const_v<Element>;
+        if constexpr (requires { sizeof(Element); }) p.element = sizeof(Element);
     } else if constexpr (std::is_enum_v<A>) {
-        p.fromDouble = [](double value) {
+        p.fromNumber = [](double value) {
             return Slot::of(static_cast<A>(static_cast<int>(value)));
         };
     } else if constexpr (std::is_arithmetic_v<A>) {
-        p.fromDouble = [](double value) { return Slot::of(static_cast<A>(value)); };
+        p.fromNumber = [](double value) { return Slot::of(static_cast<A>(value)); };
+    } else if constexpr (std::is_same_v<A, ZmoiSize> || std::is_same_v<A, ZmoiSizeL>) {
+        p.stretched = [](Slot slot, int width, int height) {
+            const A size = slot.as<A>();
+            return Slot::of(A{size.width * width, size.height * height});
+        };
     }
     return p;
 }
 
-class Function {
+// A number for an argument of any arithmetic type, a pointer, or a record of the argument's own type.
+class Value {
   public:
-    template <class... A>
-    Function(const char* name, ZmoStatus (*run)(A...))
-        : m_name(name), m_parameters{parameterOf<A>()...}, m_run([run](const Arguments& a) {
-              return apply(run, a, std::index_sequence_for<A...>());
-          }) {
-        sortParameters();
-    }
-
-    const char* name() const { return m_name; }
-    bool isNamed(std::string_view part) const {
-        return std::string_view(m_name).find(part) != std::string_view::npos;
-    }
-    bool masked() const { return m_masked; }
-    bool inPlace() const { return m_inPlace; }
-    const Parameter& parameter(size_t i) const { return m_parameters[i]; }
-    size_t parameters() const { return m_parameters.size(); }
-    // The places of arguments of one kind, in their order.
-    const std::vector<size_t>& images() const { return m_images; }
-    const std::vector<size_t>& sizes() const { return m_sizes; }
-    const std::vector<size_t>& values() const { return m_values; }
-    const std::vector<size_t>& results() const { return m_results; }
-    // Of an image: the mask has one.
-    int channels(size_t image) const;
-    ZmoStatus operator()(const Arguments& arguments) const { return m_run(arguments); }
-
-    // One of the function's own values that is wrong.
-    Fault<Arguments> bad(size_t value, double with, ZmoStatus status) const;
-
-  private:
-    template <class... A, size_t... i>
-    static ZmoStatus apply(ZmoStatus (*run)(A...), const Arguments& a, std::index_sequence<i...>) {
-        return run(a[i].template as<A>()...);
-    }
-    void sortParameters();
-
-    const char* m_name;
-    std::vector<Parameter> m_parameters;
-    std::function<ZmoStatus(const Arguments&)> m_run;
-    bool m_masked = false;
-    bool m_inPlace = false;
-    int m_srcChannels = 1;
-    int m_dstChannels = 1;
-    std::vector<size_t> m_images;
-    std::vector<size_t> m_sizes;
-    std::vector<size_t> m_values;
-    std::vector<size_t> m_results;
-};
-
-// A call with images of its own. Constant images are sources, the last the mask if there is one; the
-// others are targets.
-class Call {
-  public:
-    // larger tells by how much an image's sides exceed the region's.
-    Call(const Function& function, ZmoiSize roi, Layout layout,
-         const std::function<ZmoiSize(size_t image)>& larger = {});
-
-    const Function& function() const { return m_function; }
-    ZmoiSize roi() const { return m_roi; }
-    const AnyImage& image(size_t i) const { return m_images[i]; }
-    ZmoiSize sizeOf(size_t image) const {
-        return std::visit([](const auto& i) { return i.size(); }, m_images[image]);
-    }
-    double get(size_t image, int x, int y, int channel = 0) const;
-    void set(size_t image, int x, int y, int channel, double value);
-    template <class Draw>
-    void fill(size_t image, Draw draw) {
-        std::visit([&](auto& i) { i.fill(draw); }, m_images[image]);
-    }
-    // Sources with the first, targets with the second; the mask stays.
-    template <class Draw, class DrawTarget>
-    void fillAll(Draw draw, DrawTarget drawTarget) {
-        for (size_t i = 0; i < m_images.size(); ++i) {
-            if (isMask(i)) continue;
-            if (m_function.parameter(m_function.images()[i]).constant) {
-                fill(i, draw);
-            } else {
-                fill(i, drawTarget);
-            }
+    template <class V>
+    Value(V value) {
+        if constexpr (std::is_arithmetic_v<V> || std::is_enum_v<V>) {
+            m_number = static_cast<double>(value);
+        } else if constexpr (!std::is_null_pointer_v<V>) {
+            m_slot = Slot::of(value);
         }
     }
-    Image<Zmo8u>& mask() { return std::get<Image<Zmo8u>>(m_images[maskAt()]); }
-    bool selects(int x, int y) const { return !m_function.masked() || get(maskAt(), x, y) != 0; }
-
-    // The function's own values, and all sizes but the region.
-    void setValue(size_t i, double value);
-    template <class A>
-    void setValueTo(size_t i, A value) {
-        m_values[i] = Slot::of(value);
-    }
-    void setSize(size_t i, ZmoiSize size) { m_sizes[i] = size; }
-    // Elements that an image's step must hold, if not a row of the image.
-    void setRowNeeded(size_t image, int elements) { m_rows[image] = elements; }
-
-    Arguments arguments();
-    // Watched; sources stay as they are, and so does everything around the targets.
-    ZmoStatus run();
-    const std::vector<Slot>& results() const { return m_results; }
-    // Every pixel of a target has the bits that expected(x, y, channel) tells.
-    void expectTarget(size_t image, const std::function<double(int, int, int)>& expected) const;
-    // Of the arguments in general, then `own`, in this order; nothing is written.
-    void expectBadArguments(const std::vector<Fault<Arguments>>& own);
+    Slot as(const Parameter& p) const { return p.fromNumber ? p.fromNumber(m_number) : m_slot; }
+    double number() const { return m_number; }
 
   private:
-    size_t maskAt() const;
-    bool isMask(size_t image) const { return m_function.masked() && image == maskAt(); }
-    bool isConstant(size_t image) const {
-        return m_function.parameter(m_function.images()[image]).constant;
-    }
-
-    const Function& m_function;
-    ZmoiSize m_roi;
-    std::vector<AnyImage> m_images;
-    std::vector<int> m_rows;
-    std::vector<ZmoiSize> m_sizes;
-    std::vector<Slot> m_values;
-    std::vector<Slot> m_results;
+    double m_number = 0;
+    Slot m_slot;
 };
+
+// Arguments, counted from 0 in the prototype, with values that the function must refuse.
+struct Wrong {
+    struct Argument {
+        size_t place;
+        Value value;
+    };
+    Wrong(size_t place, Value value, ZmoStatus code) : arguments{{place, value}}, status(code) {}
+    Wrong(std::vector<Argument> several, ZmoStatus code)
+        : arguments(std::move(several)), status(code) {}
+
+    std::vector<Argument> arguments;
+    ZmoStatus status;
+};
+
+// A block whose address stands among the arguments; with a step behind it if the row has bytes.
+struct Guard {
+    const Block* block;
+    size_t place;
+    int64_t rowBytes;
+};
+
+// A call of which arguments can be exchanged.
+struct Call {
+    std::vector<Parameter> parameters;
+    std::vector<size_t> exempt;  // places where null pointers and all sizes are right
+    std::vector<Guard> guards;
+    Arguments good;
+    std::function<ZmoStatus(const Arguments&)> run;
+};
+
+// The call succeeds; it refuses null pointers, empty regions, steps that are too short, negative or no
+// multiple of the element, and what else is wrong, and writes nothing then. Of two faults the earlier
+// decides: pointers, sizes, steps, then the function's own values in the order told.
+void expectBadArguments(const Call& call, std::vector<Wrong> wrong);
+
+// ---- Calls by prototype
+
+template <class... P>
+std::function<ZmoStatus(const Arguments&)> withArguments(ZmoStatus (*function)(P...)) {
+    return [&]<size_t... i>(std::index_sequence<i...>) {
+        return [function](const Arguments& a) { return function(a[i].template as<P>()...); };
+    }
+    (std::index_sequence_for<P...>());
+}
+
+// A pointer that may be null, or a size that is no region's.
+template <class T>
+struct Exempt {
+    T value;
+    std::tuple<T> arguments() const { return {value}; }
+};
+template <class T>
+Exempt<T> exempt(T value) {
+    return {value};
+}
+
+// The arguments that a given thing stands for.
+template <class G>
+auto argumentsOf(G& given) {
+    if constexpr (requires { given.arguments(); }) {
+        return given.arguments();
+    } else {
+        return std::tuple<std::remove_cv_t<G>>(given);
+    }
+}
+
+// visit(place of the first argument, number of arguments, what is given)
+template <class Visit, class... G>
+void forEachGiven(Visit visit, G&... given) {
+    size_t place = 0;
+    const auto next = [&](auto& one) {
+        constexpr size_t count = std::tuple_size_v<decltype(argumentsOf(one))>;
+        visit(place, count, one);
+        place += count;
+    };
+    (next(given), ...);
+}
+
+template <class... G>
+std::vector<Guard> guardsOf(G&... given) {
+    std::vector<Guard> guards;
+    const auto add = [&]<class One>(size_t place, size_t count, One& one) {
+        if constexpr (std::is_base_of_v<Block, One>) {
+            guards.push_back({&one, place, count == 2 ? one.rowBytes() : 0});
+        } else if constexpr (requires { one.block; }) {
+            if (one.block != nullptr) guards.push_back({one.block, place, 0});
+        }
+    };
+    forEachGiven(add, given...);
+    return guards;
+}
+
+// Constant blocks stay as they are; of the others, all but the rows.
+template <class... P, class... G>
+ZmoStatus runUnwatched(ZmoStatus (*function)(P...), G&&... given) {
+    static constexpr bool constant[] = {std::is_const_v<std::remove_pointer_t<P>>...};
+    const std::vector<Guard> guards = guardsOf(given...);
+    for (const Guard& guard : guards) guard.block->snapshot();
+    const std::tuple<P...> arguments = std::tuple_cat(argumentsOf(given)...);
+    const ZmoStatus status = std::apply(function, arguments);
+    for (const Guard& guard : guards) {
+        const std::string name = "argument " + std::to_string(guard.place);
+        if (constant[guard.place]) {
+            guard.block->expectUntouched(name);
+        } else {
+            guard.block->expectSurroundingsUntouched(name);
+        }
+    }
+    return status;
+}
+template <class... P, class... G>
+ZmoStatus run(ZmoStatus (*function)(P...), G&&... given) {
+    return watched([&] { return runUnwatched(function, given...); });
+}
+template <class... P, class... G>
+void succeed(ZmoStatus (*function)(P...), G&&... given) {
+    EXPECT_EQ(run(function, given...), zmoStsNoErr);
+}
+
+template <class... P, class... G>
+void expectBadArguments(ZmoStatus (*function)(P...), std::vector<Wrong> wrong, G&&... given) {
+    const std::tuple<P...> arguments = std::tuple_cat(argumentsOf(given)...);
+    Call call{{parameterOf<P>()...}, {}, guardsOf(given...), {}, withArguments(function)};
+    const auto add = [&]<class One>(size_t place, size_t, One&) {
+        if constexpr (requires { exempt(std::declval<One>().value); }) call.exempt.push_back(place);
+    };
+    forEachGiven(add, given...);
+    std::apply([&](const auto&... a) { call.good = {Slot::of(a)...}; }, arguments);
+    expectBadArguments(call, std::move(wrong));
+}
+
+// A state or a work buffer for what query(..., &size) tells.
+template <class Query, class... Args>
+Buffer bufferOf(Query query, Args... args) {
+    int bytes = 0;
+    EXPECT_EQ(query(args..., &bytes), zmoStsNoErr);
+    return Buffer(bytes);
+}
+
+// Of a function that fills a list on any address: call(list, count) writes as many of the expected
+// entries as there is room for, tells their number, and notes when that is not all.
+template <class T, class Call>
+void expectList(const std::vector<T>& expected, int room, Call call) {
+    const int all = static_cast<int>(expected.size());
+    const int count = std::min(room, all);
+    Image<T> list({count, 1}, {1, 0});
+    int found = -1;
+    EXPECT_EQ(watched([&] { return call(list.ptr(), &found); }),
+              all > room ? zmoStsTruncated : zmoStsNoErr);
+    EXPECT_EQ(found, count);
+    for (int i = 0; i < count; ++i) {
+        EXPECT_TRUE(sameBits(list.get(i, 0), expected[static_cast<size_t>(i)])) << "entry " << i;
+    }
+    list.expectSurroundingsUntouched("list");
+}
 
 }  // namespace kit

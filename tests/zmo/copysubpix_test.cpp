@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include "call.h"
+#include "anycall.h"
 #include "oracle/sample.h"
 #include "zmocv.h"
 
@@ -25,15 +25,15 @@ struct Valid {
 };
 
 // A window of the size roi at `corner` of an image.
-class Case : public kit::Call {
+class Case : public kit::AnyCall {
   public:
     Case(const Row& row, ZmoiSize image, ZmoiSize window, kit::Layout layout, ZmoiPoint32f corner)
-        : Call(row.function, window, layout,
-               [&](size_t i) {
-                   return i == 0
-                              ? ZmoiSize{image.width - window.width, image.height - window.height}
-                              : ZmoiSize{0, 0};
-               }),
+        : AnyCall(row.function, window, layout,
+                  [&](size_t i) {
+                      return i == 0 ? ZmoiSize{image.width - window.width,
+                                               image.height - window.height}
+                                    : ZmoiSize{0, 0};
+                  }),
           left(corner.x),
           top(corner.y),
           intersect(row.intersect) {
@@ -82,15 +82,11 @@ class Case : public kit::Call {
   private:
     Valid validPart() const {
         Valid part;
-        bool any = false;
-        for (int y = 0; y < roi().height; ++y) {
-            for (int x = 0; x < roi().width; ++x) {
-                if (!left.valid(x, sizeOf(0).width) || !top.valid(y, sizeOf(0).height)) continue;
-                if (!any) part.first = {x, y};
-                part.last = {x, y};
-                any = true;
-            }
-        }
+        kit::forEachPixel(roi(), [&](int x, int y) {
+            if (!left.valid(x, sizeOf(0).width) || !top.valid(y, sizeOf(0).height)) return;
+            if (part.last.x < 0) part.first = {x, y};
+            part.last = {x, y};
+        });
         return part;
     }
 
@@ -214,12 +210,10 @@ TEST(CopySubpix, BadArguments) {
         const kit::Function& f = row.function;
         // The fraction needs a row and a column more than the window has.
         Case c(row, {13, 5}, {12, 4}, {}, {0.5F, 0.5F});
-        std::vector<kit::Fault<kit::Arguments>> faults;
+        std::vector<kit::Wrong> faults;
         if (row.intersect) {
-            for (const ZmoiPoint32f corner : {ZmoiPoint32f{NAN, 1}, ZmoiPoint32f{1, -HUGE_VALF}})
-                faults.push_back({"corner", zmoStsRangeErr, [=, &f](kit::Arguments& a) {
-                                      a[f.values()[0]] = kit::Slot::of(corner);
-                                  }});
+            faults = {f.bad(0, ZmoiPoint32f{NAN, 1}, zmoStsRangeErr),
+                      f.bad(0, ZmoiPoint32f{1, -HUGE_VALF}, zmoStsRangeErr)};
         } else {
             faults = {f.bad(0, 1, zmoStsRangeErr), f.bad(1, -0x1p-30, zmoStsRangeErr),
                       f.bad(1, NAN, zmoStsRangeErr)};

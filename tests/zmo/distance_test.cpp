@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kit.h"
+#include "call.h"
 #include "zmocv.h"
 
 namespace {
@@ -9,297 +9,184 @@ namespace {
 constexpr double unreached = std::numeric_limits<double>::infinity();
 
 // Lengths of the shortest paths to the zero pixels, found by trying all steps until nothing changes.
-std::vector<double> chamferLengths(const kit::Image<Zmo8u>& src, const std::vector<double>& steps) {
+template <class Metric>
+kit::Image<double> chamferLengths(const kit::Image<Zmo8u>& src, const std::vector<Metric>& steps) {
     const ZmoiSize size = src.size();
-    const auto at = [&](int x, int y) {
-        return static_cast<size_t>(y) * static_cast<size_t>(size.width) + static_cast<size_t>(x);
-    };
-    std::vector<double> lengths;
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            lengths.push_back(src.get(x, y) == 0 ? 0 : unreached);
-        }
-    }
+    kit::Image<double> lengths(size);
+    lengths.fill([&](int x, int y) { return src.get(x, y) == 0 ? 0 : unreached; });
+    bool improved = true;
     const auto improve = [&](int x, int y) {
-        bool improved = false;
         for (int dy = -2; dy <= 2; ++dy) {
             for (int dx = -2; dx <= 2; ++dx) {
                 // 1, 2 and 5 are the squared lengths of the three kinds of steps.
                 const int square = dx * dx + dy * dy;
                 const size_t kind = square == 1 ? 0 : square == 2 ? 1 : square == 5 ? 2 : 9;
-                if (kind >= steps.size() || x + dx < 0 || y + dy < 0 || x + dx >= size.width ||
-                    y + dy >= size.height) {
-                    continue;
-                }
-                const double length = lengths[at(x + dx, y + dy)] + steps[kind];
-                if (length >= lengths[at(x, y)]) continue;
-                lengths[at(x, y)] = length;
+                if (kind >= steps.size() || !kit::contains(size, x + dx, y + dy)) continue;
+                const double length = lengths.get(x + dx, y + dy) + steps[kind];
+                if (length >= lengths.get(x, y)) continue;
+                lengths.set(x, y, length);
                 improved = true;
             }
         }
-        return improved;
     };
-    for (bool improved = true; improved;) {
+    while (improved) {
         improved = false;
-        for (int y = 0; y < size.height; ++y) {
-            for (int x = 0; x < size.width; ++x) improved |= improve(x, y);
-        }
+        kit::forEachPixel(size, improve);
     }
     return lengths;
-}
-
-// All arguments that any of the functions takes.
-template <class T>
-struct Args {
-    const Zmo8u* pSrc;
-    int srcStep;
-    T* pDst;
-    int dstStep;
-    ZmoiSize roi;
-    std::vector<double> values;  // metrics or radius
-    Zmo8u* pBuffer;
-};
-
-template <class T>
-struct Function {
-    const char* name;
-    size_t values;
-    ZmoStatus (*run)(const Args<T>&);
-    ZmoStatus (*bufferSize)(ZmoiSize, ZmoDataType, int, int*);
-};
-
-// No metrics at all stand for a null pointer.
-template <class T, class Metric>
-ZmoStatus callChamfer(ZmoStatus (*run)(const Zmo8u*, int, T*, int, ZmoiSize, const Metric*),
-                      const Args<T>& a) {
-    std::vector<Metric> metrics;
-    for (const double value : a.values) metrics.push_back(static_cast<Metric>(value));
-    return run(a.pSrc, a.srcStep, a.pDst, a.dstStep, a.roi,
-               metrics.empty() ? nullptr : metrics.data());
-}
-
-#define CHAMFER(size, types)                                                            \
-    {                                                                                   \
-#size "x" #size "_" #types, size / 2 + 1, [](const auto& a) {                         \
-            return callChamfer(zmoiDistanceTransform_##size##x##size##_##types##_C1R, a);     \
-        }, nullptr \
-    }
-
-std::vector<Function<Zmo8u>> functions(Zmo8u) {
-    return {CHAMFER(3, 8u), CHAMFER(5, 8u)};
-}
-std::vector<Function<Zmo16u>> functions(Zmo16u) {
-    return {CHAMFER(3, 8u16u), CHAMFER(5, 8u16u)};
-}
-std::vector<Function<Zmo32f>> functions(Zmo32f) {
-    return {CHAMFER(3, 8u32f), CHAMFER(5, 8u32f)};
-}
-
-const Function<Zmo32f> euclidean = {"TrueDistanceTransform", 0,
-                                    [](const auto& a) {
-                                        return zmoiTrueDistanceTransform_8u32f_C1R(
-                                            a.pSrc, a.srcStep, a.pDst, a.dstStep, a.roi, a.pBuffer);
-                                    },
-                                    zmoiTrueDistanceTransformGetBufferSize};
-const Function<Zmo32f> marching = {"FastMarching", 1,
-                                   [](const auto& a) {
-                                       return zmoiFastMarching_8u32f_C1R(
-                                           a.pSrc, a.srcStep, a.pDst, a.dstStep, a.roi,
-                                           static_cast<float>(a.values.at(0)), a.pBuffer);
-                                   },
-                                   zmoiFastMarchingGetBufferSize};
-
-// Runs at every level and hands the result to check.
-template <class T, class Check>
-void run(const Function<T>& function, const kit::Image<Zmo8u>& src, kit::Layout layout,
-         const std::vector<double>& values, Check check) {
-    int bytes = 64;
-    if (function.bufferSize) {
-        EXPECT_EQ(function.bufferSize(src.size(), zmo8u, 1, &bytes), zmoStsNoErr);
-    }
-    std::vector<kit::Image<T>> results;
-    kit::forEachLevel([&] {
-        kit::Image<T> dst(src.size(), layout);
-        kit::Buffer buffer(bytes);
-        kit::succeed([&] {
-            return function.run(
-                {src.ptr(), src.step(), dst.ptr(), dst.step(), src.size(), values, buffer.ptr()});
-        });
-        dst.expectSurroundingsUntouched("distances");
-        buffer.expectSurroundingsUntouched();
-        results.push_back(dst);
-    });
-    src.expectUntouched("source");
-    for (const auto& result : results) EXPECT_TRUE(kit::samePixels(result, results[0]));
-    check(results[0]);
 }
 
 // Few zero pixels, and none, one or all in some images.
 template <class Body>
 void forEachSource(uint64_t stream, Body body) {
     kit::Random random(stream);
-    int turn = 0;
+    size_t turn = 0;
     for (const ZmoiSize size : kit::sizes()) {
-        const kit::Layout layout = kit::layouts()[static_cast<size_t>(turn) % 4];
+        const kit::Layout layout = kit::layouts()[turn % 4];
         for (const int zeros : {0, 1, 30, 1000}) {
             SCOPED_TRACE(testing::Message() << size << " " << layout << " zeros " << zeros);
             kit::Image<Zmo8u> src(size, {layout.misalign + 3, layout.padding + 1});
             src.fill([&] { return random.between(0, 999) < zeros ? 0 : random.between(1, 255); });
             if (zeros == 1) src.set(static_cast<int>(random.between(0, size.width - 1)), 0, 0);
-            src.snapshot();
-            body(src, layout, static_cast<size_t>(turn++));
+            body(src, layout, turn++);
         }
     }
 }
 
-template <class T>
-void expectShortestPaths(const std::vector<std::vector<double>>& metrics) {
-    for (const auto& function : functions(T())) {
-        SCOPED_TRACE(function.name);
-        forEachSource(81, [&](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t turn) {
-            std::vector<double> steps = metrics[turn % metrics.size()];
-            steps.resize(function.values);
-            const std::vector<double> lengths = chamferLengths(src, steps);
-            size_t i = 0;
-            const auto expected = [&](int, int) {
-                return std::min<double>(lengths[i++], std::numeric_limits<T>::max());
-            };
-            run(function, src, layout, steps,
-                [&](const kit::Image<T>& dst) { kit::expectPixels(dst, expected); });
+template <class T, class Metric>
+using Chamfer = ZmoStatus (*)(const Zmo8u*, int, T*, int, ZmoiSize, const Metric*);
+using InPlace = ZmoStatus (*)(Zmo8u*, int, ZmoiSize, const Zmo32s*);
+
+// The form in place, which only 8u has, gives the same.
+template <class T, class Metric>
+void expectShortestPaths(const char* name, Chamfer<T, Metric> function, InPlace inPlace,
+                         const std::vector<std::vector<Metric>>& metrics) {
+    SCOPED_TRACE(name);
+    forEachSource(81, [&](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t turn) {
+        const std::vector<Metric>& steps = metrics[turn % metrics.size()];
+        const kit::Image<double> lengths = chamferLengths(src, steps);
+        const auto dst = kit::atAllLevels([&] {
+            kit::Image<T> result(src.size(), layout);
+            kit::succeed(function, src, result, src.size(), steps.data());
+            if constexpr (std::is_same_v<T, Zmo8u>) {
+                kit::Image<T> image = src;
+                kit::succeed(inPlace, image, src.size(), steps.data());
+                kit::expectPixels(image, result);
+            }
+            return result;
         });
-    }
+        kit::expectPixels(dst, [&](int x, int y) {
+            return std::min<double>(lengths.get(x, y), std::numeric_limits<T>::max());
+        });
+    });
 }
 
 // The 32f lengths are sums of few quarters: exact.
 TEST(Chamfer, ShortestPaths) {
-    expectShortestPaths<Zmo8u>({{3, 4, 7}, {5, 7, 11}, {100, 150, 220}, {255, 300, 700}});
-    expectShortestPaths<Zmo16u>({{5, 7, 11}, {1000, 1400, 2200}, {40000, 60000, 90000}});
-    expectShortestPaths<Zmo32f>({{1, 1.25, 2.25}, {0.75, 1, 1.75}});
+    expectShortestPaths("3x3 8u", zmoiDistanceTransform_3x3_8u_C1R,
+                        zmoiDistanceTransform_3x3_8u_C1IR,
+                        {{3, 4}, {5, 7}, {100, 150}, {255, 300}});
+    expectShortestPaths("5x5 8u", zmoiDistanceTransform_5x5_8u_C1R,
+                        zmoiDistanceTransform_5x5_8u_C1IR,
+                        {{3, 4, 7}, {5, 7, 11}, {100, 150, 220}, {255, 300, 700}});
+    expectShortestPaths("3x3 16u", zmoiDistanceTransform_3x3_8u16u_C1R, nullptr,
+                        {{5, 7}, {1000, 1400}, {40000, 60000}});
+    expectShortestPaths("5x5 16u", zmoiDistanceTransform_5x5_8u16u_C1R, nullptr,
+                        {{5, 7, 11}, {1000, 1400, 2200}, {40000, 60000, 90000}});
+    expectShortestPaths("3x3 32f", zmoiDistanceTransform_3x3_8u32f_C1R, nullptr,
+                        {{1, 1.25F}, {0.75F, 1}});
+    expectShortestPaths("5x5 32f", zmoiDistanceTransform_5x5_8u32f_C1R, nullptr,
+                        {{1, 1.25F, 2.25F}, {0.75F, 1, 1.75F}});
 }
 
-TEST(Chamfer, InPlaceGivesTheSame) {
-    forEachSource(82, [&](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t) {
-        const Zmo32s metrics[] = {5, 7, 11};
-        for (const auto& function : functions(Zmo8u())) {
-            const auto inPlace = function.values == 2 ? zmoiDistanceTransform_3x3_8u_C1IR
-                                                      : zmoiDistanceTransform_5x5_8u_C1IR;
-            run(function, src, layout, {5, 7, 11}, [&](const kit::Image<Zmo8u>& expected) {
-                kit::forEachLevel([&] {
-                    kit::Image<Zmo8u> image = src;
-                    kit::succeed(
-                        [&] { return inPlace(image.ptr(), image.step(), image.size(), metrics); });
-                    EXPECT_TRUE(kit::samePixels(image, expected));
-                    image.expectSurroundingsUntouched("image");
-                });
-            });
-        }
+// With a work buffer of what the query tells; `own` are the function's own values.
+template <class... P, class Query, class... Own>
+kit::Image<Zmo32f> distances(ZmoStatus (*function)(P...), Query query, const kit::Image<Zmo8u>& src,
+                             kit::Layout layout, Own... own) {
+    return kit::atAllLevels([&] {
+        kit::Image<Zmo32f> dst(src.size(), layout);
+        kit::Buffer buffer = kit::bufferOf(query, src.size(), zmo8u, 1);
+        kit::succeed(function, src, dst, src.size(), own..., buffer);
+        return dst;
     });
 }
 
 TEST(TrueDistance, NearestZeroPixel) {
-    forEachSource(83, [&](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t) {
+    forEachSource(83, [](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t) {
         std::vector<ZmoiPoint> zeros;
-        for (int y = 0; y < src.size().height; ++y) {
-            for (int x = 0; x < src.size().width; ++x) {
-                if (src.get(x, y) == 0) zeros.push_back({x, y});
+        kit::forEachPixel(src.size(), [&](int x, int y) {
+            if (src.get(x, y) == 0) zeros.push_back({x, y});
+        });
+        const auto dst = distances(zmoiTrueDistanceTransform_8u32f_C1R,
+                                   zmoiTrueDistanceTransformGetBufferSize, src, layout);
+        kit::expectPixels(dst, [&](int x, int y) {
+            int64_t least = INT64_MAX;
+            for (const ZmoiPoint p : zeros) {
+                const int64_t dx = x - p.x;
+                const int64_t dy = y - p.y;
+                least = std::min(least, dx * dx + dy * dy);
             }
-        }
-        run(euclidean, src, layout, {}, [&](const kit::Image<Zmo32f>& dst) {
-            kit::expectPixels(dst, [&](int x, int y) {
-                int64_t least = INT64_MAX;
-                for (const ZmoiPoint p : zeros) {
-                    const int64_t dx = x - p.x;
-                    const int64_t dy = y - p.y;
-                    least = std::min(least, dx * dx + dy * dy);
-                }
-                return zeros.empty() ? double{std::numeric_limits<float>::max()}
-                                     : std::sqrt(static_cast<double>(least));
-            });
+            return zeros.empty() ? double{std::numeric_limits<float>::max()}
+                                 : std::sqrt(static_cast<double>(least));
         });
     });
 }
 
 // Each arrival time solves the equation with those of its neighbours, in double precision.
 TEST(FastMarching, TimesSolveTheEquation) {
-    forEachSource(84, [&](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t turn) {
-        const double radius = turn % 2 == 0 ? 4.5 : 1000;
-        run(marching, src, layout, {radius}, [&](const kit::Image<Zmo32f>& dst) {
-            const auto at = [&](int x, int y) {
-                const bool inside =
-                    x >= 0 && y >= 0 && x < src.size().width && y < src.size().height;
-                const double time = inside ? dst.get(x, y) : unreached;
-                return time < radius ? time : unreached;
-            };
-            double worst = 0;
-            for (int y = 0; y < src.size().height; ++y) {
-                for (int x = 0; x < src.size().width; ++x) {
-                    const double a = std::min(at(x - 1, y), at(x + 1, y));
-                    const double b = std::min(at(x, y - 1), at(x, y + 1));
-                    const double near = std::min(a, b);
-                    double want = near + 1;
-                    if (near != unreached && std::fabs(a - b) < 1) {
-                        want = (a + b + std::sqrt(2 - (a - b) * (a - b))) / 2;
-                    }
-                    want = src.get(x, y) == 0 ? 0 : std::min(want, radius);
-                    worst = std::max(worst, std::fabs(want - double{dst.get(x, y)}));
-                }
+    forEachSource(84, [](const kit::Image<Zmo8u>& src, kit::Layout layout, size_t turn) {
+        const float radius = turn % 2 == 0 ? 4.5F : 1000;
+        const auto dst = distances(zmoiFastMarching_8u32f_C1R, zmoiFastMarchingGetBufferSize, src,
+                                   layout, radius);
+        const auto at = [&](int x, int y) {
+            const double time = kit::contains(src.size(), x, y) ? dst.get(x, y) : unreached;
+            return time < radius ? time : unreached;
+        };
+        double worst = 0;
+        kit::forEachPixel(src.size(), [&](int x, int y) {
+            const double a = std::min(at(x - 1, y), at(x + 1, y));
+            const double b = std::min(at(x, y - 1), at(x, y + 1));
+            const double near = std::min(a, b);
+            double want = near + 1;
+            if (near != unreached && std::fabs(a - b) < 1) {
+                want = (a + b + std::sqrt(2 - (a - b) * (a - b))) / 2;
             }
-            EXPECT_LT(worst, 2e-4);
+            want = src.get(x, y) == 0 ? 0 : std::min<double>(want, radius);
+            worst = std::max(worst, std::fabs(want - double{dst.get(x, y)}));
         });
+        EXPECT_LT(worst, 2e-4);
     });
 }
 
-template <class T>
-void expectBadArguments(const Function<T>& function) {
-    using A = Args<T>;
-    SCOPED_TRACE(function.name);
+// Each metric must be positive. dst: nothing, or the image of the lengths.
+template <class Metric, class... P, class... Dst>
+void expectBadMetrics(size_t metrics, ZmoStatus (*function)(P...), Dst... dst) {
+    const Metric rows[][3] = {{2, 2, 2}, {0, 2, 2}, {2, 0, 2}, {2, 2, 0}};
     kit::Image<Zmo8u> src({12, 4});
     src.fill([] { return 3; });
-    kit::Image<T> dst({12, 4});
-    kit::Buffer buffer(4096);
-    std::vector<kit::Fault<A>> faults = {
-        {"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
-        {"null destination", zmoStsNullPtrErr, [](A& a) { a.pDst = nullptr; }},
-        {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-        {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-        {"source step short", zmoStsStepErr, [](A& a) { a.srcStep = 11; }},
-        {"destination step short", zmoStsStepErr,
-         [](A& a) { a.dstStep -= static_cast<int>(sizeof(T)); }},
-    };
-    for (size_t i = 0; i < function.values; ++i) {
-        faults.push_back({"value 0", zmoStsRangeErr, [i](A& a) {
-                              if (a.values.size() > i) a.values[i] = 0;
-                          }});
+    std::vector<kit::Wrong> wrong;
+    for (size_t i = 1; i <= metrics; ++i) {
+        wrong.push_back({sizeof...(P) - 1, &rows[i][0], zmoStsRangeErr});
     }
-    if (function.bufferSize) {
-        faults.insert(faults.begin(),
-                      {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }});
-        int size = -1;
-        EXPECT_EQ(function.bufferSize({4, 4}, zmo8u, 1, nullptr), zmoStsNullPtrErr);
-        EXPECT_EQ(function.bufferSize({4, 0}, zmo16u, 1, &size), zmoStsSizeErr);
-        EXPECT_EQ(function.bufferSize({4, 4}, zmo16u, 3, &size), zmoStsDataTypeErr);
-        EXPECT_EQ(function.bufferSize({4, 4}, zmo8u, 3, &size), zmoStsChannelsErr);
-        EXPECT_EQ(function.bufferSize({INT32_MAX, 2}, zmo8u, 1, &size), zmoStsTooLargeErr);
-        EXPECT_EQ(size, -1);
-    } else {
-        faults.insert(faults.begin(),
-                      {"null metrics", zmoStsNullPtrErr, [](A& a) { a.values.clear(); }});
-    }
-    const std::vector<double> values(function.values, 2);
-    kit::expectFaults(
-        A{src.ptr(), src.step(), dst.ptr(), dst.step(), {12, 4}, values, buffer.ptr()},
-        function.run, faults, [&] {
-            dst.expectUntouched("distances");
-            buffer.expectUntouched();
-        });
+    kit::expectBadArguments(function, wrong, src, dst..., src.size(), &rows[0][0]);
 }
 
 TEST(Distance, BadArguments) {
-    for (const auto& function : functions(Zmo8u())) expectBadArguments(function);
-    for (const auto& function : functions(Zmo16u())) expectBadArguments(function);
-    for (const auto& function : functions(Zmo32f())) expectBadArguments(function);
-    expectBadArguments(euclidean);
-    expectBadArguments(marching);
+    kit::Image<Zmo8u> src({12, 4});
+    kit::Image<Zmo16u> dst16u(src.size());
+    kit::Image<Zmo32f> dst(src.size());
+    kit::Buffer buffer(4096);
+    expectBadMetrics<Zmo32s>(2, zmoiDistanceTransform_3x3_8u_C1R, src);
+    expectBadMetrics<Zmo32s>(3, zmoiDistanceTransform_5x5_8u_C1R, src);
+    expectBadMetrics<Zmo32s>(2, zmoiDistanceTransform_3x3_8u_C1IR);
+    expectBadMetrics<Zmo32s>(3, zmoiDistanceTransform_5x5_8u_C1IR);
+    expectBadMetrics<Zmo32s>(2, zmoiDistanceTransform_3x3_8u16u_C1R, dst16u);
+    expectBadMetrics<Zmo32s>(3, zmoiDistanceTransform_5x5_8u16u_C1R, dst16u);
+    expectBadMetrics<Zmo32f>(2, zmoiDistanceTransform_3x3_8u32f_C1R, dst);
+    expectBadMetrics<Zmo32f>(3, zmoiDistanceTransform_5x5_8u32f_C1R, dst);
+    kit::expectBadArguments(zmoiTrueDistanceTransform_8u32f_C1R, {}, src, dst, src.size(), buffer);
+    kit::expectBadArguments(zmoiFastMarching_8u32f_C1R, {{5, 0, zmoStsRangeErr}}, src, dst,
+                            src.size(), 2, buffer);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "kit.h"
+#include "call.h"
 #include "zmocv.h"
 
 namespace {
@@ -29,42 +29,30 @@ int scoreAt(const kit::Image<Zmo8u>& src, int x, int y, int n) {
 
 kit::Image<Zmo8u> expectedMap(const kit::Image<Zmo8u>& src, int n, int threshold, bool suppress) {
     kit::Image<Zmo8u> scores(src.size(), {}, 1);
-    scores.fill([] { return 0; });
-    for (int y = 0; y < src.size().height; ++y) {
-        for (int x = 0; x < src.size().width; ++x) {
-            const int score = scoreAt(src, x, y, n);
-            scores.set(x, y, static_cast<Zmo8u>(score > threshold ? score : 0));
-        }
-    }
+    scores.fill([&](int x, int y) {
+        const int score = scoreAt(src, x, y, n);
+        return score > threshold ? score : 0;
+    });
     kit::Image<Zmo8u> map = scores;
-    for (int y = 0; suppress && y < src.size().height; ++y) {
-        for (int x = 0; x < src.size().width; ++x) {
-            for (int i = 0; i < 9; ++i) {
-                const int other = scores.get(x + i % 3 - 1, y + i / 3 - 1);
-                if (i != 4 && other + (i < 4 ? 1 : 0) > scores.get(x, y)) map.set(x, y, 0);
-            }
+    kit::forEachPixel(suppress ? src.size() : ZmoiSize{}, [&](int x, int y) {
+        for (int i = 0; i < 9; ++i) {
+            const int other = scores.get(x + i % 3 - 1, y + i / 3 - 1);
+            if (i != 4 && other + (i < 4 ? 1 : 0) > scores.get(x, y)) map.set(x, y, 0);
         }
-    }
+    });
     return map;
 }
 
 // Blocks of few greys, flat or noisy: arcs of all lengths, and equal scores.
 kit::Image<Zmo8u> blocks(kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
     const int side = std::array{1, 2, 4}[turn % 3];
-    std::vector<int> greys(static_cast<size_t>((size.width / side + 1) * (size.height / side + 1)));
-    for (int& grey : greys) {
-        const bool ground = random.between(0, 2) != 0;
-        grey = ground ? 90 : std::array{0, 110, 246}[static_cast<size_t>(random.between(0, 2))];
-    }
+    const ZmoiSize grid{size.width / side + 1, size.height / side + 1};
+    kit::Image<Zmo8u> greys(grid);
+    greys.fill([&] { return random.between(0, 2) ? 90 : random.pick<int>({0, 110, 246}); });
     kit::Image<Zmo8u> image(size, layout);
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            const int block = y / side * (size.width / side + 1) + x / side;
-            const int64_t noise = turn % 2 == 0 ? random.between(0, 9) : 0;
-            image.set(x, y, static_cast<Zmo8u>(greys[static_cast<size_t>(block)] + noise));
-        }
-    }
-    image.snapshot();
+    image.fill([&](int x, int y) {
+        return greys.get(x / side, y / side) + (turn % 2 == 0 ? random.between(0, 9) : 0);
+    });
     return image;
 }
 
@@ -80,10 +68,7 @@ TEST(FastN, Oracle) {
         kit::Buffer buffer = kit::bufferOf(zmoiFastNGetBufferSize, size, zmo8u, 1);
         kit::Image<Zmo8u> dst(size, layout);
         int count = -1;
-        kit::succeed([&] {
-            return zmoiFastN_8u_C1R(src.ptr(), src.step(), dst.ptr(), dst.step(), size, n,
-                                    threshold, suppress, &count, buffer.ptr());
-        });
+        kit::succeed(zmoiFastN_8u_C1R, src, dst, size, n, threshold, suppress, &count, buffer);
         std::vector<ZmoiPoint> corners;
         kit::expectPixels(dst, [&](int x, int y) {
             if (expected.get(x, y) != 0) corners.push_back({x, y});
@@ -92,10 +77,7 @@ TEST(FastN, Oracle) {
         const int all = static_cast<int>(corners.size());
         EXPECT_EQ(count, all);
         found[static_cast<size_t>(n)] += all;
-        dst.expectSurroundingsUntouched("scores");
-        buffer.expectSurroundingsUntouched();
-        for (const int room : {1, 7, all}) {
-            if (room == 0) continue;
+        for (const int room : {1, 7, std::max(all, 1)}) {
             kit::expectList(corners, room, [&](ZmoiPoint* list, int* listed) {
                 return zmoiFastN2DToVec_8u(dst.ptr(), dst.step(), list, size, room, listed);
             });
@@ -105,35 +87,20 @@ TEST(FastN, Oracle) {
 }
 
 TEST(FastN, BadArguments) {
-    kit::Image<Zmo8u> src({12, 9});
-    kit::Image<Zmo8u> dst({12, 9});
-    src.fill([] { return 3; });
+    const ZmoiSize size{12, 9};
+    kit::Image<Zmo8u> src(size);
+    kit::Image<Zmo8u> dst(size);
+    kit::Image<ZmoiPoint> list({12 * 9, 1});
     kit::Buffer buffer(4096);
-    ZmoiPoint list[12 * 9];
     int count = -1;
-    const auto untouched = [&] {
-        dst.expectUntouched("scores");
-        buffer.expectUntouched();
-        EXPECT_EQ(count, -1);
-    };
-    kit::expectBadArguments(
-        zmoiFastN_8u_C1R, {src.ptr(), 12, dst.ptr(), 12, {12, 9}, 9, 0, 1, &count, buffer.ptr()},
-        {kit::bad<1>(11, zmoStsStepErr), kit::bad<3>(-12, zmoStsStepErr),
-         kit::bad<5>(8, zmoStsRangeErr), kit::bad<5>(17, zmoStsRangeErr),
-         kit::bad<6>(-1, zmoStsThresholdErr), kit::bad<6>(256, zmoStsThresholdErr)},
-        untouched);
-    count = -1;
-    dst.snapshot();
-    buffer.snapshot();
-    kit::expectBadArguments(zmoiFastN2DToVec_8u, {src.ptr(), 12, list, {12, 9}, 108, &count},
-                            {kit::bad<1>(11, zmoStsStepErr), kit::bad<4>(0, zmoStsRangeErr)},
-                            untouched);
-    count = -1;
-    kit::expectBadArguments(
-        zmoiFastNGetBufferSize, {{12, 9}, zmo8u, 1, &count},
-        {kit::bad<1>(zmo16u, zmoStsDataTypeErr), kit::bad<2>(3, zmoStsChannelsErr),
-         kit::bad<0>(ZmoiSize{INT32_MAX, 1}, zmoStsTooLargeErr)},
-        untouched);
+    kit::expectBadArguments(zmoiFastN_8u_C1R,
+                            {{5, 8, zmoStsRangeErr},
+                             {5, 17, zmoStsRangeErr},
+                             {6, -1, zmoStsThresholdErr},
+                             {6, 256, zmoStsThresholdErr}},
+                            src, dst, size, 9, 0, 1, &count, buffer);
+    kit::expectBadArguments(zmoiFastN2DToVec_8u, {{4, 0, zmoStsRangeErr}}, src, list.withoutStep(),
+                            size, 108, &count);
 }
 
 }  // namespace

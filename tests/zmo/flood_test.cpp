@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kit.h"
+#include "call.h"
 #include "oracle/region.h"
 #include "zmocv.h"
 
@@ -10,113 +10,85 @@ namespace {
 enum class Rule { equal, range, gradient };
 
 template <class T>
-struct Args {
-    T* pSrcDst;
-    int srcDstStep;
-    ZmoiSize roi;
+struct Flood {
     ZmoiPoint seed;
     T value;
     T minDelta;
     T maxDelta;
-    ZmoiFloodRegion* pRegion;
-    Zmo8u* pBuffer;
 };
 
+// One of the two forms is there.
 template <class T>
 struct Function {
     const char* name;
     Rule rule;
     int connectivity;
-    ZmoStatus (*run)(const Args<T>&);
+    ZmoStatus (*fill)(T*, int, ZmoiSize, ZmoiPoint, T, ZmoiFloodRegion*, Zmo8u*);
+    ZmoStatus (*fillDelta)(T*, int, ZmoiSize, ZmoiPoint, T, T, T, ZmoiFloodRegion*, Zmo8u*);
+
+    // Not watched: a NaN raises flags.
+    ZmoStatus run(kit::Image<T>& image, const Flood<T>& a, ZmoiFloodRegion* region) const {
+        kit::Buffer buffer =
+            kit::bufferOf(zmoiFloodFillGetBufferSize, image.size(), kit::typeOf<T>, 1);
+        return fill ? kit::runUnwatched(fill, image, image.size(), a.seed, a.value, region, buffer)
+                    : kit::runUnwatched(fillDelta, image, image.size(), a.seed, a.value, a.minDelta,
+                                        a.maxDelta, region, buffer);
+    }
 };
 
-#define FLOOD(con, type)                                                                          \
-    {                                                                                             \
-        "FloodFill_" #con "Con_" #type, Rule::equal, con, [](const auto& a) {                     \
-            return zmoiFloodFill_##con##Con_##type##_C1IR(a.pSrcDst, a.srcDstStep, a.roi, a.seed, \
-                                                          a.value, a.pRegion, a.pBuffer);         \
-        }                                                                                         \
-    }
-#define FLOOD_DELTA(Base, rule, con, type)                                                         \
-    {                                                                                              \
-        "FloodFill_" #Base #con "Con_" #type, Rule::rule, con, [](const auto& a) {                 \
-            return zmoiFloodFill_##Base##con##Con_##type##_C1IR(a.pSrcDst, a.srcDstStep, a.roi,    \
-                                                                a.seed, a.value, a.minDelta,       \
-                                                                a.maxDelta, a.pRegion, a.pBuffer); \
-        }                                                                                          \
-    }
+#define FLOOD(con, type) \
+    { #con " " #type, Rule::equal, con, zmoiFloodFill_##con##Con_##type##_C1IR, nullptr }
+#define FLOOD_DELTA(Base, rule, con, type) \
+    { #Base #con " " #type, Rule::rule, con, nullptr, zmoiFloodFill_##Base##con##Con_##type##_C1IR }
 #define FLOODS(type)                                                              \
     FLOOD(4, type), FLOOD(8, type), FLOOD_DELTA(Range, range, 4, type),           \
         FLOOD_DELTA(Range, range, 8, type), FLOOD_DELTA(Grad, gradient, 4, type), \
         FLOOD_DELTA(Grad, gradient, 8, type)
 
-std::vector<Function<Zmo8u>> functions(Zmo8u) {
-    return {FLOODS(8u)};
-}
-std::vector<Function<Zmo32s>> functions(Zmo32s) {
-    return {FLOOD(4, 32s), FLOOD(8, 32s)};
-}
-std::vector<Function<Zmo32f>> functions(Zmo32f) {
-    return {FLOODS(32f)};
-}
-
 template <class T>
-constexpr ZmoDataType typeOf = sizeof(T) == 1          ? zmo8u
-                               : std::is_integral_v<T> ? zmo32s
-                                                       : zmo32f;
+const std::vector<Function<T>> functions;
+template <>
+const std::vector<Function<Zmo8u>> functions<Zmo8u> = {FLOODS(8u)};
+template <>
+const std::vector<Function<Zmo32s>> functions<Zmo32s> = {FLOOD(4, 32s), FLOOD(8, 32s)};
+template <>
+const std::vector<Function<Zmo32f>> functions<Zmo32f> = {FLOODS(32f)};
 
-template <class T>
-kit::Buffer bufferFor(ZmoiSize size, int misalign) {
-    int bytes = 0;
-    EXPECT_EQ(zmoiFloodFillGetBufferSize(size, typeOf<T>, 1, &bytes), zmoStsNoErr);
-    return kit::Buffer(bytes, misalign);
-}
-
+// Sums of the small test values are exact in float and in double alike.
 template <class T>
 std::vector<ZmoiPoint> expectedPixels(const Function<T>& function, const kit::Image<T>& image,
-                                      const Args<T>& a) {
-    // Sums of the small test values are exact in float and in double alike.
+                                      const Flood<T>& a) {
     const double seed = image.get(a.seed.x, a.seed.y);
-    return oracle::reached(a.roi, a.seed, function.connectivity, [&](ZmoiPoint p, ZmoiPoint q) {
-        const double value = image.get(q.x, q.y);
-        if (function.rule == Rule::equal) return value == seed;
-        const double from = function.rule == Rule::range ? seed : image.get(p.x, p.y);
-        return value >= from - a.minDelta && value <= from + a.maxDelta;
-    });
+    return oracle::reached(
+        image.size(), a.seed, function.connectivity, [&](ZmoiPoint p, ZmoiPoint q) {
+            const double value = image.get(q.x, q.y);
+            if (function.rule == Rule::equal) return value == seed;
+            const double from = function.rule == Rule::range ? seed : image.get(p.x, p.y);
+            return value >= from - a.minDelta && value <= from + a.maxDelta;
+        });
 }
 
-// Runs at every level on copies of `before`; returns the number of filled pixels.
+// Returns the number of filled pixels.
 template <class T>
-size_t expectOracle(const Function<T>& function, const kit::Image<T>& before, Args<T> a) {
-    const std::vector<ZmoiPoint> pixels = expectedPixels(function, before, a);
-    kit::Image<T> after = before;
-    int left = a.seed.x, right = a.seed.x, top = a.seed.y, bottom = a.seed.y;
+size_t expectOracle(const Function<T>& function, kit::Image<T> image, const Flood<T>& a) {
+    const std::vector<ZmoiPoint> pixels = expectedPixels(function, image, a);
+    kit::Image<T> after = image;
+    ZmoiPoint first = a.seed;
+    ZmoiPoint last = a.seed;
     for (const ZmoiPoint p : pixels) {
         after.set(p.x, p.y, a.value);
-        left = std::min(left, p.x);
-        right = std::max(right, p.x);
-        top = std::min(top, p.y);
-        bottom = std::max(bottom, p.y);
+        first = {std::min(first.x, p.x), std::min(first.y, p.y)};
+        last = {std::max(last.x, p.x), std::max(last.y, p.y)};
     }
-    kit::forEachLevel([&] {
-        kit::Image<T> image = before;
-        kit::Buffer buffer = bufferFor<T>(a.roi, 1);
-        ZmoiFloodRegion region{};
-        a.pSrcDst = image.ptr();
-        a.srcDstStep = image.step();
-        a.pRegion = &region;
-        a.pBuffer = buffer.ptr();
-        kit::succeed([&] { return function.run(a); });
-        kit::expectPixels(image, [&](int x, int y) { return after.get(x, y); });
-        image.expectSurroundingsUntouched("image");
-        buffer.expectSurroundingsUntouched();
-        EXPECT_EQ(region.area, static_cast<double>(pixels.size()));
-        EXPECT_EQ(region.value, static_cast<double>(a.value));
-        EXPECT_EQ(region.rect.x, left);
-        EXPECT_EQ(region.rect.y, top);
-        EXPECT_EQ(region.rect.width, right - left + 1);
-        EXPECT_EQ(region.rect.height, bottom - top + 1);
-    });
+    ZmoiFloodRegion region{};
+    kit::succeed([&] { return function.run(image, a, &region); });
+    kit::expectPixels(image, after);
+    EXPECT_EQ(region.area, static_cast<double>(pixels.size()));
+    EXPECT_EQ(region.value, static_cast<double>(a.value));
+    EXPECT_EQ(region.rect.x, first.x);
+    EXPECT_EQ(region.rect.y, first.y);
+    EXPECT_EQ(region.rect.width, last.x - first.x + 1);
+    EXPECT_EQ(region.rect.height, last.y - first.y + 1);
     return pixels.size();
 }
 
@@ -124,26 +96,18 @@ size_t expectOracle(const Function<T>& function, const kit::Image<T>& before, Ar
 // so that it matters in which direction a step is taken.
 template <class T>
 void expectOracleEverywhere(const std::vector<T>& values, const std::vector<T>& deltas) {
-    kit::Random random(61);
-    const auto pick = [&](const std::vector<T>& from) {
-        return from[static_cast<size_t>(random.between(0, static_cast<int64_t>(from.size()) - 1))];
-    };
-    for (const auto& function : functions(T())) {
+    for (const auto& function : functions<T>) {
+        SCOPED_TRACE(function.name);
         size_t most = 0;
-        for (const ZmoiSize size : kit::sizes()) {
-            for (const kit::Layout layout : kit::layouts()) {
-                SCOPED_TRACE(testing::Message() << function.name << " " << size << " " << layout);
-                kit::Image<T> image(size, layout);
-                image.fill([&] { return random.between(0, 2) != 0 ? values[0] : pick(values); });
-                const ZmoiPoint seed{static_cast<int>(random.between(0, size.width - 1)),
-                                     static_cast<int>(random.between(0, size.height - 1))};
-                const size_t area = expectOracle(function, image,
-                                                 {nullptr, 0, size, seed, pick(values),
-                                                  pick(deltas), pick(deltas), nullptr, nullptr});
-                most = std::max(most, area);
-            }
-        }
-        EXPECT_GT(most, 500U) << function.name << " was never given a large region";
+        kit::forEachCase(61, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t) {
+            kit::Image<T> image(size, layout);
+            image.fill([&] { return random.between(0, 2) ? values[0] : random.pick(values); });
+            const ZmoiPoint seed{static_cast<int>(random.between(0, size.width - 1)),
+                                 static_cast<int>(random.between(0, size.height - 1))};
+            const Flood<T> a{seed, random.pick(values), random.pick(deltas), random.pick(deltas)};
+            most = std::max(most, expectOracle(function, image, a));
+        });
+        EXPECT_GT(most, 500U) << "never given a large region";
     }
 }
 
@@ -155,54 +119,43 @@ TEST(Flood, Oracle) {
 
 // No pixel equals one that is not a number, not even itself, but the seed belongs to its region.
 TEST(Flood, SeedThatIsNotANumber) {
-    for (const auto& function : functions(Zmo32f())) {
+    for (const auto& function : functions<Zmo32f>) {
+        SCOPED_TRACE(function.name);
         kit::Image<Zmo32f> image({9, 3});
         image.fill([] { return std::numeric_limits<float>::quiet_NaN(); });
-        kit::Buffer buffer = bufferFor<Zmo32f>({9, 3}, 0);
         ZmoiFloodRegion region{};
-        EXPECT_EQ(function.run(
-                      {image.ptr(), image.step(), {9, 3}, {4, 1}, 7, 1, 1, &region, buffer.ptr()}),
-                  zmoStsNoErr);
-        EXPECT_EQ(region.area, 1) << function.name;
-        EXPECT_EQ(image.get(4, 1), 7) << function.name;
-        EXPECT_TRUE(std::isnan(image.get(3, 1))) << function.name;
+        EXPECT_EQ(function.run(image, {{4, 1}, 7, 1, 1}, &region), zmoStsNoErr);
+        EXPECT_EQ(region.area, 1);
+        EXPECT_EQ(image.get(4, 1), 7);
+        EXPECT_TRUE(std::isnan(image.get(3, 1)));
     }
 }
 
 template <class T>
 void expectBadArguments() {
-    using A = Args<T>;
-    for (const auto& function : functions(T())) {
+    for (const auto& function : functions<T>) {
         SCOPED_TRACE(function.name);
         kit::Image<T> image({12, 4});
         image.fill([] { return 3; });
-        kit::Buffer buffer = bufferFor<T>({12, 4}, 0);
+        kit::Buffer buffer(4096);
         ZmoiFloodRegion region{-1, {}, 0};
-        std::vector<kit::Fault<A>> faults = {
-            {"null image", zmoStsNullPtrErr, [](A& a) { a.pSrcDst = nullptr; }},
-            {"null region", zmoStsNullPtrErr, [](A& a) { a.pRegion = nullptr; }},
-            {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }},
-            {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-            {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-            {"step short", zmoStsStepErr,
-             [](A& a) { a.srcDstStep -= static_cast<int>(sizeof(T)); }},
-            {"seed left", zmoStsPointErr, [](A& a) { a.seed.x = -1; }},
-            {"seed right", zmoStsPointErr, [](A& a) { a.seed.x = 12; }},
-            {"seed above", zmoStsPointErr, [](A& a) { a.seed.y = -1; }},
-            {"seed below", zmoStsPointErr, [](A& a) { a.seed.y = 4; }},
-        };
-        if (std::is_floating_point_v<T> && function.rule != Rule::equal) {
-            faults.push_back({"negative", zmoStsRangeErr, [](A& a) { a.minDelta = T(-1); }});
-            faults.push_back({"no number", zmoStsRangeErr,
-                              [](A& a) { a.maxDelta = std::numeric_limits<T>::quiet_NaN(); }});
+        std::vector<kit::Wrong> wrong;
+        for (const ZmoiPoint seed : {ZmoiPoint{-1, 1}, {12, 1}, {1, -1}, {1, 4}}) {
+            wrong.push_back({3, seed, zmoStsPointErr});
         }
-        kit::expectFaults(
-            A{image.ptr(), image.step(), {12, 4}, {1, 1}, 9, 1, 1, &region, buffer.ptr()},
-            function.run, faults, [&] {
-                image.expectUntouched("image");
-                buffer.expectUntouched();
-                EXPECT_EQ(region.area, -1);
-            });
+        const auto expect = [&](auto run, auto... deltas) {
+            kit::expectBadArguments(run, wrong, image, image.size(), ZmoiPoint{1, 1}, 9, deltas...,
+                                    &region, buffer);
+        };
+        if (function.fill) {
+            expect(function.fill);
+            continue;
+        }
+        if (std::is_floating_point_v<T>) {
+            wrong.push_back({5, -1, zmoStsRangeErr});
+            wrong.push_back({6, NAN, zmoStsRangeErr});
+        }
+        expect(function.fillDelta, 1, 1);
     }
 }
 
@@ -210,13 +163,6 @@ TEST(Flood, BadArguments) {
     expectBadArguments<Zmo8u>();
     expectBadArguments<Zmo32s>();
     expectBadArguments<Zmo32f>();
-    int size = -1;
-    EXPECT_EQ(zmoiFloodFillGetBufferSize({4, 4}, zmo8u, 1, nullptr), zmoStsNullPtrErr);
-    EXPECT_EQ(zmoiFloodFillGetBufferSize({0, 4}, zmo16u, 3, &size), zmoStsSizeErr);
-    EXPECT_EQ(zmoiFloodFillGetBufferSize({4, 4}, zmo16u, 3, &size), zmoStsDataTypeErr);
-    EXPECT_EQ(zmoiFloodFillGetBufferSize({4, 4}, zmo8u, 3, &size), zmoStsChannelsErr);
-    EXPECT_EQ(zmoiFloodFillGetBufferSize({65536, 65536}, zmo8u, 1, &size), zmoStsTooLargeErr);
-    EXPECT_EQ(size, -1);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "call.h"
+#include "anycall.h"
 #include "zmocv.h"
 
 namespace {
@@ -37,10 +37,10 @@ ZmoiSize asTable(size_t image) {
     return image == 0 ? ZmoiSize{0, 0} : ZmoiSize{1, 1};
 }
 
-class TableCase : public kit::Call {
+class TableCase : public kit::AnyCall {
   public:
     TableCase(const Table& t, ZmoiSize size, kit::Layout layout, std::vector<double> values)
-        : Call(t.function, size, layout, asTable), table(t), starts(std::move(values)) {
+        : AnyCall(t.function, size, layout, asTable), table(t), starts(std::move(values)) {
         starts.resize(t.function.values().size());
         for (size_t i = 0; i < starts.size(); ++i) setValue(i, starts[i]);
     }
@@ -184,16 +184,15 @@ TEST(Integral, LongSumsAreExact) {
 TEST(Integral, BadArguments) {
     for (const Table& table : tables) {
         SCOPED_TRACE(table.function.name());
-        std::vector<kit::Fault<kit::Arguments>> faults;
+        std::vector<kit::Wrong> faults;
         if (table.function.isNamed("_8u32f")) {
             const kit::Function& f = table.function;
-            for (const double start : {0x1.1p50, double{NAN}})
-                faults.push_back(f.bad(0, start, zmoStsRangeErr));
-            faults.push_back({"row too long", zmoStsTooLargeErr, [&f](kit::Arguments& a) {
-                                  a[f.sizes()[0]] = kit::Slot::of(ZmoiSize{(1 << 22) + 1, 1});
-                                  for (const size_t i : f.images())
-                                      a[i + 1] = kit::Slot::of(1 << 26);
-                              }});
+            std::vector<kit::Wrong::Argument> longRow = {
+                {f.sizes()[0], ZmoiSize{(1 << 22) + 1, 1}}};
+            for (const size_t i : f.images()) longRow.push_back({i + 1, 1 << 26});
+            faults = {f.bad(0, 0x1.1p50, zmoStsRangeErr),
+                      f.bad(0, NAN, zmoStsRangeErr),
+                      {longRow, zmoStsTooLargeErr}};
         }
         TableCase(table, {12, 4}, {}, {1, 1}).expectBadArguments(faults);
     }
@@ -217,17 +216,17 @@ struct Deviation {
 const std::vector<Deviation> deviations = {
     DEVIATIONS(32s_C1RSfs, 8u32s), DEVIATIONS(32s32f_C1R, 8u32s64f), DEVIATIONS(32f_C1R, 8u32f64f)};
 
-class DevCase : public kit::Call {
+class DevCase : public kit::AnyCall {
   public:
     // A tilted rectangle is moved to the right by its height, by which it reaches to the left.
     DevCase(const Deviation& d, ZmoiSize size, ZmoiRect r, kit::Layout layout)
-        : Call(d.function, size, layout,
-               [&](size_t image) {
-                   const int tilt = d.tilted ? 1 : 0;
-                   return image == 2 ? ZmoiSize{0, 0}
-                                     : ZmoiSize{r.x + r.width + tilt * r.height,
-                                                r.y + r.height + tilt * r.width};
-               }),
+        : AnyCall(d.function, size, layout,
+                  [&](size_t image) {
+                      const int tilt = d.tilted ? 1 : 0;
+                      return image == 2 ? ZmoiSize{0, 0}
+                                        : ZmoiSize{r.x + r.width + tilt * r.height,
+                                                   r.y + r.height + tilt * r.width};
+                  }),
           deviation(d),
           rect(r) {
         if (d.tilted) rect.x += rect.height;
@@ -247,7 +246,7 @@ class DevCase : public kit::Call {
 
     template <class Draw>
     void draw(Draw drawPixel, double start = 0, double sqrStart = 0) {
-        Call made(deviation.tables, picture, {}, asTable);
+        AnyCall made(deviation.tables, picture, {}, asTable);
         made.fill(0, drawPixel);
         made.setValue(0, start);
         made.setValue(1, sqrStart);
@@ -413,22 +412,17 @@ TEST(RectStdDev, BadArguments) {
         SCOPED_TRACE(deviation.function.name());
         DevCase c(deviation, {12, 4}, {0, 1, 3, 2}, {});
         const kit::Function& f = deviation.function;
-        std::vector<kit::Fault<kit::Arguments>> faults;
-        const auto add = [&](auto change) {
-            faults.push_back(
-                {"rectangle", zmoStsRectErr, [=, &f, rect = c.rect](kit::Arguments& a) {
-                     ZmoiRect r = rect;
-                     change(r);
-                     a[f.values()[0]] = kit::Slot::of(r);
-                 }});
-        };
-        add([](ZmoiRect& r) { r.width = 0; });
-        add([](ZmoiRect& r) { r.height = -1; });
-        add([](ZmoiRect& r) { r.y = -1; });
-        // Beside the first column, or beside the last that the tables have.
-        add([](ZmoiRect& r) { r.x -= 1; });
-        add([](ZmoiRect& r) { r.x += 1; });
-        add([](ZmoiRect& r) { r.x = INT32_MAX; });
+        std::vector<kit::Wrong> faults;
+        const auto [x, y, w, h] = c.rect;
+        // Empty, above the tables, beside their first column, and beside their last.
+        for (const ZmoiRect rect : {ZmoiRect{x, y, 0, h},
+                                    {x, y, w, -1},
+                                    {x, -1, w, h},
+                                    {x - 1, y, w, h},
+                                    {x + 1, y, w, h},
+                                    {INT32_MAX, y, w, h}}) {
+            faults.push_back(f.bad(0, rect, zmoStsRectErr));
+        }
         if (c.scaled()) {
             for (const int scale : {32, -32}) faults.push_back(f.bad(1, scale, zmoStsScaleErr));
         }

@@ -59,7 +59,8 @@ constexpr size_t guardBytes = 256;
 
 }  // namespace
 
-Memory::Memory(size_t bytes, int misalign) : m_storage(bytes + 2 * guardBytes + 64) {
+Block::Block(int64_t bytes, int misalign, Own rows)
+    : m_rows(rows), m_storage(static_cast<size_t>(bytes) + 2 * guardBytes + 64) {
     // Fixed values that no function leaves behind by chance.
     unsigned char next = 0x5a;
     for (unsigned char& byte : m_storage) {
@@ -68,14 +69,23 @@ Memory::Memory(size_t bytes, int misalign) : m_storage(bytes + 2 * guardBytes + 
     }
     const auto address = reinterpret_cast<uintptr_t>(m_storage.data()) + guardBytes;
     m_start = guardBytes + (64 - address % 64) % 64 + static_cast<size_t>(misalign);
+    snapshot();
 }
 
-ptrdiff_t Memory::firstChange(const std::function<bool(ptrdiff_t)>& mine) const {
+void Block::expectSurroundingsUntouched(const std::string& name) const {
     for (size_t i = 0; i < m_storage.size(); ++i) {
-        const ptrdiff_t byte = static_cast<ptrdiff_t>(i) - static_cast<ptrdiff_t>(m_start);
-        if (m_storage[i] != m_before[i] && !mine(byte)) return byte;
+        if (m_storage[i] == m_before[i]) continue;
+        const int64_t byte = static_cast<int64_t>(i) - static_cast<int64_t>(m_start) - m_rows.first;
+        if (byte >= 0 && byte / m_rows.step < m_rows.count && byte % m_rows.step < m_rows.bytes) {
+            continue;
+        }
+        ADD_FAILURE() << name << ": byte " << byte << " from the first was written";
+        return;
     }
-    return -1;
+}
+
+void Block::expectUntouched(const std::string& name) const {
+    EXPECT_TRUE(m_storage == m_before) << name << " was written";
 }
 
 FarRows::FarRows() {

@@ -1,6 +1,6 @@
-// Test kit of the zmo library: guarded images, seeded data, a loop over processor levels, calls that
-// watch the floating-point flags, and checks of bad arguments. A family's test needs an oracle and
-// one call of its function inside these loops.
+// Test kit of the zmo library: guarded images, seeded data, a loop over processor levels, and calls that
+// watch the floating-point flags. A family's test needs an oracle and one call of its function (call.h)
+// inside these loops.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -41,6 +41,10 @@ class Random {
     // Uniform, both ends included.
     int64_t between(int64_t low, int64_t high);
     double uniform(double low, double high);
+    template <class T>
+    T pick(const std::vector<T>& from) {
+        return from[static_cast<size_t>(between(0, static_cast<int64_t>(from.size()) - 1))];
+    }
 
   private:
     uint64_t m_state;
@@ -61,90 +65,140 @@ std::vector<Layout> layouts();
 // Regions that are small, narrow, and just around the lengths of vectors.
 std::vector<ZmoiSize> sizes();
 
-// Memory with a fixed pattern on both sides of the part that belongs to the test.
-class Memory {
+// Memory with a fixed pattern around the rows that belong to the test.
+class Block {
   public:
-    Memory(size_t bytes, int misalign);
+    // Remembers the present content for the two checks below.
+    void snapshot() const { m_before = m_storage; }
+    // No byte outside the rows changed since the snapshot.
+    void expectSurroundingsUntouched(const std::string& name) const;
+    // No byte at all changed since the snapshot.
+    void expectUntouched(const std::string& name) const;
+    int64_t rowBytes() const { return m_rows.bytes; }
+
+  protected:
+    struct Own {
+        int64_t first;  // byte of the memory
+        int64_t step;
+        int64_t bytes;
+        int64_t count;
+    };
+    Block(int64_t bytes, int misalign, Own rows);
 
     unsigned char* data() { return m_storage.data() + m_start; }
     const unsigned char* data() const { return m_storage.data() + m_start; }
-    // Remembers the present content.
-    void snapshot() { m_before = m_storage; }
-    // Index, relative to data(), of the first byte that changed since the snapshot though `mine` does
-    // not allow it; -1 when there is none.
-    ptrdiff_t firstChange(const std::function<bool(ptrdiff_t)>& mine) const;
 
   private:
+    Own m_rows;
     size_t m_start;
     std::vector<unsigned char> m_storage;
-    std::vector<unsigned char> m_before;
+    mutable std::vector<unsigned char> m_before;
 };
+
+// What a call may be given for a block: an address into it, or its rows with a step of their own.
+template <class T>
+struct Pointer {
+    T* address;
+    const Block* block;
+
+    std::tuple<T*> arguments() const { return {address}; }
+};
+template <class T>
+struct Rows {
+    T* first;
+    int64_t step;
+    const Block* block;
+
+    std::tuple<T*, int64_t> arguments() const { return {first, step}; }
+    T* operator[](int y) const {
+        using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
+        return reinterpret_cast<T*>(reinterpret_cast<Byte*>(first) + y * step);
+    }
+};
+
+// body(x, y) for all pixels, in reading order.
+template <class Body>
+void forEachPixel(ZmoiSize size, Body body) {
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) body(x, y);
+    }
+}
+inline bool contains(ZmoiSize size, int x, int y) {
+    return x >= 0 && y >= 0 && x < size.width && y < size.height;
+}
+// The place of a pixel in a list of all of them.
+inline size_t indexIn(ZmoiSize size, int x, int y) {
+    return static_cast<size_t>(y) * static_cast<size_t>(size.width) + static_cast<size_t>(x);
+}
 
 // An image in guarded memory, with `margin` readable pixels around the region.
 template <class T>
-class Image {
+class Image : public Block {
   public:
     explicit Image(ZmoiSize size, Layout layout = {}, int margin = 0, int channels = 1)
-        : m_size(size),
-          m_margin(margin),
-          m_channels(channels),
-          m_stepElements((size.width + 2 * margin) * channels + layout.padding),
-          m_memory(static_cast<size_t>(m_stepElements) * sizeof(T) *
-                       static_cast<size_t>(size.height + 2 * margin),
-                   layout.misalign) {
-        m_memory.snapshot();
-    }
+        : Image(size, layout, margin, channels,
+                (size.width + 2 * margin) * channels + layout.padding) {}
 
     ZmoiSize size() const { return m_size; }
     int channels() const { return m_channels; }
     int step() const { return m_stepElements * static_cast<int>(sizeof(T)); }
-    T* ptr() { return reinterpret_cast<T*>(m_memory.data() + offset(0, 0, 0)); }
-    const T* ptr() const { return reinterpret_cast<const T*>(m_memory.data() + offset(0, 0, 0)); }
+    T* ptr() { return reinterpret_cast<T*>(data() + offset(0, 0, 0)); }
+    const T* ptr() const { return reinterpret_cast<const T*>(data() + offset(0, 0, 0)); }
+    // What a call is given.
+    std::tuple<T*, int> arguments() { return {ptr(), step()}; }
+    std::tuple<const T*, int> arguments() const { return {ptr(), step()}; }
+    Pointer<T> withoutStep() { return {ptr(), this}; }
+    Rows<T> rows() { return {ptr(), step(), this}; }
+    Rows<const T> rows() const { return {ptr(), step(), this}; }
 
     T get(int x, int y, int channel = 0) const {
         T value;
-        std::memcpy(&value, m_memory.data() + offset(x, y, channel), sizeof(T));
+        std::memcpy(&value, data() + offset(x, y, channel), sizeof(T));
         return value;
     }
     void set(int x, int y, T value) { set(x, y, 0, value); }
     void set(int x, int y, int channel, T value) {
-        std::memcpy(m_memory.data() + offset(x, y, channel), &value, sizeof(T));
+        std::memcpy(data() + offset(x, y, channel), &value, sizeof(T));
     }
 
-    // Calls draw() for every element of the region and its margin.
+    // Every element of the region and its margin becomes draw(), draw(x, y) or draw(x, y, channel).
     template <class Draw>
     Image& fill(Draw draw) {
         for (int y = -m_margin; y < m_size.height + m_margin; ++y) {
             for (int x = -m_margin; x < m_size.width + m_margin; ++x) {
-                for (int c = 0; c < m_channels; ++c) set(x, y, c, static_cast<T>(draw()));
+                for (int c = 0; c < m_channels; ++c) {
+                    if constexpr (std::is_invocable_v<Draw>) {
+                        set(x, y, c, static_cast<T>(draw()));
+                    } else {
+                        set(x, y, c, static_cast<T>(told(draw, x, y, c)));
+                    }
+                }
             }
         }
-        m_memory.snapshot();
+        snapshot();
         return *this;
     }
-    // Remembers the present content for the two checks below.
-    void snapshot() { m_memory.snapshot(); }
-
-    // No byte outside the region changed since the snapshot.
-    void expectSurroundingsUntouched(const char* name) const {
-        const ptrdiff_t rowBytes =
-            static_cast<ptrdiff_t>(m_size.width) * m_channels * static_cast<ptrdiff_t>(sizeof(T));
-        const ptrdiff_t first = offset(0, 0, 0);
-        const ptrdiff_t change = m_memory.firstChange([&](ptrdiff_t byte) {
-            const ptrdiff_t inRegion = byte - first;
-            return inRegion >= 0 && inRegion / step() < m_size.height &&
-                   inRegion % step() < rowBytes;
-        });
-        EXPECT_EQ(change, -1) << name << ": byte " << change - first
-                              << " from the first pixel was written";
-    }
-    // No byte at all changed since the snapshot.
-    void expectUntouched(const char* name) const {
-        EXPECT_EQ(m_memory.firstChange([](ptrdiff_t) { return false; }), -1)
-            << name << " was written";
+    template <class Of>
+    static auto told(Of& of, int x, int y, int c) {
+        if constexpr (std::is_invocable_v<Of&, int, int, int>) {
+            return of(x, y, c);
+        } else {
+            return of(x, y);
+        }
     }
 
   private:
+    Image(ZmoiSize size, Layout layout, int margin, int channels, int stepElements)
+        : Block(int64_t{stepElements} * int64_t{sizeof(T)} * (size.height + 2 * margin),
+                layout.misalign,
+                {(int64_t{margin} * stepElements + margin * channels) * int64_t{sizeof(T)},
+                 int64_t{stepElements} * int64_t{sizeof(T)},
+                 int64_t{size.width} * channels * int64_t{sizeof(T)}, size.height}),
+          m_size(size),
+          m_margin(margin),
+          m_channels(channels),
+          m_stepElements(stepElements) {}
+
     ptrdiff_t offset(int x, int y, int channel) const {
         const ptrdiff_t row = static_cast<ptrdiff_t>(y + m_margin) * m_stepElements;
         return (row + static_cast<ptrdiff_t>(x + m_margin) * m_channels + channel) *
@@ -155,33 +209,49 @@ class Image {
     int m_margin;
     int m_channels;
     int m_stepElements;
-    Memory m_memory;
 };
 
-// A work buffer of exactly the size that a query told.
-class Buffer {
+// A state or a work buffer of exactly the size that a query told.
+class Buffer : public Block {
   public:
-    explicit Buffer(int size, int misalign = 1)
-        : m_size(size), m_memory(static_cast<size_t>(size), misalign) {
-        m_memory.snapshot();
+    explicit Buffer(int64_t size, int misalign = 1)
+        : Block(size, misalign, {0, size, size, 1}), m_size(static_cast<int>(size)) {}
+    Zmo8u* ptr() { return data(); }
+    template <class State>
+    State* as() {
+        return reinterpret_cast<State*>(data());
     }
-    Zmo8u* ptr() { return m_memory.data(); }
     int size() const { return m_size; }
-    void expectSurroundingsUntouched() const {
-        const int size = m_size;
-        EXPECT_EQ(m_memory.firstChange([size](ptrdiff_t i) { return i >= 0 && i < size; }), -1)
-            << "a byte outside the work buffer was written";
-    }
-    void expectUntouched() const {
-        EXPECT_EQ(m_memory.firstChange([](ptrdiff_t) { return false; }), -1)
-            << "the work buffer was written";
-    }
-    void snapshot() { m_memory.snapshot(); }
+    void expectSurroundingsUntouched() const { Block::expectSurroundingsUntouched("buffer"); }
+    void expectUntouched() const { Block::expectUntouched("buffer"); }
+
+    // For a call, whatever the state is.
+    struct Address {
+        void* first;
+        template <class T>
+        operator T*() const {
+            return static_cast<T*>(first);
+        }
+    };
+    std::tuple<Address> arguments() { return {Address{data()}}; }
 
   private:
     int m_size;
-    Memory m_memory;
 };
+
+// The code of the element type.
+template <class T>
+inline constexpr ZmoDataType typeOf = zmo8u;
+template <>
+inline constexpr ZmoDataType typeOf<Zmo16u> = zmo16u;
+template <>
+inline constexpr ZmoDataType typeOf<Zmo16s> = zmo16s;
+template <>
+inline constexpr ZmoDataType typeOf<Zmo32s> = zmo32s;
+template <>
+inline constexpr ZmoDataType typeOf<Zmo32f> = zmo32f;
+template <>
+inline constexpr ZmoDataType typeOf<Zmo64f> = zmo64f;
 
 // Rows more than 2^31 bytes apart; memory between them is never touched and costs nothing. False when
 // there is no address space for them.
@@ -200,6 +270,10 @@ class FarRows {
     template <class T>
     T* first() const {
         return reinterpret_cast<T*>(m_memory);
+    }
+    template <class T>
+    Rows<T> rows() const {
+        return {first<T>(), step, nullptr};
     }
     // Copies the region's rows.
     template <class T>
@@ -257,12 +331,7 @@ void expectPixels(const Image<T>& image, Expected expected) {
     for (int y = 0; y < image.size().height; ++y) {
         for (int x = 0; x < image.size().width; ++x) {
             for (int c = 0; c < image.channels(); ++c) {
-                T want;
-                if constexpr (std::is_invocable_v<Expected, int, int, int>) {
-                    want = static_cast<T>(expected(x, y, c));
-                } else {
-                    want = static_cast<T>(expected(x, y));
-                }
+                const T want = static_cast<T>(image.told(expected, x, y, c));
                 const T have = image.get(x, y, c);
                 if (sameBits(want, have)) continue;
                 ADD_FAILURE() << "pixel (" << x << ", " << y << ") of " << image.size()
@@ -273,22 +342,26 @@ void expectPixels(const Image<T>& image, Expected expected) {
         }
     }
 }
-
 template <class T>
-bool samePixels(const Image<T>& a, const Image<T>& b) {
-    if (!(a.size() == b.size())) return false;
-    for (int y = 0; y < a.size().height; ++y) {
-        for (int x = 0; x < a.size().width; ++x) {
-            if (a.get(x, y) != b.get(x, y)) return false;
-        }
-    }
-    return true;
+void expectPixels(const Image<T>& image, const Image<T>& want) {
+    expectPixels(image, [&](int x, int y, int c) { return want.get(x, y, c); });
+}
+
+// The image that make() gives, which has the same bits at all levels.
+template <class Make>
+auto atAllLevels(Make make) {
+    std::vector<decltype(make())> images;
+    forEachLevel([&] {
+        images.push_back(make());
+        expectPixels(images.back(), images[0]);
+    });
+    return images[0];
 }
 
 // One thing that can be wrong with the arguments of a call, in the order of the checks.
 template <class Args>
 struct Fault {
-    const char* name;
+    std::string name;
     ZmoStatus status;
     std::function<void(Args&)> apply;
 };
@@ -315,82 +388,6 @@ void expectFaults(const Args& good, Call call, const std::vector<Fault<Args>>& f
     EXPECT_EQ(watched([&] { return call(good); }), zmoStsNoErr);
 }
 
-// A bad value of the index-th argument, for expectBadArguments.
-template <size_t index, class Value>
-struct Bad {
-    Value value;
-    ZmoStatus status;
-
-    template <class Args>
-    operator Fault<Args>() const {
-        return {"argument", status, [v = value](Args& args) { std::get<index>(args) = v; }};
-    }
-};
-template <size_t index, class Value>
-Bad<index, Value> bad(Value value, ZmoStatus status) {
-    return {value, status};
-}
-
-// expectFaults of a function with its arguments in order: every pointer null and every region empty,
-// and then the faults of its own.
-template <class... P>
-void expectBadArguments(ZmoStatus (*function)(P...),
-                        const std::type_identity_t<std::tuple<P...>>& good,
-                        const std::type_identity_t<std::vector<Fault<std::tuple<P...>>>>& own,
-                        const std::function<void()>& untouched) {
-    using Args = std::tuple<P...>;
-    std::vector<Fault<Args>> faults;
-    const auto forEachArgument = [&](auto visit) {
-        [&]<size_t... i>(std::index_sequence<i...>) {
-            (visit(std::integral_constant<size_t, i>(), std::get<i>(good)), ...);
-        }
-        (std::index_sequence_for<P...>());
-    };
-    forEachArgument([&](auto index, const auto& value) {
-        using Value = std::remove_cvref_t<decltype(value)>;
-        if constexpr (std::is_pointer_v<Value>) {
-            faults.push_back(bad<index, Value>(nullptr, zmoStsNullPtrErr));
-        }
-    });
-    forEachArgument([&](auto index, const auto& value) {
-        using Value = std::remove_cvref_t<decltype(value)>;
-        if constexpr (std::is_same_v<Value, ZmoiSize> || std::is_same_v<Value, ZmoiSizeL>) {
-            faults.push_back(bad<index>(Value{0, value.height}, zmoStsSizeErr));
-            faults.push_back(bad<index>(Value{value.width, -1}, zmoStsSizeErr));
-        }
-    });
-    faults.insert(faults.end(), own.begin(), own.end());
-    expectFaults(
-        good, [function](const Args& args) { return std::apply(function, args); }, faults,
-        untouched);
-}
-
-// A work buffer for what query(..., &size) tells.
-template <class Query, class... Args>
-Buffer bufferOf(Query query, Args... args) {
-    int bytes = 0;
-    EXPECT_EQ(query(args..., &bytes), zmoStsNoErr);
-    return Buffer(bytes);
-}
-
-// Of a function that fills a list on any address: call(list, count) writes as many of the expected
-// entries as there is room for, tells their number, and notes when that is not all.
-template <class T, class Call>
-void expectList(const std::vector<T>& expected, int room, Call call) {
-    const int all = static_cast<int>(expected.size());
-    const int count = room < all ? room : all;
-    const size_t bytes = static_cast<size_t>(count) * sizeof(T);
-    Memory list(bytes, 1);
-    list.snapshot();
-    int found = -1;
-    EXPECT_EQ(watched([&] { return call(reinterpret_cast<T*>(list.data()), &found); }),
-              all > room ? zmoStsTruncated : zmoStsNoErr);
-    EXPECT_EQ(found, count);
-    EXPECT_TRUE(bytes == 0 || std::memcmp(list.data(), expected.data(), bytes) == 0);
-    const auto inList = [bytes](ptrdiff_t i) { return i >= 0 && static_cast<size_t>(i) < bytes; };
-    EXPECT_EQ(list.firstChange(inList), -1);
-}
-
 // At each level, body(random, size, layout, turn) for all sizes and layouts; turn counts them.
 template <class Body>
 void forEachCase(uint64_t stream, Body body) {
@@ -404,22 +401,6 @@ void forEachCase(uint64_t stream, Body body) {
             }
         }
     });
-}
-
-// The images that run(args) gives for good and with each of the changes alone differ from one another.
-template <class Args, class Run>
-void expectEachMatters(const Args& good, Run run,
-                       const std::vector<std::function<void(Args&)>>& changes) {
-    std::vector<decltype(run(good))> results = {run(good)};
-    for (const auto& change : changes) {
-        Args changed = good;
-        change(changed);
-        const auto result = run(changed);
-        for (size_t i = 0; i < results.size(); ++i) {
-            EXPECT_FALSE(samePixels(result, results[i])) << results.size() << " as " << i;
-        }
-        results.push_back(result);
-    }
 }
 
 }  // namespace kit

@@ -2,7 +2,7 @@
 #include <climits>
 #include <cmath>
 
-#include "kit.h"
+#include "call.h"
 #include "zmocv.h"
 
 namespace {
@@ -35,14 +35,9 @@ std::vector<kit::Image<T>> layersOf(ZmoiSize size, int count, Texture texture, d
     const double most = std::is_integral_v<T> ? double{std::numeric_limits<T>::max()} : 1000;
     std::vector<kit::Image<T>> layers;
     for (int k = 0; k < count; ++k) {
-        kit::Image<T>& image = layers.emplace_back(size, layout);
-        for (int y = 0; y < size.height; ++y) {
-            for (int x = 0; x < size.width; ++x) {
-                const double value = texture(x * (1 << k) - dx, y * (1 << k) - dy);
-                image.set(x, y, static_cast<T>(value * most));
-            }
-        }
-        image.snapshot();
+        layers.emplace_back(size, layout).fill([&](int x, int y) {
+            return texture(x * (1 << k) - dx, y * (1 << k) - dy) * most;
+        });
         size = {(size.width + 1) / 2, (size.height + 1) / 2};
     }
     return layers;
@@ -168,51 +163,41 @@ void forEachType(Body body) {
     traced("32f", zmoiOpticalFlowPyrLK_32f_C1R, Zmo32f());
 }
 
-// The arguments of a call in guarded memory, positions and results included.
-struct Args {
-    Args(const ZmoiPyramidLevels& a, const ZmoiPyramidLevels& b, const std::vector<Point>& points,
-         const std::vector<Point>& start, const Rules& r, kit::Layout layout = {})
-        : first(a),
-          second(b),
-          size{static_cast<int>(points.size()), 1},
+// The lists of a call in guarded memory.
+struct Lists {
+    Lists(const std::vector<Point>& points, const std::vector<Point>& start,
+          kit::Layout layout = {})
+        : size{static_cast<int>(points.size()), 1},
           from(size, layout),
           to(size, {layout.misalign + 1, 0}),
           found(size),
-          error(size, layout),
-          buffer(bufferSize(r.window)),
-          count(size.width),
-          rules(r) {
-        size_t i = 0;
-        from.fill([&] { return points[i++]; });
-        i = 0;
-        to.fill([&] { return start[i++]; });
+          error(size, layout) {
+        from.fill([&](int i, int) { return points[static_cast<size_t>(i)]; });
+        to.fill([&](int i, int) { return start[static_cast<size_t>(i)]; });
     }
-    static int bufferSize(int window) {
-        int bytes = 0;
-        EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(window, zmo8u, 1, &bytes), zmoStsNoErr);
-        return bytes;
-    }
-    template <class Function>
-    ZmoStatus call(Function function) {
-        const auto given = [this](int i, auto* p) { return i == null ? nullptr : p; };
-        return function(given(0, &first), given(1, &second), given(2, from.ptr()),
-                        given(3, to.ptr()), given(4, found.ptr()), given(5, error.ptr()), count,
-                        rules.window, rules.maxLevel, rules.maxIterations, rules.epsilon,
-                        given(6, buffer.ptr()));
+    // call(function, arguments...)
+    template <class Call, class Function, class T>
+    ZmoStatus with(Call call, Function function, const std::vector<kit::Image<T>>& first,
+                   const std::vector<kit::Image<T>>& second, const Rules& r) {
+        const ZmoiPyramidLevels a = levelsOf(first);
+        const ZmoiPyramidLevels b = levelsOf(second);
+        kit::Buffer buffer =
+            kit::bufferOf(zmoiOpticalFlowPyrLKGetBufferSize, r.window, kit::typeOf<T>, 1);
+        return call(function, &a, &b, from.withoutStep(), to.withoutStep(), found.withoutStep(),
+                    error.withoutStep(), size.width, r.window, r.maxLevel, r.maxIterations,
+                    r.epsilon, buffer);
     }
 
-    ZmoiPyramidLevels first;
-    ZmoiPyramidLevels second;
     ZmoiSize size;
     Points from;
     Points to;
     kit::Image<Zmo8u> found;
     kit::Image<float> error;
-    kit::Buffer buffer;
-    int count;
-    Rules rules;
-    int null = -1;  // index of the pointer that is passed as null
 };
+
+// The function called so, watched or not.
+const auto watched = [](auto&&... given) { return kit::run(given...); };
+const auto unwatched = [](auto&&... given) { return kit::runUnwatched(given...); };
 
 struct Case {
     ZmoiSize size;
@@ -253,20 +238,15 @@ TEST(OpticalFlow, FollowsItsDefinition) {
                 foundPoints += want[i].found ? 1 : 0;
             }
             kit::forEachLevel([&] {
-                Args args(levelsOf(first), levelsOf(second), from, to, c.rules, layout);
-                kit::succeed([&] { return args.call(function); });
-                for (int i = 0; i < args.count; ++i) {
+                Lists lists(from, to, layout);
+                EXPECT_EQ(lists.with(watched, function, first, second, c.rules), zmoStsNoErr);
+                for (int i = 0; i < lists.size.width; ++i) {
                     const Definition<T>& one = want[static_cast<size_t>(i)];
-                    EXPECT_TRUE(kit::sameBits(args.to.get(i, 0), one.to) &&
-                                args.found.get(i, 0) == one.found &&
-                                kit::sameBits(args.error.get(i, 0), one.error))
+                    EXPECT_TRUE(kit::sameBits(lists.to.get(i, 0), one.to) &&
+                                lists.found.get(i, 0) == one.found &&
+                                kit::sameBits(lists.error.get(i, 0), one.error))
                         << "point " << i << " ZMO_TEST_SEED=" << kit::runSeed();
                 }
-                args.from.expectUntouched("points");
-                args.to.expectSurroundingsUntouched("positions");
-                args.found.expectSurroundingsUntouched("found");
-                args.error.expectSurroundingsUntouched("error");
-                args.buffer.expectSurroundingsUntouched();
             });
             for (const auto& image : first) image.expectUntouched("first");
             for (const auto& image : second) image.expectUntouched("second");
@@ -288,14 +268,17 @@ TEST(OpticalFlow, FindsShifts) {
     const auto first = layersOf<Zmo8u>({220, 160}, 3, waves);
     const auto second = layersOf<Zmo8u>({220, 160}, 3, waves, 7.3, -5.6);
     const auto meanError = [&](int maxLevel) {
-        Args args(levelsOf(first), levelsOf(second), from, from, {15, maxLevel, 3, 0});
-        kit::succeed([&] { return args.call(zmoiOpticalFlowPyrLK_8u_C1R); });
+        Lists lists(from, from);
+        EXPECT_EQ(lists.with(watched, zmoiOpticalFlowPyrLK_8u_C1R, first, second,
+                             Rules{15, maxLevel, 3, 0}),
+                  zmoStsNoErr);
         double sum = 0;
-        for (int i = 0; i < args.count; ++i) {
-            sum += std::hypot(args.to.get(i, 0).x - args.from.get(i, 0).x - 7.3F,
-                              args.to.get(i, 0).y - args.from.get(i, 0).y + 5.6F);
+        for (int i = 0; i < lists.size.width; ++i) {
+            const Point a = lists.from.get(i, 0);
+            const Point b = lists.to.get(i, 0);
+            sum += std::hypot(b.x - a.x - 7.3F, b.y - a.y + 5.6F);
         }
-        return sum / args.count;
+        return sum / lists.size.width;
     };
     EXPECT_LT(meanError(2), 0.03);
     EXPECT_GT(meanError(0), 1);
@@ -309,64 +292,59 @@ TEST(OpticalFlow, OddNumbersLoseTheirPointOnly) {
     const std::vector<Point> from{{NAN, 5}, {60, 20}, {20, 20}, {30, 20}, {60, 20}};
     const std::vector<Point> to{{5, 5}, {HUGE_VALF, 20}, {20, 20}, {30, 20}, {60, -HUGE_VALF}};
     kit::forEachLevel([&] {
-        Args args(levelsOf(first), levelsOf(second), from, to, {11, 0, 9, 0.01F});
-        EXPECT_EQ(args.call(zmoiOpticalFlowPyrLK_32f_C1R), zmoStsNoErr);
+        Lists lists(from, to);
+        EXPECT_EQ(lists.with(unwatched, zmoiOpticalFlowPyrLK_32f_C1R, first, second,
+                             Rules{11, 0, 9, 0.01F}),
+                  zmoStsNoErr);
         for (int i = 0; i < 5; ++i) {
-            EXPECT_EQ(args.found.get(i, 0), i == 3);
-            EXPECT_EQ(kit::sameBits(args.to.get(i, 0), to[static_cast<size_t>(i)]), i != 3);
+            EXPECT_EQ(lists.found.get(i, 0), i == 3);
+            EXPECT_EQ(kit::sameBits(lists.to.get(i, 0), to[static_cast<size_t>(i)]), i != 3);
         }
-        EXPECT_NEAR(args.to.get(3, 0).x, 30.5F, 0.02F);
+        EXPECT_NEAR(lists.to.get(3, 0).x, 30.5F, 0.02F);
     });
 }
 
 TEST(OpticalFlow, BadArguments) {
     forEachType([&](auto function, auto element) {
         const auto layers = layersOf<decltype(element)>({24, 20}, 3, waves);
+        std::vector<ZmoiPyramidLevels> bad(5, levelsOf(layers));
+        bad[0].pImage[1] = nullptr;
+        bad[1].roi[1].height = 0;
+        ++bad[2].roi[0].width;
+        bad[3].step[0] = 24 * sizeof(element) - 1;
+        bad[4].step[1] = 0;
+        const auto expect = [&](auto run, auto&&... given) {
+            kit::expectBadArguments(run,
+                                    {{1, &bad[0], zmoStsNullPtrErr},
+                                     {0, &bad[1], zmoStsSizeErr},
+                                     {1, &bad[2], zmoStsSizeErr},
+                                     {6, 0, zmoStsSizeErr},
+                                     {0, &bad[3], zmoStsStepErr},
+                                     {1, &bad[4], zmoStsStepErr},
+                                     {7, 4, zmoStsMaskSizeErr},
+                                     {7, 1, zmoStsMaskSizeErr},
+                                     {7, 129, zmoStsMaskSizeErr},
+                                     {8, 3, zmoStsRangeErr},
+                                     {9, 0, zmoStsRangeErr},
+                                     {10, -0.1F, zmoStsThresholdErr},
+                                     {10, NAN, zmoStsThresholdErr}},
+                                    given...);
+            return ZmoStatus{};
+        };
         const std::vector<Point> points(2, Point{9, 9});
-        const Args good(levelsOf(layers), levelsOf(layers), points, points, {5, 1, 3, 0.1F});
-        std::vector<kit::Fault<Args>> faults(7);
-        int index = 0;
-        for (kit::Fault<Args>& fault : faults) {
-            fault = {"null", zmoStsNullPtrErr, [i = index++](Args& a) { a.null = i; }};
-        }
-        const auto add = [&](const char* name, ZmoStatus status, void (*apply)(Args&)) {
-            faults.push_back({name, status, apply});
-        };
-        add("layer", zmoStsNullPtrErr, [](Args& a) { a.second.pImage[1] = nullptr; });
-        add("empty layer", zmoStsSizeErr, [](Args& a) { a.first.roi[1].height = 0; });
-        add("layers differ", zmoStsSizeErr, [](Args& a) { ++a.second.roi[0].width; });
-        add("count 0", zmoStsSizeErr, [](Args& a) { a.count = 0; });
-        add("step", zmoStsStepErr, [](Args& a) { a.first.step[0] = 24 * sizeof(element) - 1; });
-        add("second step", zmoStsStepErr, [](Args& a) { a.second.step[1] = 0; });
-        add("window even", zmoStsMaskSizeErr, [](Args& a) { a.rules.window = 4; });
-        add("window 1", zmoStsMaskSizeErr, [](Args& a) { a.rules.window = 1; });
-        add("window 129", zmoStsMaskSizeErr, [](Args& a) { a.rules.window = 129; });
-        add("level", zmoStsRangeErr, [](Args& a) { a.rules.maxLevel = 3; });
-        add("iterations 0", zmoStsRangeErr, [](Args& a) { a.rules.maxIterations = 0; });
-        add("epsilon", zmoStsThresholdErr, [](Args& a) { a.rules.epsilon = -0.1F; });
-        add("epsilon NaN", zmoStsThresholdErr, [](Args& a) { a.rules.epsilon = NAN; });
-        const auto call = [&](Args a) {
-            const ZmoStatus status = a.call(function);
-            if (status == zmoStsNoErr) return status;
-            a.to.expectUntouched("positions");
-            a.found.expectUntouched("found");
-            a.error.expectUntouched("error");
-            a.buffer.expectUntouched();
-            return status;
-        };
-        kit::expectFaults(good, call, faults, [] {});
+        Lists lists(points, points);
+        lists.with(expect, function, layers, layers, Rules{5, 1, 3, 0.1F});
+        // No layer is looked at then.
         for (const int level : {-1, 16, INT_MAX}) {
-            Args bad = good;
-            bad.rules.maxLevel = level;
-            EXPECT_EQ(bad.call(function), zmoStsRangeErr) << level;
+            EXPECT_EQ(lists.with(watched, function, layers, layers, Rules{5, level, 3, 0.1F}),
+                      zmoStsRangeErr);
         }
     });
     int size = -1;
-    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(5, zmo8u, 1, nullptr), zmoStsNullPtrErr);
-    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(6, zmo8s, 1, &size), zmoStsMaskSizeErr);
-    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(5, zmo8s, 3, &size), zmoStsDataTypeErr);
-    EXPECT_EQ(zmoiOpticalFlowPyrLKGetBufferSize(5, zmo16u, 3, &size), zmoStsChannelsErr);
-    EXPECT_EQ(size, -1);
+    kit::expectBadArguments(
+        zmoiOpticalFlowPyrLKGetBufferSize,
+        {{0, 6, zmoStsMaskSizeErr}, {1, zmo8s, zmoStsDataTypeErr}, {2, 3, zmoStsChannelsErr}}, 5,
+        zmo8u, 1, &size);
 }
 
 }  // namespace

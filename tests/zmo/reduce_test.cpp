@@ -1,7 +1,7 @@
 // Norms, extremes, means and deviations, of images and of what a mask selects.
 #include <cmath>
 
-#include "call.h"
+#include "anycall.h"
 #include "oracle/reduce.h"
 #include "zmocv.h"
 
@@ -20,11 +20,14 @@ struct Row {
     ZmoNormType kind = zmoNormInf;
 };
 
-class Case : public kit::Call {
+class Case : public kit::AnyCall {
   public:
     // coi is not looked at by functions of one channel.
     Case(const Row& r, ZmoiSize size, kit::Layout layout, int chosen)
-        : Call(r.function, size, layout), row(r), coi(chosen), whole(!r.function.isNamed("_32f_")) {
+        : AnyCall(r.function, size, layout),
+          row(r),
+          coi(chosen),
+          whole(!r.function.isNamed("_32f_")) {
         if (!r.function.values().empty()) setValue(0, coi);
     }
 
@@ -282,7 +285,7 @@ TEST(Reduce, RelativeToNothing) {
 TEST(Reduce, BadArguments) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.function.name());
-        std::vector<kit::Fault<kit::Arguments>> faults;
+        std::vector<kit::Wrong> faults;
         if (!row.function.values().empty()) {
             for (const int coi : {0, 4}) faults.push_back(row.function.bad(0, coi, zmoStsCoiErr));
         }

@@ -1,345 +1,211 @@
 // Labels, speckles and bounds: functions that work on all regions of an image.
 #include <algorithm>
 #include <cmath>
-#include <map>
 
-#include "kit.h"
+#include "call.h"
 #include "oracle/region.h"
 #include "zmocv.h"
 
 namespace {
-
-// All arguments that any of the functions takes.
-template <class T>
-struct Args {
-    T* pSrcDst;
-    int srcDstStep;
-    ZmoiSize roi;
-    T value;
-    int low;  // minLabel, or the largest speckle
-    int high;
-    T maxDiff;
-    int connectivity;
-    int* pCount;
-    Zmo8u* pBuffer;
-};
-
-struct Result {
-    ZmoStatus status = zmoStsNoErr;
-    int count = -1;
-};
-
-template <class T>
-struct Function {
-    const char* name;
-    ZmoStatus (*run)(const Args<T>&);
-    // What the function makes of the image, pixel by pixel.
-    Result (*expect)(kit::Image<T>& image, const Args<T>& a);
-    ZmoStatus (*bufferSize)(ZmoiSize, ZmoDataType, int, int*);
-    bool labels;
-};
 
 // Calls body(pixels) for each component of the pixels for which counts holds, in reading order.
 template <class Counts, class Joined, class Body>
 void forEachComponent(ZmoiSize size, int connectivity, Counts counts, Joined joined, Body body) {
     kit::Image<Zmo8u> seen(size);
     seen.fill([] { return 0; });
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            if (!counts({x, y}) || seen.get(x, y) != 0) continue;
-            const auto pixels = oracle::reached(
-                size, {x, y}, connectivity,
-                [&](ZmoiPoint p, ZmoiPoint q) { return counts(q) && joined(p, q); });
-            for (const ZmoiPoint p : pixels) seen.set(p.x, p.y, 1);
-            body(pixels);
-        }
+    kit::forEachPixel(size, [&](int x, int y) {
+        if (!counts({x, y}) || seen.get(x, y) != 0) return;
+        const auto pixels =
+            oracle::reached(size, {x, y}, connectivity,
+                            [&](ZmoiPoint p, ZmoiPoint q) { return counts(q) && joined(p, q); });
+        for (const ZmoiPoint p : pixels) seen.set(p.x, p.y, 1);
+        body(pixels);
+    });
+}
+
+// Hands out images of values near each other and far apart, about half of them `values[0]`, so that
+// components branch and join late. check(random, image) returns what the image becomes.
+template <class T, class Check>
+void forEachImage(const std::vector<T>& values, Check check) {
+    int changed = 0;
+    kit::forEachCase(71, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t) {
+        kit::Image<T> image(size, layout);
+        image.fill([&] { return random.between(0, 1) ? values[0] : random.pick(values); });
+        const kit::Image<T> after = check(random, image);
+        kit::forEachPixel(
+            size, [&](int x, int y) { changed += after.get(x, y) != image.get(x, y) ? 1 : 0; });
+    });
+    EXPECT_GT(changed, 4000);
+}
+const std::vector<Zmo8u> values8u = {0, 0, 3, 1, 254, 255};
+const std::vector<Zmo16u> values16u = {0, 0, 300, 301, 65535};
+
+struct Labels {
+    int low;
+    int high;
+    int connectivity;
+
+    // Labels the image and returns how many there are.
+    template <class S, class D>
+    int draw(const kit::Image<S>& src, kit::Image<D>& labels) const {
+        int found = 0;
+        labels.fill([] { return 0; });
+        forEachComponent(
+            src.size(), connectivity, [&](ZmoiPoint p) { return src.get(p.x, p.y) != 0; },
+            [](ZmoiPoint, ZmoiPoint) { return true; },
+            [&](const std::vector<ZmoiPoint>& pixels) {
+                const int label = low + found++;
+                for (const ZmoiPoint p : pixels) {
+                    labels.set(p.x, p.y, static_cast<D>(label <= high ? label : 0));
+                }
+            });
+        return found;
     }
+    // run(labels, size, low, high, connectivity, count, buffer) is the library's call.
+    template <class S, class D, class Run>
+    void expect(const kit::Image<S>& src, kit::Image<D>& dst, Run run) const {
+        kit::Image<D> want(src.size());
+        const int found = draw(src, want);
+        kit::Buffer buffer =
+            kit::bufferOf(zmoiLabelMarkersGetBufferSize, src.size(), kit::typeOf<S>, 1);
+        int count = -1;
+        EXPECT_EQ(run(dst, src.size(), low, high, connectivity, &count, buffer),
+                  found > high - low + 1 ? zmoStsTruncated : zmoStsNoErr);
+        EXPECT_EQ(count, found);
+        kit::expectPixels(dst, want);
+    }
+};
+
+template <class T>
+using Labelling = ZmoStatus (*)(T*, int, ZmoiSize, int, int, int, int*, Zmo8u*);
+
+template <class T>
+void expectLabels(Labelling<T> function, const std::vector<T>& values) {
+    forEachImage(values, [&](kit::Random& random, const kit::Image<T>& src) {
+        const int low = random.pick<int>({1, 2, 7, 30});
+        Labels labels{low, low + random.pick<int>({0, 3, 90}), random.pick<int>({4, 8})};
+        kit::Image<T> image = src;
+        labels.expect(src, image, [&](auto&&... given) { return kit::run(function, given...); });
+        // The form that is not in place holds larger ones.
+        if constexpr (std::is_same_v<T, Zmo8u>) {
+            labels.low *= 100000;
+            labels.high *= 100000;
+            kit::Image<Zmo32s> wide(src.size(), {random.pick<int>({0, 1, 7}), 3});
+            labels.expect(src, wide, [&](auto&&... given) {
+                return kit::run(zmoiLabelMarkers_8u32s_C1R, src, given...);
+            });
+        }
+        return image;
+    });
+}
+
+TEST(LabelMarkers, Oracle) {
+    expectLabels(zmoiLabelMarkers_8u_C1IR, values8u);
+    expectLabels(zmoiLabelMarkers_16u_C1IR, values16u);
 }
 
 template <class T>
-auto valuesOf(const kit::Image<T>& image) {
-    return [&image](ZmoiPoint p) { return static_cast<double>(image.get(p.x, p.y)); };
+using Speckles = ZmoStatus (*)(T*, int, ZmoiSize, T, int, T, int, Zmo8u*);
+
+template <class T>
+void expectSpeckles(Speckles<T> function, const std::vector<T>& values,
+                    const std::vector<T>& diffs) {
+    forEachImage(values, [&](kit::Random& random, const kit::Image<T>& src) {
+        const T value = random.pick(values);
+        const int maxSize = random.pick<int>({1, 2, 7, 30});
+        const T maxDiff = random.pick(diffs);
+        const int connectivity = random.pick<int>({4, 8});
+        const auto at = [&](ZmoiPoint p) { return static_cast<double>(src.get(p.x, p.y)); };
+        kit::Image<T> want = src;
+        forEachComponent(
+            src.size(), connectivity, [&](ZmoiPoint p) { return at(p) != value; },
+            [&](ZmoiPoint p, ZmoiPoint q) { return std::fabs(at(p) - at(q)) <= maxDiff; },
+            [&](const std::vector<ZmoiPoint>& pixels) {
+                if (static_cast<int>(pixels.size()) > maxSize) return;
+                for (const ZmoiPoint p : pixels) want.set(p.x, p.y, value);
+            });
+        kit::Image<T> image = src;
+        kit::Buffer buffer =
+            kit::bufferOf(zmoiMarkSpecklesGetBufferSize, src.size(), kit::typeOf<T>, 1);
+        kit::succeed(function, image, src.size(), value, maxSize, maxDiff, connectivity, buffer);
+        kit::expectPixels(image, want);
+        return image;
+    });
+}
+
+TEST(MarkSpeckles, Oracle) {
+    expectSpeckles(zmoiMarkSpeckles_8u_C1IR, values8u, {0, 1, 2, 255});
+    expectSpeckles(zmoiMarkSpeckles_16u_C1IR, values16u, {0, 1, 300, 65535});
+    expectSpeckles(zmoiMarkSpeckles_16s_C1IR, {0, 5, -5, INT16_MIN, INT16_MAX},
+                   {0, 5, 10, INT16_MAX});
+    expectSpeckles(zmoiMarkSpeckles_32f_C1IR, {0, 0.5F, -0.25F, 1e6F, -1e6F},
+                   {0, 0.25F, 0.75F, 2e6F});
 }
 
 template <class T>
-Result expectLabels(kit::Image<T>& image, const Args<T>& a) {
-    const kit::Image<T> before = image;
-    const auto value = valuesOf(before);
-    int found = 0;
-    forEachComponent(
-        a.roi, a.connectivity, [&](ZmoiPoint p) { return value(p) != 0; },
-        [](ZmoiPoint, ZmoiPoint) { return true; },
-        [&](const std::vector<ZmoiPoint>& pixels) {
-            const int label = a.low + found++;
-            for (const ZmoiPoint p : pixels) {
-                image.set(p.x, p.y, static_cast<T>(label <= a.high ? label : 0));
-            }
-        });
-    return {found > a.high - a.low + 1 ? zmoStsTruncated : zmoStsNoErr, found};
-}
+using Bounds = ZmoStatus (*)(T*, int, ZmoiSize, T, int);
 
 template <class T>
-Result expectSpeckles(kit::Image<T>& image, const Args<T>& a) {
-    const kit::Image<T> before = image;
-    const auto value = valuesOf(before);
-    forEachComponent(
-        a.roi, a.connectivity, [&](ZmoiPoint p) { return value(p) != a.value; },
-        [&](ZmoiPoint p, ZmoiPoint q) { return std::fabs(value(p) - value(q)) <= a.maxDiff; },
-        [&](const std::vector<ZmoiPoint>& pixels) {
-            if (static_cast<int>(pixels.size()) > a.low) return;
-            for (const ZmoiPoint p : pixels) image.set(p.x, p.y, a.value);
-        });
-    return {};
-}
-
-template <class T>
-Result expectBounds(kit::Image<T>& image, const Args<T>& a) {
-    const kit::Image<T> before = image;
-    for (int y = 0; y < a.roi.height; ++y) {
-        for (int x = 0; x < a.roi.width; ++x) {
+void expectBounds(Bounds<T> function, const std::vector<T>& values) {
+    forEachImage(values, [&](kit::Random& random, const kit::Image<T>& src) {
+        const T value = random.pick(values);
+        const int connectivity = random.pick<int>({4, 8});
+        kit::Image<T> image = src;
+        kit::succeed(function, image, src.size(), value, connectivity);
+        kit::expectPixels(image, [&](int x, int y) {
             const auto differs = [&](int i, int j) {
-                return i >= 0 && i < a.roi.width && j < a.roi.height &&
-                       before.get(i, j) != before.get(x, y);
+                return kit::contains(src.size(), i, j) && src.get(i, j) != src.get(x, y);
             };
             const bool corners = differs(x - 1, y + 1) || differs(x + 1, y + 1);
-            if (differs(x + 1, y) || differs(x, y + 1) || (a.connectivity == 8 && corners)) {
-                image.set(x, y, a.value);
-            }
-        }
-    }
-    return {};
-}
-
-#define LABEL(type)                                                                          \
-    Function<Zmo##type> {                                                                    \
-        "LabelMarkers_" #type,                                                               \
-            [](const auto& a) {                                                              \
-                return zmoiLabelMarkers_##type##_C1IR(a.pSrcDst, a.srcDstStep, a.roi, a.low, \
-                                                      a.high, a.connectivity, a.pCount,      \
-                                                      a.pBuffer);                            \
-            },                                                                               \
-            expectLabels<Zmo##type>, zmoiLabelMarkersGetBufferSize, true                     \
-    }
-#define SPECKLES(type)                                                                         \
-    Function<Zmo##type> {                                                                      \
-        "MarkSpeckles_" #type,                                                                 \
-            [](const auto& a) {                                                                \
-                return zmoiMarkSpeckles_##type##_C1IR(a.pSrcDst, a.srcDstStep, a.roi, a.value, \
-                                                      a.low, a.maxDiff, a.connectivity,        \
-                                                      a.pBuffer);                              \
-            },                                                                                 \
-            expectSpeckles<Zmo##type>, zmoiMarkSpecklesGetBufferSize, false                    \
-    }
-#define BOUND(type)                                                                             \
-    Function<Zmo##type> {                                                                       \
-        "BoundSegments_" #type,                                                                 \
-            [](const auto& a) {                                                                 \
-                return zmoiBoundSegments_##type##_C1IR(a.pSrcDst, a.srcDstStep, a.roi, a.value, \
-                                                       a.connectivity);                         \
-            },                                                                                  \
-            expectBounds<Zmo##type>, nullptr, false                                             \
-    }
-
-template <class T>
-std::vector<Function<T>> functions();
-template <>
-std::vector<Function<Zmo8u>> functions() {
-    return {LABEL(8u), SPECKLES(8u), BOUND(8u)};
-}
-template <>
-std::vector<Function<Zmo16u>> functions() {
-    return {LABEL(16u), SPECKLES(16u), BOUND(16u)};
-}
-template <>
-std::vector<Function<Zmo16s>> functions() {
-    return {SPECKLES(16s)};
-}
-template <>
-std::vector<Function<Zmo32f>> functions() {
-    return {SPECKLES(32f)};
-}
-
-template <class T>
-constexpr ZmoDataType typeOf = zmo8u;
-template <>
-constexpr ZmoDataType typeOf<Zmo16u> = zmo16u;
-template <>
-constexpr ZmoDataType typeOf<Zmo16s> = zmo16s;
-template <>
-constexpr ZmoDataType typeOf<Zmo32f> = zmo32f;
-
-template <class T>
-int bufferBytes(const Function<T>& function, ZmoiSize size) {
-    int bytes = 64;
-    if (function.bufferSize) {
-        EXPECT_EQ(function.bufferSize(size, typeOf<T>, 1, &bytes), zmoStsNoErr);
-    }
-    return bytes;
-}
-
-// Returns the number of pixels that changed.
-template <class T>
-int expectOracle(const Function<T>& function, const kit::Image<T>& before, Args<T> a) {
-    kit::Image<T> after = before;
-    const Result want = function.expect(after, a);
-    kit::forEachLevel([&] {
-        kit::Image<T> image = before;
-        kit::Buffer buffer(bufferBytes(function, a.roi));
-        int count = -1;
-        a.pSrcDst = image.ptr();
-        a.srcDstStep = image.step();
-        a.pCount = &count;
-        a.pBuffer = buffer.ptr();
-        EXPECT_EQ(kit::watched([&] { return function.run(a); }), want.status);
-        EXPECT_EQ(count, want.count);
-        kit::expectPixels(image, [&](int x, int y) { return after.get(x, y); });
-        image.expectSurroundingsUntouched("image");
-        buffer.expectSurroundingsUntouched();
+            const bool isBound =
+                differs(x + 1, y) || differs(x, y + 1) || (connectivity == 8 && corners);
+            return isBound ? value : src.get(x, y);
+        });
+        return image;
     });
-    int changed = 0;
-    for (int y = 0; y < a.roi.height; ++y) {
-        for (int x = 0; x < a.roi.width; ++x) changed += after.get(x, y) != before.get(x, y);
-    }
-    return changed;
 }
 
-// The label form that is not in place: its source has a step of its own and stays.
-void expectWideLabels(const kit::Image<Zmo8u>& src, kit::Layout layout, Args<Zmo32s> a) {
-    kit::Image<Zmo32s> labels(src.size());
-    labels.fill([] { return 0; });
-    for (int y = 0; y < src.size().height; ++y) {
-        for (int x = 0; x < src.size().width; ++x) labels.set(x, y, src.get(x, y));
-    }
-    const Result want = expectLabels(labels, a);
-    int bytes = 0;
-    EXPECT_EQ(zmoiLabelMarkersGetBufferSize(a.roi, zmo8u, 1, &bytes), zmoStsNoErr);
-    kit::forEachLevel([&] {
-        kit::Image<Zmo32s> dst(src.size(), layout);
-        kit::Buffer buffer(bytes);
-        int count = -1;
-        EXPECT_EQ(kit::watched([&] {
-                      return zmoiLabelMarkers_8u32s_C1R(src.ptr(), src.step(), dst.ptr(),
-                                                        dst.step(), a.roi, a.low, a.high,
-                                                        a.connectivity, &count, buffer.ptr());
-                  }),
-                  want.status);
-        EXPECT_EQ(count, want.count);
-        kit::expectPixels(dst, [&](int x, int y) { return labels.get(x, y); });
-        dst.expectSurroundingsUntouched("labels");
-        buffer.expectSurroundingsUntouched();
-    });
-    src.expectUntouched("source");
-}
-
-// Values near each other and far apart, about half of them `values[0]`, so that components branch and
-// join late.
-template <class T>
-void expectOracleEverywhere(const std::vector<T>& values, const std::vector<T>& diffs) {
-    kit::Random random(71);
-    const auto pick = [&](const auto& from) {
-        return from[static_cast<size_t>(random.between(0, static_cast<int64_t>(from.size()) - 1))];
-    };
-    for (const auto& function : functions<T>()) {
-        int changed = 0;
-        for (const ZmoiSize size : kit::sizes()) {
-            for (const kit::Layout layout : kit::layouts()) {
-                SCOPED_TRACE(testing::Message() << function.name << " " << size << " " << layout);
-                kit::Image<T> image(size, layout);
-                image.fill([&] { return random.between(0, 1) != 0 ? values[0] : pick(values); });
-                const int low = pick(std::vector<int>{1, 2, 7, 30});
-                const Args<T> a{nullptr,     0,
-                                size,        pick(values),
-                                low,         low + pick(std::vector<int>{0, 3, 90}),
-                                pick(diffs), pick(std::vector<int>{4, 8}),
-                                nullptr,     nullptr};
-                changed += expectOracle(function, image, a);
-                if constexpr (std::is_same_v<T, Zmo8u>) {
-                    if (function.expect == expectLabels<Zmo8u>) {
-                        expectWideLabels(image, layout,
-                                         {nullptr, 0, size, 0, low * 100000, a.high * 100000, 0,
-                                          a.connectivity, nullptr, nullptr});
-                    }
-                }
-            }
-        }
-        EXPECT_GT(changed, 1000) << function.name;
-    }
-}
-
-TEST(Regions, Oracle) {
-    expectOracleEverywhere<Zmo8u>({0, 0, 3, 1, 254, 255}, {0, 1, 2, 255});
-    expectOracleEverywhere<Zmo16u>({0, 0, 300, 301, 65535}, {0, 1, 300, 65535});
-    expectOracleEverywhere<Zmo16s>({0, 5, -5, INT16_MIN, INT16_MAX}, {0, 5, 10, INT16_MAX});
-    expectOracleEverywhere<Zmo32f>({0, 0.5F, -0.25F, 1e6F, -1e6F}, {0, 0.25F, 0.75F, 2e6F});
+TEST(BoundSegments, Oracle) {
+    expectBounds(zmoiBoundSegments_8u_C1IR, values8u);
+    expectBounds(zmoiBoundSegments_16u_C1IR, values16u);
 }
 
 template <class T>
-void expectBadArguments() {
-    using A = Args<T>;
-    for (const auto& function : functions<T>()) {
-        SCOPED_TRACE(function.name);
-        kit::Image<T> image({12, 4});
-        image.fill([] { return 3; });
-        kit::Buffer buffer(bufferBytes(function, {12, 4}));
-        int count = -1;
-        std::vector<kit::Fault<A>> faults = {
-            {"null image", zmoStsNullPtrErr, [](A& a) { a.pSrcDst = nullptr; }},
-            {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-            {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-            {"step short", zmoStsStepErr,
-             [](A& a) { a.srcDstStep -= static_cast<int>(sizeof(T)); }},
-            {"connectivity", zmoStsConnectivityErr, [](A& a) { a.connectivity = 6; }},
-        };
-        const auto add = [&](const char* name, ZmoStatus status, void (*apply)(A&)) {
-            const auto at = status == zmoStsNullPtrErr ? faults.begin() : faults.end() - 1;
-            faults.insert(at, {name, status, apply});
-        };
-        if (function.bufferSize) {
-            add("null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; });
-            add("low 0", zmoStsRangeErr, [](A& a) { a.low = 0; });
-            int size = -1;
-            EXPECT_EQ(function.bufferSize({4, 4}, zmo8u, 1, nullptr), zmoStsNullPtrErr);
-            EXPECT_EQ(function.bufferSize({4, 0}, zmo64f, 1, &size), zmoStsSizeErr);
-            EXPECT_EQ(function.bufferSize({4, 4}, zmo64f, 3, &size), zmoStsDataTypeErr);
-            EXPECT_EQ(function.bufferSize({4, 4}, zmo8u, 3, &size), zmoStsChannelsErr);
-            EXPECT_EQ(function.bufferSize({65536, 65536}, zmo8u, 1, &size), zmoStsTooLargeErr);
-            EXPECT_EQ(size, -1);
-        }
-        if (function.labels) {
-            add("null count", zmoStsNullPtrErr, [](A& a) { a.pCount = nullptr; });
-            add("high below low", zmoStsRangeErr, [](A& a) { a.high = a.low - 1; });
-            add("high above type", zmoStsRangeErr, [](A& a) { a.high = 65536; });
-        } else if (function.bufferSize && std::is_signed_v<T>) {
-            add("negative difference", zmoStsRangeErr, [](A& a) { a.maxDiff = T(-1); });
-        }
-        kit::expectFaults(
-            A{image.ptr(), image.step(), {12, 4}, 9, 2, 5, 1, 4, &count, buffer.ptr()},
-            function.run, faults, [&] {
-                image.expectUntouched("image");
-                buffer.expectUntouched();
-                EXPECT_EQ(count, -1);
-            });
+void expectBadArguments(Labelling<T> label, Speckles<T> mark, Bounds<T> bound) {
+    const ZmoiSize size{12, 4};
+    kit::Image<T> image(size);
+    kit::Buffer buffer(4096);
+    int count = -1;
+    image.fill([] { return 3; });
+    if (label) {
+        kit::expectBadArguments(label,
+                                {{3, 0, zmoStsRangeErr},
+                                 {4, 1, zmoStsRangeErr},
+                                 {4, 65536, zmoStsRangeErr},
+                                 {5, 6, zmoStsConnectivityErr}},
+                                image, size, 2, 5, 4, &count, buffer);
+        kit::expectBadArguments(bound, {{4, 6, zmoStsConnectivityErr}}, image, size, 9, 4);
     }
+    std::vector<kit::Wrong> wrong = {{4, 0, zmoStsRangeErr}};
+    if (std::is_signed_v<T>) wrong.push_back({5, -1, zmoStsRangeErr});
+    wrong.push_back({6, 6, zmoStsConnectivityErr});
+    kit::expectBadArguments(mark, wrong, image, size, 9, 2, 1, 4, buffer);
 }
 
 TEST(Regions, BadArguments) {
-    expectBadArguments<Zmo8u>();
-    expectBadArguments<Zmo16u>();
-    expectBadArguments<Zmo16s>();
-    expectBadArguments<Zmo32f>();
+    expectBadArguments(zmoiLabelMarkers_8u_C1IR, zmoiMarkSpeckles_8u_C1IR,
+                       zmoiBoundSegments_8u_C1IR);
+    expectBadArguments(zmoiLabelMarkers_16u_C1IR, zmoiMarkSpeckles_16u_C1IR,
+                       zmoiBoundSegments_16u_C1IR);
+    expectBadArguments<Zmo16s>(nullptr, zmoiMarkSpeckles_16s_C1IR, nullptr);
+    expectBadArguments<Zmo32f>(nullptr, zmoiMarkSpeckles_32f_C1IR, nullptr);
+    kit::Image<Zmo8u> src({12, 4});
+    kit::Image<Zmo32s> dst({12, 4});
+    kit::Buffer buffer(4096);
     int count = -1;
-    Zmo8u src = 1;
-    Zmo32s dst = 7;
-    Zmo8u buffer[512];
-    const auto run = [&](int srcStep, int dstStep) {
-        return zmoiLabelMarkers_8u32s_C1R(&src, srcStep, &dst, dstStep, {1, 1}, 3, 3, 4, &count,
-                                          buffer);
-    };
-    EXPECT_EQ(run(0, 4), zmoStsStepErr);
-    EXPECT_EQ(run(1, 6), zmoStsStepErr);
-    EXPECT_EQ(dst, 7);
-    EXPECT_EQ(run(1, 4), zmoStsNoErr);
-    EXPECT_EQ(dst, 3);
+    kit::expectBadArguments(zmoiLabelMarkers_8u32s_C1R,
+                            {{5, 0, zmoStsRangeErr}, {7, 6, zmoStsConnectivityErr}}, src, dst,
+                            src.size(), 1, 5, 4, &count, buffer);
 }
 
 }  // namespace

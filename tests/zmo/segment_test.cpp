@@ -3,7 +3,7 @@
 #include <set>
 #include <tuple>
 
-#include "parts.h"
+#include "call.h"
 #include "zmocv.h"
 
 namespace {
@@ -12,39 +12,28 @@ namespace {
 template <class S, class M>
 struct Function {
     const char* name;
-    ZmoDataType type;
     int channels;
     ZmoStatus (*flood)(const S*, int, M*, int, ZmoiSize, int, int, Zmo8u*);
     ZmoStatus (*grow)(const S*, int, M*, int, ZmoiSize, int, Zmo8u*);
 
-    bool floods() const { return flood != nullptr; }
-    auto query() const {
-        return floods() ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize;
-    }
-    // Pointers: source, markers, buffer; values: connectivity and lines.
-    ZmoStatus run(const kit::Parts& c) const {
-        const auto with = [&](auto... lines) {
-            return [=](auto function) {
-                return function(c.at<S>(0), c.steps[0], c.at<M>(1), c.steps[1], c.roi, c.whole(0),
-                                lines..., c.at<Zmo8u>(2));
-            };
-        };
-        return floods() ? with(c.whole(1))(flood) : with()(grow);
+    kit::Buffer bufferFor(ZmoiSize size) const {
+        return kit::bufferOf(
+            flood ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize, size,
+            kit::typeOf<S>, channels);
     }
 };
 
-const Function<Zmo32f, Zmo16u> flood32f = {"Watershed_32f16u", zmo32f, 1,
-                                           zmoiSegmentWatershed_32f16u_C1IR, nullptr};
+const Function<Zmo32f, Zmo16u> flood32f = {"Watershed_32f16u", 1, zmoiSegmentWatershed_32f16u_C1IR,
+                                           nullptr};
 
 template <class Body>
 void forEachFunction(Body body) {
     using Bytes = Function<Zmo8u, Zmo8u>;
-    body(Bytes{"Watershed_8u", zmo8u, 1, zmoiSegmentWatershed_8u_C1IR, nullptr});
-    body(Function<Zmo8u, Zmo16u>{"Watershed_8u16u", zmo8u, 1, zmoiSegmentWatershed_8u16u_C1IR,
-                                 nullptr});
+    body(Bytes{"Watershed_8u", 1, zmoiSegmentWatershed_8u_C1IR, nullptr});
+    body(Function<Zmo8u, Zmo16u>{"Watershed_8u16u", 1, zmoiSegmentWatershed_8u16u_C1IR, nullptr});
     body(flood32f);
-    body(Bytes{"Gradient_8u_C1", zmo8u, 1, nullptr, zmoiSegmentGradient_8u_C1IR});
-    body(Bytes{"Gradient_8u_C3", zmo8u, 3, nullptr, zmoiSegmentGradient_8u_C3IR});
+    body(Bytes{"Gradient_8u_C1", 1, nullptr, zmoiSegmentGradient_8u_C1IR});
+    body(Bytes{"Gradient_8u_C3", 3, nullptr, zmoiSegmentGradient_8u_C3IR});
 }
 
 // Pixels that wait: level, turn, place, label.
@@ -56,20 +45,18 @@ class Oracle {
   public:
     Oracle(const Function<S, M>& function, const kit::Image<S>& src, const kit::Image<M>& markers,
            int connectivity, bool drawLines)
-        : m_floods(function.floods()),
+        : m_floods(function.flood != nullptr),
           m_src(src),
           m_segments(markers),
           m_size(src.size()),
           m_connectivity(connectivity),
-          m_drawLines(drawLines && function.floods()) {}
+          m_drawLines(drawLines && m_floods) {}
 
     kit::Image<M> run() {
         const kit::Image<M> markers = m_segments;
-        for (int y = 0; y < m_size.height; ++y) {
-            for (int x = 0; x < m_size.width; ++x) {
-                if (isLabel(markers.get(x, y))) offer(x, y);
-            }
-        }
+        kit::forEachPixel(m_size, [&](int x, int y) {
+            if (isLabel(markers.get(x, y))) offer(x, y);
+        });
         while (!m_waiting.empty()) {
             const auto [level, turn, y, x, label] = *m_waiting.begin();
             m_waiting.erase(m_waiting.begin());
@@ -92,9 +79,7 @@ class Oracle {
             for (int dx = -1; dx <= 1; ++dx) {
                 const bool side = (dx == 0) != (dy == 0);
                 const bool corner = dx != 0 && dy != 0 && m_connectivity == 8;
-                const bool inside =
-                    x + dx >= 0 && y + dy >= 0 && x + dx < m_size.width && y + dy < m_size.height;
-                if ((side || corner) && inside) body(x + dx, y + dy);
+                if (kit::contains(m_size, x + dx, y + dy) && (side || corner)) body(x + dx, y + dy);
             }
         }
     }
@@ -156,32 +141,20 @@ S drawn(kit::Random& random, bool few) {
     }
 }
 
+// What the function makes of the markers, which is the same at all levels.
 template <class S, class M>
-kit::Buffer bufferFor(const Function<S, M>& function, ZmoiSize size) {
-    int bytes = 0;
-    EXPECT_EQ(function.query()(size, function.type, function.channels, &bytes), zmoStsNoErr);
-    return kit::Buffer(bytes);
-}
-
-// Runs at every level; expected(image, x, y) tells what there is in the end.
-template <class S, class M, class Expected>
-void expectEverywhere(const Function<S, M>& function, kit::Image<S>& src,
-                      const kit::Image<M>& markers, float connectivity, float drawLines,
-                      Expected expected) {
-    kit::forEachLevel([&] {
+kit::Image<M> segments(const Function<S, M>& function, const kit::Image<S>& src,
+                       const kit::Image<M>& markers, int connectivity, int drawLines) {
+    return kit::atAllLevels([&] {
         kit::Image<M> image = markers;
-        kit::Buffer buffer = bufferFor(function, src.size());
-        kit::succeed([&] {
-            return function.run({{src.ptr(), image.ptr(), buffer.ptr()},
-                                 {src.step(), image.step()},
-                                 src.size(),
-                                 {connectivity, drawLines}});
-        });
-        kit::expectPixels(image, [&](int x, int y) { return expected(image, x, y); });
-        image.expectSurroundingsUntouched("markers");
-        buffer.expectSurroundingsUntouched();
+        kit::Buffer buffer = function.bufferFor(src.size());
+        if (function.flood) {
+            kit::succeed(function.flood, src, image, src.size(), connectivity, drawLines, buffer);
+        } else {
+            kit::succeed(function.grow, src, image, src.size(), connectivity, buffer);
+        }
+        return image;
     });
-    src.expectUntouched("source");
 }
 
 // Few markers, many, none, and all; labels at both ends of their range.
@@ -201,14 +174,13 @@ TEST(Segment, Oracle) {
                 src.fill([&] { return drawn<S>(random, turn % 2 == 0); });
                 kit::Image<M> markers(size, {layout.misalign + 2, layout.padding});
                 markers.fill([&] {
-                    const M labels[] = {1, 2, 200, std::numeric_limits<M>::max()};
-                    return random.between(0, 999) < density ? labels[random.between(0, 3)] : M(0);
+                    const M last = std::numeric_limits<M>::max();
+                    return random.between(0, 999) < density ? random.pick<M>({1, 2, 200, last})
+                                                            : M(0);
                 });
                 if (density > 0) markers.set(size.width / 2, size.height / 2, 1);
-                const auto want = Oracle(function, src, markers, connectivity, drawLines).run();
-                expectEverywhere(function, src, markers, static_cast<float>(connectivity),
-                                 static_cast<float>(drawLines),
-                                 [&](const auto&, int x, int y) { return want.get(x, y); });
+                kit::expectPixels(segments(function, src, markers, connectivity, drawLines),
+                                  Oracle(function, src, markers, connectivity, drawLines).run());
                 ++turn;
             }
         }
@@ -222,31 +194,27 @@ TEST(Segment, ReliefThatIsNotANumber) {
     src.fill([&] { return random.between(0, 2) ? random.uniform(-1, 1) : NAN; });
     kit::Image<Zmo16u> markers({33, 9});
     markers.fill([&] { return random.between(0, 20) ? 0 : random.between(1, 9); });
-    std::vector<kit::Image<Zmo16u>> first;
-    expectEverywhere(flood32f, src, markers, 4, 0, [&](const auto& image, int x, int y) {
-        if (first.empty()) first.push_back(image);
-        return first[0].get(x, y);
-    });
+    segments(flood32f, src, markers, 4, 0);
 }
 
 TEST(Segment, BadArguments) {
     forEachFunction([]<class S, class M>(const Function<S, M>& function) {
         SCOPED_TRACE(function.name);
-        const ZmoiSize size{12, 4};
-        kit::Image<S> src(size, {}, 0, function.channels);
+        kit::Image<S> src({12, 4}, {}, 0, function.channels);
+        kit::Image<M> markers(src.size());
+        kit::Buffer buffer = function.bufferFor(src.size());
         src.fill([] { return 3; });
-        kit::Image<M> markers(size);
         markers.fill([] { return 1; });
-        kit::Buffer buffer = bufferFor(function, size);
-        kit::expectBadParts(
-            {{src.ptr(), markers.ptr(), buffer.ptr()}, {src.step(), markers.step()}, size, {4, 1}},
-            [&](const kit::Parts& c) { return function.run(c); },
-            {{0, 6, zmoStsConnectivityErr}, {0, 0, zmoStsConnectivityErr}},
-            [&] {
-                markers.expectUntouched("markers");
-                buffer.expectUntouched();
-            });
-        kit::expectBadQueries(function.query(), function.type, function.channels);
+        const auto expect = [&](auto run, auto... drawLines) {
+            kit::expectBadArguments(run,
+                                    {{5, 6, zmoStsConnectivityErr}, {5, 0, zmoStsConnectivityErr}},
+                                    src, markers, src.size(), 4, drawLines..., buffer);
+        };
+        if (function.flood) {
+            expect(function.flood, 1);
+        } else {
+            expect(function.grow);
+        }
     });
 }
 

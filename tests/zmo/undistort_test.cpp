@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "parts.h"
+#include "call.h"
 #include "zmocv.h"
 
 namespace {
@@ -80,72 +80,54 @@ void forEachRadial(Body body) {
     body(zmoiUndistortRadial_32f_C3R, 3, Zmo32f());
 }
 
-kit::Buffer bufferFor(ZmoiSize size, ZmoDataType type, int channels) {
-    int bytes = 0;
-    EXPECT_EQ(zmoiUndistortRadialGetBufferSize(size, type, channels, &bytes), zmoStsNoErr);
-    return kit::Buffer(bytes, 3);
+template <class T>
+kit::Buffer bufferFor(ZmoiSize size, int channels) {
+    return kit::bufferOf(zmoiUndistortRadialGetBufferSize, size, kit::typeOf<T>, channels);
 }
 
-template <class T>
-constexpr ZmoDataType typeOf = sizeof(T) == 1   ? zmo8u
-                               : sizeof(T) == 2 ? zmo16u
-                                                : zmo32f;
+// Calls body(size, layout, optics, turn) at each level.
+template <class Body>
+void forEachOptics(Body body) {
+    kit::forEachLevel([&] {
+        size_t turn = 0;
+        for (const ZmoiSize size : kit::sizes()) {
+            for (const Optics& optics : opticsFor(size)) {
+                const kit::Layout layout = kit::layouts()[turn % 4];
+                SCOPED_TRACE(testing::Message() << size << " " << layout << ", optics " << turn);
+                body(size, layout, optics, turn++);
+            }
+        }
+    });
+}
 
 TEST(UndistortRadial, Oracle) {
-    kit::forEachLevel([] {
-        forEachRadial([]<class T>(Radial<T> function, int channels, T) {
-            kit::Random random(91);
-            size_t turn = 0;
-            for (const ZmoiSize size : kit::sizes()) {
-                for (Optics optics : opticsFor(size)) {
-                    const kit::Layout layout = kit::layouts()[turn % 4];
-                    SCOPED_TRACE(testing::Message() << size << " " << layout << " C" << channels
-                                                    << " of " << sizeof(T) << ", optics " << turn);
-                    kit::Image<T> src(size, layout, 0, channels);
-                    src.fill([&] { return drawn<T>(random, turn % 3 == 0); });
-                    kit::Image<T> dst(size, {layout.misalign + 2, layout.padding}, 0, channels);
-                    kit::Buffer buffer = bufferFor(size, typeOf<T>, channels);
-                    kit::succeed([&] {
-                        return function(src.ptr(), src.step(), dst.ptr(), dst.step(), size,
-                                        optics.camera, optics.lens[0], optics.lens[1],
-                                        buffer.ptr());
-                    });
-                    optics.lens[2] = optics.lens[3] = 0;
-                    kit::expectPixels(dst, [&](int x, int y, int c) {
-                        return interpolated(src, distorted(x, y, optics.camera, optics.lens), c);
-                    });
-                    dst.expectSurroundingsUntouched("image");
-                    buffer.expectSurroundingsUntouched();
-                    ++turn;
-                }
-            }
+    forEachRadial([]<class T>(Radial<T> function, int channels, T) {
+        SCOPED_TRACE(testing::Message() << "C" << channels << " of " << sizeof(T));
+        kit::Random random(91);
+        forEachOptics([&](ZmoiSize size, kit::Layout layout, Optics optics, size_t turn) {
+            kit::Image<T> src(size, layout, 0, channels);
+            src.fill([&] { return drawn<T>(random, turn % 3 == 0); });
+            kit::Image<T> dst(size, {layout.misalign + 2, layout.padding}, 0, channels);
+            kit::Buffer buffer = bufferFor<T>(size, channels);
+            kit::succeed(function, src, dst, size, &optics.camera[0], optics.lens[0],
+                         optics.lens[1], buffer);
+            optics.lens[2] = optics.lens[3] = 0;
+            kit::expectPixels(dst, [&](int x, int y, int c) {
+                return interpolated(src, distorted(x, y, optics.camera, optics.lens), c);
+            });
         });
     });
 }
 
 TEST(CreateMapCameraUndistort, Oracle) {
-    kit::forEachLevel([] {
-        size_t turn = 0;
-        for (const ZmoiSize size : kit::sizes()) {
-            for (const Optics& optics : opticsFor(size)) {
-                const kit::Layout layout = kit::layouts()[turn++ % 4];
-                SCOPED_TRACE(testing::Message() << size << " " << layout);
-                kit::Image<Zmo32f> mapX(size, layout);
-                kit::Image<Zmo32f> mapY(size, {layout.misalign + 1, layout.padding + 3});
-                kit::succeed([&] {
-                    return zmoiCreateMapCameraUndistort_32f_C1R(mapX.ptr(), mapX.step(), mapY.ptr(),
-                                                                mapY.step(), size, optics.camera,
-                                                                optics.lens);
-                });
-                const auto at = [&](int x, int y) {
-                    return distorted(x, y, optics.camera, optics.lens);
-                };
-                kit::expectPixels(mapX, [&](int x, int y) { return at(x, y).x; });
-                kit::expectPixels(mapY, [&](int x, int y) { return at(x, y).y; });
-                mapX.expectSurroundingsUntouched("x");
-                mapY.expectSurroundingsUntouched("y");
-            }
-        }
+    forEachOptics([](ZmoiSize size, kit::Layout layout, const Optics& optics, size_t) {
+        kit::Image<Zmo32f> mapX(size, layout);
+        kit::Image<Zmo32f> mapY(size, {layout.misalign + 1, layout.padding + 3});
+        kit::succeed(zmoiCreateMapCameraUndistort_32f_C1R, mapX, mapY, size, &optics.camera[0],
+                     &optics.lens[0]);
+        const auto at = [&](int x, int y) { return distorted(x, y, optics.camera, optics.lens); };
+        kit::expectPixels(mapX, [&](int x, int y) { return at(x, y).x; });
+        kit::expectPixels(mapY, [&](int x, int y) { return at(x, y).y; });
     });
 }
 
@@ -153,77 +135,62 @@ TEST(CreateMapCameraUndistort, Oracle) {
 TEST(UndistortRadial, NotANumberAndInfinity) {
     const ZmoiSize size{100, 31};
     const Optics optics = opticsFor(size)[1];
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     kit::Random random(92);
     kit::Image<Zmo32f> src(size);
     src.fill([&] {
-        const float odd[] = {infinity, -infinity, nan, -nan};
         const auto drawn = static_cast<size_t>(random.between(0, 15));
-        return drawn < 4 ? odd[drawn] : 1.0F;
+        return drawn < 4 ? std::array{INFINITY, -INFINITY, NAN, -NAN}[drawn] : 1.0F;
     });
-    std::vector<kit::Image<Zmo32f>> results;
-    kit::forEachLevel([&] {
-        results.emplace_back(size);
-        kit::Buffer buffer = bufferFor(size, zmo32f, 1);
-        EXPECT_EQ(zmoiUndistortRadial_32f_C1R(src.ptr(), src.step(), results.back().ptr(),
-                                              results.back().step(), size, optics.camera,
-                                              optics.lens[0], optics.lens[1], buffer.ptr()),
+    kit::atAllLevels([&] {
+        kit::Image<Zmo32f> dst(size);
+        kit::Buffer buffer = bufferFor<Zmo32f>(size, 1);
+        EXPECT_EQ(kit::runUnwatched(zmoiUndistortRadial_32f_C1R, src, dst, size, &optics.camera[0],
+                                    optics.lens[0], optics.lens[1], buffer),
                   zmoStsNoErr);
-        kit::expectPixels(results.back(), [&](int x, int y) { return results[0].get(x, y); });
+        return dst;
     });
 }
 
-// Each value in turn is not a number, infinite, or below what it may be.
-std::vector<kit::WrongValue> wrongOptics(size_t count) {
-    std::vector<kit::WrongValue> wrong;
-    for (size_t i = 0; i < count; ++i) {
+// With each value in turn not a number, infinite, or, of those that must be positive, not that.
+std::vector<std::array<Zmo32f, 4>> wrongFour(std::array<Zmo32f, 4> good, size_t positive) {
+    std::vector<std::array<Zmo32f, 4>> all;
+    for (size_t i = 0; i < 4; ++i) {
         for (const float value : {NAN, INFINITY, -INFINITY, 0.0F, -1.0F}) {
-            if (i < 2 || !std::isfinite(value)) wrong.push_back({i, value, zmoStsRangeErr});
+            if (i >= positive && std::isfinite(value)) continue;
+            all.push_back(good);
+            all.back()[i] = value;
         }
     }
-    return wrong;
+    return all;
 }
 
 TEST(Undistort, BadArguments) {
     const ZmoiSize size{12, 4};
-    const std::vector<float> optics{9, 9, 5, 2, 0.1F, 0.1F, 0, 0};
+    const std::array<Zmo32f, 4> camera{9, 9, 5, 2};
+    const std::array<Zmo32f, 4> lens{0.1F, 0.1F, 0, 0};
+    const auto badCameras = wrongFour(camera, 2);
+    const auto badLenses = wrongFour(lens, 0);
+    std::vector<kit::Wrong> wrong;
+    for (const auto& bad : badCameras) wrong.push_back({5, bad.data(), zmoStsRangeErr});
+    std::vector<kit::Wrong> wrongRadial = wrong;
+    for (const size_t place : {6U, 7U}) {
+        for (const float k : {NAN, INFINITY, -INFINITY}) {
+            wrongRadial.push_back({place, k, zmoStsRangeErr});
+        }
+    }
+    for (const auto& bad : badLenses) wrong.push_back({6, bad.data(), zmoStsRangeErr});
     forEachRadial([&]<class T>(Radial<T> function, int channels, T) {
         kit::Image<T> src(size, {}, 0, channels);
         src.fill([] { return 3; });
         kit::Image<T> dst(size, {}, 0, channels);
-        kit::Buffer buffer = bufferFor(size, typeOf<T>, channels);
-        kit::expectBadParts(
-            {{src.ptr(), dst.ptr(), &dst, buffer.ptr()}, {src.step(), dst.step()}, size, optics},
-            [&](const kit::Parts& c) {
-                const float* const camera = c.pointers[2] ? c.values.data() : nullptr;
-                return function(c.at<T>(0), c.steps[0], c.at<T>(1), c.steps[1], c.roi, camera,
-                                c.values[4], c.values[5], c.at<Zmo8u>(3));
-            },
-            wrongOptics(6),
-            [&] {
-                dst.expectUntouched("image");
-                buffer.expectUntouched();
-            });
-        kit::expectBadQueries(zmoiUndistortRadialGetBufferSize, typeOf<T>, channels);
+        kit::Buffer buffer = bufferFor<T>(size, channels);
+        kit::expectBadArguments(function, wrongRadial, src, dst, size, camera.data(), lens[0],
+                                lens[1], buffer);
     });
-    kit::Image<Zmo32f> maps[] = {kit::Image<Zmo32f>(size), kit::Image<Zmo32f>(size)};
-    kit::expectBadParts(
-        {{maps[0].ptr(), maps[1].ptr(), maps, maps},
-         {maps[0].step(), maps[1].step()},
-         size,
-         optics},
-        [&](const kit::Parts& c) {
-            const float* const camera = c.pointers[2] ? c.values.data() : nullptr;
-            const float* const lens = c.pointers[3] ? c.values.data() + 4 : nullptr;
-            return zmoiCreateMapCameraUndistort_32f_C1R(
-                c.at<Zmo32f>(0), c.steps[0], c.at<Zmo32f>(1), c.steps[1], c.roi, camera, lens);
-        },
-        wrongOptics(8),
-        [&] {
-            maps[0].expectUntouched("x");
-            maps[1].expectUntouched("y");
-        });
+    kit::Image<Zmo32f> mapX(size);
+    kit::Image<Zmo32f> mapY(size);
+    kit::expectBadArguments(zmoiCreateMapCameraUndistort_32f_C1R, wrong, mapX, mapY, size,
+                            camera.data(), lens.data());
 }
 
 }  // namespace

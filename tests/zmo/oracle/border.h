@@ -24,8 +24,7 @@ struct Extended {
 
     T operator()(int x, int y) const {
         const ZmoiSize size = image.size();
-        const bool inside = x >= 0 && x < size.width && y >= 0 && y < size.height;
-        if (inside || border == zmoiBorderInMem) return image.get(x, y, channel);
+        if (kit::contains(size, x, y) || border == zmoiBorderInMem) return image.get(x, y, channel);
         if (border == zmoiBorderConst) return value;
         return image.get(folded(x, size.width, border), folded(y, size.height, border), channel);
     }

@@ -45,7 +45,7 @@ class Canny {
         const double lowLimit = limit(low);
         const double highLimit = limit(high);
         kit::Image<Zmo8u> candidates(dx.size());
-        forEachPixel([&](int x, int y) {
+        kit::forEachPixel(dx.size(), [&](int x, int y) {
             const bool maximum = isMaximum(x, y);
             candidates.set(x, y, maximum && size(x, y) > lowLimit ? 1 : 0);
             m_edges.set(x, y, maximum && size(x, y) > highLimit ? 255 : 0);
@@ -58,7 +58,8 @@ class Canny {
 
     int count() const {
         int found = 0;
-        forEachPixel([&](int x, int y) { found += m_edges.get(x, y) != 0 ? 1 : 0; });
+        kit::forEachPixel(m_dx.size(),
+                          [&](int x, int y) { found += m_edges.get(x, y) != 0 ? 1 : 0; });
         return found;
     }
 
@@ -69,16 +70,7 @@ class Canny {
         return std::is_same_v<T, Zmo32f> && compared < 0x1p-126 ? 0 : compared;
     }
 
-    template <class Body>
-    void forEachPixel(Body body) const {
-        for (int y = 0; y < m_dx.size().height; ++y) {
-            for (int x = 0; x < m_dx.size().width; ++x) body(x, y);
-        }
-    }
-
-    bool isInside(int x, int y) const {
-        return x >= 0 && y >= 0 && x < m_dx.size().width && y < m_dx.size().height;
-    }
+    bool isInside(int x, int y) const { return kit::contains(m_dx.size(), x, y); }
 
     double size(int x, int y) const {
         return isInside(x, y) ? gradientSize(m_dx.get(x, y), m_dy.get(x, y), m_norm) : 0;
@@ -111,7 +103,7 @@ class Canny {
 
     bool growOnce(const kit::Image<Zmo8u>& candidates) {
         bool grown = false;
-        forEachPixel([&](int x, int y) {
+        kit::forEachPixel(m_dx.size(), [&](int x, int y) {
             if (candidates.get(x, y) == 0 || m_edges.get(x, y) != 0) return;
             if (!hasEdgeNeighbour(x, y)) return;
             m_edges.set(x, y, 255);

@@ -13,8 +13,7 @@ template <class Admits>
 std::vector<ZmoiPoint> reached(ZmoiSize size, ZmoiPoint seed, int connectivity, Admits admits) {
     std::vector<bool> seen(static_cast<size_t>(size.width) * static_cast<size_t>(size.height));
     const auto mark = [&](ZmoiPoint p) {
-        const size_t i =
-            static_cast<size_t>(p.y) * static_cast<size_t>(size.width) + static_cast<size_t>(p.x);
+        const size_t i = kit::indexIn(size, p.x, p.y);
         const bool fresh = !seen[i];
         seen[i] = true;
         return fresh;
@@ -27,7 +26,7 @@ std::vector<ZmoiPoint> reached(ZmoiSize size, ZmoiPoint seed, int connectivity, 
             for (int dx = -1; dx <= 1; ++dx) {
                 const ZmoiPoint q{p.x + dx, p.y + dy};
                 if (connectivity == 4 && std::abs(dx) + std::abs(dy) != 1) continue;
-                if (q.x < 0 || q.y < 0 || q.x >= size.width || q.y >= size.height) continue;
+                if (!kit::contains(size, q.x, q.y)) continue;
                 if (admits(p, q) && mark(q)) found.push_back(q);
             }
         }

@@ -1,0 +1,136 @@
+#include "anycall.h"
+
+#include <algorithm>
+
+namespace kit {
+
+// The descriptor is the part from "_C" and a digit on.
+void Function::sortParameters(const std::vector<bool>& isInt) {
+    const std::string_view name = m_name;
+    size_t at = name.find("_C");
+    while (name[at + 2] < '1' || name[at + 2] > '4') at = name.find("_C", at + 1);
+    const std::string_view descriptor = name.substr(at + 1, name.find('R', at) - at);
+    m_masked = descriptor.find('M') != std::string_view::npos;
+    m_inPlace = descriptor.find('I') != std::string_view::npos;
+    m_srcChannels = m_dstChannels = descriptor[1] - '0';
+    if (descriptor[2] == 'C' && descriptor[3] < 'A') m_dstChannels = descriptor[3] - '0';
+
+    size_t region = 0;
+    for (size_t i = 0; i < m_parameters.size(); ++i) {
+        if (m_parameters[i].stretched) region = i;
+    }
+    for (size_t i = 0; i < m_parameters.size(); ++i) {
+        const bool pointer = m_parameters[i].pointer;
+        if (pointer && i < region && isInt[i + 1]) {
+            m_images.push_back(i++);
+        } else if (m_parameters[i].stretched) {
+            m_sizes.push_back(i);
+        } else {
+            (pointer ? m_results : m_values).push_back(i);
+        }
+    }
+}
+
+int Function::channels(size_t image) const {
+    const Parameter& p = m_parameters[m_images[image]];
+    if (!p.constant) return m_dstChannels;
+    const bool last = image + 1 == m_images.size() || !m_parameters[m_images[image + 1]].constant;
+    return m_masked && last ? 1 : m_srcChannels;
+}
+
+AnyCall::AnyCall(const Function& function, ZmoiSize roi, Layout layout,
+                 const std::function<ZmoiSize(size_t image)>& larger)
+    : m_function(function),
+      m_roi(roi),
+      m_sizes(function.sizes().size(), roi),
+      m_values(function.values().size()),
+      m_results(function.results().size()) {
+    for (size_t i = 0; i < function.images().size(); ++i) {
+        const ZmoiSize more = larger ? larger(i) : ZmoiSize{0, 0};
+        const int k = static_cast<int>(i);
+        // No two images lie alike.
+        const Layout own{layout.misalign * (2 * k + 1) % 64,
+                         layout.padding == 0 ? 0 : layout.padding + k};
+        m_images.push_back(
+            function.makeImage(i, {roi.width + more.width, roi.height + more.height}, own));
+        m_rows.push_back((roi.width + more.width) * function.channels(i));
+        fill(i, [] { return 1; });
+    }
+}
+
+double AnyCall::get(size_t image, int x, int y, int channel) const {
+    return std::visit([&](const auto& i) -> double { return i.get(x, y, channel); },
+                      m_images[image]);
+}
+
+void AnyCall::set(size_t image, int x, int y, int channel, double value) {
+    std::visit(
+        [&]<class T>(Image<T>& i) {
+            i.set(x, y, channel, static_cast<T>(value));
+            i.snapshot();
+        },
+        m_images[image]);
+}
+
+size_t AnyCall::maskAt() const {
+    size_t last = 0;
+    for (size_t i = 0; i < m_images.size(); ++i) {
+        if (isConstant(i)) last = i;
+    }
+    return last;
+}
+
+void AnyCall::setValue(size_t i, double value) {
+    m_values[i] = m_function.parameter(m_function.values()[i]).fromNumber(value);
+}
+
+Arguments AnyCall::arguments() {
+    Arguments a(m_function.parameters().size());
+    for (size_t i = 0; i < m_images.size(); ++i) {
+        const size_t place = m_function.images()[i];
+        std::visit(
+            [&](auto& image) {
+                a[place] = Slot::of(static_cast<const void*>(image.ptr()));
+                a[place + 1] = Slot::of(image.step());
+            },
+            m_images[i]);
+    }
+    for (size_t i = 0; i < m_sizes.size(); ++i) a[m_function.sizes()[i]] = Slot::of(m_sizes[i]);
+    for (size_t i = 0; i < m_values.size(); ++i) a[m_function.values()[i]] = m_values[i];
+    for (size_t i = 0; i < m_results.size(); ++i) {
+        a[m_function.results()[i]] = Slot::of(static_cast<void*>(m_results[i].bytes.data()));
+    }
+    return a;
+}
+
+ZmoStatus AnyCall::run() {
+    // Bytes beyond a result's own are 0, as in a slot made of its value.
+    std::ranges::fill(m_results, Slot());
+    const Arguments a = arguments();
+    const ZmoStatus status = watched([&] { return m_function(a); });
+    for (size_t i = 0; i < m_images.size(); ++i) {
+        if (isConstant(i)) {
+            block(i).expectUntouched("source");
+        } else {
+            block(i).expectSurroundingsUntouched("target");
+        }
+    }
+    return status;
+}
+
+void AnyCall::expectTarget(size_t image,
+                           const std::function<double(int, int, int)>& expected) const {
+    std::visit([&](const auto& i) { expectPixels(i, expected); }, m_images[image]);
+}
+
+void AnyCall::expectBadArguments(const std::vector<Wrong>& own) {
+    Call call{m_function.parameters(), {}, {}, arguments(), m_function};
+    for (size_t i = 0; i < m_images.size(); ++i) {
+        const size_t place = m_function.images()[i];
+        call.guards.push_back(
+            {&block(i), place, int64_t{m_rows[i]} * m_function.parameter(place).element});
+    }
+    kit::expectBadArguments(call, own);
+}
+
+}  // namespace kit
