@@ -49,40 +49,20 @@ TEST(CommandWords, ArePairedIntoKeysAndArguments) {
     }
 }
 
-TEST(CommandText, IsCutAtBlanksQuotesAndSemicolons) {
-    const std::pair<const char*, const char*> cases[] = {{"", ""},
-                                                         {" \t\r\n", ""},
-                                                         {"-o \"my file.txt\" -B", "o[my]B[]"},
-                                                         {"-dsize=1;2;4 -B", "d[size=1]B[]"},
-                                                         {"-i\tx.ini\r\n-B\n", "i[x.ini]B[]"}};
-    for (const auto& [text, keys] : cases) {
-        psCommandList list;
-        list.setArgs(text);
-        EXPECT_EQ(keysOf(list), keys) << text;
-    }
-}
-
-class OptionFile : public testing::Test {
-  protected:
-    std::string file(const char* name, const std::string& content) const {
-        return str(m_dir.write(name, content));
-    }
-
-    MessageCapture m_messages{static_cast<int>(MessageLevel::ERR)};
-    const TempDir m_dir;
-};
-
-TEST_F(OptionFile, IsExpandedWhereItStands) {
-    const std::string two = "-@" + file("two", "-B\n-fCanny");
-    const std::string crlf = "-@" + file("crlf", "-i a.ini\r\n\r\n  -f+\r\n8u\r\n");
-    const std::string open = "-@" + file("open", "-o");
-    const std::string nested = "-@" + file("nested", "-v " + two);
-    const std::string empty = "-@" + file("empty", "");
+TEST(OptionFile, IsExpandedWhereItStands) {
+    MessageCapture messages(1);
+    const TempDir dir;
+    const auto key = [&](const char* name, const std::string& content) {
+        return "-@" + str(dir.write(name, content));
+    };
+    const std::string two = key("two", "-B\n-fCanny"), empty = key("empty", ""),
+                      crlf = key("crlf", "-i a.ini\r\n\r\n  -f+\r\n8u\r\n"),
+                      open = key("open", "-o \"my file\"  -dn=1;2\t-o"),
+                      nested = key("nested", "-v " + two);
     const std::pair<std::string, std::string> cases[] = {
-        {"-e " + two + " -s-", "e[]B[]f[Canny]s[-]"},
-        {two + " " + two, "B[]f[Canny]B[]f[Canny]"},
+        {"-e " + two + " " + two + " -s-", "e[]B[]f[Canny]B[]f[Canny]s[-]"},
         {crlf, "i[a.ini]f[+8u]"},
-        {open + " name -B", "o[]B[]"},
+        {open + " name -B", "o[my]d[n=1]o[]B[]"},
         {empty + " -B", "B[]"},
         {nested + " -B", "v[]@[" + two.substr(2) + "]B[]"}};
     for (const auto& [line, keys] : cases) {
@@ -91,16 +71,14 @@ TEST_F(OptionFile, IsExpandedWhereItStands) {
         EXPECT_TRUE(list.expandFiles()) << line;
         EXPECT_EQ(keysOf(list), keys) << line;
     }
-    EXPECT_EQ(m_messages.take(), "");
-}
+    EXPECT_EQ(messages.take(), "");
 
-TEST_F(OptionFile, MayBeMissingOrJunk) {
     std::string junk("-B\0\0-x", 6);
     for (int i = 1; i < 256; ++i) junk += static_cast<char>(i);
     psCommandList list;
-    list.setArgs(("-@" + m_dir.path() + "/none -@" + file("junk", junk) + " -e").c_str());
+    list.setArgs(("-@" + dir.path() + "/none " + key("junk", junk) + " -e").c_str());
     EXPECT_FALSE(list.expandFiles());
-    EXPECT_EQ(m_messages.take(), "-- Can't open file " + m_dir.path() + "/none to read: \n");
+    EXPECT_EQ(messages.take(), "-- Can't open file " + dir.path() + "/none to read: \n");
     EXPECT_TRUE(list.isKey('B') && list.isKey('e') && !list.isKey('x'));
 }
 

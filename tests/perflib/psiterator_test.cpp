@@ -87,11 +87,9 @@ TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
         {" 1 ;; 2 ;", "1 2", "1; 2"},
         {"64 ; 1024 ; * 2", "64 128 256 512 1024", "64;1024;*2"},
         {"100;10;-30", "100 70 40 10", "100;10;-30"},
-        {"1;10;+4", "1 5 9", "1;10;+4"},
         {"10;1;+-3", "10 7 4 1", "10;1;+-3"},
         {"1;10;--3", "1 4 7 10", "1;10;--3"},
         {"-1;-20;*3", "-1 -3 -9", "-1;-20;*3"},
-        {"5;5;*2", "5", "5;5;*2"},
         {"2147483640;2147483647;+5", "2147483640 2147483645", "2147483640;2147483647;+5"},
         {"-2147483640;-2147483648;-5", "-2147483640 -2147483645", "-2147483640;-2147483648;-5"},
         {"268435456;2147483647;*2", "268435456 536870912 1073741824", "268435456;2147483647;*2"},
@@ -102,10 +100,8 @@ TEST(PsStepIterator, WalksAndPrintsItsDefinition) {
     const std::pair<const char*, const char*> real[] = {
         {"1.5;4.5;+1.5", "1.5 3 4.5"},
         {"1;10;*2.5", "1 2.5 6.25"},
-        {"0.5; 0.25", "0.5 0.25"},
         {"16777216;3e7;+1", "16777216"},  // too coarse for the step
         {"1e38;3.4028235e38;*2", "1e+38 2e+38"},
-        {"3;1;-1", "3 2 1"},
     };
     for (const auto& [text, values] : real) expectWalk<float>(text, values);
     psStepIterator<float> parm("f");
@@ -138,28 +134,16 @@ TEST(PsStepIterator, ABadDefinitionKeepsTheOneBefore) {
     }
 }
 
-TEST(PsMapIterator, TakesNamesByTheirBeginnings) {
-    psMapIterator<int> map("m");
-    map[1] = "inf";
-    map[2] = "L1";
-    map[3] = "L2";
-    map.add(3);
-    EXPECT_EQ(failure(map, "l ; INF; L2"), "");
-    EXPECT_EQ(str(map.defaultString()), "L1; inf; L2");
-    EXPECT_EQ(failure(map, "inf;L3"), "Invalid value of m = L3");
-    EXPECT_EQ(failure(map, "infinite"), "Invalid value of m = infinite");
-    EXPECT_EQ(walk(map), "L1 inf L2");
-}
-
-TEST(PsMapIterator, ATestNarrowsTheTable) {
+TEST(PsMapIterator, TakesNamesByTheirBeginningsFromATableThatATestNarrows) {
     psMapIterator<int> map("m", "", {{1, "const"}, {2, "copy"}, {3, "mirror"}}, {1, 2, 3});
     map.saveDefinition();
     map.initValidation({2, 3});
     EXPECT_EQ(str(map.prompt()), "m {copy|mirror}");
     EXPECT_EQ(walk(map), "copy mirror");
-    EXPECT_EQ(failure(map, "co"), "");
-    EXPECT_EQ(walk(map), "copy");
-    EXPECT_EQ(failure(map, "const"), "Invalid value of m = const");
+    EXPECT_EQ(failure(map, "M ; co"), "");
+    EXPECT_EQ(walk(map), "mirror copy");
+    for (const std::string unknown : {"const", "mirrors"})
+        EXPECT_EQ(failure(map, unknown.c_str()), "Invalid value of m = " + unknown);
     map.restoreDefinition();
     EXPECT_EQ(str(map.prompt()), "m {const|copy|mirror}");
     EXPECT_EQ(walk(map), "const copy mirror");
@@ -170,6 +154,8 @@ TEST(PsMapIterator, ATestNarrowsTheTable) {
     EXPECT_EQ(walk(map), "const mirror") << "each narrowing starts from the whole list";
     map.restoreDefinition();
     EXPECT_EQ(walk(map), "const");
+    map.add(3);
+    EXPECT_EQ(str(map.defaultString()), "const; mirror");
 }
 
 TEST(PsShifted, StaysInTheRangeOrIsZero) {
@@ -181,48 +167,34 @@ TEST(PsShifted, StaysInTheRangeOrIsZero) {
 }
 
 // Test data of a size that follows a parameter.
-struct Data : psObject {
-    int objectSize() const override { return size; }
-    int size = 0;
-};
-
-class CacheIterator : public testing::Test {
+class CacheIterator : public testing::Test, protected psObject {
   protected:
     CacheIterator() {
-        psCacheIterator::maxCacheSize = [](int* size) {
-            *size = cacheSize;
-            return 0;
-        };
+        psCacheIterator::maxCacheSize = [](int* bytes) { return *bytes = cacheSize, 0; };
         cacheSize = 1 << 20;
     }
     ~CacheIterator() override { psCacheIterator::maxCacheSize = nullptr; }
+    int objectSize() const override { return size; }
 
-    static constexpr double inCacheLow = 0.1;
-    static constexpr double inCacheHigh = 0.9;
     static inline int cacheSize = 0;
-    Data data;
+    int size = 0;
+    MessageCapture messages{7};
 };
 
 TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
     for (const int start : {1, 100, 100'000, 50'000'000}) {
-        MessageCapture messages(7);
         psStepIterator<int> len("Len", "", {start});
-        psCacheIteratorInt iterator(len, &data, [&](int n) {
-            data.size = 4 * n;
-            return true;
-        });
+        psCacheIteratorInt iterator(len, this, [&](int n) { return size = 4 * n, true; });
         std::string walked;
         for (bool more = iterator.firstValue(); more; more = iterator.nextValue()) {
-            data.size = 4 * len.value();
             ASSERT_EQ(len.value(), start) << "every search starts at the parameter's own value";
+            size = 4 * start;
             ASSERT_TRUE(iterator.validateSize()) << str(iterator.infoString());
-            EXPECT_EQ(data.size, 4 * len.value());
-            if (iterator.value() == psCacheIterator::IN_CACHE) {
-                EXPECT_GE(data.size, inCacheLow * cacheSize - 1);
-                EXPECT_LE(data.size, inCacheHigh * cacheSize);
-            } else {
-                EXPECT_GE(data.size, 1.05 * cacheSize - 1);
-            }
+            EXPECT_EQ(size, 4 * len.value());
+            if (iterator.value() == psCacheIterator::IN_CACHE)
+                EXPECT_TRUE(size >= 0.1 * cacheSize - 1 && size <= 0.9 * cacheSize) << size;
+            else
+                EXPECT_GE(size, 1.05 * cacheSize - 1);
             walked += str(iterator.comment()) + " ";
         }
         EXPECT_EQ(walked, "inCache outofCache ");
@@ -230,25 +202,22 @@ TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
 }
 
 TEST_F(CacheIterator, ChangesTheAreaOfASizeByPowersOfTwo) {
-    psIterator<ZmoiSize> size("ImageSize", "", {{100, 50}});
-    const auto resize = [&](const ZmoiSize& s) { return data.size = s.width * s.height, true; };
-    psCacheIteratorSize iterator(size, &data, resize);
-    MessageCapture messages(7);
-    ASSERT_TRUE(iterator.firstValue() && resize(size.value()) && iterator.validateSize());
-    EXPECT_EQ(str(size.valueString()), "800x200") << "5000 * 2^5 is the first above 104857";
+    psIterator<ZmoiSize> area("ImageSize", "", {{100, 50}});
+    const auto resize = [&](const ZmoiSize& s) { return size = s.width * s.height, true; };
+    psCacheIteratorSize iterator(area, this, resize);
+    ASSERT_TRUE(iterator.firstValue() && resize(area.value()) && iterator.validateSize());
+    EXPECT_EQ(str(area.valueString()), "800x200") << "5000 * 2^5 is the first above 104857";
     EXPECT_EQ(messages.text(), "       try: cacheParm=100x50 objectSize=5000 < 104857\n");
-    ASSERT_TRUE(iterator.nextValue());
-    EXPECT_EQ(str(size.valueString()), "100x50");
-    ASSERT_TRUE(resize(size.value()) && iterator.validateSize());
-    EXPECT_EQ(str(size.valueString()), "1600x800");
+    ASSERT_TRUE(iterator.nextValue() && resize(area.value()) && iterator.validateSize());
+    EXPECT_EQ(str(area.valueString()), "1600x800");
     EXPECT_FALSE(iterator.nextValue());
 
     cacheSize = 1000;
-    size.setValue({5, 5});
-    ASSERT_TRUE(resize(size.value()) && iterator.firstValue());
-    size.setValue({5, 5});
+    area.setValue({5, 5});
+    ASSERT_TRUE(resize(area.value()) && iterator.firstValue());
+    area.setValue({5, 5});
     ASSERT_TRUE(iterator.validateSize());
-    EXPECT_EQ(str(size.valueString()), "10x10") << "exactly a tenth is enough";
+    EXPECT_EQ(str(area.valueString()), "10x10") << "exactly a tenth is enough";
 }
 
 TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
@@ -256,13 +225,10 @@ TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
     void* block = psMalloc(1000, 0, 0, nullptr);
     psCacheIteratorInt iterator(len, nullptr, [&](int n) {
         psFree(block);
-        block = psMalloc(n, 0, 0, nullptr);
-        return block != nullptr;
+        return (block = psMalloc(n, 0, 0, nullptr)) != nullptr;
     });
-    MessageCapture messages(1);
-    ASSERT_TRUE(iterator.firstValue());
-    EXPECT_TRUE(iterator.validateSize());
-    EXPECT_EQ(psMallocTotal(), 128'000);
+    const psOutLevelGuard terse(1);
+    ASSERT_TRUE(iterator.firstValue() && iterator.validateSize());
     EXPECT_EQ(messages.text(), "      inCache: cacheParm=128000 totalSize=128000\n")
         << "told where the level hides the set's own line";
     psFree(block);
@@ -281,15 +247,13 @@ TEST_F(CacheIterator, EndsTheSearchForWhatIsOutOfReach) {
                        {100, [](int n) { return n; }, 0, 0},  // no cache
                        {1, [](int n) { return n > 1 ? 0 : 1; }, 1 << 20, 1}};
     for (const auto& c : cases) {
-        MessageCapture messages(7);
         cacheSize = c.cache;
         psStepIterator<int> len("Len", "", {c.start});
         int count = 0;
-        data.size = c.sizeOf(c.start);
-        psCacheIteratorInt iterator(len, &data, [&](int n) {
+        size = c.sizeOf(c.start);
+        psCacheIteratorInt iterator(len, this, [&](int n) {
             ++count;
-            data.size = c.sizeOf(n);
-            return data.size > 0;
+            return (size = c.sizeOf(n)) > 0;
         });
         ASSERT_TRUE(iterator.firstValue());
         EXPECT_FALSE(iterator.validateSize()) << c.start;

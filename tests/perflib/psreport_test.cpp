@@ -2,19 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "psbase.h"
 #include "pscond.h"
-#include "pscputick_gcc.h"
 #include "psctable.h"
-#include "psctrl87.h"
 #include "psstream.h"
 #include "pstest.h"
+#include "temp_dir.h"
 #include "text.h"
 
 namespace {
@@ -22,43 +18,27 @@ namespace {
 using support::lines;
 using Texts = std::vector<std::string>;
 
-// The cells of a table's first line.
-support::Row cells(const std::string& text) {
-    return support::tableRows(text).at(0);
-}
-
 // What a report writes into a stream of the kind.
 template <class Stream, class Report>
 std::string written(const Report& report) {
-    char* text = nullptr;
-    std::size_t size = 0;
-    std::FILE* file = open_memstream(&text, &size);
+    const TempDir dir;
     Stream stream;
-    o_stream* const sink = new o_stream(file);
-    stream.push_back(sink);
-    if constexpr (std::is_same_v<Stream, psOStream>) stream.setOutLevel(7);
+    stream.addStream(dir / "x", false);
     stream << report;
-    stream.clear();
-    delete sink;
-    std::fclose(file);
-    std::string result(text, size);
-    std::free(text);
-    return result;
+    stream.close();
+    return dir.read("x");
 }
 
 // Lines of one width between two edges; gives them back.
-Texts boxed(const psString& text) {
-    const Texts all = lines(text.view());
+Texts boxed(std::string_view text) {
+    const Texts all = lines(text);
     const std::string edge = "+" + std::string(77, '-') + "+";
-    EXPECT_TRUE(all.size() >= 3 && all.front() == edge && all.back() == edge) << text.c_str();
+    EXPECT_TRUE(all.size() >= 3 && all.front() == edge && all.back() == edge) << text;
     for (const std::string& line : all) {
         EXPECT_EQ(line.size(), 79U) << line;
         EXPECT_TRUE(line == edge || (line.starts_with('|') && line.ends_with('|'))) << line;
     }
     return all;
-}
-Texts boxed(const std::string& text) {
-    return boxed(psString(text.c_str()));
 }
 
 // Text layout
@@ -103,7 +83,7 @@ TEST(ReportFormat, ContinuesItemsInTheirColumnsWhenTheLineIsTooNarrow) {
     text +=
         format.line({"   1", name.c_str(), "A test with blanks in its long name", "p_source", "+"});
     text += format.lastLine();
-    const Texts box = boxed(text);
+    const Texts box = boxed(text.view());
     ASSERT_EQ(box.size(), 2U + 3);
     EXPECT_EQ(box[1], "|   1 " + std::string(39, 'n') + " A test with     p_source       +|");
     EXPECT_EQ(box[2].substr(46, 16), "blanks in its   ");
@@ -118,7 +98,7 @@ TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
                              psString(std::string(60, 'x')) + " " + std::string(150, 'y').c_str());
     text += format.titleItem("OS", "tab\tand\nline");
     text += format.lastLine();
-    const Texts box = boxed(text);
+    const Texts box = boxed(text.view());
     ASSERT_EQ(box.size(), 2U + 5);
     EXPECT_EQ(box[1].substr(0, 14), "| Computer : x");
     EXPECT_EQ(box[2].substr(0, 14), "|            y");
@@ -126,95 +106,12 @@ TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
 }
 
 TEST(ReportFormat, TimesOfADayAndMore) {
-    const std::pair<double, const char*> rows[] = {{0, "00:00:00"},
-                                                   {59.9, "00:00:59"},
-                                                   {3725, "01:02:05"},
-                                                   {86399, "23:59:59"},
-                                                   {360000 + 61, "100:01:01"},
-                                                   {-5, "00:00:00"},
-                                                   {1e300, "UNKNOWN (Very large value)"}};
+    const std::pair<double, const char*> rows[] = {
+        {0, "00:00:00"},     {59.9, "00:00:59"},
+        {86399, "23:59:59"}, {360000 + 61, "100:01:01"},
+        {-5, "00:00:00"},    {1e300, "UNKNOWN (Very large value)"}};
     for (const auto& [seconds, text] : rows)
         EXPECT_EQ(psReportFormat::getTimeStr(seconds), text) << seconds;
-}
-
-// Reports
-
-// A test whose one set ends as told, with work that disturbs the guards.
-class FakeTest : public psTest {
-  public:
-    FakeTest(const char* name, const char* info, psResult outcome = PS_OK,
-             std::function<void()> work = {})
-        : psTest(static_cast<FuncOld>(nullptr), name, "perf/p_fake", info),
-          m_outcome(outcome),
-          m_work(std::move(work)) {}
-
-  protected:
-    psResult runTiming() override {
-        psTool::ctrlStart();
-        if (m_work) m_work();
-        psTool::ctrlStop();
-        return m_outcome;
-    }
-    bool initData() override { return true; }
-    bool canStart() override { return m_outcome != PS_UNDEFINED; }
-
-  private:
-    psResult m_outcome;
-    std::function<void()> m_work;
-};
-
-void underflow() {
-    volatile double tiny = 1e-300;
-    tiny = tiny * tiny;
-}
-
-psReportTestResult resultOf(FakeTest& test) {
-    psCpuTicker::m_freqMHz = 2600;
-    const psOutLevelGuard shown(7);
-    test.run();
-    return psReportTestResult(test);
-}
-
-TEST(ReportTestResult, SummaryLineOfAMeasuredTest) {
-    psCStream::m_exePath = "/opt/a, b/ps, cv";
-    FakeTest test("zmoiX_8u, C1R", "TimcX//PP_REG");
-    const support::Row fields = cells(written<psUStream>(resultOf(test)));
-    ASSERT_EQ(fields.size(), 11U);
-    EXPECT_EQ(std::ranges::count(fields, ""), 0);
-    EXPECT_TRUE(fields[2].starts_with("Near 53 Invalid Denormal")) << fields[2];
-    EXPECT_TRUE(fields[4].starts_with("Near Invalid")) << fields[4];
-    const std::pair<std::size_t, const char*> others[] = {
-        {0, "zmoiX_8u C1R"}, {1, "TimcX"}, {6, "PP_REG"}, {8, "p_fake"}, {9, "OK"}, {10, "ps cv"}};
-    for (const auto& [index, text] : others) EXPECT_EQ(fields[index], text) << index;
-}
-
-TEST(ReportTestResult, TellsADisturbedStatusAfterTheGuardsAreCleared) {
-    FakeTest test("zmoiX_8u_C1R", "TimcX", PS_OK, underflow);
-    const psReportTestResult report = resultOf(test);
-    ASSERT_TRUE(test.badControlSSX());
-    const support::Row fields = cells(written<psUStream>(report));
-    EXPECT_TRUE(fields[5].starts_with('?') && fields[6] == "-") << fields[5];
-    EXPECT_EQ(fields[9], "BADSTSWRN");
-    EXPECT_NE(written<psOStream>(report).find("Status   : SSE ?"), std::string::npos);
-}
-
-TEST(ReportTestResult, SaysWhenNothingWasMeasured) {
-    FakeTest test("zmoiX_8u_C1R", "TimcX", PS_UNDEFINED);
-    EXPECT_TRUE(written<psUStream>(resultOf(test))
-                    .starts_with("--No measurements have been done\n"
-                                 "zmoiX_8u_C1R,TimcX,-,-,-,-,-,"));
-}
-
-TEST(ReportTestTitle, BoxCommentAndCells) {
-    const FakeTest test("zmoiCanny_16s8u_C1R", "TimcCanny/border/PP_REG");
-    const psReportTestTitle title(test);
-    const std::string box = written<psOStream>(title);
-    boxed(box);
-    for (const char* item : {"| Function : zmoiCanny_16s8u_C1R ", "| Test     : TimcCanny ",
-                             "| Source   : p_fake ", "| Description: border "})
-        EXPECT_NE(box.find(item), std::string::npos) << item;
-    EXPECT_EQ(written<psUStream>(title), "--zmoiCanny_16s8u_C1R TimcCanny\n");
-    EXPECT_EQ(lines(written<psCStream>(title))[0], "Function,zmoiCanny_16s8u_C1R");
 }
 
 TEST(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
@@ -225,9 +122,10 @@ TEST(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
         functions.push_back(name);
     g_pLibFuncList = &functions;
     psTestList tests;
-    tests.push_back(new FakeTest("zmoiA_8u", "TimcA"));
-    tests.push_back(new FakeTest("zmoiA_8u", "Timc,A2"));
-    tests.push_back(new FakeTest("zmoiC_8u", "TimcC"));
+    for (const auto& [function, info] :
+         {std::pair{"zmoiA_8u", "TimcA"}, {"zmoiA_8u", "Timc,A2"}, {"zmoiC_8u", "TimcC"}})
+        tests.push_back(
+            new psTest(static_cast<psTest::FuncOld>(nullptr), function, "p_fake", info));
     psConditions conditions;
     const auto rows = [&](int mode) {
         return written<psUStream>(psReportList(tests, conditions, mode));

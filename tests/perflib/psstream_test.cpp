@@ -24,8 +24,8 @@ TEST(PsOStream, PassesLevelsByTheirBits) {
                        {87, TRACE, true, true}, {0, ERR, false, false},    {8, ERR, false, true}};
     for (const auto& c : cases) {
         MessageCapture messages(c.out);
-        g_ostrm << c.level << "text " << 4 << END;
-        EXPECT_EQ(messages.text(), c.shown ? "text 4" : "") << c.out;
+        g_ostrm << c.level << "one" << 2 << ' ' << 2.5 << psString("\n") << END;
+        EXPECT_EQ(messages.text(), c.shown ? "one2 2.5\n" : "") << c.out;
         const MessageLevel before = g_ostrm.getMsgLevel();
         EXPECT_EQ(g_ostrm.beginMessage(c.level), c.begins) << c.out;
         EXPECT_EQ(g_ostrm.getMsgLevel(), c.begins ? c.level : before);
@@ -34,38 +34,27 @@ TEST(PsOStream, PassesLevelsByTheirBits) {
     }
 }
 
-TEST(PsOStream, WritesValuesOfAllKinds) {
-    const TempDir dir;
-    psOStream stream;
-    EXPECT_TRUE(stream.addStream(dir / "a.txt", false));
-    stream.setOutLevel(7);
-    stream << "one" << 2 << ' ' << 2.5 << psString("\n");
-    stream.close();
-    EXPECT_TRUE(stream.empty());
-    EXPECT_EQ(dir.read("a.txt"), "one2 2.5\n");
-}
-
 TEST(PsOStream, TellsWhichFileCannotBeOpened) {
     const TempDir dir;
-    const psString file = dir.write("file", "");
+    const std::string file = str(dir.write("file", "")) + "/x";
     MessageCapture messages(1);
     psOStream stream;
-    EXPECT_FALSE(stream.addStream(file + "/x", false));
-    EXPECT_FALSE(stream.addStream("", false));
+    EXPECT_FALSE(stream.addStream(file.c_str(), false) || stream.addStream("", false));
     EXPECT_TRUE(stream.empty());
-    const i_stream missing(dir / "missing", readAsGiven);
-    const i_stream quiet(dir / "missing", readAsGiven, false);
+    const i_stream missing(file.c_str(), readAsGiven), quiet(file.c_str(), readAsGiven, false);
     EXPECT_FALSE(missing.isOpen());
-    EXPECT_EQ(messages.text(), str("-- Can't open file " + file + "/x to write: \n" +
-                                   "-- Can't open file. Wrong filename (NULL)  to write: \n" +
-                                   "-- Can't open file " + (dir / "missing") + " to read: \n"));
+    EXPECT_EQ(messages.text(), "-- Can't open file " + file +
+                                   " to write: \n"
+                                   "-- Can't open file. Wrong filename (NULL)  to write: \n"
+                                   "-- Can't open file " +
+                                   file + " to read: \n");
 }
 
 TEST(IStream, ReadsLinesOfAnyLength) {
     const TempDir dir;
-    const std::string full(511, 'a');
-    const std::string longer(10'000, 'b');
-    const std::string lines[] = {"", "x\r", full, longer, std::string("nul\0byte", 8), "", "last"};
+    const std::string lines[] = {
+        "", "x\r", std::string(511, 'a'), std::string(10'000, 'b'), std::string("nul\0byte", 8),
+        "", "last"};
     std::string content;
     for (const std::string& line : lines) content += line + "\n";
     content.pop_back();
@@ -75,14 +64,12 @@ TEST(IStream, ReadsLinesOfAnyLength) {
         ASSERT_TRUE(file.getline(read));
         EXPECT_EQ(str(read), line);
     }
-    EXPECT_FALSE(file.getline(read));
+    EXPECT_FALSE(file.getline(read) || file.readError());
     EXPECT_TRUE(read.empty());
-    EXPECT_FALSE(file.readError());
     EXPECT_FALSE(i_stream(dir / "missing", readAsGiven, false).getline(read));
 
     i_stream folder(dir / "", readAsGiven);
-    EXPECT_FALSE(folder.getline(read));
-    EXPECT_TRUE(folder.readError());
+    EXPECT_TRUE(!folder.getline(read) && folder.readError());
 }
 
 TEST(Trace, IndentsByTheOpenNames) {
@@ -93,23 +80,16 @@ TEST(Trace, IndentsByTheOpenNames) {
     EXPECT_EQ(str(psTrace::getCurName()), "b");
     psTrace::traceOut("a");
     EXPECT_EQ(str(psTrace::getCurName()), "");
-    psTrace::traceIn("c");
-    psTrace::traceOut("c");
+    for (int i = 0; i < 2; ++i) psTrace::traceOut("x");  // the prefix never ends below nothing
+    psTrace::traceIn("a");
+    EXPECT_EQ(str(psTrace::getCurName()), "a");
     const std::string expected =
         "****** trace into   a\n******* trace into   b\n******* trace out of a\n"
-        "****** trace into   c\n****** trace out of c\n";
+        "***** trace out of x\n***** trace out of x\n****** trace into   a\n";
     EXPECT_EQ(messages.text(), expected);
     EXPECT_EQ(str(psTrace::text()), expected);
     psTrace::flush();
     EXPECT_TRUE(psTrace::text().empty());
-    psTrace::traceOut("x");  // the prefix never ends below nothing
-    psTrace::traceIn("a");
-    for (int i = 0; i < 3; ++i) psTrace::traceOut("x");
-    EXPECT_EQ(str(psTrace::getCurName()), "a");
-    EXPECT_EQ(str(psTrace::text()),
-              "***** trace out of x\n****** trace into   a\n"
-              "****** trace out of x\n***** trace out of x\n***** trace out of x\n");
-    psTrace::flush();
 }
 
 }  // namespace

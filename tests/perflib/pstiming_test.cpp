@@ -6,6 +6,8 @@
 #include <string>
 #include <tuple>
 
+#include "fakes.h"
+
 namespace {
 
 // A counter that stands still but for the calls; each reading costs 2 clocks.
@@ -42,16 +44,10 @@ constexpr auto statTiming = psStatTiming<tcall_fake, check>;
 
 class Timing : public testing::Test {
   protected:
-    void SetUp() override {
-        m_start = zmo_StartCpuClocks;
-        m_stop = zmo_StopCpuClocks;
+    Timing() {
         zmo_StartCpuClocks = readStart;
         zmo_StopCpuClocks = readStop;
         reset();
-    }
-    void TearDown() override {
-        zmo_StartCpuClocks = m_start;
-        zmo_StopCpuClocks = m_stop;
     }
     static void reset() {
         now = 0;
@@ -60,12 +56,7 @@ class Timing : public testing::Test {
         statusOf = [](int) { return 0; };
         clocksOf = [](int) { return 50LL; };
     }
-    // What stands behind the measuring of the overhead and the readings around it.
-    static std::string measured() { return course.substr(1 + 2 * 100 + 1); }
-
-  private:
-    psCpuClocks m_start = nullptr;
-    psCpuClocks m_stop = nullptr;
+    const SavedReaders m_readers;
 };
 
 TEST_F(Timing, LoopTakesTheFastestCallAndTheLastStatus) {
@@ -116,20 +107,17 @@ TEST_F(Timing, StatStopsAtAnErrorAndRemembersNotes) {
 TEST_F(Timing, StatTakesTheOverheadOff) {
     // The empty loop of the overhead costs 500 clocks: 5 a step.
     static bool measuring;
-    measuring = true;
     zmo_StopCpuClocks = [] { return now += measuring ? 500 : 2; };
-    int n = 1;
-    long long clocks = 0;
-    clocksOf = [](int) { return measuring = false, 50LL; };
-    statTiming(&n, &clocks, 1);
-    EXPECT_EQ(clocks, 52 - 5);
-    reset();
-    measuring = true;
-    clocksOf = [](int) { return measuring = false, 2LL; };
-    n = 1;
-    clocks = 0;
-    statTiming(&n, &clocks, 1);
-    EXPECT_EQ(clocks, 4);  // below the overhead nothing is taken off
+    // Below the overhead nothing is taken off.
+    for (const auto& [perCall, taken] : {std::pair{50LL, 52 - 5}, {2LL, 4}}) {
+        reset();
+        measuring = true;
+        clocksOf = [clocks = perCall](int) { return measuring = false, clocks; };
+        int n = 1;
+        long long clocks = 0;
+        statTiming(&n, &clocks, 1);
+        EXPECT_EQ(clocks, taken);
+    }
 }
 
 TEST_F(Timing, InitStandsBeforeEveryTimedInterval) {
@@ -141,7 +129,8 @@ TEST_F(Timing, InitStandsBeforeEveryTimedInterval) {
     int n = 3;
     clocks = 0;
     psStatTiming<tcall_fake, check, putBack>(&n, &clocks, 100);
-    EXPECT_EQ(measured(), "iScEiScEiScE");
+    // What stands behind the measuring of the overhead and the readings around it.
+    EXPECT_EQ(course.substr(1 + 2 * 100 + 1), "iScEiScEiScE");
     EXPECT_EQ(n, 3);
     EXPECT_EQ(clocks, 52);
 }

@@ -59,35 +59,38 @@ class SessionTest : public testing::Test {
             release(*stream);
         g_ostrm.setOutLevel(1);
         psGlobalTool() = psTool();
+        psTool::m_numMilliseconds = 100;
+        psTool::m_minNumLoops = psTool::m_numExtLoops = 8;
+        psTool::m_priority = 0;
         psTestList::m_startFunc() = "";
-        psSession::m_exitLevel = psSession::m_nameMode = psTest::m_hot = 0;
+        psSession::m_exitLevel = psCStream::m_nameMode = psTest::m_hot = 0;
+        psCStream::m_nameExit = psTest::m_cache = psTest::m_pressing = false;
     }
 
-    static std::vector<char*> argvOf(Words& words) {
+    // Hands the words to the operation as main's are.
+    template <class Operation>
+    static auto withWords(Words words, Operation operation) {
         std::vector<char*> argv;
         for (std::string& word : words) argv.push_back(word.data());
-        return argv;
+        return operation(static_cast<int>(argv.size()), argv.data());
     }
     // The console's text of a whole run; what the run before left is put back.
-    std::string run(psSession& session, const Words& keys) {
-        Words words{"bin/pscv"};
-        words.insert(words.end(), keys.begin(), keys.end());
-        std::vector<char*> argv = argvOf(words);
+    std::string run(psSession& session, Words keys) {
+        keys.insert(keys.begin(), "bin/pscv");
         putBack();
         testing::internal::CaptureStdout();
-        m_result = session.run(static_cast<int>(argv.size()), argv.data());
+        m_result = withWords(keys, [&](int n, char** words) { return session.run(n, words); });
         return testing::internal::GetCapturedStdout();
     }
     // The echo of the keys alone.
-    std::string parse(psSession& session, const Words& keys, const char* exe = "bin/pscv") {
-        Words words{exe};
-        words.insert(words.end(), keys.begin(), keys.end());
-        std::vector<char*> argv = argvOf(words);
+    std::string parse(psSession& session, Words keys) {
+        keys.insert(keys.begin(), "bin/pscv");
         putBack();
         g_ostrm.push_back(&c_out);
         session.initSession();
         testing::internal::CaptureStdout();
-        m_parsed = session.parseCommandLine(static_cast<int>(argv.size()), argv.data());
+        m_parsed = withWords(
+            keys, [&](int n, char** words) { return session.parseCommandLine(n, words); });
         return testing::internal::GetCapturedStdout();
     }
     void file(const std::string& name, const std::string& content) const {
