@@ -8,10 +8,6 @@ namespace {
 
 using support::Outcome;
 
-bool has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 const Pscv::Arguments small{"-f=zmoiCanny_16s8u_C1R", "-dImageSize=64x64", "-dnumFigures=2x2",
                             "-rtable"};
 

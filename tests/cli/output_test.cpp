@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <climits>
 #include <csignal>
-#include <cstdint>
 #include <filesystem>
 
 #include "pscv.h"
@@ -15,10 +13,6 @@ namespace fs = std::filesystem;
 using support::Outcome;
 using support::Row;
 using Words = Pscv::Arguments;
-
-bool has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 // Every line of a box, whatever the machine and the folders are called.
 void expectBoxes(const std::string& text) {
@@ -89,57 +83,18 @@ TEST(Output, NamesOfTheParameters) {
     EXPECT_FALSE(has(pscv.text("table.csv"), ",64x64,")) << out;
 }
 
-// A bitmap file; the header may lie about the pixels.
-std::string bmp(int bits, std::int64_t width, std::int64_t height, std::size_t pixels,
-                bool bigEndian = false, int compression = 0) {
-    std::string text = bigEndian ? "MB" : "BM";
-    const auto put = [&](std::int64_t value, int size) {
-        for (int i = 0; i < size; ++i)
-            text += static_cast<char>(value >> 8 * (bigEndian ? size - 1 - i : i));
-    };
-    const int colours = bits <= 8 ? 1 << bits : 0;
-    const std::int64_t fields[][2] = {
-        {1, 4}, {0, 4},    {54 + 4 * colours, 4}, {40, 4}, {width, 4}, {height, 4},
-        {1, 2}, {bits, 2}, {compression, 4},      {0, 4},  {0, 4},     {0, 4},
-        {0, 4}, {0, 4}};
-    for (const auto& [value, size] : fields) put(value, static_cast<int>(size));
-    for (int i = 0; i < colours; ++i) text += std::string(3, static_cast<char>(i * 5)) + '\0';
-    for (std::size_t i = 0; i < pixels; ++i) text += static_cast<char>(i * 31 + i / 64);
-    return text;
-}
-
-TEST(Picture, LoadsWhatIsSoundAndRefusesTheRest) {
+TEST(Picture, IsMeasuredOrNamed) {
     const Pscv pscv;
-    std::vector<std::pair<std::string, bool>> cases;
-    for (const int bits : {1, 4, 8, 16, 24, 32}) {
-        const auto size = static_cast<std::size_t>(64 * 48 * bits / 8);
-        for (const bool bigEndian : {false, true})
-            cases.emplace_back(bmp(bits, 64, 48, size, bigEndian), true);
-        cases.emplace_back(bmp(bits, 64, 48, size / 2), bits > 8);  // direct colour loads
-        for (const auto& [width, height] : {std::pair<int, int>{0, 48},
-                                            {64, 0},
-                                            {64, -48},
-                                            {INT_MAX, INT_MAX},
-                                            {INT_MAX, 1},
-                                            {1, INT_MAX},
-                                            {46341, 46341}})
-            cases.emplace_back(bmp(bits, width, height, size), false);
-        cases.emplace_back(bmp(bits, 64, 48, size, false, 1), false);
-        cases.emplace_back(bmp(bits, 64, 48, size).substr(0, 53), false);
-    }
-    for (const char* junk : {"", "BM", "P5 64 64 255\n"}) cases.emplace_back(junk, false);
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const auto& [text, loads] = cases[i];
-        support::writeFile(pscv.file("pic.bmp"), text);
+    const std::string header("BM\1\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0", 18);
+    const std::string sizes("\x40\0\0\0\x30\0\0\0\1\0\x18\0", 12);  // 64x48, 24 bits
+    const std::string sound = header + sizes + std::string(24 + 64 * 48 * 3, '\0');
+    for (const bool loads : {true, false}) {
+        support::writeFile(pscv.file("pic.bmp"), loads ? sound : sound.substr(0, 53));
         const Outcome outcome =
             pscv.run(Pscv::smallCanny({"-f-32f", "-p" + pscv.file(""), "-dPicture=pic.bmp"}));
-        const std::vector<Row> rows = pscv.rows();
-        ASSERT_EQ(rows.size(), loads ? 1U : 0U) << i << outcome.out;
-        if (loads) {
-            EXPECT_TRUE(has(rows[0][colComment], "pic")) << rows[0][colComment];
-        } else {
-            EXPECT_TRUE(has(outcome.out, "-- Picture pic.bmp was not loaded\n")) << outcome.out;
-        }
+        ASSERT_EQ(pscv.rows().size(), loads ? 1U : 0U) << outcome.out;
+        EXPECT_EQ(has(outcome.out, "-- Picture pic.bmp was not loaded\n"), !loads) << outcome.out;
+        EXPECT_TRUE(!loads || has(pscv.rows()[0][colComment], "pic"));
     }
 }
 
@@ -158,7 +113,9 @@ TEST(Sinks, ThatFailAreNamedAndCostNothingElse) {
             const std::string place =
                 c.runs ? "-- Can't write " + c.path + ":" : "-- Can't open file " + c.path;
             EXPECT_EQ(support::count(outcome.out, place), 1U) << key << outcome.out;
-            EXPECT_EQ(has(outcome.out, "FATAL FAIL: can't open output file"), !c.runs);
+            EXPECT_EQ(has(outcome.out, "FATAL FAIL: can't open output file for writing\n"),
+                      !c.runs);
+            EXPECT_EQ(has(outcome.out, "PS Summary"), c.runs);
             if (c.runs) {
                 EXPECT_EQ(pscv.rows().size(), 2U);
                 EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), 2U);

@@ -9,6 +9,8 @@
 #include "process.h"
 #include "text.h"
 
+using support::has;
+
 // Columns of the performance table.
 enum Column {
     colBase,

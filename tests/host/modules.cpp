@@ -61,13 +61,20 @@ int hostFast() {
 }
 HOST_TEST(HostSets, hostFast)
 
-class HostPlain : public psTest {
+// A test of the parameters, without data.
+template <auto&... parameters>
+class HostOf : public psTest {
   public:
     using psTest::psTest;
 
   protected:
+    bool canStart() override {
+        (regParm(parameters), ...);
+        return true;
+    }
     psString getUnit() override { return "call"; }
 };
+using HostPlain = HostOf<>;
 
 int hostSlow() {
     spin(300000);
@@ -83,8 +90,8 @@ HOST_TEST(HostPlain, hostNote)
 
 // The test's own timing function gives its clocks.
 psResult ownTiming(psTool& tool, int n) {
-    tool.setClocks(1000LL * n);
-    return PS_OK;
+    tool.setClocks(20000LL * n);
+    return PS_DATAWRN;
 }
 const bool registeredOwn =
     psRegTest(new HostPlain(ownTiming, "hostOwnTiming", "tests/host/modules", "HostPlain//HOST"));
@@ -154,59 +161,25 @@ HOST_TEST(HostPlain, hostControl)
 // ---- parameters and data -------------------------------------------------------
 
 psIterator<int> Nothing("Nothing");
-
-class HostEmpty : public HostPlain {
-  public:
-    using HostPlain::HostPlain;
-
-  protected:
-    bool canStart() override {
-        regParm(Nothing);
-        return true;
-    }
-};
-
+using HostEmpty = HostOf<Nothing>;
 int hostEmpty() {
     return 0;
 }
 HOST_TEST(HostEmpty, hostEmpty)
 
 psIterator<int> Same("Same", "", {8, 8});
-
-class HostTwice : public HostPlain {
-  public:
-    using HostPlain::HostPlain;
-
-  protected:
-    bool canStart() override {
-        regParm(Same);
-        return true;
-    }
-};
-
+using HostTwice = HostOf<Same>;
 int hostTwice() {
     spin(100);
     return 0;
 }
 HOST_TEST(HostTwice, hostTwice)
 
-class HostDeprecated : public HostPlain {
-  public:
-    using HostPlain::HostPlain;
-
-  protected:
-    bool canStart() override {
-        static bool once = (Level.addDeprecated(2, "two"), true);
-        static_cast<void>(once);
-        regParm(Level);
-        return true;
-    }
-
-  private:
-    static psIterator<int> Level;
-};
-psIterator<int> HostDeprecated::Level("Level", "", {1, 2, 3});
-
+// Among its values is an old one.
+struct OldValues : psIterator<int> {
+    OldValues() : psIterator<int>("Level", "", {1, 2, 3}) { addDeprecated(2, "two"); }
+} Level;
+using HostDeprecated = HostOf<Level>;
 int hostOldValues() {
     spin(100);
     return 0;
@@ -220,7 +193,6 @@ class HostCannot : public HostPlain {
   protected:
     bool canStart() override { return false; }
 };
-
 int hostCannot() {
     return 0;
 }
@@ -229,15 +201,11 @@ HOST_TEST(HostCannot, hostCannot)
 psIterator<int> Bytes("Bytes", "", {1000, -1000, 2000});
 
 // The second set cannot be prepared: its size is no size.
-class HostMemory : public HostPlain {
+class HostMemory : public HostOf<Bytes> {
   public:
-    using HostPlain::HostPlain;
+    using HostOf::HostOf;
 
   protected:
-    bool canStart() override {
-        regParm(Bytes);
-        return true;
-    }
     bool initData() override { return psMalloc(m_data, Bytes.value(), 0, 0) != nullptr; }
     void flushData() override {
         psFree(m_data);
@@ -247,55 +215,45 @@ class HostMemory : public HostPlain {
   private:
     void* m_data = nullptr;
 };
-
 int hostMemory() {
     spin(100);
     return 0;
 }
 HOST_TEST(HostMemory, hostMemory)
 
-class HostUnprepared : public HostPlain {
+// Data that cannot be prepared, and a fault while they are.
+template <bool (*prepare)()>
+class HostPrepared : public HostPlain {
   public:
     using HostPlain::HostPlain;
 
   protected:
-    bool initData() override { return false; }
+    bool initData() override { return prepare(); }
 };
-
+bool prepareNothing() {
+    return false;
+}
+using HostUnprepared = HostPrepared<prepareNothing>;
 int hostUnprepared() {
     return 0;
 }
 HOST_TEST(HostUnprepared, hostUnprepared)
 
-// A fault while the data are prepared.
-class HostBadData : public HostPlain {
-  public:
-    using HostPlain::HostPlain;
-
-  protected:
-    bool initData() override {
-        const volatile int* nowhere = nullptr;
-        return *nowhere == 0;
-    }
-};
-
+bool prepareNull() {
+    const volatile int* nowhere = nullptr;
+    return *nowhere == 0;
+}
+using HostBadData = HostPrepared<prepareNull>;
 int hostBadData() {
     return 0;
 }
 HOST_TEST(HostBadData, hostBadData)
 
-// ---- what an earlier test must not have changed ---------------------------------
-
 // Flush-to-zero and denormals-are-zero are on in every measured call, whatever
 // the tests before did.
-class HostLast : public HostPlain {
-  public:
-    using HostPlain::HostPlain;
-};
-
 int hostZState() {
     return (__builtin_ia32_stmxcsr() & 0x8040) == 0x8040 ? 0 : -1;
 }
-HOST_TEST(HostLast, hostZState)
+HOST_TEST(HostPlain, hostZState)
 
 }  // namespace

@@ -34,6 +34,10 @@ std::vector<Row> tableRows(std::string_view text) {
     return rows;
 }
 
+bool has(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
 std::size_t count(std::string_view text, std::string_view part) {
     std::size_t found = 0;
     for (std::size_t at = text.find(part); at != std::string_view::npos;

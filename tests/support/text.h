@@ -14,6 +14,7 @@ using Row = std::vector<std::string>;
 std::vector<std::string> lines(std::string_view text);
 // The rows of a performance table: cells between commas, nothing is quoted.
 std::vector<Row> tableRows(std::string_view text);
+bool has(std::string_view text, std::string_view part);
 std::size_t count(std::string_view text, std::string_view part);
 
 // The text with times of day and durations (hh:mm:ss), dates of ctime and of
