@@ -168,4 +168,32 @@ class AnyCall {
     std::vector<Slot> m_results;
 };
 
+// At each level, body(random, row) for all rows of a table of functions.
+template <class Row, class Body>
+void forEachRow(uint64_t stream, const std::vector<Row>& rows, Body body) {
+    forEachLevel([&] {
+        Random random(stream);
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.function.name());
+            body(random, row);
+        }
+    });
+}
+
+// The same, body(random, row, size, layout, turn) for all sizes; each row meets them on other turns.
+template <class Row, class Body>
+void forEachRow(uint64_t stream, const std::vector<Row>& rows, const std::vector<ZmoiSize>& sizes,
+                Body body) {
+    const auto all = layouts();
+    size_t turn = 0;
+    forEachRow(stream, rows, [&](Random& random, const Row& row) {
+        ++turn;
+        for (const ZmoiSize size : sizes) {
+            const Layout layout = all[turn % all.size()];
+            SCOPED_TRACE(testing::Message() << size << " " << layout << " turn " << turn);
+            body(random, row, size, layout, turn++);
+        }
+    });
+}
+
 }  // namespace kit

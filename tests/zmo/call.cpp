@@ -33,21 +33,20 @@ void addUsual(const Call& call, std::vector<Wrong>& wrong) {
     }
 }
 
-Fault<Arguments> faultOf(const Call& call, const Wrong& wrong) {
+Fault<Arguments> faultOf(const Call& call, const std::vector<Wrong::Argument>& arguments,
+                         ZmoStatus status) {
     std::string name;
-    for (const auto& [place, value] : wrong.arguments) {
+    std::vector<std::pair<size_t, Slot>> changes;
+    for (const auto& [place, value] : arguments) {
         const Parameter& p = call.parameters[place];
-        const Slot slot = value.as(p);
-        name += "argument " + std::to_string(place);
-        if (p.pointer && slot == Slot()) name += " null";
-        if (p.stretched) name += " another size";
-        if (p.fromNumber) name += " " + std::to_string(value.number());
-        name += ", ";
+        changes.push_back({place, value.as(p)});
+        name += "argument " + std::to_string(place) + " ";
+        if (p.fromNumber) name += std::to_string(value.number());
+        if (p.pointer && changes.back().second == Slot()) name += "null";
+        name += ": ";
     }
-    return {name + zmoGetStatusString(wrong.status), wrong.status, [&](Arguments& a) {
-                for (const auto& [place, value] : wrong.arguments) {
-                    a[place] = value.as(call.parameters[place]);
-                }
+    return {name + zmoGetStatusString(status), status, [changes](Arguments& a) {
+                for (const auto& [place, slot] : changes) a[place] = slot;
             }};
 }
 
@@ -71,7 +70,12 @@ void expectBadArguments(const Call& call, std::vector<Wrong> wrong) {
     addUsual(call, wrong);
     std::ranges::stable_sort(wrong, {}, rankOf);
     std::vector<Fault<Arguments>> faults;
-    for (const Wrong& one : wrong) faults.push_back(faultOf(call, one));
+    for (const Wrong& one : wrong) {
+        if (!one.inTurn) faults.push_back(faultOf(call, one.arguments, one.status));
+        for (size_t i = 0; one.inTurn && i < one.arguments.size(); ++i) {
+            faults.push_back(faultOf(call, {one.arguments[i]}, one.status));
+        }
+    }
     expectFaults(call.good, call.run, faults, [&] {
         for (const Guard& guard : call.guards) {
             guard.block->expectUntouched("argument " + std::to_string(guard.place));

@@ -80,17 +80,23 @@ class Value {
     Slot m_slot;
 };
 
-// Arguments, counted from 0 in the prototype, with values that the function must refuse.
+// Arguments, counted from 0 in the prototype, with values that the function must refuse: one value,
+// several at once, or one of several after another.
 struct Wrong {
     struct Argument {
         size_t place;
         Value value;
     };
     Wrong(size_t place, Value value, ZmoStatus code) : arguments{{place, value}}, status(code) {}
-    Wrong(std::vector<Argument> several, ZmoStatus code)
-        : arguments(std::move(several)), status(code) {}
+    Wrong(std::vector<Argument> atOnce, ZmoStatus code)
+        : arguments(std::move(atOnce)), status(code) {}
+    Wrong(size_t place, std::initializer_list<Value> values, ZmoStatus code)
+        : inTurn(true), status(code) {
+        for (const Value& value : values) arguments.push_back({place, value});
+    }
 
     std::vector<Argument> arguments;
+    bool inTurn = false;
     ZmoStatus status;
 };
 
@@ -128,7 +134,9 @@ std::function<ZmoStatus(const Arguments&)> withArguments(ZmoStatus (*function)(P
 // A pointer that may be null, or a size that is no region's.
 template <class T>
 struct Exempt {
+    static constexpr bool isExempt = true;
     T value;
+
     std::tuple<T> arguments() const { return {value}; }
 };
 template <class T>
@@ -204,7 +212,7 @@ void expectBadArguments(ZmoStatus (*function)(P...), std::vector<Wrong> wrong, G
     const std::tuple<P...> arguments = std::tuple_cat(argumentsOf(given)...);
     Call call{{parameterOf<P>()...}, {}, guardsOf(given...), {}, withArguments(function)};
     const auto add = [&]<class One>(size_t place, size_t, One&) {
-        if constexpr (requires { exempt(std::declval<One>().value); }) call.exempt.push_back(place);
+        if constexpr (requires { One::isExempt; }) call.exempt.push_back(place);
     };
     forEachGiven(add, given...);
     std::apply([&](const auto&... a) { call.good = {Slot::of(a)...}; }, arguments);

@@ -244,8 +244,7 @@ void expectBadArguments(const Function<T>& function) {
     std::vector<kit::Wrong> wrong = {{5, 2, zmoStsFlagErr},
                                      {{{5, 1}, {6, 5}}, zmoStsMaskSizeErr},
                                      {6, 4, zmoStsMaskSizeErr},
-                                     {7, 4, zmoStsMaskSizeErr},
-                                     {7, 257, zmoStsMaskSizeErr}};
+                                     {7, {4, 257}, zmoStsMaskSizeErr}};
     if (function.harris) {
         for (const float k : {0.26F, NAN}) wrong.push_back({8, k, zmoStsRangeErr});
         for (const float scale : {0.0F, INFINITY}) wrong.push_back({9, scale, zmoStsRangeErr});

@@ -94,11 +94,8 @@ TEST(FastN, BadArguments) {
     kit::Buffer buffer(4096);
     int count = -1;
     kit::expectBadArguments(zmoiFastN_8u_C1R,
-                            {{5, 8, zmoStsRangeErr},
-                             {5, 17, zmoStsRangeErr},
-                             {6, -1, zmoStsThresholdErr},
-                             {6, 256, zmoStsThresholdErr}},
-                            src, dst, size, 9, 0, 1, &count, buffer);
+                            {{5, {8, 17}, zmoStsRangeErr}, {6, {-1, 256}, zmoStsThresholdErr}}, src,
+                            dst, size, 9, 0, 1, &count, buffer);
     kit::expectBadArguments(zmoiFastN2DToVec_8u, {{4, 0, zmoStsRangeErr}}, src, list.withoutStep(),
                             size, 108, &count);
 }

@@ -270,12 +270,14 @@ TEST(Filters, BadArguments) {
     kit::Buffer buffer(100000);
     const Zmo16s value[3] = {};
     const auto border = kit::exempt(&value[0]);
-    kit::expectBadArguments(zmoiFilterGaussianBorder_16s_C3R,
-                            {noValue(5),
-                             unknownBorder(5),
-                             {7, greyGauss.state.as<ZmoiGaussianState>(), zmoStsStateErr},
-                             {7, floatGauss.state.as<ZmoiGaussianState>(), zmoStsStateErr}},
-                            src, dst, roi, zmoiBorderMirror, border, gauss.state, buffer);
+    kit::expectBadArguments(
+        zmoiFilterGaussianBorder_16s_C3R,
+        {noValue(5),
+         unknownBorder(5),
+         {7,
+          {greyGauss.state.as<ZmoiGaussianState>(), floatGauss.state.as<ZmoiGaussianState>()},
+          zmoStsStateErr}},
+        src, dst, roi, zmoiBorderMirror, border, gauss.state, buffer);
     kit::expectBadArguments(
         zmoiFilterSeparable_16s_C3R_L,
         {noValue(5), unknownBorder(5), {7, gauss.state.as<ZmoiSeparableState>(), zmoStsStateErr}},
@@ -292,8 +294,7 @@ TEST(Filters, BadArguments) {
     kit::expectBadArguments(zmoiFilterRowBorderPipeline_16s_C3R,
                             {noValue(8),
                              {5, 0, zmoStsMaskSizeErr},
-                             {6, -1, zmoStsAnchorErr},
-                             {6, 9, zmoStsAnchorErr},
+                             {6, {-1, 9}, zmoStsAnchorErr},
                              {7, 0, zmoStsRangeErr},
                              {5, 9, zmoStsRangeErr},
                              unknownBorder(8)},
@@ -319,8 +320,7 @@ TEST(Filters, BadStates) {
                              {3, 2, zmoStsChannelsErr}},
                             5, 1, zmo16u, 3, state);
     kit::expectBadArguments(zmoiFilterSeparableInit_16s_L,
-                            {{2, ZmoiSize{256, 5}, zmoStsMaskSizeErr},
-                             {2, ZmoiSize{5, 0}, zmoStsMaskSizeErr},
+                            {{2, {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr},
                              {3, ZmoiPoint{2, 300}, zmoStsAnchorErr},
                              {4, 0, zmoStsRangeErr},
                              {2, ZmoiSize{9, 5}, zmoStsRangeErr},
@@ -329,8 +329,7 @@ TEST(Filters, BadStates) {
                             &kernel[0], &kernel[0], mask, ZmoiPoint{2, 2}, 2, zmo16u, zmo16u, 3,
                             state);
     kit::expectBadArguments(zmoiFilterSeparableInit_32f_L,
-                            {{2, ZmoiSize{256, 5}, zmoStsMaskSizeErr},
-                             {2, ZmoiSize{5, 0}, zmoStsMaskSizeErr},
+                            {{2, {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr},
                              {3, ZmoiPoint{2, 300}, zmoStsAnchorErr},
                              {2, ZmoiSize{6, 5}, zmoStsRangeErr},
                              {4, 2, zmoStsChannelsErr}},
@@ -344,8 +343,7 @@ TEST(Filters, BadStates) {
                              {0, beyond, zmoStsTooLargeErr}},
                             roi, 5, zmo16u, 3, &sizes[0], &sizes[1]);
     kit::expectBadArguments(zmoiFilterSeparableGetSize_L,
-                            {{1, ZmoiSize{256, 5}, zmoStsMaskSizeErr},
-                             {1, ZmoiSize{5, 0}, zmoStsMaskSizeErr},
+                            {{1, {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr},
                              {{{2, zmo64f}, {3, zmo64f}}, zmoStsDataTypeErr},
                              {4, 2, zmoStsChannelsErr},
                              {0, beyond, zmoStsTooLargeErr}},

@@ -237,10 +237,8 @@ TEST(Gmm, BadArguments) {
                             {{2, ZmoiSize{12, 3}, zmoStsStateErr}, {3, noState, zmoStsStateErr}},
                             src, size, state);
     kit::expectBadArguments(zmoiFGMMInit,
-                            {{1, 0, zmoStsRangeErr},
-                             {1, 9, zmoStsRangeErr},
-                             {2, 0, zmoStsRangeErr},
-                             {2, NAN, zmoStsRangeErr},
+                            {{1, {0, 9}, zmoStsRangeErr},
+                             {2, {0, NAN}, zmoStsRangeErr},
                              {3, 0, zmoStsThresholdErr},
                              {4, 1.5F, zmoStsRangeErr},
                              {5, -0.1F, zmoStsRangeErr},

@@ -216,7 +216,7 @@ TEST(Haar, BadArguments) {
                                {{7, std::numeric_limits<float>::infinity(), zmoStsThresholdErr}});
     expectBadArguments<Zmo32s>(zmoiApplyHaarClassifier_32s_C1RSfs,
                                stateOf(Stage<Zmo32f>{{{2, 1, 3, 2}}, {1}, {1}, {1}, {0}, {1}}),
-                               {{10, -32, zmoStsScaleErr}, {10, 32, zmoStsScaleErr}}, 0);
+                               {{10, {-32, 32}, zmoStsScaleErr}}, 0);
 }
 
 template <class T>
@@ -230,26 +230,19 @@ void expectBadStages(T badNumber) {
     const int noCounts[] = {0};
     const int manyCounts[] = {65537};
     kit::Buffer state(1024);
-    kit::expectBadArguments(initOf<T>(),
-                            {{6, 0, zmoStsRangeErr},
-                             {6, 65537, zmoStsRangeErr},
-                             {2, noCounts, zmoStsRangeErr},
-                             {2, manyCounts, zmoStsRangeErr},
-                             {0, badRects[0], zmoStsRectErr},
-                             {0, badRects[1], zmoStsRectErr},
-                             {0, badRects[2], zmoStsRectErr},
-                             {0, badRects[3], zmoStsRectErr},
-                             {1, badNumbers, zmoStsRangeErr},
-                             {3, badNumbers, zmoStsRangeErr}},
-                            &rects[0], &numbers[0], &counts[0], &numbers[0], &numbers[0],
-                            &numbers[0], 1, 1, state);
+    kit::expectBadArguments(
+        initOf<T>(),
+        {{6, {0, 65537}, zmoStsRangeErr},
+         {2, {noCounts, manyCounts}, zmoStsRangeErr},
+         {0, {badRects[0], badRects[1], badRects[2], badRects[3]}, zmoStsRectErr},
+         {1, badNumbers, zmoStsRangeErr},
+         {3, badNumbers, zmoStsRangeErr}},
+        &rects[0], &numbers[0], &counts[0], &numbers[0], &numbers[0], &numbers[0], 1, 1, state);
     int size = -1;
-    kit::expectBadArguments(zmoiHaarGetSize,
-                            {{0, 0, zmoStsRangeErr},
-                             {0, 3, zmoStsRangeErr},
-                             {1, 65537, zmoStsRangeErr},
-                             {2, zmo16s, zmoStsDataTypeErr}},
-                            1, 2, kit::typeOf<T>, &size);
+    kit::expectBadArguments(
+        zmoiHaarGetSize,
+        {{0, {0, 3}, zmoStsRangeErr}, {1, 65537, zmoStsRangeErr}, {2, zmo16s, zmoStsDataTypeErr}},
+        1, 2, kit::typeOf<T>, &size);
 }
 
 TEST(Haar, BadStages) {

@@ -99,11 +99,8 @@ TEST(Hough, BadArguments) {
     const ZmoiPolar crossedAngles[] = {{0, 2}, {9, 1}};
     const ZmoiPolar noNumber[] = {{0, 0}, {9, nan}};
     kit::expectBadArguments(zmoiHoughLine_Region_8u32f_C1R,
-                            {{4, crossed, zmoStsRangeErr},
-                             {4, crossedAngles, zmoStsRangeErr},
-                             {4, noNumber, zmoStsRangeErr},
-                             {5, ZmoiPolar{0, 1}, zmoStsRangeErr},
-                             {5, ZmoiPolar{1, -1}, zmoStsRangeErr},
+                            {{4, {crossed, crossedAngles, noNumber}, zmoStsRangeErr},
+                             {5, {ZmoiPolar{0, 1}, ZmoiPolar{1, -1}}, zmoStsRangeErr},
                              {6, -1, zmoStsThresholdErr},
                              {7, 0, zmoStsRangeErr},
                              {5, ZmoiPolar{1e-9F, 1}, zmoStsTooLargeErr}},

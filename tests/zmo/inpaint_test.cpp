@@ -175,10 +175,7 @@ TEST(Inpaint, BadArguments) {
         kit::Image<Zmo8u> dst(size, {}, 0, channels);
         kit::Buffer buffer = bufferFor(size, channels);
         kit::expectBadArguments(functionFor(channels),
-                                {{7, 0.99F, zmoStsRangeErr},
-                                 {7, 64.01F, zmoStsRangeErr},
-                                 {7, NAN, zmoStsRangeErr},
-                                 {8, 2, zmoStsFlagErr}},
+                                {{7, {0.99F, 64.01F, NAN}, zmoStsRangeErr}, {8, 2, zmoStsFlagErr}},
                                 src, mask, dst, size, 3, zmoiInpaintDiffusion, buffer);
     }
 }

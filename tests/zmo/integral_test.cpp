@@ -47,21 +47,17 @@ class TableCase : public kit::AnyCall {
 
     // With the source as it is: the definition, one cell and one pixel at a time.
     void expectNow() {
-        const int columns = roi().width + 1;
-        expected.assign(starts.size(), {});
-        for (size_t t = 0; t < starts.size(); ++t) {
-            for (int cell = 0; cell < columns * (roi().height + 1); ++cell)
-                expected[t].push_back(cellOf(t, cell % columns, cell / columns));
-        }
+        const ZmoiSize cells{roi().width + 1, roi().height + 1};
+        expected.assign(starts.size(), kit::Image<double>(cells));
+        for (size_t t = 0; t < starts.size(); ++t)
+            expected[t].fill([&](int x, int y) { return cellOf(t, x, y); });
     }
 
     void expectTables() {
         for (size_t t = 0; t < starts.size(); ++t) fill(t + 1, [] { return 77; });
         EXPECT_EQ(run(), zmoStsNoErr);
         for (size_t t = 0; t < starts.size(); ++t) {
-            expectTarget(t + 1, [&](int x, int y, int) {
-                return expected[t][static_cast<size_t>((roi().width + 1) * y + x)];
-            });
+            expectTarget(t + 1, [&](int x, int y, int) { return expected[t].get(x, y); });
         }
     }
 
@@ -96,7 +92,7 @@ class TableCase : public kit::AnyCall {
         return value;
     }
 
-    std::vector<std::vector<double>> expected;
+    std::vector<kit::Image<double>> expected;
 };
 
 void expectAtAllLevels(std::vector<TableCase>& cases) {
@@ -251,17 +247,10 @@ class DevCase : public kit::AnyCall {
         made.setValue(0, start);
         made.setValue(1, sqrStart);
         EXPECT_EQ(made.run(), zmoStsNoErr);
-        const int columns = picture.width + 1;
-        for (const size_t table : {0U, 1U}) {
-            int cell = 0;
-            fill(table, [&] {
-                const int i = cell++;
-                return made.get(table + 1, i % columns, i / columns);
-            });
-        }
-        pixels.clear();
-        for (int i = 0; i < picture.width * picture.height; ++i)
-            pixels.push_back(made.get(0, i % picture.width, i / picture.width));
+        for (const size_t table : {0U, 1U})
+            fill(table, [&](int x, int y) { return made.get(table + 1, x, y); });
+        pixels = kit::Image<double>(picture);
+        pixels.fill([&](int x, int y) { return made.get(0, x, y); });
     }
 
     void expectOracle() {
@@ -275,13 +264,13 @@ class DevCase : public kit::AnyCall {
         double n = 0;
         double sum = 0;
         double squares = 0;
-        for (int i = 0; i < picture.width * picture.height; ++i) {
-            if (!covers(i % picture.width - x - rect.x, i / picture.width - y - rect.y)) continue;
-            const double p = pixels[static_cast<size_t>(i)];
+        kit::forEachPixel(picture, [&](int i, int j) {
+            if (!covers(i - x - rect.x, j - y - rect.y)) return;
+            const double p = pixels.get(i, j);
             n += 1;
             sum += p;
             squares += p * p;
-        }
+        });
         return std::sqrt(squares / n - sum / n * (sum / n));
     }
 
@@ -325,33 +314,28 @@ class DevCase : public kit::AnyCall {
     }
 
     ZmoiSize picture{};
-    std::vector<double> pixels;
+    kit::Image<double> pixels{{1, 1}};
 };
 
 TEST(RectStdDev, Oracle) {
-    const ZmoiRect rects[] = {{0, 0, 1, 1}, {0, 0, 3, 3}, {2, 1, 5, 2}, {1, 3, 2, 7}};
-    const auto layouts = kit::layouts();
-    kit::forEachLevel([&] {
-        kit::Random random(73);
-        size_t turn = 0;
-        for (const Deviation& deviation : deviations) {
-            for (const ZmoiSize size : kit::sizes()) {
-                SCOPED_TRACE(testing::Message()
-                             << deviation.function.name() << " " << size << " turn " << turn);
-                DevCase c(deviation, size, rects[turn % 4], layouts[turn / 2 % layouts.size()]);
-                c.setScale(static_cast<int>(turn++ % 9) - 4);
-                c.draw([&] { return random.between(0, 255); }, 1000, -1000);
-                c.expectOracle();
-                c.draw([] { return 200; });
-                c.expectOracle();
-            }
-            DevCase c(deviation, {20, 20}, {1, 2, 9, 4}, {});
-            c.draw([&] { return random.between(0, 1) * 255; });
-            c.expectOracle();
-            const double tolerance = c.scaled() ? 0.5 + 1e-9 : 1e-4;
-            for (int i = 0; i < 400; ++i)
-                EXPECT_NEAR(c.get(2, i % 20, i / 20), c.pixelDeviation(i % 20, i / 20), tolerance);
-        }
+    const std::vector<ZmoiRect> rects = {{0, 0, 1, 1}, {0, 0, 3, 3}, {2, 1, 5, 2}, {1, 3, 2, 7}};
+    const auto expect = [&](kit::Random& random, const Deviation& deviation, ZmoiSize size,
+                            kit::Layout layout, size_t turn) {
+        DevCase c(deviation, size, random.pick(rects), layout);
+        c.setScale(static_cast<int>(turn % 9) - 4);
+        c.draw([&] { return random.between(0, 255); }, 1000, -1000);
+        c.expectOracle();
+        c.draw([] { return 200; });
+        c.expectOracle();
+    };
+    kit::forEachRow(73, deviations, kit::sizes(), expect);
+    kit::forEachRow(75, deviations, [](kit::Random& random, const Deviation& deviation) {
+        DevCase c(deviation, {20, 20}, {1, 2, 9, 4}, {});
+        c.draw([&] { return random.between(0, 1) * 255; });
+        c.expectOracle();
+        kit::forEachPixel(c.roi(), [&](int x, int y) {
+            EXPECT_NEAR(c.get(2, x, y), c.pixelDeviation(x, y), c.scaled() ? 0.5 + 1e-9 : 1e-4);
+        });
     });
 }
 
@@ -373,16 +357,13 @@ TEST(RectStdDev, TablesOf32sMayWrapAround) {
 // The sums of an even area pass 2^24: those of 32f are rounded, and what is left of the variance may
 // lie below zero.
 TEST(RectStdDev, RoundedTablesGiveNoNegativeVariance) {
-    kit::forEachLevel([&] {
-        for (const Deviation& deviation : deviations) {
-            SCOPED_TRACE(deviation.function.name());
-            const int side = deviation.tilted ? 150 : 300;
-            DevCase c(deviation, {9, 9}, {0, 0, side, side}, {});
-            if (c.scaled()) continue;  // its tables of 32s are exact, and too short for this
-            c.draw([] { return 253; });
-            c.expectOracle();
-            for (int i = 0; i < 81; ++i) EXPECT_GE(c.get(2, i % 9, i / 9), 0);
-        }
+    kit::forEachRow(76, deviations, [](kit::Random&, const Deviation& deviation) {
+        const int side = deviation.tilted ? 150 : 300;
+        DevCase c(deviation, {9, 9}, {0, 0, side, side}, {});
+        if (c.scaled()) return;  // its tables of 32s are exact, and too short for this
+        c.draw([] { return 253; });
+        c.expectOracle();
+        kit::forEachPixel(c.roi(), [&](int x, int y) { EXPECT_GE(c.get(2, x, y), 0); });
     });
 }
 

@@ -110,6 +110,7 @@ struct Rows {
     const Block* block;
 
     std::tuple<T*, int64_t> arguments() const { return {first, step}; }
+    Rows every(int n) const { return {first, n * step, block}; }
     T* operator[](int y) const {
         using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
         return reinterpret_cast<T*>(reinterpret_cast<Byte*>(first) + y * step);
@@ -241,17 +242,12 @@ class Buffer : public Block {
 
 // The code of the element type.
 template <class T>
-inline constexpr ZmoDataType typeOf = zmo8u;
-template <>
-inline constexpr ZmoDataType typeOf<Zmo16u> = zmo16u;
-template <>
-inline constexpr ZmoDataType typeOf<Zmo16s> = zmo16s;
-template <>
-inline constexpr ZmoDataType typeOf<Zmo32s> = zmo32s;
-template <>
-inline constexpr ZmoDataType typeOf<Zmo32f> = zmo32f;
-template <>
-inline constexpr ZmoDataType typeOf<Zmo64f> = zmo64f;
+inline constexpr ZmoDataType typeOf = std::is_same_v<T, Zmo8u>    ? zmo8u
+                                      : std::is_same_v<T, Zmo16u> ? zmo16u
+                                      : std::is_same_v<T, Zmo16s> ? zmo16s
+                                      : std::is_same_v<T, Zmo32s> ? zmo32s
+                                      : std::is_same_v<T, Zmo32f> ? zmo32f
+                                                                  : zmo64f;
 
 // Rows more than 2^31 bytes apart; memory between them is never touched and costs nothing. False when
 // there is no address space for them.

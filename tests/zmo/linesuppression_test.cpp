@@ -68,11 +68,8 @@ TEST(LineSuppression, BadArguments) {
     kit::Buffer buffer(4096);
     int size = -1;
     kit::expectBadArguments(zmoiLineSuppression_8u_C1R,
-                            {{7, 0, zmoStsRangeErr},
-                             {7, 16, zmoStsRangeErr},
-                             {8, -1, zmoStsThresholdErr},
-                             {8, 256, zmoStsThresholdErr}},
-                            src, src, dst, roi, 2, 9, buffer);
+                            {{7, {0, 16}, zmoStsRangeErr}, {8, {-1, 256}, zmoStsThresholdErr}}, src,
+                            src, dst, roi, 2, 9, buffer);
     kit::expectBadArguments(zmoiLineSuppressionGetBufferSize,
                             {{1, 16, zmoStsRangeErr},
                              {2, zmo16u, zmoStsDataTypeErr},

@@ -27,8 +27,7 @@ TEST(Query, BadArguments) {
         int size = -1;
         kit::expectBadArguments(row.query,
                                 {{1, row.unknown, zmoStsDataTypeErr},
-                                 {2, 2, zmoStsChannelsErr},
-                                 {2, row.channels == 1 ? 3 : 4, zmoStsChannelsErr},
+                                 {2, {2, row.channels == 1 ? 3 : 4}, zmoStsChannelsErr},
                                  {0, ZmoiSize{INT32_MAX, 2}, zmoStsTooLargeErr}},
                                 ZmoiSize{4, 4}, row.type, row.channels, &size);
         EXPECT_GE(size, 64);

@@ -180,8 +180,7 @@ void expectBadArguments(Labelling<T> label, Speckles<T> mark, Bounds<T> bound) {
     if (label) {
         kit::expectBadArguments(label,
                                 {{3, 0, zmoStsRangeErr},
-                                 {4, 1, zmoStsRangeErr},
-                                 {4, 65536, zmoStsRangeErr},
+                                 {4, {1, 65536}, zmoStsRangeErr},
                                  {5, 6, zmoStsConnectivityErr}},
                                 image, size, 2, 5, 4, &count, buffer);
         kit::expectBadArguments(bound, {{4, 6, zmoStsConnectivityErr}}, image, size, 9, 4);

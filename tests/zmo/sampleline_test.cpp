@@ -21,7 +21,9 @@ void forEachFunction(Body body) {
     kit::Random random(61);
     for (const auto& f : {SAMPLE_LINE(8u)}) body(f, [&] { return random.between(0, 255); });
     for (const auto& f : {SAMPLE_LINE(16u)}) body(f, [&] { return random.between(0, 65535); });
-    for (const auto& f : {SAMPLE_LINE(32f)}) body(f, [&] { return random.uniform(-1e9, 1e9); });
+    // Even a signalling NaN keeps its bits and raises no flag.
+    const auto anyBits = [&] { return std::bit_cast<float>(static_cast<uint32_t>(random.bits())); };
+    for (const auto& f : {SAMPLE_LINE(32f)}) body(f, anyBits);
 }
 
 template <class T>
@@ -83,31 +85,15 @@ TEST(SampleLine, EveryDirection) {
     });
 }
 
-// Floats are copied, whatever they hold: even a signalling NaN keeps its bits and raises no flag.
-TEST(SampleLine, CopiesBits) {
-    kit::Image<Zmo32f> image({5, 3});
-    const uint32_t odd[] = {0x7f800001U, 0xffc00000U, 0x80000000U, 0x00000001U, 0xff800000U};
-    for (int y = 0; y < 3; ++y) {
-        for (int x = 0; x < 5; ++x) std::memcpy(image.ptr() + 5 * y + x, odd + (x + y) % 5, 4);
-    }
-    image.snapshot();
-    const Function<Zmo32f> function{1, zmoiSampleLine_32f_C1R};
-    kit::forEachLevel([&] { expectLine(function, image, {0, 0}, {4, 2}, 1); });
-}
-
 TEST(SampleLine, BadArguments) {
     forEachFunction([]<class T>(const Function<T>& function, auto) {
         kit::Image<T> image({12, 4}, {}, 0, function.channels);
         kit::Image<T> line({12, 1}, {}, 0, function.channels);
-        kit::expectBadArguments(function.run,
-                                {{4, ZmoiPoint{-1, 0}, zmoStsPointErr},
-                                 {4, ZmoiPoint{12, 0}, zmoStsPointErr},
-                                 {4, ZmoiPoint{0, 4}, zmoStsPointErr},
-                                 {5, ZmoiPoint{0, -1}, zmoStsPointErr},
-                                 {5, ZmoiPoint{12, 3}, zmoStsPointErr},
-                                 {5, ZmoiPoint{11, 4}, zmoStsPointErr}},
-                                image, line.withoutStep(), image.size(), ZmoiPoint{0, 0},
-                                ZmoiPoint{11, 3});
+        kit::expectBadArguments(
+            function.run,
+            {{4, {ZmoiPoint{-1, 0}, ZmoiPoint{12, 0}, ZmoiPoint{0, 4}}, zmoStsPointErr},
+             {5, {ZmoiPoint{0, -1}, ZmoiPoint{12, 3}, ZmoiPoint{11, 4}}, zmoStsPointErr}},
+            image, line.withoutStep(), image.size(), ZmoiPoint{0, 0}, ZmoiPoint{11, 3});
     });
 }
 

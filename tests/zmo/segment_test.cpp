@@ -206,9 +206,8 @@ TEST(Segment, BadArguments) {
         src.fill([] { return 3; });
         markers.fill([] { return 1; });
         const auto expect = [&](auto run, auto... drawLines) {
-            kit::expectBadArguments(run,
-                                    {{5, 6, zmoStsConnectivityErr}, {5, 0, zmoStsConnectivityErr}},
-                                    src, markers, src.size(), 4, drawLines..., buffer);
+            kit::expectBadArguments(run, {{5, {6, 0}, zmoStsConnectivityErr}}, src, markers,
+                                    src.size(), 4, drawLines..., buffer);
         };
         if (function.flood) {
             expect(function.flood, 1);

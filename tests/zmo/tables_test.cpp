@@ -47,8 +47,8 @@ std::vector<AnyKernel> entries(const Kernels& table) {
 }
 
 template <class Kernels>
-void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& tables) {
-    SCOPED_TRACE(family);
+void expectOwnKernels(const zmo::LevelTables<Kernels>& tables) {
+    SCOPED_TRACE(__PRETTY_FUNCTION__);
     std::vector<AnyKernel> all;
     for (const Kernels* table : tables.at) {
         const std::vector<AnyKernel> list = entries(*table);
@@ -61,36 +61,18 @@ void expectOwnKernels(const char* family, const zmo::LevelTables<Kernels>& table
 }
 
 TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
-    expectOwnKernels("bound", zmo::boundKernelsByLevel);
-    expectOwnKernels("canny", zmo::cannyKernelsByLevel);
-    expectOwnKernels("chamfer", zmo::chamferKernelsByLevel);
-    expectOwnKernels("convert", zmo::convertKernelsByLevel);
-    expectOwnKernels("copysubpix", zmo::copySubpixKernelsByLevel);
-    expectOwnKernels("corner", zmo::cornerKernelsByLevel);
-    expectOwnKernels("fastn", zmo::fastNKernelsByLevel);
-    expectOwnKernels("flood", zmo::floodKernelsByLevel);
-    expectOwnKernels("gmm", zmo::gmmKernelsByLevel);
-    expectOwnKernels("haar", zmo::haarKernelsByLevel);
-    expectOwnKernels("hough", zmo::houghKernelsByLevel);
-    expectOwnKernels("inpaint", zmo::inpaintKernelsByLevel);
-    expectOwnKernels("label", zmo::labelKernelsByLevel);
-    expectOwnKernels("linesuppression", zmo::lineSuppressionKernelsByLevel);
-    expectOwnKernels("marching", zmo::marchingKernelsByLevel);
-    expectOwnKernels("mask", zmo::maskKernelsByLevel);
-    expectOwnKernels("norm", zmo::normKernelsByLevel);
-    expectOwnKernels("optflow", zmo::flowKernelsByLevel);
-    expectOwnKernels("pipeline", zmo::pipelineKernelsByLevel);
-    expectOwnKernels("pyramid", zmo::pyramidKernelsByLevel);
-    expectOwnKernels("morph", zmo::morphKernelsByLevel);
-    expectOwnKernels("reconstruct", zmo::reconstructKernelsByLevel);
-    expectOwnKernels("rotate", zmo::rotateKernelsByLevel);
-    expectOwnKernels("sampleline", zmo::sampleLineKernelsByLevel);
-    expectOwnKernels("segment", zmo::segmentKernelsByLevel);
-    expectOwnKernels("separable", zmo::separableKernelsByLevel);
-    expectOwnKernels("speckles", zmo::specklesKernelsByLevel);
-    expectOwnKernels("stat", zmo::statKernelsByLevel);
-    expectOwnKernels("truedist", zmo::trueDistanceKernelsByLevel);
-    expectOwnKernels("undistort", zmo::undistortKernelsByLevel);
+    using namespace zmo;
+    const auto expectAll = [](const auto&... tables) { (expectOwnKernels(tables), ...); };
+    expectAll(boundKernelsByLevel, cannyKernelsByLevel, chamferKernelsByLevel,
+              convertKernelsByLevel, copySubpixKernelsByLevel, cornerKernelsByLevel,
+              fastNKernelsByLevel, floodKernelsByLevel, gmmKernelsByLevel, haarKernelsByLevel,
+              houghKernelsByLevel, inpaintKernelsByLevel, labelKernelsByLevel,
+              lineSuppressionKernelsByLevel, marchingKernelsByLevel, maskKernelsByLevel,
+              normKernelsByLevel, flowKernelsByLevel, pipelineKernelsByLevel, pyramidKernelsByLevel,
+              morphKernelsByLevel, reconstructKernelsByLevel, rotateKernelsByLevel,
+              sampleLineKernelsByLevel, segmentKernelsByLevel, separableKernelsByLevel,
+              specklesKernelsByLevel, statKernelsByLevel, trueDistanceKernelsByLevel,
+              undistortKernelsByLevel);
 }
 
 TEST(LevelTables, FollowTheLevelInUse) {
