@@ -74,6 +74,7 @@ bool sameBytes(const Pair& pair) {
     std::vector<double> a(elements), b(elements);
     pair.fill(a.data());
     pair.plain(b.data());
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits, in vectors of any type
     const bool same = std::memcmp(a.data(), b.data(), elements * sizeof(double)) == 0;
     if (!same) std::printf("%s differs from its definition\n", pair.name.c_str());
     return same;

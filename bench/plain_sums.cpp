@@ -72,7 +72,7 @@ void plainAbsDiff(const Zmo8u* src, const Zmo8u* src2, Zmo8u* dst, size_t pixels
 }
 
 void plainAdd(const Zmo8u* src, Zmo32f* sums, size_t pixels) {
-    for (size_t i = 0; i < pixels; ++i) sums[i] += src[i];
+    for (size_t i = 0; i < pixels; ++i) sums[i] += static_cast<Zmo32f>(src[i]);
 }
 
 void plainIntegral(const Zmo8u* src, Zmo32s* table, ZmoiSize size) {

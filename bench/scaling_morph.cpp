@@ -64,7 +64,9 @@ struct Corridor {
         for (int x = 1; x < roi.width; x += 2) {
             const int gap = x % 4 == 1 ? 0 : roi.height - 1;
             for (int y = 0; y < roi.height; ++y) {
-                if (y != gap) limit[static_cast<size_t>(y * roi.width + x)] = 0;
+                if (y != gap)
+                    limit[static_cast<size_t>(y) * static_cast<size_t>(roi.width) +
+                          static_cast<size_t>(x)] = 0;
             }
         }
         marker[0] = 255;

@@ -8,7 +8,6 @@
 namespace {
 
 using scaling::Function;
-using scaling::Step;
 
 constexpr ZmoiSize larger(ZmoiSize size, int by) {
     return {size.width + by, size.height + by};

@@ -41,7 +41,7 @@ class TimMorphGray : public MorphTest {
             for (int x = 0; x < size.width; ++x) {
                 const int fromEdge =
                     std::min(std::min(x, size.width - 1 - x), std::min(y, size.height - 1 - y));
-                const bool out = mask[static_cast<std::size_t>(y * size.width + x)] == 0;
+                const bool out = mask[values.size()] == 0;
                 values.push_back(static_cast<T>(out ? -1000 : 4 * fromEdge));
             }
         }

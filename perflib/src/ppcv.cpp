@@ -115,7 +115,7 @@ class ObjectField {
             for (std::size_t x = 0; x < m_x.size(); ++x)
                 ++pixels[static_cast<std::size_t>(at(static_cast<int>(x), static_cast<int>(y)))];
         }
-        const auto all = static_cast<long long>(m_x.size() * m_y.size());
+        const auto all = static_cast<long long>(m_x.size()) * static_cast<long long>(m_y.size());
         const long long wanted = std::max(all * percent / 100, 1LL);
         std::size_t level = 0;
         for (long long held = pixels[0]; held < wanted; held += pixels[level]) ++level;

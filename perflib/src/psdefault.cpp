@@ -32,7 +32,7 @@ bool operator==(const ZmoiSize& a, const ZmoiSize& b) {
 
 psString psValueText(float value) {
     for (int digits = 6; digits < 9; ++digits) {
-        const psString text = psFormat("%.*g", digits, static_cast<double>(value));
+        psString text = psFormat("%.*g", digits, static_cast<double>(value));
         float read = 0;
         if (psFromText(text, read) && read == value) return text;
     }
@@ -41,7 +41,7 @@ psString psValueText(float value) {
 
 psString psValueText(double value) {
     for (int digits = 6; digits < 17; ++digits) {
-        const psString text = psFormat("%.*g", digits, value);
+        psString text = psFormat("%.*g", digits, value);
         double read = 0;
         if (psFromText(text, read) && read == value) return text;
     }

@@ -42,7 +42,7 @@ bool psIStream::close() {
 
 psString psIStream::getItemValue(const psString& name, const psString& defaultValue,
                                  const psString& prompt, const psString& comment) {
-    const psString value = lookUp(name, defaultValue, prompt.empty() ? name : prompt);
+    psString value = lookUp(name, defaultValue, prompt.empty() ? name : prompt);
     if (isIniWritten()) m_ini.write(m_section, name, value, comment);
     return value;
 }

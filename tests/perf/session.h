@@ -32,6 +32,7 @@ void inOwnProcess(Body body) {
 inline void runSession(std::vector<std::string> words) {
     words.insert(words.begin(), "pscv");
     std::vector<char*> argv;
+    argv.reserve(words.size());
     for (std::string& word : words) argv.push_back(word.data());
     setenv("PSCV_FREQ_MHZ", "1000", 1);
     testing::internal::CaptureStdout();

@@ -30,6 +30,13 @@ Region regionOf(Size roi) {
     return {static_cast<ptrdiff_t>(roi.width), static_cast<ptrdiff_t>(roi.height)};
 }
 
+// The image from the first element of its channel of interest, from 1.
+template <class T>
+Source channelOf(Source image, int coi) {
+    return {static_cast<const char*>(image.data) + (coi - 1) * static_cast<int>(sizeof(T)),
+            image.step};
+}
+
 // width counts pixels of `channels` elements of T.
 template <class T, int channels = 1>
 bool badStep(int64_t step, int64_t width) {
@@ -40,6 +47,26 @@ bool badStep(int64_t step, int64_t width) {
 // False for what is not a number, without a floating-point flag.
 inline bool isWithin(Zmo32f value, Zmo32f low, Zmo32f high) {
     return std::isgreaterequal(value, low) && std::islessequal(value, high);
+}
+
+// The same.
+template <class T>
+bool isPositive(T value) {
+    if constexpr (std::is_floating_point_v<T>) return std::isgreater(value, T{0});
+    return value > 0;
+}
+template <class T>
+bool isNotNegative(T value) {
+    if constexpr (std::is_floating_point_v<T>) return std::isgreaterequal(value, T{0});
+    return value >= 0;
+}
+
+inline bool isConnectivity(int neighbours) {
+    return neighbours == 4 || neighbours == 8;
+}
+
+inline bool isScale(int scaleFactor) {
+    return scaleFactor >= -31 && scaleFactor <= 31;
 }
 
 inline bool isKnown(ZmoNormType norm) {
@@ -92,6 +119,19 @@ constexpr ZmoDataType dataTypeOf() {
 inline int64_t rowBytes(int64_t width, int64_t more, int64_t channels, int64_t size) {
     const int64_t element = channels * size;
     return width > INT64_MAX / 4 / element - more ? INT64_MAX / 4 : (width + more) * element;
+}
+
+// The same for so many items, pixels or whatever kernels count in an int, and what else is needed.
+inline int64_t itemBytes(int64_t items, int64_t bytesOfItem, int64_t more) {
+    return items > INT_MAX ? INT64_MAX : items * bytesOfItem + more;
+}
+
+// What the queries for the size of a work buffer check that depends on nothing else.
+inline ZmoStatus checkQuery(const int* pSize, ZmoiSize roi, bool knownType, bool knownChannels) {
+    if (pSize == nullptr) return zmoStsNullPtrErr;
+    if (isEmpty(roi)) return zmoStsSizeErr;
+    if (!knownType) return zmoStsDataTypeErr;
+    return knownChannels ? zmoStsNoErr : zmoStsChannelsErr;
 }
 
 // Stores a size of work memory that was computed in 64 bits.

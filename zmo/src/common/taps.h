@@ -87,13 +87,14 @@ void sumRows(A* sums, ptrdiff_t count, const Elem<Weight<A>>* weights, ptrdiff_t
         {sumSomeRows<A, S, add, 1, false>, sumSomeRows<A, S, add, 2, false>,
          sumSomeRows<A, S, add, 3, false>, sumSomeRows<A, S, add, 4, false>,
          sumSomeRows<A, S, add, 5, false>}};
-    for (ptrdiff_t done = 0; done < taps;) {
+    ptrdiff_t done = 0;
+    do {
         const ptrdiff_t some = taps - done < 5 ? taps - done : 5;
         const Elem<S>* rows[5];
         for (ptrdiff_t i = 0; i < some; ++i) rows[i] = rowAt(done + i);
         table[done != 0][some - 1](sums, rows, weights + done, count);
         done += some;
-    }
+    } while (done < taps);
 }
 
 // How sums become pixels: divided, rounded half to even, saturated. A power of two is shifted; all

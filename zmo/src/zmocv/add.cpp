@@ -9,14 +9,9 @@
 namespace zmo {
 namespace {
 
-struct Image {
-    const void* data;
-    int step;
-};
-
 // src2 counts for addProduct, alpha for addWeighted.
 template <AddUse use, class T, bool masked>
-ZmoStatus add(Image src, Image src2, Image mask, Zmo32f* acc, int accStep, ZmoiSize roi,
+ZmoStatus add(Source src, Source src2, Source mask, Zmo32f* acc, int accStep, ZmoiSize roi,
               Zmo32f alpha = 0) {
     constexpr bool two = use == addProduct;
     if (anyNull(src.data, acc)) return zmoStsNullPtrErr;
@@ -29,9 +24,7 @@ ZmoStatus add(Image src, Image src2, Image mask, Zmo32f* acc, int accStep, ZmoiS
     if (use == addWeighted && !isWithin(alpha, 0, 1)) return zmoStsRangeErr;
     const bool selected =
         kernelsInUse(addKernelsByLevel)
-            .at[use][typeIndex<T>][masked]({src.data, src.step}, {src2.data, src2.step},
-                                           {mask.data, mask.step}, {acc, accStep},
-                                           {roi.width, roi.height}, alpha);
+            .at[use][typeIndex<T>][masked](src, src2, mask, {acc, accStep}, regionOf(roi), alpha);
     return selected ? zmoStsNoErr : zmoStsEmptyMask;
 }
 
@@ -90,6 +83,6 @@ ZmoStatus zmoiAddWeighted_32f_C1R(const Zmo32f* pSrc, int srcStep, const Zmo32f*
     }
     if (!zmo::isWithin(alpha, 0, 1)) return zmoStsRangeErr;
     zmo::kernelsInUse(zmo::addKernelsByLevel)
-        .blend({pSrc, srcStep}, {pSrc2, src2Step}, {pDst, dstStep}, {roi.width, roi.height}, alpha);
+        .blend({pSrc, srcStep}, {pSrc2, src2Step}, {pDst, dstStep}, zmo::regionOf(roi), alpha);
     return zmoStsNoErr;
 }

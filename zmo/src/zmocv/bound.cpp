@@ -12,8 +12,8 @@ ZmoStatus boundSegments(BoundKernel run, T* pSrcDst, int srcDstStep, ZmoiSize ro
     if (pSrcDst == nullptr) return zmoStsNullPtrErr;
     if (isEmpty(roi)) return zmoStsSizeErr;
     if (badStep<T>(srcDstStep, roi.width)) return zmoStsStepErr;
-    if (connectivity != 4 && connectivity != 8) return zmoStsConnectivityErr;
-    run({pSrcDst, srcDstStep}, {roi.width, roi.height}, value, connectivity);
+    if (!isConnectivity(connectivity)) return zmoStsConnectivityErr;
+    run({pSrcDst, srcDstStep}, regionOf(roi), value, connectivity);
     return zmoStsNoErr;
 }
 

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <climits>
+#include <cmath>
 #include <limits>
 #include <type_traits>
 
@@ -65,7 +66,7 @@ Limit floorTo(double limit) {
 
 // Unlike < and <=, these raise no flag for a threshold that is not a number.
 bool badThresholds(Zmo32f low, Zmo32f high) {
-    return !__builtin_isgreaterequal(low, 0.0F) || !__builtin_islessequal(low, high);
+    return !isNotNegative(low) || !std::islessequal(low, high);
 }
 
 template <class T, class Step, class Size>

@@ -5,15 +5,11 @@
 #include <type_traits>
 
 #include "common/check.h"
+#include "common/types.h"
 #include "zmocv_distance.h"
 
 namespace zmo {
 namespace {
-
-template <class T>
-constexpr int typeIndex = std::is_same_v<T, Zmo8u>    ? 0
-                          : std::is_same_v<T, Zmo16u> ? 1
-                                                      : 2;
 
 // Steps as long as the largest distance do what longer ones would.
 template <class T, class Metric>
@@ -25,15 +21,6 @@ float stepOf(Metric metric) {
     }
 }
 
-template <class Metric>
-bool isLength(Metric metric) {
-    if constexpr (std::is_integral_v<Metric>) {
-        return metric > 0;
-    } else {
-        return __builtin_isgreater(metric, 0.0F);
-    }
-}
-
 template <int maskSize, class T, class Metric>
 ZmoStatus chamfer(const Zmo8u* pSrc, int srcStep, T* pDst, int dstStep, ZmoiSize roi,
                   const Metric* pMetrics) {
@@ -41,13 +28,12 @@ ZmoStatus chamfer(const Zmo8u* pSrc, int srcStep, T* pDst, int dstStep, ZmoiSize
     if (isEmpty(roi)) return zmoStsSizeErr;
     if (badStep<Zmo8u>(srcStep, roi.width) || badStep<T>(dstStep, roi.width)) return zmoStsStepErr;
     constexpr bool large = maskSize == 5;
-    if (!isLength(pMetrics[0]) || !isLength(pMetrics[1])) return zmoStsRangeErr;
-    if (large && !isLength(pMetrics[2])) return zmoStsRangeErr;
+    if (!isPositive(pMetrics[0]) || !isPositive(pMetrics[1])) return zmoStsRangeErr;
+    if (large && !isPositive(pMetrics[2])) return zmoStsRangeErr;
     const ChamferSteps steps = {stepOf<T>(pMetrics[0]), stepOf<T>(pMetrics[1]),
                                 large ? stepOf<T>(pMetrics[2]) : 0};
     kernelsInUse(chamferKernelsByLevel)
-        .at[large ? 1 : 0][typeIndex<T>]({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height},
-                                         steps);
+        .at[large ? 1 : 0][typeIndex<T>]({pSrc, srcStep}, {pDst, dstStep}, regionOf(roi), steps);
     return zmoStsNoErr;
 }
 

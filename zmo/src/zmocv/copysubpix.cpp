@@ -14,10 +14,6 @@ bool badFraction(float fraction) {
     return !std::isgreaterequal(fraction, 0.0F) || !std::isless(fraction, 1.0F);
 }
 
-bool badScale(int scaleFactor) {
-    return scaleFactor < -31 || scaleFactor > 31;
-}
-
 // One coordinate of a corner, split: the whole part of a place and the fraction.
 struct Split {
     ptrdiff_t whole;
@@ -69,8 +65,8 @@ ZmoStatus copySubpix(SubpixTypes types, const S* pSrc, int srcStep, D* pDst, int
     const Region image{ptrdiff_t{roi.width} + (dx != 0), ptrdiff_t{roi.height} + (dy != 0)};
     if (badStep<S>(srcStep, image.width) || badStep<D>(dstStep, roi.width)) return zmoStsStepErr;
     if (badFraction(dx) || badFraction(dy)) return zmoStsRangeErr;
-    if (badScale(scaleFactor)) return zmoStsScaleErr;
-    kernel(types)({pSrc, srcStep}, image, {pDst, dstStep}, {roi.width, roi.height}, {0, 0, dx, dy},
+    if (!isScale(scaleFactor)) return zmoStsScaleErr;
+    kernel(types)({pSrc, srcStep}, image, {pDst, dstStep}, regionOf(roi), {0, 0, dx, dy},
                   scaleOf(scaleFactor));
     return zmoStsNoErr;
 }
@@ -83,12 +79,11 @@ ZmoStatus copySubpixIntersect(SubpixTypes types, const S* pSrc, int srcStep, Zmo
     if (isEmpty(srcRoi) || isEmpty(roi)) return zmoStsSizeErr;
     if (badStep<S>(srcStep, srcRoi.width) || badStep<D>(dstStep, roi.width)) return zmoStsStepErr;
     if (!std::isfinite(corner.x) || !std::isfinite(corner.y)) return zmoStsRangeErr;
-    if (badScale(scaleFactor)) return zmoStsScaleErr;
+    if (!isScale(scaleFactor)) return zmoStsScaleErr;
     const Split x = split(corner.x);
     const Split y = split(corner.y);
-    kernel(types)({pSrc, srcStep}, {srcRoi.width, srcRoi.height}, {pDst, dstStep},
-                  {roi.width, roi.height}, {x.whole, y.whole, x.fraction, y.fraction},
-                  scaleOf(scaleFactor));
+    kernel(types)({pSrc, srcStep}, regionOf(srcRoi), {pDst, dstStep}, regionOf(roi),
+                  {x.whole, y.whole, x.fraction, y.fraction}, scaleOf(scaleFactor));
     storeValidPart(validSpan(x, srcRoi.width, roi.width), validSpan(y, srcRoi.height, roi.height),
                    pFirst, pLast);
     return zmoStsNoErr;

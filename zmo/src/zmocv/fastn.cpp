@@ -30,10 +30,7 @@ ZmoStatus zmoiFastN_8u_C1R(const Zmo8u* pSrc, int srcStep, Zmo8u* pDst, int dstS
 }
 
 ZmoStatus zmoiFastNGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels, int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u) return zmoStsDataTypeErr;
-    if (channels != 1) return zmoStsChannelsErr;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, type == zmo8u, channels == 1)) return bad;
     return zmo::storeSize(zmo::fastNBufferSize(roi), pSize);
 }
 

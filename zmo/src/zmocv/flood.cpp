@@ -1,7 +1,6 @@
 #include "zmocv/flood.h"
 
 #include <climits>
-#include <type_traits>
 
 #include "common/check.h"
 #include "zmocv_region.h"
@@ -11,15 +10,8 @@ namespace {
 
 // Stack, map, one flag a row, and the alignment of all.
 int64_t floodBufferSize(ZmoiSize roi) {
-    const int64_t pixels = static_cast<int64_t>(roi.width) * roi.height;
-    if (pixels > INT_MAX) return INT64_MAX;
-    return pixels * static_cast<int64_t>(sizeof(FloodSpan) + 1) + roi.height + 64 + 3 * 63;
-}
-
-template <class T>
-bool isDelta(T delta) {
-    if constexpr (std::is_same_v<T, Zmo32f>) return __builtin_isgreaterequal(delta, 0.0F);
-    return delta >= 0;
+    return itemBytes(int64_t{roi.width} * roi.height, sizeof(FloodSpan) + 1,
+                     int64_t{roi.height} + 64 + 3 * 63);
 }
 
 template <class T>
@@ -32,10 +24,10 @@ ZmoStatus flood(FloodKernel run, T* pSrcDst, int srcDstStep, ZmoiSize roi, ZmoiP
     if (seed.x < 0 || seed.x >= roi.width || seed.y < 0 || seed.y >= roi.height) {
         return zmoStsPointErr;
     }
-    if (!isDelta(minDelta) || !isDelta(maxDelta)) return zmoStsRangeErr;
+    if (!isNotNegative(minDelta) || !isNotNegative(maxDelta)) return zmoStsRangeErr;
     if (floodBufferSize(roi) > INT_MAX) return zmoStsTooLargeErr;
-    run({pSrcDst, srcDstStep}, {roi.width, roi.height}, seed, &value, &minDelta, &maxDelta,
-        connectivity, pRegion, pBuffer);
+    run({pSrcDst, srcDstStep}, regionOf(roi), seed, &value, &minDelta, &maxDelta, connectivity,
+        pRegion, pBuffer);
     return zmoStsNoErr;
 }
 
@@ -75,9 +67,7 @@ ZMO_FLOOD_DELTA(Grad, gradient, 4, 32f, 1)
 ZMO_FLOOD_DELTA(Grad, gradient, 8, 32f, 1)
 
 ZmoStatus zmoiFloodFillGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels, int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u && type != zmo32s && type != zmo32f) return zmoStsDataTypeErr;
-    if (channels != 1) return zmoStsChannelsErr;
+    const bool knownType = type == zmo8u || type == zmo32s || type == zmo32f;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, knownType, channels == 1)) return bad;
     return zmo::storeSize(zmo::floodBufferSize(roi), pSize);
 }

@@ -22,7 +22,7 @@ static_assert(sizeof(GmmState) <= modelOffset);
 int64_t stateSize(ZmoiSize roi, int maxComponents) {
     const int64_t blocks = gmmBlocks(roi.width) * int64_t{roi.height};
     const int64_t bytesOfBlock = maxComponents * gmmFloatsOfComponent * int64_t{sizeof(Zmo32f)};
-    return blocks > INT_MAX ? INT64_MAX : modelOffset + blocks * bytesOfBlock;
+    return itemBytes(blocks, bytesOfBlock, modelOffset);
 }
 
 bool badCount(int maxComponents) {
@@ -57,7 +57,7 @@ ZmoStatus zmoiFGMMForeground_8u_C3R(const Zmo8u* pSrc, int srcStep, Zmo8u* pDst,
     const ZmoStatus status = zmo::checkImageAndState<1>(dstStep, roi, state);
     if (status != zmoStsNoErr) return status;
     zmo::kernelsInUse(zmo::gmmKernelsByLevel)
-        .foreground({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height}, &state.rules,
+        .foreground({pSrc, srcStep}, {pDst, dstStep}, zmo::regionOf(roi), &state.rules,
                     reinterpret_cast<Zmo8u*>(pState) + zmo::modelOffset);
     return zmoStsNoErr;
 }
@@ -70,7 +70,7 @@ ZmoStatus zmoiFGMMBackground_8u_C3R(Zmo8u* pDst, int dstStep, ZmoiSize roi,
     const ZmoStatus status = zmo::checkImageAndState<3>(dstStep, roi, state);
     if (status != zmoStsNoErr) return status;
     zmo::kernelsInUse(zmo::gmmKernelsByLevel)
-        .background({pDst, dstStep}, {roi.width, roi.height}, &state.rules,
+        .background({pDst, dstStep}, zmo::regionOf(roi), &state.rules,
                     reinterpret_cast<const Zmo8u*>(pState) + zmo::modelOffset);
     return zmoStsNoErr;
 }

@@ -137,7 +137,7 @@ ZmoStatus apply(HaarCount (*HaarKernels::*kernel)(const HaarArgs&), const T* pSr
     }
     constexpr bool isFloat = std::is_same_v<T, Zmo32f>;
     if (isFloat && !std::isfinite(static_cast<double>(threshold))) return zmoStsThresholdErr;
-    if (scaleFactor < -31 || scaleFactor > 31) return zmoStsScaleErr;
+    if (!isScale(scaleFactor)) return zmoStsScaleErr;
     HaarHead head;
     std::memcpy(&head, pState, sizeof head);
     if (head.kind != haarState || head.type != (isFloat ? zmo32f : zmo32s)) return zmoStsStateErr;

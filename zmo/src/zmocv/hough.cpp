@@ -12,7 +12,7 @@ namespace {
 bool badLimits(const ZmoiPolar limits[2], ZmoiPolar delta) {
     const auto bad = [](Zmo32f low, Zmo32f high, Zmo32f step) {
         return !std::isfinite(low) || !std::isfinite(high) || std::isgreater(low, high) ||
-               !std::isfinite(step) || !std::isgreater(step, 0.0F);
+               !std::isfinite(step) || !isPositive(step);
     };
     return bad(limits[0].rho, limits[1].rho, delta.rho) ||
            bad(limits[0].theta, limits[1].theta, delta.theta);

@@ -7,7 +7,7 @@ namespace zmo {
 namespace {
 
 int64_t inpaintBufferSize(ZmoiSize roi, int channels) {
-    const int64_t pixels = static_cast<int64_t>(roi.width) * roi.height;
+    const int64_t pixels = int64_t{roi.width} * roi.height;
     if (pixels > INT_MAX) return INT64_MAX;
     constexpr int64_t margins = 2 * (inpaintRadius + inpaintBlock);
     const int64_t planePixels = (int64_t{roi.width} + margins) * (int64_t{roi.height} + 2);
@@ -51,9 +51,7 @@ ZMO_INPAINT(1)
 ZMO_INPAINT(3)
 
 ZmoStatus zmoiInpaintGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels, int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u) return zmoStsDataTypeErr;
-    if (channels != 1 && channels != 3) return zmoStsChannelsErr;
+    const bool knownChannels = channels == 1 || channels == 3;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, type == zmo8u, knownChannels)) return bad;
     return zmo::storeSize(zmo::inpaintBufferSize(roi, channels), pSize);
 }

@@ -45,8 +45,7 @@ ZmoStatus integral(bool tilted, const Zmo8u* pSrc, int srcStep, D* pDst, int dst
                    D start) {
     if (const ZmoStatus bad = check(pSrc, srcStep, pDst, dstStep, roi)) return bad;
     if (const ZmoStatus bad = checkLimits(roi, start)) return bad;
-    kernels().of8u[tilted][valuesIn<D>]({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height},
-                                        start);
+    kernels().of8u[tilted][valuesIn<D>]({pSrc, srcStep}, {pDst, dstStep}, regionOf(roi), start);
     return zmoStsNoErr;
 }
 
@@ -58,7 +57,7 @@ ZmoStatus sqrIntegral(bool tilted, const Zmo8u* pSrc, int srcStep, D* pDst, int 
     if (badStep<Q>(dst2Step, int64_t{roi.width} + 1)) return zmoStsStepErr;
     if (const ZmoStatus bad = checkLimits(roi, start)) return bad;
     const Source src{pSrc, srcStep};
-    const Region region{roi.width, roi.height};
+    const Region region = regionOf(roi);
     kernels().of8u[tilted][valuesIn<D>](src, {pDst, dstStep}, region, start);
     kernels().of8u[tilted][squaresIn<Q>](src, {pDst2, dst2Step}, region, sqrStart);
     return zmoStsNoErr;
@@ -92,7 +91,7 @@ ZMO_INTEGRALS(TiltedIntegral, TiltedSqrIntegral, true)
 ZmoStatus zmoiIntegral_32f_C1R(const Zmo32f* pSrc, int srcStep, Zmo32f* pDst, int dstStep,
                                ZmoiSize roi, Zmo32f start) {
     if (const ZmoStatus bad = zmo::check(pSrc, srcStep, pDst, dstStep, roi)) return bad;
-    zmo::kernels().of32f({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height},
+    zmo::kernels().of32f({pSrc, srcStep}, {pDst, dstStep}, zmo::regionOf(roi),
                          static_cast<double>(start));
     return zmoStsNoErr;
 }

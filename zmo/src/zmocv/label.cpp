@@ -13,8 +13,7 @@ constexpr int64_t bytesOfRun = 12;
 
 int64_t labelBufferSize(ZmoiSize roi) {
     const int64_t runs = (int64_t{roi.width} + 1) / 2 * roi.height;
-    if (runs > INT_MAX) return INT64_MAX;
-    return bytesOfRun * runs + roi.width + int64_t{4} * (int64_t{roi.height} + 1) + 64 + 3 * 63;
+    return itemBytes(runs, bytesOfRun, roi.width + 4 * (int64_t{roi.height} + 1) + 64 + 3 * 63);
 }
 
 template <class From, class To>
@@ -26,10 +25,10 @@ ZmoStatus label(LabelKernel run, const From* pSrc, int srcStep, To* pDst, int ds
     if (badStep<To>(dstStep, roi.width)) return zmoStsStepErr;
     if (minLabel < 1 || maxLabel < minLabel) return zmoStsRangeErr;
     if (maxLabel > std::numeric_limits<To>::max()) return zmoStsRangeErr;
-    if (connectivity != 4 && connectivity != 8) return zmoStsConnectivityErr;
+    if (!isConnectivity(connectivity)) return zmoStsConnectivityErr;
     if (labelBufferSize(roi) > INT_MAX) return zmoStsTooLargeErr;
-    *pCount = run({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height}, minLabel, maxLabel,
-                  connectivity, pBuffer);
+    *pCount = run({pSrc, srcStep}, {pDst, dstStep}, regionOf(roi), minLabel, maxLabel, connectivity,
+                  pBuffer);
     return *pCount - 1 > maxLabel - minLabel ? zmoStsTruncated : zmoStsNoErr;
 }
 
@@ -56,9 +55,7 @@ ZmoStatus zmoiLabelMarkers_8u32s_C1R(const Zmo8u* pSrc, int srcStep, Zmo32s* pDs
 }
 
 ZmoStatus zmoiLabelMarkersGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels, int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u && type != zmo16u) return zmoStsDataTypeErr;
-    if (channels != 1) return zmoStsChannelsErr;
+    const bool knownType = type == zmo8u || type == zmo16u;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, knownType, channels == 1)) return bad;
     return zmo::storeSize(zmo::labelBufferSize(roi), pSize);
 }

@@ -9,9 +9,8 @@ namespace zmo {
 namespace {
 
 int64_t marchingBufferSize(ZmoiSize roi) {
-    const int64_t pixels = static_cast<int64_t>(roi.width) * roi.height;
-    if (pixels > INT_MAX) return INT64_MAX;
-    return pixels * static_cast<int64_t>(sizeof(FrontPixel) + sizeof(int)) + 64 + 2 * 63;
+    return itemBytes(int64_t{roi.width} * roi.height, sizeof(FrontPixel) + sizeof(int),
+                     64 + 2 * 63);
 }
 
 }  // namespace
@@ -23,17 +22,14 @@ ZmoStatus zmoiFastMarching_8u32f_C1R(const Zmo8u* pSrc, int srcStep, Zmo32f* pDs
     if (zmo::isEmpty(roi)) return zmoStsSizeErr;
     if (zmo::badStep<Zmo8u>(srcStep, roi.width)) return zmoStsStepErr;
     if (zmo::badStep<Zmo32f>(dstStep, roi.width)) return zmoStsStepErr;
-    if (!__builtin_isgreater(radius, 0.0F)) return zmoStsRangeErr;
+    if (!zmo::isPositive(radius)) return zmoStsRangeErr;
     if (zmo::marchingBufferSize(roi) > INT_MAX) return zmoStsTooLargeErr;
     zmo::kernelsInUse(zmo::marchingKernelsByLevel)
-        .run({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height}, radius, pBuffer);
+        .run({pSrc, srcStep}, {pDst, dstStep}, zmo::regionOf(roi), radius, pBuffer);
     return zmoStsNoErr;
 }
 
 ZmoStatus zmoiFastMarchingGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels, int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u) return zmoStsDataTypeErr;
-    if (channels != 1) return zmoStsChannelsErr;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, type == zmo8u, channels == 1)) return bad;
     return zmo::storeSize(zmo::marchingBufferSize(roi), pSize);
 }

@@ -10,14 +10,9 @@
 namespace zmo {
 namespace {
 
-struct Image {
-    const void* data;
-    int step;
-};
-
 // src2 counts for two of the uses, coi for three channels.
 template <class T, int channels>
-ZmoStatus norm(NormUse use, ZmoNormType kind, Image src, Image src2, Image mask, ZmoiSize roi,
+ZmoStatus norm(NormUse use, ZmoNormType kind, Source src, Source src2, Source mask, ZmoiSize roi,
                int coi, Zmo64f* pNorm) {
     const bool two = use != normOfImage;
     if (anyNull(src.data, mask.data, pNorm)) return zmoStsNullPtrErr;
@@ -27,16 +22,11 @@ ZmoStatus norm(NormUse use, ZmoNormType kind, Image src, Image src2, Image mask,
     if (two && badStep<T, channels>(src2.step, roi.width)) return zmoStsStepErr;
     if (badStep<Zmo8u>(mask.step, roi.width)) return zmoStsStepErr;
     if (coi < 1 || coi > channels) return zmoStsCoiErr;
-    const auto channel = [coi](Image image) {
-        return Source{
-            static_cast<const char*>(image.data) + (coi - 1) * static_cast<int>(sizeof(T)),
-            image.step};
-    };
     NormSums sums;
     kernelsInUse(normKernelsByLevel)
-        .at[use][kind][typeIndex<T>][channels / 3](channel(src), two ? channel(src2) : Source{},
-                                                   {mask.data, mask.step}, {roi.width, roi.height},
-                                                   &sums);
+        .at[use][kind][typeIndex<T>][channels / 3](channelOf<T>(src, coi),
+                                                   two ? channelOf<T>(src2, coi) : Source{}, mask,
+                                                   regionOf(roi), &sums);
     const auto finished = [kind](double sum) { return kind == zmoNormL2 ? std::sqrt(sum) : sum; };
     const double first = finished(sums.first);
     if (use != normOfBoth || !sums.selected) {

@@ -58,7 +58,7 @@ ZmoStatus opticalFlow(const ZmoiPyramidLevels* pFirst, const ZmoiPyramidLevels* 
         return zmoStsRangeErr;
     }
     if (maxIterations < 1) return zmoStsRangeErr;
-    if (!std::isgreaterequal(epsilon, 0.0F)) return zmoStsThresholdErr;
+    if (!isNotNegative(epsilon)) return zmoStsThresholdErr;
     const FlowRules rules = {windowSize, maxLevel, maxIterations, epsilon};
     kernelsInUse(flowKernelsByLevel).of[typeIndex<T>](pFirst, pSecond, &points, &rules, pBuffer);
     return zmoStsNoErr;

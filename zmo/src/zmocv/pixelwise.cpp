@@ -24,10 +24,6 @@ ZmoStatus check(const S* pSrc, int srcStep, const D* pDst, int dstStep, ZmoiSize
     return zmoStsNoErr;
 }
 
-Region regionOf(ZmoiSize roi) {
-    return {roi.width, roi.height};
-}
-
 template <class T>
 ZmoStatus absDiff(const T* pSrc, int srcStep, const T* pSrc2, int src2Step, T* pDst, int dstStep,
                   ZmoiSize roi) {

@@ -11,9 +11,7 @@ namespace {
 
 // The queue and its alignment.
 int64_t reconstructBufferSize(ZmoiSize roi) {
-    const int64_t pixels = int64_t{roi.width} * roi.height;
-    if (pixels > INT_MAX) return INT64_MAX;
-    return pixels * reconstructBytesOfPixel + 64 + 2 * 63;
+    return itemBytes(int64_t{roi.width} * roi.height, reconstructBytesOfPixel, 64 + 2 * 63);
 }
 
 template <class T>
@@ -25,11 +23,11 @@ ZmoStatus reconstruct(bool dilates, int type, const T* pSrc, int srcStep, const 
     for (const int step : {srcStep, src2Step, srcDstStep}) {
         if (badStep<T>(step, roi.width)) return zmoStsStepErr;
     }
-    if (connectivity != 4 && connectivity != 8) return zmoStsConnectivityErr;
+    if (!isConnectivity(connectivity)) return zmoStsConnectivityErr;
     if (reconstructBufferSize(roi) > INT_MAX) return zmoStsTooLargeErr;
     const ReconstructKernels& kernels = kernelsInUse(reconstructKernelsByLevel);
     (dilates ? kernels.dilate : kernels.erode)[type]({pSrc, srcStep}, {pSrc2, src2Step},
-                                                     {pSrcDst, srcDstStep}, {roi.width, roi.height},
+                                                     {pSrcDst, srcDstStep}, regionOf(roi),
                                                      connectivity, pBuffer);
     return zmoStsNoErr;
 }
@@ -39,12 +37,8 @@ ZmoStatus reconstruct(bool dilates, int type, const T* pSrc, int srcStep, const 
 
 ZmoStatus zmoiMorphReconstructGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels,
                                             int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u && type != zmo16u && type != zmo32f && type != zmo64f) {
-        return zmoStsDataTypeErr;
-    }
-    if (channels != 1) return zmoStsChannelsErr;
+    const bool knownType = type == zmo8u || type == zmo16u || type == zmo32f || type == zmo64f;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, knownType, channels == 1)) return bad;
     return zmo::storeSize(zmo::reconstructBufferSize(roi), pSize);
 }
 

@@ -50,11 +50,11 @@ ZmoStatus stdDev(void (*RectStdDevKernels::*kernel)(const RectStdDevArgs&), cons
     if (badStep<D>(dstStep, roi.width)) return zmoStsStepErr;
     const int64_t columns = std::min(srcStep / sizeof(T), sqrStep / sizeof(Q));
     if (badRect<Shape>(rect, roi.width, columns)) return zmoStsRectErr;
-    if (scaleFactor < -31 || scaleFactor > 31) return zmoStsScaleErr;
+    if (!isScale(scaleFactor)) return zmoStsScaleErr;
     (kernelsInUse(rectStdDevKernelsByLevel).*kernel)({{pSrc, srcStep},
                                                       {pSqr, sqrStep},
                                                       {pDst, dstStep},
-                                                      {roi.width, roi.height},
+                                                      regionOf(roi),
                                                       Shape::corners(rect),
                                                       Shape::count(rect),
                                                       std::ldexp(1.0, -scaleFactor)});

@@ -15,8 +15,7 @@ constexpr int64_t growBytes = 8 + 2 * sizeof(int);
 
 int64_t bufferSize(ZmoiSize roi, int64_t pixelBytes) {
     const int64_t pixels = (int64_t{roi.width} + 2) * (int64_t{roi.height} + 2);
-    if (pixels > INT_MAX) return INT64_MAX;
-    return pixels * pixelBytes + 64 + 7 * 63;
+    return itemBytes(pixels, pixelBytes, 64 + 7 * 63);
 }
 
 template <class S, class M, int channels = 1>
@@ -26,7 +25,7 @@ ZmoStatus check(const S* pSrc, int srcStep, const M* pSrcDst, int srcDstStep, Zm
     if (isEmpty(roi)) return zmoStsSizeErr;
     if (badStep<S, channels>(srcStep, roi.width)) return zmoStsStepErr;
     if (badStep<M>(srcDstStep, roi.width)) return zmoStsStepErr;
-    if (connectivity != 4 && connectivity != 8) return zmoStsConnectivityErr;
+    if (!isConnectivity(connectivity)) return zmoStsConnectivityErr;
     return bufferSize(roi, pixelBytes) > INT_MAX ? zmoStsTooLargeErr : zmoStsNoErr;
 }
 
@@ -80,19 +79,15 @@ ZMO_GROW(3)
 
 ZmoStatus zmoiSegmentWatershedGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels,
                                             int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u && type != zmo32f) return zmoStsDataTypeErr;
-    if (channels != 1) return zmoStsChannelsErr;
+    const bool knownType = type == zmo8u || type == zmo32f;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, knownType, channels == 1)) return bad;
     const int64_t bytes = type == zmo8u ? zmo::watershedBytes : zmo::rankedWatershedBytes;
     return zmo::storeSize(zmo::bufferSize(roi, bytes), pSize);
 }
 
 ZmoStatus zmoiSegmentGradientGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels,
                                            int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u) return zmoStsDataTypeErr;
-    if (channels != 1 && channels != 3) return zmoStsChannelsErr;
+    const bool knownChannels = channels == 1 || channels == 3;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, type == zmo8u, knownChannels)) return bad;
     return zmo::storeSize(zmo::bufferSize(roi, zmo::growBytes), pSize);
 }

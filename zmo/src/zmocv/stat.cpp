@@ -8,11 +8,6 @@
 namespace zmo {
 namespace {
 
-struct Image {
-    const void* data;
-    int step;
-};
-
 enum Masking { plain, masked };
 
 const StatKernelsOf<Zmo8u>& kernelsFor(const StatKernels& all, const Zmo8u*) {
@@ -27,7 +22,7 @@ const StatKernelsOf<Zmo32f>& kernelsFor(const StatKernels& all, const Zmo32f*) {
 
 // What all functions check after their pointers.
 template <class T, int channels>
-ZmoStatus check(Masking masking, Image src, Image mask, ZmoiSize roi, int coi) {
+ZmoStatus check(Masking masking, Source src, Source mask, ZmoiSize roi, int coi) {
     if (isEmpty(roi)) return zmoStsSizeErr;
     if (badStep<T, channels>(src.step, roi.width)) return zmoStsStepErr;
     if (masking == masked && badStep<Zmo8u>(mask.step, roi.width)) return zmoStsStepErr;
@@ -36,18 +31,15 @@ ZmoStatus check(Masking masking, Image src, Image mask, ZmoiSize roi, int coi) {
 
 template <class T, int channels, class Result>
 Result runKernel(void (*const (StatKernelsOf<T>::*kernels)[2])(Source, Source, Region, Result*),
-                 Image src, Image mask, ZmoiSize roi, int coi) {
+                 Source src, Source mask, ZmoiSize roi, int coi) {
     const auto& all = kernelsFor(kernelsInUse(statKernelsByLevel), static_cast<const T*>(nullptr));
-    const char* const channel =
-        static_cast<const char*>(src.data) + (coi - 1) * static_cast<int>(sizeof(T));
     Result result;
-    (all.*kernels)[channels / 3]({channel, src.step}, {mask.data, mask.step},
-                                 {roi.width, roi.height}, &result);
+    (all.*kernels)[channels / 3](channelOf<T>(src, coi), mask, regionOf(roi), &result);
     return result;
 }
 
 template <class T, int channels>
-ZmoStatus minMax(Masking masking, Image src, Image mask, ZmoiSize roi, int coi, Zmo32f* pMin,
+ZmoStatus minMax(Masking masking, Source src, Source mask, ZmoiSize roi, int coi, Zmo32f* pMin,
                  Zmo32f* pMax, ZmoiPoint* pMinPos, ZmoiPoint* pMaxPos) {
     if (anyNull(src.data, pMin, pMax, pMinPos, pMaxPos)) return zmoStsNullPtrErr;
     if (masking == masked && mask.data == nullptr) return zmoStsNullPtrErr;
@@ -74,7 +66,7 @@ double deviation(const FloatSums& sums) {
 }
 
 template <class T, int channels>
-ZmoStatus mean(Masking masking, Image src, Image mask, ZmoiSize roi, int coi, Zmo64f* pMean) {
+ZmoStatus mean(Masking masking, Source src, Source mask, ZmoiSize roi, int coi, Zmo64f* pMean) {
     if (anyNull(src.data, pMean)) return zmoStsNullPtrErr;
     if (masking == masked && mask.data == nullptr) return zmoStsNullPtrErr;
     const ZmoStatus status = check<T, channels>(masking, src, mask, roi, coi);
@@ -85,7 +77,7 @@ ZmoStatus mean(Masking masking, Image src, Image mask, ZmoiSize roi, int coi, Zm
 }
 
 template <class T, int channels>
-ZmoStatus meanStdDev(Masking masking, Image src, Image mask, ZmoiSize roi, int coi, Zmo64f* pMean,
+ZmoStatus meanStdDev(Masking masking, Source src, Source mask, ZmoiSize roi, int coi, Zmo64f* pMean,
                      Zmo64f* pStdDev) {
     if (anyNull(src.data, pMean, pStdDev)) return zmoStsNullPtrErr;
     if (masking == masked && mask.data == nullptr) return zmoStsNullPtrErr;

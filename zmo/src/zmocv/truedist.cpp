@@ -21,16 +21,13 @@ ZmoStatus zmoiTrueDistanceTransform_8u32f_C1R(const Zmo8u* pSrc, int srcStep, Zm
     if (zmo::badStep<Zmo32f>(dstStep, roi.width)) return zmoStsStepErr;
     if (zmo::isTooLarge(roi)) return zmoStsTooLargeErr;
     zmo::kernelsInUse(zmo::trueDistanceKernelsByLevel)
-        .run({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height}, pBuffer);
+        .run({pSrc, srcStep}, {pDst, dstStep}, zmo::regionOf(roi), pBuffer);
     return zmoStsNoErr;
 }
 
 ZmoStatus zmoiTrueDistanceTransformGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels,
                                                  int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u) return zmoStsDataTypeErr;
-    if (channels != 1) return zmoStsChannelsErr;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, type == zmo8u, channels == 1)) return bad;
     if (zmo::isTooLarge(roi)) return zmoStsTooLargeErr;
     return zmo::storeSize(int64_t{24} * (roi.width + 1) + 64 + 4 * 63, pSize);
 }

@@ -76,9 +76,8 @@ ZmoStatus zmoiCreateMapCameraUndistort_32f_C1R(Zmo32f* pDst, int dstStep, Zmo32f
 
 ZmoStatus zmoiUndistortRadialGetBufferSize(ZmoiSize roi, ZmoDataType type, int channels,
                                            int* pSize) {
-    if (pSize == nullptr) return zmoStsNullPtrErr;
-    if (zmo::isEmpty(roi)) return zmoStsSizeErr;
-    if (type != zmo8u && type != zmo16u && type != zmo32f) return zmoStsDataTypeErr;
-    if (channels != 1 && channels != 3) return zmoStsChannelsErr;
+    const bool knownType = type == zmo8u || type == zmo16u || type == zmo32f;
+    const bool knownChannels = channels == 1 || channels == 3;
+    if (const ZmoStatus bad = zmo::checkQuery(pSize, roi, knownType, knownChannels)) return bad;
     return zmo::storeSize(zmo::undistortBufferSize(roi), pSize);
 }

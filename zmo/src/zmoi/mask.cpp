@@ -32,7 +32,7 @@ ZmoStatus filterByMask(MaskKernelPair MaskKernels::*kernels, const T* pSrc, int 
     if (!isKnown(mask)) return zmoStsMaskSizeErr;
     if (!isKnown(border)) return zmoStsBorderErr;
     const MaskKernelPair& pair = kernelsInUse(maskKernelsByLevel).*kernels;
-    pair.at[mask == zmoiMask3x3 ? 0 : 1]({pSrc, srcStep}, {pDst, dstStep}, {roi.width, roi.height},
+    pair.at[mask == zmoiMask3x3 ? 0 : 1]({pSrc, srcStep}, {pDst, dstStep}, regionOf(roi),
                                          {border, pBorderValue}, pBuffer);
     return zmoStsNoErr;
 }

@@ -54,7 +54,7 @@ ZmoStatus zmoiRotate_8u_C1R(const Zmo8u* pSrc, int srcStep, ZmoiSize srcRoi, Zmo
     }
     const auto [c, s] = zmo::directionOf(angle);
     zmo::kernelsInUse(zmo::rotateKernelsByLevel)
-        .rotate8u({pSrc, srcStep}, {srcRoi.width, srcRoi.height}, {pDst, dstStep},
-                  {roi.width, roi.height}, {c, s, xShift, yShift});
+        .rotate8u({pSrc, srcStep}, zmo::regionOf(srcRoi), {pDst, dstStep}, zmo::regionOf(roi),
+                  {c, s, xShift, yShift});
     return zmoStsNoErr;
 }

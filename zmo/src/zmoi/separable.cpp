@@ -94,7 +94,8 @@ ZmoStatus initGaussian(int taps, Zmo32f sigma, ZmoDataType type, int channels, v
     double g[maxTaps];
     double sum = 0;
     for (int i = 0; i < taps; ++i) {
-        const double distance = i - taps / 2;
+        const int offset = i - taps / 2;
+        const double distance = offset;
         const double exponent = -(distance * distance) / (2.0 * sigma * sigma);
         // exp of very small exponents would raise "underflow".
         g[i] = exponent < -40 * 0.69314718055994531 ? 0 : std::exp(exponent);
