@@ -3,7 +3,7 @@
 #include <cmath>
 #include <memory>
 
-#include "kit.h"
+#include "call.h"
 #include "oracle/morph.h"
 #include "zmocv.h"
 
@@ -43,63 +43,31 @@ const std::vector<Mask>& masks() {
 template <class T>
 using Stored = std::conditional_t<std::is_same_v<T, bool>, Zmo8u, T>;
 
-template <class T>
-struct Args {
-    const Stored<T>* pSrc;
-    int64_t srcStep;
-    int srcBitOffset;
-    Stored<T>* pDst;
-    int64_t dstStep;
-    int dstBitOffset;
-    ZmoiSize roi;
-    ZmoiBorderType border;
-    const Stored<T>* pValue;
-    const void* pState;
-    Zmo8u* pBuffer;
-};
-
-template <class T>
+// What a function takes stands in its prototype alone.
 struct Function {
+    template <class... P>
+    Function(const char* title, MorphOp operation, ZmoDataType element, int count,
+             ZmoStatus (*function)(P...))
+        : name(title),
+          op(operation),
+          type(element),
+          channels(count),
+          isGray((std::is_same_v<P, const ZmoiGrayMorphState*> || ...)),
+          isLarge((std::is_same_v<P, ZmoiSizeL> || ...)),
+          parameters{kit::parameterOf<P>()...},
+          run(kit::withArguments(function)) {}
+
     const char* name;
     MorphOp op;
     ZmoDataType type;
     int channels;
     bool isGray;
     bool isLarge;
-    std::function<ZmoStatus(const Args<T>&)> run;
+    std::vector<kit::Parameter> parameters;
+    std::function<ZmoStatus(const kit::Arguments&)> run;
 };
 
-// The shapes of the functions, as one.
-template <class T, class S, class Step, class Size, class State>
-Function<T> function(const char* name, MorphOp op, ZmoDataType type, int channels,
-                     ZmoStatus (*run)(const S*, Step, S*, Step, Size, ZmoiBorderType, const S*,
-                                      const State*, Zmo8u*)) {
-    return {name,
-            op,
-            type,
-            channels,
-            std::is_same_v<State, ZmoiGrayMorphState>,
-            sizeof(Step) == 8,
-            [run](const Args<T>& a) {
-                return run(a.pSrc, static_cast<Step>(a.srcStep), a.pDst,
-                           static_cast<Step>(a.dstStep), Size{a.roi.width, a.roi.height}, a.border,
-                           a.pValue, static_cast<const State*>(a.pState), a.pBuffer);
-            }};
-}
-template <class T, class Step, class Size>
-Function<T> function(const char* name, MorphOp op, ZmoDataType type, int channels,
-                     ZmoStatus (*run)(const Zmo8u*, Step, int, Zmo8u*, Step, int, Size,
-                                      ZmoiBorderType, const Zmo8u*, const ZmoiMorphState*,
-                                      Zmo8u*)) {
-    return {name, op, type, channels, false, sizeof(Step) == 8, [run](const Args<T>& a) {
-                return run(a.pSrc, static_cast<Step>(a.srcStep), a.srcBitOffset, a.pDst,
-                           static_cast<Step>(a.dstStep), a.dstBitOffset,
-                           Size{a.roi.width, a.roi.height}, a.border, a.pValue,
-                           static_cast<const ZmoiMorphState*>(a.pState), a.pBuffer);
-            }};
-}
-
-#define MORPH(fn, op, type, channels) function<T>(#fn, MorphOp::op, zmo##type, channels, fn)
+#define MORPH(fn, op, type, channels) Function(#fn, MorphOp::op, zmo##type, channels, fn)
 #define MORPH_FORMS(base, op, type, channels)                              \
     MORPH(zmoi##base##Border_##type##_C##channels##R, op, type, channels), \
         MORPH(zmoi##base##_##type##_C##channels##R_L, op, type, channels)
@@ -115,8 +83,8 @@ Function<T> function(const char* name, MorphOp op, ZmoDataType type, int channel
         MORPH(zmoiGrayDilateBorder_##type##_C1R, dilate, type, 1)
 
 template <class T>
-const std::vector<Function<T>>& functions() {
-    static const std::vector<Function<T>> all = []() -> std::vector<Function<T>> {
+const std::vector<Function>& functions() {
+    static const std::vector<Function> all = []() -> std::vector<Function> {
         if constexpr (std::is_same_v<T, bool>) return {MORPH_OPS(1u, 1)};
         if constexpr (std::is_same_v<T, Zmo8u>)
             return {MORPH_OPS(8u, 1), MORPH_OPS(8u, 3), MORPH_OPS(8u, 4), GRAY_OPS(8u)};
@@ -169,8 +137,7 @@ constexpr Zmo8u background = 0x4d;
 
 template <class T>
 struct Case {
-    Case(const Function<T>& f, const Mask& m, ZmoiSize size, kit::Layout layout,
-         ZmoiBorderType type)
+    Case(const Function& f, const Mask& m, ZmoiSize size, kit::Layout layout, ZmoiBorderType type)
         : function(f),
           mask(m),
           roi(size),
@@ -195,13 +162,27 @@ struct Case {
     ZmoiSize reach() const {
         return margin == 0 ? ZmoiSize{} : ZmoiSize{2 * mask.size.width, 2 * mask.size.height};
     }
-    Args<T> args() {
-        return {src.ptr(), src.step(), src.bitOffset(), dst.ptr(),   dst.step(),  dst.bitOffset(),
-                roi,       border,     value,           state.ptr(), buffer.ptr()};
+    // Rows of other memory may stand for the images.
+    kit::Arguments arguments(const void* pSrc, int64_t srcStep, void* pDst, int64_t dstStep) {
+        using Values = std::vector<kit::Value>;
+        const kit::Value size =
+            function.isLarge ? kit::Value(ZmoiSizeL{roi.width, roi.height}) : kit::Value(roi);
+        const Values given =
+            Picture<T>::isBits
+                ? Values{pSrc, srcStep, src.bitOffset(), pDst,        dstStep,     dst.bitOffset(),
+                         size, border,  value,           state.ptr(), buffer.ptr()}
+                : Values{pSrc,   srcStep, pDst,        dstStep,     size,
+                         border, value,   state.ptr(), buffer.ptr()};
+        kit::Arguments all;
+        for (size_t i = 0; i < given.size(); ++i) {
+            all.push_back(given[i].as(function.parameters[i]));
+        }
+        return all;
     }
-    ZmoStatus call() { return function.run(args()); }
+    kit::Arguments arguments() { return arguments(src.ptr(), src.step(), dst.ptr(), dst.step()); }
+    ZmoStatus call() { return function.run(arguments()); }
 
-    const Function<T>& function;
+    const Function& function;
     const Mask& mask;
     ZmoiSize roi;
     ZmoiBorderType border;
@@ -419,11 +400,10 @@ void expectLargeImages() {
         src.take(c.src);
         dst.take(c.dst);
         kit::succeed([&] { return c.call(); });
-        Args<T> args = c.args();
-        args.pSrc = src.first<Stored<T>>();
-        args.pDst = dst.first<Stored<T>>();
-        args.srcStep = args.dstStep = kit::FarRows::step;
-        kit::succeed([&] { return function.run(args); });
+        constexpr int64_t step = kit::FarRows::step;
+        const kit::Arguments far =
+            c.arguments(src.first<Stored<T>>(), step, dst.first<Stored<T>>(), step);
+        kit::succeed([&] { return function.run(far); });
         dst.expect(c.dst);
     }
 }
@@ -460,39 +440,35 @@ TEST(Morph, EmptyMaskClears) {
 
 template <class T>
 void expectBadArguments() {
-    using A = Args<T>;
-    const bool isBits = std::is_same_v<T, bool>;
-    std::vector<char> foreign(4096);
+    constexpr bool isBits = Picture<T>::isBits;
+    kit::Buffer foreign(4096);
     const Zmo8u point = 1;
     EXPECT_EQ(zmoiMorphInit(isBits ? zmo8u : zmo1u, 1, &point, {1, 1}, {0, 0},
-                            reinterpret_cast<ZmoiMorphState*>(foreign.data())),
+                            foreign.as<ZmoiMorphState>()),
               zmoStsNoErr);
+    constexpr size_t pDst = isBits ? 3 : 2;
+    constexpr size_t border = isBits ? 7 : 5;
+    constexpr size_t pValue = border + 1;
+    constexpr size_t pState = border + 2;
     for (const auto& function : functions<T>()) {
         SCOPED_TRACE(function.name);
-        Case<T> c(function, masks()[1], {24, 4}, {0, 0}, zmoiBorderMirror);
+        // A row of 30 bits has four bytes at any of the bit offsets.
+        Case<T> c(function, masks()[1], {30, 4}, {0, 0}, zmoiBorderMirror);
         c.fill([] { return 1; });
-        const int row = isBits ? 3 : 24 * function.channels * static_cast<int>(sizeof(T));
-        std::vector<kit::Fault<A>> faults = {
-            {"null source", zmoStsNullPtrErr, [](A& a) { a.pSrc = nullptr; }},
-            {"null destination", zmoStsNullPtrErr, [](A& a) { a.pDst = nullptr; }},
-            {"null border value", zmoStsNullPtrErr,
-             [](A& a) { a.border = zmoiBorderConst, a.pValue = nullptr; }},
-            {"null state", zmoStsNullPtrErr, [](A& a) { a.pState = nullptr; }},
-            {"null buffer", zmoStsNullPtrErr, [](A& a) { a.pBuffer = nullptr; }},
-            {"width 0", zmoStsSizeErr, [](A& a) { a.roi.width = 0; }},
-            {"height negative", zmoStsSizeErr, [](A& a) { a.roi.height = -1; }},
-            {"source step short", zmoStsStepErr, [=](A& a) { a.srcStep = row - 1; }},
-            {"destination step 0", zmoStsStepErr, [](A& a) { a.dstStep = 0; }},
-            {"source step odd", zmoStsStepErr,
-             [=](A& a) { a.srcStep = sizeof(T) > 1 ? row + 1 : 1; }},
-            {"source bit 8", zmoStsRangeErr, [](A& a) { a.srcBitOffset = 8; }},
-            {"destination bit -1", zmoStsRangeErr, [](A& a) { a.dstBitOffset = -1; }},
-            {"border unknown", zmoStsBorderErr,
-             [](A& a) { a.border = static_cast<ZmoiBorderType>(4); }},
-            {"foreign state", zmoStsStateErr, [&](A& a) { a.pState = foreign.data(); }}};
-        if (!isBits) std::erase_if(faults, [](auto& f) { return f.status == zmoStsRangeErr; });
-        kit::expectFaults(c.args(), function.run, faults,
-                          [&] { c.dst.expectUntouched("destination"); });
+        std::vector<kit::Wrong> wrong = {
+            {{{border, zmoiBorderConst}, {pValue, nullptr}}, zmoStsNullPtrErr},
+            {border, 4, zmoStsBorderErr},
+            {pState, foreign.ptr(), zmoStsStateErr}};
+        if (isBits) wrong.insert(wrong.begin(), {{2, 8, zmoStsRangeErr}, {5, -1, zmoStsRangeErr}});
+        kit::expectBadArguments({function.parameters,
+                                 {pValue},
+                                 {{&c.src, 0, c.src.rowBytes()},
+                                  {&c.dst, pDst, c.dst.rowBytes()},
+                                  {&c.state, pState, 0},
+                                  {&c.buffer, pState + 1, 0}},
+                                 c.arguments(),
+                                 function.run},
+                                wrong);
     }
 }
 
@@ -504,48 +480,16 @@ TEST(Morph, BadArguments) {
 }
 
 TEST(Morph, BadMasks) {
-    struct A {
-        ZmoiSizeL roi;
-        ZmoDataType type;
-        int channels;
-        ZmoiSizeL mask;
-        ZmoiPoint anchor;
-        bool isNull;
-
-        ZmoiSize small(ZmoiSizeL s) const {
-            return {static_cast<int>(s.width), static_cast<int>(s.height)};
-        }
-    };
-    using Faults = std::vector<kit::Fault<A>>;
-    const A good{{9, 9}, zmo8u, 1, {2, 2}, {1, 1}, false};
-    const Faults start = {{"null", zmoStsNullPtrErr, [](A& a) { a.isNull = true; }}};
-    const Faults sizes = {{"height 0", zmoStsSizeErr, [](A& a) { a.roi.height = 0; }}};
-    const Faults types = {{"type", zmoStsDataTypeErr, [](A& a) { a.type = zmo32s; }},
-                          {"channels 2", zmoStsChannelsErr, [](A& a) { a.channels = 2; }}};
-    const Faults masks = {{"mask 0", zmoStsMaskSizeErr, [](A& a) { a.mask.width = 0; }},
-                          {"mask 8192", zmoStsMaskSizeErr, [](A& a) { a.mask.height = 8192; }}};
-    const Faults large = {{"too large", zmoStsTooLargeErr, [](A& a) {
-                               a.roi.width = INT32_MAX;
-                               a.mask = {8000, 8000};
-                           }}};
-    const Faults anchors = {{"anchor outside", zmoStsAnchorErr, [](A& a) { a.anchor.x = 2; }},
-                            {"anchor negative", zmoStsAnchorErr, [](A& a) { a.anchor.y = -1; }}};
-    const auto joined = [](std::initializer_list<Faults> parts) {
-        Faults all;
-        for (const Faults& part : parts) all.insert(all.end(), part.begin(), part.end());
-        return all;
-    };
-    int told[2] = {-1, -1};
-    const auto nothing = [&] { EXPECT_EQ(told[0] & told[1], -1); };
+    int sizes[2] = {};
     for (auto* const getSize : {zmoiMorphGetSize, zmoiGrayMorphGetSize}) {
-        kit::expectFaults(
-            good,
-            [&](const A& a) {
-                return getSize(a.small(a.roi), a.type, a.channels, a.small(a.mask), &told[0],
-                               a.isNull ? nullptr : &told[1]);
-            },
-            joined({start, sizes, types, masks, large}), nothing);
-        told[0] = told[1] = -1;
+        kit::expectBadArguments(
+            getSize,
+            {{1, zmo32s, zmoStsDataTypeErr},
+             {2, 2, zmoStsChannelsErr},
+             {3, ZmoiSize{0, 2}, zmoStsMaskSizeErr},
+             {3, ZmoiSize{2, 8192}, zmoStsMaskSizeErr},
+             {{{0, ZmoiSize{INT32_MAX, 9}}, {3, ZmoiSize{8000, 8000}}}, zmoStsTooLargeErr}},
+            ZmoiSize{9, 9}, zmo8u, 1, kit::exempt(ZmoiSize{2, 2}), &sizes[0], &sizes[1]);
     }
     int64_t size = 0;
     EXPECT_EQ(zmoiMorphGetSize_L({INT64_MAX, 1}, zmo8u, 1, {8000, 8000}, &size, &size),
@@ -553,24 +497,21 @@ TEST(Morph, BadMasks) {
     const Zmo8u points[4] = {1, 1, 1, 1};
     const Zmo32s values[4] = {};
     kit::Buffer state(1000);
-    auto* const flat = reinterpret_cast<ZmoiMorphState*>(state.ptr());
-    auto* const gray = reinterpret_cast<ZmoiGrayMorphState*>(state.ptr());
-    const auto untouched = [&] { state.expectUntouched(); };
-    kit::expectFaults(
-        good,
-        [&](const A& a) {
-            return zmoiMorphInit_L(a.type, a.channels, points, a.mask, a.anchor,
-                                   a.isNull ? nullptr : flat);
-        },
-        joined({start, types, masks, anchors}), untouched);
-    state.snapshot();
-    kit::expectFaults(
-        good,
-        [&](const A& a) {
-            return zmoiGrayMorphInit_8u_C1R(a.isNull ? nullptr : values, a.small(a.mask), a.anchor,
-                                            gray);
-        },
-        joined({start, masks, anchors}), untouched);
+    kit::expectBadArguments(zmoiMorphInit_L,
+                            {{0, zmo32s, zmoStsDataTypeErr},
+                             {1, 2, zmoStsChannelsErr},
+                             {3, ZmoiSizeL{0, 2}, zmoStsMaskSizeErr},
+                             {3, ZmoiSizeL{2, 8192}, zmoStsMaskSizeErr},
+                             {4, ZmoiPoint{2, 1}, zmoStsAnchorErr},
+                             {4, ZmoiPoint{1, -1}, zmoStsAnchorErr}},
+                            zmo8u, 1, &points[0], kit::exempt(ZmoiSizeL{2, 2}), ZmoiPoint{1, 1},
+                            state);
+    kit::expectBadArguments(zmoiGrayMorphInit_8u_C1R,
+                            {{1, ZmoiSize{0, 2}, zmoStsMaskSizeErr},
+                             {1, ZmoiSize{2, 8192}, zmoStsMaskSizeErr},
+                             {2, ZmoiPoint{2, 1}, zmoStsAnchorErr},
+                             {2, ZmoiPoint{1, -1}, zmoStsAnchorErr}},
+                            &values[0], kit::exempt(ZmoiSize{2, 2}), ZmoiPoint{1, 1}, state);
 }
 
 }  // namespace
