@@ -194,7 +194,7 @@ void psTest::runFailed(const psString& message, const psString& where) {
     g_cstrm.tableFlush();
     g_cstrm.linePostponeDrop();
     g_cstrm.identicalLinesStop();
-    g_ostrm << ERR << "\n" << message << " in " << where << "\n" << END;
+    g_ostrm << ERR << message << " in " << where << "\n" << END;
     try {
         psGuarded([this] { flushData(); });
     } catch (const std::exception&) {
@@ -211,8 +211,8 @@ void psTest::startAndStop() {
             flushStart();
             endTest();
         });
-    } catch (const psException& e) {
-        g_ostrm << ERR << e.msg() << " in startAndStop of " << m_funcName << " test\n" << END;
+    } catch (const std::exception& e) {
+        g_ostrm << ERR << e.what() << " in startAndStop of " << m_funcName << " test\n" << END;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <utility>
 
 namespace {
@@ -9,6 +10,7 @@ namespace {
 struct OpenTest : psTest {
     OpenTest() : psTest(static_cast<FuncOld>(nullptr), "f", "p_f", "Timf//PP_REG") {}
     using psTest::formatClocks;
+    bool canStart() override { throw std::bad_alloc(); }
 };
 
 TEST(PsTest, ClocksHaveThreeDigitsOrMore) {
@@ -24,6 +26,10 @@ TEST(PsTest, ClocksHaveThreeDigitsOrMore) {
                                                     {9e-5, "9.000e-05"}};
     OpenTest test;
     for (const auto& [clocks, text] : cases) EXPECT_STREQ(test.formatClocks(clocks).c_str(), text);
+}
+
+TEST(PsTest, DryStartThatFailsLeavesTheOtherTestsTheirTurn) {
+    EXPECT_NO_THROW(OpenTest().startAndStop());
 }
 
 }  // namespace
