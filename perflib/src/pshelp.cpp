@@ -22,10 +22,11 @@ constexpr psKeyText keyTexts[] = {
   Example: pscv -ATiming -AMisalign -fCanny
 )"},
     {'d', false, "-d<name>=<value> = set PS parameter value\n",
-     R"(  Goes before the ini-file, the console and the default, in every test that
-  has the parameter; -I lists all names with their values. The name is taken
-  exactly as spelt, blanks around name and value are dropped. The key may be
-  repeated; of equal names the last wins; a name that no test has is no error.
+     R"(  Data set by -d option has the highest priority: it goes before the ini-file,
+  the console and the default, in every test that has the parameter; -I lists
+  all names with their values. The name is taken exactly as spelt, blanks around
+  name and value are dropped. The key may be repeated; of equal names the last
+  wins; a name that no test has is no error.
   A parameter of sizes or numbers takes a list ("1;2;4") or first, last and
   step ("64;1024;*2"). ';' and blanks end a word in option files, in the
   configuration file and in the shell: quote such a value, on the command line.
@@ -41,14 +42,17 @@ constexpr psKeyText keyTexts[] = {
     {'i', false, "-i[<file-name>]  = read PS parameters from ini-file\n",
      R"(  Default file: <directory of -p>/<title of -n>.ini. A name without a dot gets
   ".ini", a relative one lies in the directory of -p. The last of all -i and -I
-  keys wins. -d goes before the file, and what the file gives is not asked. A
-  file that cannot be read is named, and the run goes on without it.
+  keys wins. A file that cannot be read is named, and the run goes on without it.
+  Ini-file section [<func-name>] contains parameters for measurement of this function
+  and [Perf System] the common ones. A parameter read from the ini-file
+  will not be asked from console; -d goes before the file.
   Glue the path to the key: in "-i /data/x.ini" the second word is a key.
   Example: pscv -B -i/data/canny.ini
 )"},
     {'I', false, "-I[<file-name>]  = write PS parameters to ini-file and exit\n",
-     R"(  Writes the parameters of all selected tests, their valid values as comment;
-  keys that the file has already keep their values. Nothing is measured.
+     R"(  Writes the parameters of all selected tests, their valid values as comment.
+  If the parameter is already present in ini-file then PS doesn't overwrite it.
+  Nothing is measured.
   Default file: <directory of -p>/<title of -n>.ini; the last of all -i and -I
   keys wins. A file that cannot be written ends the run. Then run with -i.
   Glue the path to the key: in "-I /data/x.ini" the second word is a key.
@@ -82,9 +86,9 @@ constexpr psKeyText keyTexts[] = {
   TRACE: as PERF, and PS function call tracing
   DATA : as PERF, and vectors data before and after the library call
   Every capital letter of E, W, P, I, T and D counts by itself, so that -LDATA
-  traces, too; M, as PERF, and the allocation of memory. If several -L keys are
-  present in the command line then all modes are combined. Warnings that are
-  not shown do not make a test's result worse.
+  traces, too; M, as PERF, and the allocation of memory.
+  If several -L keys present in command line then all modes are combined.
+  Warnings that are not shown do not make a test's result worse.
   Example: pscv -B -fCanny -LP
 )"},
     {'J', false, "-J[<min-loops>]  = number of external measurement loops\n",

@@ -403,9 +403,12 @@ void cells(psCStream& table, const psReportItems& items) {
     }
 }
 
+// The value runs to the end of the line and keeps its commas.
 void summaryLines(psUStream& stream, const psReportItems& items) {
-    for (const psReportItem& item : items)
-        stream.write(item.name + "," + csvText(item.value) + "\n");
+    for (psReportItem item : items) {
+        replaceControls(item.value);
+        stream.write(item.name + "," + item.value + "\n");
+    }
 }
 
 }  // namespace

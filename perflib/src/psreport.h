@@ -159,8 +159,9 @@ psCStream& operator<<(psCStream& table, const psReportTestResult& report);
 psCStream& operator<<(psCStream& table, const psReportEnd& report);
 psCStream& operator<<(psCStream& table, const psReportList& report);
 
-// The summary is written whatever the output level. No field holds a comma, and
-// every result line has exactly psReportTestResult::numFields of them.
+// The summary is written whatever the output level. Every result line has exactly
+// psReportTestResult::numFields fields, none with a comma; the lines of the title
+// are a name, a comma and the value as it stands.
 psUStream& operator<<(psUStream& stream, const psReportTitle& report);
 psUStream& operator<<(psUStream& stream, const psReportTestTitle& report);
 psUStream& operator<<(psUStream& stream, const psReportTestResult& report);

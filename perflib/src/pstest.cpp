@@ -567,12 +567,14 @@ void psTest::putTableParms() {
     parmsToCstrm();
 }
 
-void psTest::putTableResult(psResult result) {
+void psTest::fillTableLine(psResult result) {
     putTableParms();
-    {
-        const psTraceScope trace("resultToCstrm");
-        resultToCstrm(result);
-    }
+    const psTraceScope trace("resultToCstrm");
+    resultToCstrm(result);
+}
+
+void psTest::putTableResult(psResult result) {
+    fillTableLine(result);
     g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
 }
 
@@ -589,8 +591,7 @@ bool psTest::putTableResult_Deprecated(psResult result) {
     const bool postponed = deprecated > 0 && marked == deprecated;
     if (postponed) {
         m_deprecated = true;
-        putTableParms();
-        resultToCstrm(result);
+        fillTableLine(result);
         g_cstrm.linePostpone();
     }
     setDeprecatedFlag(false);

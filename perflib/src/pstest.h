@@ -143,6 +143,7 @@ class psTest {
     void runFailed(const psString& message, const psString& where);
     bool openIniSection() const;
     void putTableName();
+    void fillTableLine(psResult result);
     void putTextError(psResult result);
     psString commentOf(psResult result);
     psString timingFunctions() const;

@@ -49,9 +49,11 @@ TEST(Output, SummaryTableAndBoxesKeepTheirForm) {
         Pscv::smallCanny({"-o" + longDir + "/listing.txt", "-u" + longDir + "/sum, x.csv", "-LI"}));
     expectBoxes(outcome.out);
     expectBoxes(support::readFile(longDir + "/listing.txt"));
-    const std::vector<Row> data = summaryLines(support::readFile(longDir + "/sum, x.csv"));
+    const std::string summary = support::readFile(longDir + "/sum, x.csv");
+    const std::vector<Row> data = summaryLines(summary);
     ASSERT_EQ(data.size(), 2U);
     EXPECT_EQ(data[0][9], "OK");
+    EXPECT_NE(summary.find("\nLibrary,libzmoi, 2.0 "), std::string::npos) << summary;
     for (const char* mode : {"-e", "-e+", "-e-"}) expectBoxes(pscv.run({mode}).out);
 }
 
