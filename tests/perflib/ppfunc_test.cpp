@@ -9,8 +9,8 @@
 namespace {
 
 TEST(PpFunc, SplitsNames) {
-    const std::array<const char*, 5> cases[] = {
-        {"zmoiCanny_16s8u_C1R", "zmoi", "Canny", "16s8u", "C1R"},
+    using Parts = std::array<const char*, 5>;
+    const Parts cases[] = {
         {"zmoiNormDiff_Inf_8u_C3CMR", "zmoi", "NormDiff_Inf", "8u", "C3CMR"},
         {"zmoiFastN2DToVec_8u", "zmoi", "FastN2DToVec", "8u", ""},
         {"zmoiSrhPSpectr_8u32f_C1IR_Copy", "zmoi", "SrhPSpectr", "8u32f", "C1IR_Copy"},
@@ -56,27 +56,23 @@ TEST(PpFunc, FindsArgumentTypes) {
 }
 
 TEST(PpFunc, FindsChannelsAndFlags) {
-    struct {
-        const char *descr, *src, *dst;
-        int srcCount, dstCount, srcCode, dstCode;
-    } const channels[] = {
-        {"C1R", "C1", "C1", 1, 1, 1, 1},      {"C3C1R", "C3", "C1", 3, 1, 3, 1},
-        {"AC4R", "AC4", "AC4", 4, 4, 9, 9},   {"C3P3R", "C3", "P3", 3, 3, 3, 6},
-        {"AP4C4R", "AP4", "C4", 4, 4, 11, 4}, {"A0C4R", "C4", "C4", 4, 4, 4, 4},
-        {"C3CMR", "C3", "C3", 3, 3, 3, 3},    {"", "", "", 0, 0, 0, 0},
-        {"IR", "", "", 0, 0, 0, 0},           {"C5R", "", "", 0, 0, 0, 0},
-        {"C3RP", "P3", "P3", 3, 3, 6, 6},     {"AC1R", "AC1", "AC1", 1, 1, 8, 8},
-        {"C2P2R", "C2", "P2", 2, 2, 2, 5},
-    };
-    for (const auto& c : channels) {
-        const ppFunc f(psString("zmoiX_8u_") + c.descr);
-        EXPECT_STREQ(f.srcChannelsName().c_str(), c.src) << c.descr;
-        EXPECT_STREQ(f.dstChannelsName().c_str(), c.dst) << c.descr;
-        EXPECT_EQ(f.srcChannels(), c.srcCount) << c.descr;
-        EXPECT_EQ(f.channels(ppArgDst2), c.dstCount) << c.descr;
-        EXPECT_EQ(f.channels(3), 1) << c.descr;
-        EXPECT_EQ(f.zmoChannels(1), c.srcCode) << c.descr;
-        EXPECT_EQ(f.zmoChannels(2), c.dstCode) << c.descr;
+    // Names, numbers and codes of the channels, of source and destination.
+    const std::pair<const char*, const char*> channels[] = {
+        {"C1R", "C1 C1 1 1 1 1"},      {"C3C1R", "C3 C1 3 1 3 1"},
+        {"AC4R", "AC4 AC4 4 4 9 9"},   {"C3P3R", "C3 P3 3 3 3 6"},
+        {"AP4C4R", "AP4 C4 4 4 11 4"}, {"A0C4R", "C4 C4 4 4 4 4"},
+        {"C3CMR", "C3 C3 3 3 3 3"},    {"", "  0 0 0 0"},
+        {"IR", "  0 0 0 0"},           {"C5R", "  0 0 0 0"},
+        {"C3RP", "P3 P3 3 3 6 6"},     {"AC1R", "AC1 AC1 1 1 8 8"},
+        {"C2P2R", "C2 P2 2 2 2 5"}};
+    for (const auto& [descr, expected] : channels) {
+        const ppFunc f(psString("zmoiX_8u_") + descr);
+        psString text = f.srcChannelsName() + " " + f.dstChannelsName();
+        for (const int number :
+             {f.srcChannels(), f.channels(ppArgDst2), f.zmoChannels(1), f.zmoChannels(2)})
+            text += " " + psText(number);
+        EXPECT_STREQ(text.c_str(), expected) << descr;
+        EXPECT_EQ(f.channels(3), 1) << descr;
     }
 
     // I in place, M mask, S scaled, R region, c channel of interest; planes and

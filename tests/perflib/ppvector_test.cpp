@@ -135,11 +135,12 @@ TEST_F(PpVector, SequencesAccumulateAndWrap) {
     ppVector v(pp64f);
     ASSERT_TRUE(v.createVector(10));
     ASSERT_TRUE(v.setSequence(0, 1));
+    EXPECT_EQ(v.getIndex(1), 1.0 / 9);
     EXPECT_EQ(v.getIndex(9), 0) << "nine additions of 1/9 pass 1";
     ppVector one(pp16u);
     ASSERT_TRUE(one.createVector(10, SET_SEQUENCE, 0, 5));
     EXPECT_EQ(one.getIndex(1), 1) << "whole numbers go on by 1 at least";
-    ASSERT_TRUE(one.createVector(1, SET_SEQUENCE, 9, 1));
+    ASSERT_TRUE(one.createVector(1) && one.setSequence(9, 1));
     EXPECT_EQ(one.getIndex(0), 9);
 }
 

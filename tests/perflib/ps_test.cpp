@@ -113,6 +113,7 @@ TEST_F(SessionTest, CommonValuesActInBatchMode) {
     run(session, {"-B", "-fnone", "-dAlignVectorsBy=element", "-dVectorAlign=70",
                   "-dMisalignFirstVectorOnly=no", "-dMutualVectorShift=700", "-dAccuracy, %=2.5",
                   "-dMethod=Iterative", "-dStartNumLoops=3", "-dNumLoops=x"});
+    EXPECT_EQ(pTestList, nullptr);
     EXPECT_TRUE(!psGetAlignByByte() && !psGetAlignSrc());
     EXPECT_EQ(psGetVectorAlign(), 6) << "brought into range";
     EXPECT_EQ(psGetVectorShift(), 640) << "brought into range";

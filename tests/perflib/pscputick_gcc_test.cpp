@@ -51,13 +51,10 @@ TEST_F(Clock, OwnReadersCount) {
         psSelectCpuClocks(nullptr, nullptr, nullptr, nullptr);
         const long long first = zmo_StartCpuClocks();
         usleep(1000);
-        const long long last = zmo_StopCpuClocks();
-        EXPECT_GT(last - first, 100'000);  // 1 ms at 100 MHz
-        EXPECT_LT(last - first, 10'000'000'000);
+        EXPECT_GT(zmo_StopCpuClocks() - first, 100'000);  // 1 ms at 100 MHz
     }
     const long long overhead = psTimerOverhead();
-    EXPECT_GE(overhead, 0);
-    EXPECT_LT(overhead, 100);
+    EXPECT_TRUE(overhead >= 0 && overhead < 100) << overhead;
 }
 
 TEST(CpuTicker, NominalFrequency) {

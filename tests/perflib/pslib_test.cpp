@@ -4,26 +4,7 @@
 
 #include <utility>
 
-#include "message_capture.h"
-
 namespace {
-
-TEST(PsLib, TheRegisteredFunctionGoesFirst) {
-    psRegZmoEnvironment([] { FAIL() << "an earlier registration is replaced"; });
-    psRegZmoEnvironment([] {
-        zmo_GetMaxCacheSizeB = [](int* size) -> ZmoStatus { return *size = 4096, 0; };
-        zmo_Init = nullptr;
-    });
-    MessageCapture out(7);
-    setZmoEnvironment();
-    EXPECT_EQ(psMaxCacheSize(), 4096);
-    EXPECT_EQ(zmo_Init(), -2);
-    EXPECT_EQ(out.take(), "Morva ZMO core functions have been integrated into PS\n");
-    zmoEnvironment = nullptr;
-    zmo_GetMaxCacheSizeB = nullptr;
-    setZmoEnvironment();
-    EXPECT_EQ(psMaxCacheSize(), 0);
-}
 
 TEST(CpuFeatures, MasksOfListsAndNamesOfMasks) {
     const std::pair<const char*, Zmo64u> cases[] = {

@@ -229,19 +229,7 @@ TEST_F(Keys, UnmaskingTakesEffectWithTheNextGuard) {
     EXPECT_EXIT(masksAreOpen(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(Keys, HelpHidesTheDevelopersKeys) {
-    const psOptionList& options = session.options();
-    const auto lines = [](const psString& text) { return std::ranges::count(text.view(), '\n'); };
-    const psString text = psHelpText(options, psShortHelp, true);
-    EXPECT_TRUE(text.startsWith("QUICK HELP\n-B               = batch mode"));
-    EXPECT_EQ(lines(psHelpText(options, psShortHelp, false)), lines(text) + 2);
-    EXPECT_FALSE(psHelpText(options, 'h', true).contains("hidden key used"));
-    EXPECT_TRUE(psHelpText(options, '?', false)
-                    .contains("\n\n-SU              = measure functions with data set & use\n"
-                              "This is hidden key used by developers only\n"));
-}
-
-TEST_F(Keys, HelpOfOneKey) {
+TEST_F(Keys, HelpHidesTheDevelopersKeysAndDescribesOne) {
     psOption old, terse;
     old.key = '1';
     terse.key = '2';
@@ -249,13 +237,20 @@ TEST_F(Keys, HelpOfOneKey) {
     psOptionList options = session.options();
     options.push_back(&old);
     options.push_back(&terse);
-    const std::pair<char, const char*> cases[] = {
-        {'B', "-B wins over -A"},
-        {'z', "EXTENDED KEY HELP\nKey -z is not valid\n"},
-        {'1', "EXTENDED KEY HELP\nKey -1 is deprecated\n"},
-        {'2', "EXTENDED KEY HELP\n-2 = two\nNo extended description for this key\n"}};
-    for (const auto& [key, text] : cases)
-        EXPECT_TRUE(psHelpText(options, key, false).contains(text)) << key;
+    const std::tuple<char, bool, const char*> cases[] = {
+        {psShortHelp, true, "QUICK HELP\n-B               = batch mode"},
+        {psShortHelp, false, "-SU  "},
+        {'?', false,
+         "\n\n-SU              = measure functions with data set & use\n"
+         "This is hidden key used by developers only\n"},
+        {'B', false, "-B wins over -A"},
+        {'z', false, "EXTENDED KEY HELP\nKey -z is not valid\n"},
+        {'1', false, "EXTENDED KEY HELP\nKey -1 is deprecated\n"},
+        {'2', false, "EXTENDED KEY HELP\n-2 = two\nNo extended description for this key\n"}};
+    for (const auto& [arg, hide, text] : cases)
+        EXPECT_TRUE(psHelpText(options, arg, hide).contains(text)) << arg << text;
+    for (const char arg : {char{psShortHelp}, 'h'})
+        EXPECT_FALSE(psHelpText(options, arg, true).contains("-SU ")) << arg;
 }
 
 // The fenced blocks of docs/KEYS.md are the texts of the help.
