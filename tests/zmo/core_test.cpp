@@ -18,8 +18,6 @@
 #include "zmos.h"
 #include "zmovm.h"
 
-extern "C" int zmoUseFromC(void);
-
 namespace {
 
 Zmo64u processorMask() {
@@ -263,10 +261,6 @@ TEST(CoreRegisters, Mxcsr) {
         EXPECT_EQ(zmoFpuSsx4TS(op, 0xffff, 0xffff), 0U);
         EXPECT_EQ(_mm_getcsr(), 0x9fc0U);
     }
-}
-
-TEST(CoreUse, FromC) {
-    EXPECT_EQ(zmoUseFromC(), 0);
 }
 
 }  // namespace

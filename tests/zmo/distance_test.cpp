@@ -39,18 +39,14 @@ kit::Image<double> chamferLengths(const kit::Image<Zmo8u>& src, const std::vecto
 // Few zero pixels, and none, one or all in some images.
 template <class Body>
 void forEachSource(uint64_t stream, Body body) {
-    kit::Random random(stream);
-    size_t turn = 0;
-    for (const ZmoiSize size : kit::sizes()) {
-        const kit::Layout layout = kit::layouts()[turn % 4];
-        for (const int zeros : {0, 1, 30, 1000}) {
-            SCOPED_TRACE(testing::Message() << size << " " << layout << " zeros " << zeros);
+    kit::forEachTurn(
+        stream, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+            const int zeros = std::array{0, 1, 30, 1000}[(turn + turn / 4) % 4];
             kit::Image<Zmo8u> src(size, {layout.misalign + 3, layout.padding + 1});
             src.fill([&] { return random.between(0, 999) < zeros ? 0 : random.between(1, 255); });
             if (zeros == 1) src.set(static_cast<int>(random.between(0, size.width - 1)), 0, 0);
-            body(src, layout, turn++);
-        }
-    }
+            body(src, layout, turn);
+        });
 }
 
 template <class T, class Metric>

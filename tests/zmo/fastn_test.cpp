@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "call.h"
+#include "oracle/region.h"
 #include "zmocv.h"
 
 namespace {
@@ -28,17 +29,17 @@ int scoreAt(const kit::Image<Zmo8u>& src, int x, int y, int n) {
 }
 
 kit::Image<Zmo8u> expectedMap(const kit::Image<Zmo8u>& src, int n, int threshold, bool suppress) {
-    kit::Image<Zmo8u> scores(src.size(), {}, 1);
+    kit::Image<Zmo8u> scores(src.size());
     scores.fill([&](int x, int y) {
         const int score = scoreAt(src, x, y, n);
         return score > threshold ? score : 0;
     });
     kit::Image<Zmo8u> map = scores;
     kit::forEachPixel(suppress ? src.size() : ZmoiSize{}, [&](int x, int y) {
-        for (int i = 0; i < 9; ++i) {
-            const int other = scores.get(x + i % 3 - 1, y + i / 3 - 1);
-            if (i != 4 && other + (i < 4 ? 1 : 0) > scores.get(x, y)) map.set(x, y, 0);
-        }
+        oracle::forEachNeighbour(src.size(), x, y, 8, [&](int i, int j) {
+            const bool earlier = j < y || (j == y && i < x);
+            if (scores.get(i, j) + earlier > scores.get(x, y)) map.set(x, y, 0);
+        });
     });
     return map;
 }

@@ -135,6 +135,7 @@ void expectOracle(const Filter<S, D>& filter, int rounds = 1) {
             c.dst.fill([] { return 3; });
             filter.run(c.call(), c.turn);
             kit::expectPixels(c.dst, c.expected);
+            c.src.expectUntouched("source");
         }
     });
     if (filter.isLarge) expectFarRows(filter);

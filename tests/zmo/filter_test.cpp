@@ -207,6 +207,7 @@ Filter<S, D> pipeline(const char* name, int channels, Run run) {
     expectOracle(pipeline<rows, divided, S, D>(#Base #types, 3, Base##_##types##_C3R))
 #define EXPECT_ROWS(...) EXPECT_PIPELINE(zmoiFilterRowBorderPipeline, true, __VA_ARGS__)
 #define EXPECT_COLUMNS(...) EXPECT_PIPELINE(zmoiFilterColumnPipeline, false, __VA_ARGS__)
+
 TEST(Filters, Separable) {
     EXPECT_SEPARABLE(8u);
     EXPECT_SEPARABLE(8u16s);

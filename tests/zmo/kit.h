@@ -384,19 +384,22 @@ void expectFaults(const Args& good, Call call, const std::vector<Fault<Args>>& f
     EXPECT_EQ(watched([&] { return call(good); }), zmoStsNoErr);
 }
 
-// At each level, body(random, size, layout, turn) for all sizes and layouts; turn counts them.
+// body(random, size, layout, turn) for all sizes and layouts; turn counts them.
+template <class Body>
+void forEachTurn(uint64_t stream, Body body) {
+    Random random(stream);
+    size_t turn = 0;
+    for (const ZmoiSize size : sizes()) {
+        for (const Layout layout : layouts()) {
+            SCOPED_TRACE(testing::Message() << size << " " << layout << " turn " << turn);
+            body(random, size, layout, turn++);
+        }
+    }
+}
+// The same at each level.
 template <class Body>
 void forEachCase(uint64_t stream, Body body) {
-    forEachLevel([&] {
-        Random random(stream);
-        size_t turn = 0;
-        for (const ZmoiSize size : sizes()) {
-            for (const Layout layout : layouts()) {
-                SCOPED_TRACE(testing::Message() << size << " " << layout << " turn " << turn);
-                body(random, size, layout, turn++);
-            }
-        }
-    });
+    forEachLevel([&] { forEachTurn(stream, body); });
 }
 
 }  // namespace kit

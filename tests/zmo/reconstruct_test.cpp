@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "call.h"
+#include "oracle/region.h"
 #include "zmocv.h"
 
 namespace {
@@ -63,12 +64,8 @@ void define(Case<T>& c) {
         changes = false;
         kit::forEachPixel(size, [&](int x, int y) {
             T value = before.get(x, y);
-            for (int k = 0; k < 9; ++k) {
-                const int i = x + k % 3 - 1;
-                const int j = y + k / 3 - 1;
-                if (!kit::contains(size, i, j)) continue;
-                if (c.connectivity == 8 || i == x || j == y) value = high(value, before.get(i, j));
-            }
+            oracle::forEachNeighbour(size, x, y, c.connectivity,
+                                     [&](int i, int j) { value = high(value, before.get(i, j)); });
             value = low(value, c.limit.get(x, y));
             changes |= value != before.get(x, y);
             c.want.set(x, y, value);
@@ -80,34 +77,26 @@ void define(Case<T>& c) {
 // Switching levels takes longer than a small call, so all cases run at one level before the next.
 template <class T>
 void expectEverywhere(double lowest, double highest) {
-    kit::Random random(67);
-    const auto layouts = kit::layouts();
-    auto sizes = kit::sizes();
-    sizes.push_back({31, 31});
-    size_t turn = 0;
     std::vector<Case<T>> cases;
-    for (const ZmoiSize size : sizes) {
-        for (int kind = 0; kind < 6; ++kind) {
-            const bool dilates = kind % 2 == 1;
-            Case<T>& c =
-                cases.emplace_back(size, layouts[turn % 4], turn / 2 % 2 == 0 ? 4 : 8, dilates);
-            ++turn;
-            const double far = dilates ? lowest : highest;
-            const double near = dilates ? highest : lowest;
-            const auto noise = [&] { return random.uniform(lowest, highest); };
-            c.limit.fill([&](int x, int y) {
-                const bool wall = x % 4 == 1 && y != (x % 8 == 1 ? 0 : size.height - 1);
-                const double hill = 0.5 + 0.5 * std::sin(x * 0.7) * std::cos(y * 0.9);
-                if (kind < 2) return noise();
-                return kind < 4 ? lowest + hill * (highest - lowest) : wall ? far : near;
-            });
-            c.marker.fill([&](int x, int y) {
-                if (kind < 2) return noise();
-                return random.between(0, 99) == 0 || x + y == 0 ? near : far;
-            });
-            define(c);
-        }
-    }
+    kit::forEachTurn(67, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+        const size_t kind = turn % 6;
+        const bool dilates = kind % 2 == 1;
+        Case<T>& c = cases.emplace_back(size, layout, turn / 2 % 2 == 0 ? 4 : 8, dilates);
+        const double far = dilates ? lowest : highest;
+        const double near = dilates ? highest : lowest;
+        const auto noise = [&] { return random.uniform(lowest, highest); };
+        c.limit.fill([&](int x, int y) {
+            const bool wall = x % 4 == 1 && y != (x % 8 == 1 ? 0 : size.height - 1);
+            const double hill = 0.5 + 0.5 * std::sin(x * 0.7) * std::cos(y * 0.9);
+            if (kind < 2) return noise();
+            return kind < 4 ? lowest + hill * (highest - lowest) : wall ? far : near;
+        });
+        c.marker.fill([&](int x, int y) {
+            if (kind < 2) return noise();
+            return random.between(0, 99) == 0 || x + y == 0 ? near : far;
+        });
+        define(c);
+    });
     kit::forEachLevel([&] {
         for (auto& c : cases) {
             SCOPED_TRACE(testing::Message() << c.limit.size() << " connectivity " << c.connectivity

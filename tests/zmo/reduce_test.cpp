@@ -217,32 +217,6 @@ TEST(Reduce, LongIntegerSumsAreExact) {
     }
 }
 
-// A small deviation around a large mean: squares of the values would need 70 bits.
-TEST(Reduce, LargeImageKeepsTheLastDigits) {
-    const ZmoiSize size{8192, 8192};
-    const std::vector<Zmo8u> mask(size_t{8192} * 8192, 1);
-    std::vector<Zmo32f> image(mask.size());
-    int64_t sum = 0;
-    int64_t squares = 0;
-    for (size_t i = 0; i < image.size(); ++i) {
-        const auto small = static_cast<int64_t>((i % 8192 + i / 8192) % 5);
-        image[i] = 8388608.0F + static_cast<float>(small);
-        sum += small;
-        squares += small * small;
-    }
-    const double apart = static_cast<double>(sum) / 0x1p26;
-    const double stdDev = std::sqrt(static_cast<double>(squares) / 0x1p26 - apart * apart);
-    double have = 0;
-    double haveStdDev = 0;
-    kit::succeed(
-        [&] { return zmoiMean_32f_C1MR(image.data(), 8192 * 4, mask.data(), 8192, size, &have); });
-    EXPECT_DOUBLE_EQ(have, 8388608 + apart);
-    kit::succeed(
-        [&] { return zmoiMean_StdDev_32f_C1R(image.data(), 8192 * 4, size, &have, &haveStdDev); });
-    EXPECT_DOUBLE_EQ(have, 8388608 + apart);
-    EXPECT_NEAR(haveStdDev, stdDev, 1e-13);
-}
-
 TEST(Reduce, RelativeToNothing) {
     kit::forEachRow(47, rows, [](kit::Random& random, const Row& row) {
         if (row.formula != normRel) return;

@@ -69,22 +69,6 @@ TEST(SampleLine, Oracle) {
     kit::forEachLevel([&] { forEachFunction(expectLines); });
 }
 
-// All directions around one point: exact ties, and both senses of each line.
-TEST(SampleLine, EveryDirection) {
-    kit::Image<Zmo16u> image({25, 25});
-    Zmo16u next = 0;
-    image.fill([&] { return next++; });
-    const ZmoiPoint centre{12, 12};
-    const Function<Zmo16u> function{1, zmoiSampleLine_16u_C1R};
-    kit::forEachLevel([&] {
-        for (int i = 0; i < 25 * 25; ++i) {
-            const ZmoiPoint point{i % 25, i / 25};
-            expectLine(function, image, centre, point, 0);
-            expectLine(function, image, point, centre, 0);
-        }
-    });
-}
-
 TEST(SampleLine, BadArguments) {
     forEachFunction([]<class T>(const Function<T>& function, auto) {
         kit::Image<T> image({12, 4}, {}, 0, function.channels);

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "call.h"
+#include "oracle/region.h"
 #include "zmocv.h"
 
 namespace {
@@ -75,13 +76,7 @@ class Oracle {
 
     template <class Body>
     void forEachNeighbour(int x, int y, Body body) const {
-        for (int dy = -1; dy <= 1; ++dy) {
-            for (int dx = -1; dx <= 1; ++dx) {
-                const bool side = (dx == 0) != (dy == 0);
-                const bool corner = dx != 0 && dy != 0 && m_connectivity == 8;
-                if (kit::contains(m_size, x + dx, y + dy) && (side || corner)) body(x + dx, y + dy);
-            }
-        }
+        oracle::forEachNeighbour(m_size, x, y, m_connectivity, body);
     }
 
     double levelOf(int x, int y, int fromX, int fromY) const {
@@ -160,30 +155,23 @@ kit::Image<M> segments(const Function<S, M>& function, const kit::Image<S>& src,
 // Few markers, many, none, and all; labels at both ends of their range.
 TEST(Segment, Oracle) {
     forEachFunction([]<class S, class M>(const Function<S, M>& function) {
-        kit::Random random(101);
-        int turn = 0;
-        for (const ZmoiSize size : kit::sizes()) {
-            for (const int density : {0, 5, 100, 1000}) {
-                const kit::Layout layout = kit::layouts()[static_cast<size_t>(turn) % 4];
-                const int connectivity = turn % 3 == 0 ? 8 : 4;
-                const int drawLines = turn % 5 < 2 ? turn % 5 + 6 : 0;
-                SCOPED_TRACE(testing::Message()
-                             << function.name << " " << size << " " << layout << " markers "
-                             << density << " lines " << drawLines << " of " << connectivity);
-                kit::Image<S> src(size, layout, 0, function.channels);
-                src.fill([&] { return drawn<S>(random, turn % 2 == 0); });
-                kit::Image<M> markers(size, {layout.misalign + 2, layout.padding});
-                markers.fill([&] {
-                    const M last = std::numeric_limits<M>::max();
-                    return random.between(0, 999) < density ? random.pick<M>({1, 2, 200, last})
-                                                            : M(0);
-                });
-                if (density > 0) markers.set(size.width / 2, size.height / 2, 1);
-                kit::expectPixels(segments(function, src, markers, connectivity, drawLines),
-                                  Oracle(function, src, markers, connectivity, drawLines).run());
-                ++turn;
-            }
-        }
+        SCOPED_TRACE(function.name);
+        kit::forEachTurn(101, [&](kit::Random& random, ZmoiSize size, kit::Layout layout,
+                                  size_t turn) {
+            const int density = std::array{0, 5, 100, 1000}[(turn + turn / 4) % 4];
+            const int connectivity = turn % 3 == 0 ? 8 : 4;
+            const int drawLines = std::array{6, 7, 0, 0, 0}[turn % 5];
+            kit::Image<S> src(size, layout, 0, function.channels);
+            src.fill([&] { return drawn<S>(random, turn % 2 == 0); });
+            kit::Image<M> markers(size, {layout.misalign + 2, layout.padding});
+            markers.fill([&] {
+                const M last = std::numeric_limits<M>::max();
+                return random.between(0, 999) < density ? random.pick<M>({1, 2, 200, last}) : M(0);
+            });
+            if (density > 0) markers.set(size.width / 2, size.height / 2, 1);
+            kit::expectPixels(segments(function, src, markers, connectivity, drawLines),
+                              Oracle(function, src, markers, connectivity, drawLines).run());
+        });
     });
 }
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <type_traits>
 
-#include "kit.h"
+#include "region.h"
 
 namespace oracle {
 
@@ -93,12 +93,10 @@ class Canny {
     }
 
     bool hasEdgeNeighbour(int x, int y) const {
-        for (int j = y - 1; j <= y + 1; ++j) {
-            for (int i = x - 1; i <= x + 1; ++i) {
-                if (isInside(i, j) && m_edges.get(i, j) != 0) return true;
-            }
-        }
-        return false;
+        bool has = false;
+        forEachNeighbour(m_dx.size(), x, y, 8,
+                         [&](int i, int j) { has |= m_edges.get(i, j) != 0; });
+        return has;
     }
 
     bool growOnce(const kit::Image<Zmo8u>& candidates) {

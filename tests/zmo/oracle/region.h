@@ -1,35 +1,37 @@
 // Regions grown pixel by pixel.
 #pragma once
 
-#include <cstdlib>
 #include <vector>
 
 #include "kit.h"
 
 namespace oracle {
 
+// body(x, y) for the 4 or 8 neighbours of a pixel that lie in the image, in reading order.
+template <class Body>
+void forEachNeighbour(ZmoiSize size, int x, int y, int connectivity, Body body) {
+    for (int k = 0; k < 9; ++k) {
+        const int i = x + k % 3 - 1;
+        const int j = y + k / 3 - 1;
+        const bool joins = k != 4 && (connectivity == 8 || i == x || j == y);
+        if (joins && kit::contains(size, i, j)) body(i, j);
+    }
+}
+
 // The pixels reached from the seed, itself first, over neighbours for which admits(from, to) holds.
 template <class Admits>
 std::vector<ZmoiPoint> reached(ZmoiSize size, ZmoiPoint seed, int connectivity, Admits admits) {
-    std::vector<bool> seen(static_cast<size_t>(size.width) * static_cast<size_t>(size.height));
-    const auto mark = [&](ZmoiPoint p) {
-        const size_t i = kit::indexIn(size, p.x, p.y);
-        const bool fresh = !seen[i];
-        seen[i] = true;
-        return fresh;
-    };
+    std::vector<bool> seen(kit::indexIn(size, 0, size.height));
+    seen[kit::indexIn(size, seed.x, seed.y)] = true;
     std::vector<ZmoiPoint> found{seed};
-    mark(seed);
     for (size_t i = 0; i < found.size(); ++i) {
         const ZmoiPoint p = found[i];
-        for (int dy = -1; dy <= 1; ++dy) {
-            for (int dx = -1; dx <= 1; ++dx) {
-                const ZmoiPoint q{p.x + dx, p.y + dy};
-                if (connectivity == 4 && std::abs(dx) + std::abs(dy) != 1) continue;
-                if (!kit::contains(size, q.x, q.y)) continue;
-                if (admits(p, q) && mark(q)) found.push_back(q);
-            }
-        }
+        forEachNeighbour(size, p.x, p.y, connectivity, [&](int x, int y) {
+            const size_t place = kit::indexIn(size, x, y);
+            if (seen[place] || !admits(p, ZmoiPoint{x, y})) return;
+            seen[place] = true;
+            found.push_back({x, y});
+        });
     }
     return found;
 }
