@@ -94,13 +94,17 @@ class CannyTest : public ppTest {
 
     // A grid of bright rectangles, turned about its centre.
     bool drawFigures() {
-        const int cellWidth = roi.width / numFigures.value().width;
-        const int cellHeight = roi.height / numFigures.value().height;
-        if (cellWidth < 1 || cellHeight < 1) {
-            g_ostrm << MessageLevel::ERR << "-- The image is too small for so many figures\n"
+        const ZmoiSize figures = numFigures.value();
+        if (figures.width < 1 || figures.height < 1 || figures.width > roi.width ||
+            figures.height > roi.height) {
+            g_ostrm << MessageLevel::ERR
+                    << psFormat("-- No %dx%d figures fit into the image\n", figures.width,
+                                figures.height)
                     << MessageLevel::END;
             return false;
         }
+        const int cellWidth = roi.width / figures.width;
+        const int cellHeight = roi.height / figures.height;
         std::vector<Zmo8u> picture;
         picture.reserve(static_cast<std::size_t>(roi.width) * static_cast<std::size_t>(roi.height));
         for (int y = 0; y < roi.height; ++y) {

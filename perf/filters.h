@@ -14,7 +14,7 @@ using namespace bordered;
 // A kernel that smooths: 1 2 3 2 1.
 inline std::vector<Zmo16s> tent(int taps) {
     std::vector<Zmo16s> weights;
-    weights.reserve(static_cast<std::size_t>(taps));
+    if (taps > 0) weights.reserve(static_cast<std::size_t>(taps));
     for (int i = 0; i < taps; ++i)
         weights.push_back(static_cast<Zmo16s>(1 + std::min(i, taps - 1 - i)));
     return weights;

@@ -74,7 +74,7 @@ class MaskedTest : public ppTest {
         pMask.init(pp8u, 1, false);
         if (!pMask.createImage(roi.width, roi.height, 0, ppMisalign(2))) return false;
         maskStep = pMask.step();
-        return ppDrawMask(pMask, Density.value());
+        return ppDrawMask(pMask);
     }
 };
 

@@ -58,7 +58,7 @@ class TimcAdd : public PixelTest {
 
     bool createMask() {
         pMask.init(pp8u, 1, false);
-        return create(pMask, 3, maskStep) && ppDrawMask(pMask, Density.value());
+        return create(pMask, 3, maskStep) && ppDrawMask(pMask);
     }
 };
 

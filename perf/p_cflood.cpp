@@ -51,9 +51,10 @@ class TimcFlood : public RegionTest {
     }
 
     bool drawImage(ppImage& image) override {
+        if (hasDelta() && !ppInRange(Delta, 0, 255)) return false;
         seed = ppPictureGiven() ? ZmoiPoint{roi.width / 2, roi.height / 2} : ZmoiPoint{0, 0};
         region = {};
-        delta8u = static_cast<Zmo8u>(std::clamp(Delta.value(), 0, 255));
+        delta8u = static_cast<Zmo8u>(Delta.value());
         delta32f = static_cast<Zmo32f>(Delta.value());
         return draw(image, hasDelta() ? windingShaded : windingFlat, greyItself);
     }

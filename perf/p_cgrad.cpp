@@ -6,6 +6,8 @@ namespace {
 
 using namespace pixels;
 
+ZmoNormType norm;
+
 class TimcGradientColorToGray : public PixelTest {
   public:
     using PixelTest::PixelTest;
@@ -17,14 +19,15 @@ class TimcGradientColorToGray : public PixelTest {
     }
 
     bool createImages() override {
+        norm = Norm.value();
         return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
                create(pDst, ppArgDst, 1, dstStep);
     }
 
     // Two comparisons; two sums and a quotient; three squares more and a root.
     int flopsOfPixel() const override {
-        if (Norm.value() == zmoNormInf) return 2;
-        return Norm.value() == zmoNormL1 ? 3 : 7;
+        if (norm == zmoNormInf) return 2;
+        return norm == zmoNormL1 ? 3 : 7;
     }
 
     psString dataFigure() override {
@@ -35,7 +38,7 @@ class TimcGradientColorToGray : public PixelTest {
 
 #define REG_GRADIENT(type)                                                                    \
     PP_REG(TimcGradientColorToGray, zmoiGradientColorToGray_##type##_C3C1R, pSrc.ptr##type(), \
-           srcStep, pDst.ptr##type(), dstStep, roi, Norm.value())
+           srcStep, pDst.ptr##type(), dstStep, roi, norm)
 
 REG_GRADIENT(8u)
 REG_GRADIENT(16u)

@@ -72,11 +72,7 @@ class TimcHaar : public PixelTest {
 
     bool createImages() override {
         const int number = StageNumber.value();
-        if (number < 1 || number > static_cast<int>(std::size(classifiersOf))) {
-            g_ostrm << MessageLevel::ERR << "-- The cascade has no stage " << number << "\n"
-                    << MessageLevel::END;
-            return false;
-        }
+        if (!ppInRange(StageNumber, 1, static_cast<int>(std::size(classifiersOf)))) return false;
         m_trainer.emplace(Features.value());
         ppImage picture(pp8u, 1, false);
         return picture.createImage(roi.width + windowSide - 1, roi.height + windowSide - 1) &&

@@ -88,11 +88,12 @@ class TimcInpaint : public PixelTest {
 
     // Scratches: strokes three pixels wide that wind across the picture, until enough is damaged.
     static bool drawDamage() {
+        if (!ppInRange(Damage, 0, 100)) return false;
         constexpr int strokeLength = 60;
         ppImage starts(pp16u, 1, false);  // random numbers, a stroke each
         const int most = roi.width * roi.height / 50 + 4;
         if (!starts.createImage(most, 3) || !starts.setRandom()) return false;
-        const double wanted = std::clamp(Damage.value(), 0, 100) / 100.0 * roi.width * roi.height;
+        const double wanted = Damage.value() / 100.0 * roi.width * roi.height;
         double damaged = 0;
         for (int i = 0; i < most; ++i) {
             double x = std::fmod(starts.getImageAt(i, 0, 0), roi.width);

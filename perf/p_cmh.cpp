@@ -35,8 +35,7 @@ class TimcMH : public PixelTest {
   private:
     bool drawSilhouette() {
         ppImage mask(pp8u, 1, false);
-        if (!mask.createImage(roi.width, roi.height) || !ppDrawMask(mask, Density.value()))
-            return false;
+        if (!mask.createImage(roi.width, roi.height) || !ppDrawMask(mask)) return false;
         for (int y = 0; y < roi.height; ++y) {
             for (int x = 0; x < roi.width; ++x) pSrc.setImageAt(x, y, 0, mask.getImageAt(x, y, 0));
         }

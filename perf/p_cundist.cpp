@@ -33,7 +33,7 @@ class TimcUndistort : public PixelTest {
   protected:
     void regOwnParms() override {
         regParm(LensKind);
-        regParm(Picture);
+        if (!makesMap()) regParm(Picture);
     }
 
     bool createImages() override {

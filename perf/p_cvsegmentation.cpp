@@ -30,6 +30,7 @@ class TimeCVGradientSegment : public InPlaceTest {
     }
 
     bool createImages() override {
+        if (!ppInRange(Distance, 1, std::numeric_limits<int>::max() / 2)) return false;
         connectivity = Connectivity.value();
         drawLines = floods() ? Lines.value() : 0;
         ppImage picture(pp8u, floods() ? 1 : func().srcChannels(), false);
@@ -109,7 +110,7 @@ class TimeCVGradientSegment : public InPlaceTest {
         if (!pDst.createImage(roi.width, roi.height, 0, ppMisalign(1))) return false;
         dstStep = pDst.step();
         m_markers = 0;
-        const int cell = std::max(1, Distance.value());
+        const int cell = Distance.value();
         for (int y = 0; y < roi.height; y += cell) {
             for (int x = 0; x < roi.width; x += cell) {
                 const ZmoiPoint at = flattest(slope, x, y, cell);

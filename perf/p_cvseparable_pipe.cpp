@@ -36,6 +36,8 @@ class TimSepar : public FilterTest {
     using FilterTest::FilterTest;
 
   protected:
+    // The rows of a column pipeline hold its border.
+    bool hasBorder() const override { return isRow(); }
     ZmoiSize margin() const override { return {MaskSize.value().width, 0}; }
     // The source of a column pipeline has the rows beyond the region, too.
     ZmoiSize sourceSize() const override {

@@ -84,7 +84,8 @@ class TimOptFlow : public ppTest {
 
     bool initData() override {
         window = Window.value();
-        maxLevel = std::clamp(Levels.value(), 1, mostLevels) - 1;
+        if (!ppInRange(Levels, 1, mostLevels)) return false;
+        maxLevel = Levels.value() - 1;
         if (ppPictureGiven()) setDataComment(ppPictureTitle());
         return preparePyramid() && createLayers(firstLayers, first, 0, 0, 0) &&
                createLayers(secondLayers, second, shiftX, shiftY, 1) && createPoints() &&

@@ -2,6 +2,8 @@
 // that most of them have, and figures for each pixel.
 #pragma once
 
+#include <algorithm>
+
 #include "pp.h"
 
 // For the module that runs.
@@ -33,7 +35,7 @@ class PixelTest : public ppTest {
 
     bool initData() override {
         roi = ImageSize.value();
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
+        if (ppPictureGiven() && drawsPicture()) setDataComment(ppPictureTitle());
         return createImages();
     }
     virtual bool createImages() = 0;
@@ -49,6 +51,10 @@ class PixelTest : public ppTest {
     double getFlops() override {
         const bool isFloat = func().dstType() == pp32f || func().dstType() == pp64f;
         return isFloat ? getDivisor() * flopsOfPixel() : 0.0;
+    }
+
+    bool drawsPicture() const {
+        return std::ranges::find(parms(), static_cast<psParameter*>(&Picture)) != parms().end();
     }
 
     // The image has been set up; it is the index-th of the test's.

@@ -154,9 +154,18 @@ bool ppDrawSource(ppImage& image, int frame) {
     return image.type() == pp32f ? image.setRandom(0, 255) : image.setRandom();
 }
 
-bool ppDrawMask(ppImage& mask, int percent) {
+bool ppInRange(const psIterator<int>& parm, int low, int high) {
+    if (parm.value() >= low && parm.value() <= high) return true;
+    g_ostrm << MessageLevel::ERR
+            << psFormat("-- %s is %d to %d, not %d\n", parm.name().c_str(), low, high, parm.value())
+            << MessageLevel::END;
+    return false;
+}
+
+bool ppDrawMask(ppImage& mask) {
+    if (!ppInRange(Density, 0, 100)) return false;
     const ObjectField field(mask.width(), mask.height());
-    const int level = field.levelThatHolds(percent);
+    const int level = field.levelThatHolds(Density.value());
     for (int y = 0; y < mask.height(); ++y) {
         auto* const row = static_cast<unsigned char*>(mask.getRowPointer(y));
         for (int x = 0; x < mask.width(); ++x) row[x] = field.at(x, y) <= level ? 255 : 0;

@@ -19,9 +19,11 @@ extern ppScaleIterator ScaleFactor;
 // integer type and over 0 to 255 for 32f. The picture moves from frame to frame;
 // noise is never the same.
 bool ppDrawSource(ppImage& image, int frame = 0);
-// Fills an 8u image with 255 inside a few round objects, which cover so many
+// Whether the parameter's value lies in the range; if not, after a message.
+bool ppInRange(const psIterator<int>& parm, int low, int high);
+// Fills an 8u image with 255 inside a few round objects, which cover Density
 // percent of the pixels and at least one, and 0 around them.
-bool ppDrawMask(ppImage& mask, int percent);
+bool ppDrawMask(ppImage& mask);
 // The share of the pixels that such a mask selects.
 double ppSelectedShare(const ppImage& mask);
 

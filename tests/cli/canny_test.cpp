@@ -223,12 +223,6 @@ TEST_F(Canny, InvalidValuesKeepTheOldOnes) {
     for (const Row& row : rows) EXPECT_EQ(row[colComment], "nLps=10");
 }
 
-TEST_F(Canny, FiguresThatDoNotFitFailTheTest) {
-    run({"-dnumFigures=100x2"});
-    EXPECT_EQ(pscv.result("zmoiCanny_16s8u_C1R"), "DATAFAIL");
-    EXPECT_TRUE(pscv.rows().empty());
-}
-
 TEST_F(Canny, SetAndUseMeasuresThroughThePlainCall) {
     const Outcome outcome = run({"-SU", "-LINFO"});
     EXPECT_TRUE(has(outcome.out, "funcCall with Set&Use is called for measuring.")) << outcome.out;
