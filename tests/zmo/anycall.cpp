@@ -84,53 +84,41 @@ void AnyCall::setValue(size_t i, double value) {
     m_values[i] = m_function.parameter(m_function.values()[i]).fromNumber(value);
 }
 
-Arguments AnyCall::arguments() {
-    Arguments a(m_function.parameters().size());
+Call AnyCall::call() {
+    Call call{m_function.parameters(),
+              {},
+              {},
+              Arguments(m_function.parameters().size()),
+              [this](const Arguments& a) { return m_function(a); }};
     for (size_t i = 0; i < m_images.size(); ++i) {
         const size_t place = m_function.images()[i];
         std::visit(
             [&](auto& image) {
-                a[place] = Slot::of(static_cast<const void*>(image.ptr()));
-                a[place + 1] = Slot::of(image.step());
+                call.good[place] = Slot::of(image.ptr());
+                call.good[place + 1] = Slot::of(image.step());
+                call.guards.push_back(
+                    {&image, place, int64_t{m_rows[i]} * m_function.parameter(place).element});
             },
             m_images[i]);
     }
-    for (size_t i = 0; i < m_sizes.size(); ++i) a[m_function.sizes()[i]] = Slot::of(m_sizes[i]);
-    for (size_t i = 0; i < m_values.size(); ++i) a[m_function.values()[i]] = m_values[i];
-    for (size_t i = 0; i < m_results.size(); ++i) {
-        a[m_function.results()[i]] = Slot::of(static_cast<void*>(m_results[i].bytes.data()));
-    }
-    return a;
+    const auto place = [&](const std::vector<size_t>& places, const auto& values) {
+        for (size_t i = 0; i < places.size(); ++i) call.good[places[i]] = values(i);
+    };
+    place(m_function.sizes(), [&](size_t i) { return Slot::of(m_sizes[i]); });
+    place(m_function.values(), [&](size_t i) { return m_values[i]; });
+    place(m_function.results(), [&](size_t i) { return Slot::of(m_results[i].bytes.data()); });
+    return call;
 }
 
 ZmoStatus AnyCall::run() {
     // Bytes beyond a result's own are 0, as in a slot made of its value.
     std::ranges::fill(m_results, Slot());
-    const Arguments a = arguments();
-    const ZmoStatus status = watched([&] { return m_function(a); });
-    for (size_t i = 0; i < m_images.size(); ++i) {
-        if (isConstant(i)) {
-            block(i).expectUntouched("source");
-        } else {
-            block(i).expectSurroundingsUntouched("target");
-        }
-    }
-    return status;
+    return kit::run(call());
 }
 
 void AnyCall::expectTarget(size_t image,
                            const std::function<double(int, int, int)>& expected) const {
     std::visit([&](const auto& i) { expectPixels(i, expected); }, m_images[image]);
-}
-
-void AnyCall::expectBadArguments(const std::vector<Wrong>& own) {
-    Call call{m_function.parameters(), {}, {}, arguments(), m_function};
-    for (size_t i = 0; i < m_images.size(); ++i) {
-        const size_t place = m_function.images()[i];
-        call.guards.push_back(
-            {&block(i), place, int64_t{m_rows[i]} * m_function.parameter(place).element});
-    }
-    kit::expectBadArguments(call, own);
 }
 
 }  // namespace kit

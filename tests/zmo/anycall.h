@@ -141,18 +141,13 @@ class AnyCall {
     // Elements that an image's step must hold, if not a row of the image.
     void setRowNeeded(size_t image, int elements) { m_rows[image] = elements; }
 
-    Arguments arguments();
-    // Watched; sources stay as they are, and so does everything around the targets.
+    Call call();
     ZmoStatus run();
     const std::vector<Slot>& results() const { return m_results; }
     // Every pixel of a target has the bits that expected(x, y, channel) tells.
     void expectTarget(size_t image, const std::function<double(int, int, int)>& expected) const;
-    void expectBadArguments(const std::vector<Wrong>& own);
 
   private:
-    const Block& block(size_t image) const {
-        return std::visit([](const auto& i) -> const Block& { return i; }, m_images[image]);
-    }
     size_t maskAt() const;
     bool isMask(size_t image) const { return m_function.masked() && image == maskAt(); }
     bool isConstant(size_t image) const {

@@ -116,6 +116,11 @@ struct Call {
     std::function<ZmoStatus(const Arguments&)> run;
 };
 
+// Constant blocks stay as they are; of the others, all but the rows.
+ZmoStatus runUnwatched(const Call& call);
+// The same, and no floating-point flag is raised.
+ZmoStatus run(const Call& call);
+
 // The call succeeds; it refuses null pointers, empty regions, steps that are too short, negative or no
 // multiple of the element, and what else is wrong, and writes nothing then. Of two faults the earlier
 // decides: pointers, sizes, steps, then the function's own values in the order told.
@@ -154,69 +159,42 @@ auto argumentsOf(G& given) {
     }
 }
 
-// visit(place of the first argument, number of arguments, what is given)
-template <class Visit, class... G>
-void forEachGiven(Visit visit, G&... given) {
+template <class... P, class... G>
+Call callOf(ZmoStatus (*function)(P...), G&... given) {
+    Call call{{parameterOf<P>()...}, {}, {}, {}, withArguments(function)};
     size_t place = 0;
-    const auto next = [&](auto& one) {
+    const auto add = [&]<class One>(One& one) {
         constexpr size_t count = std::tuple_size_v<decltype(argumentsOf(one))>;
-        visit(place, count, one);
+        if constexpr (std::is_base_of_v<Block, One>) {
+            call.guards.push_back({&one, place, count == 2 ? one.rowBytes() : 0});
+        } else if constexpr (requires { one.block; }) {
+            if (one.block != nullptr) call.guards.push_back({one.block, place, 0});
+        } else if constexpr (requires { One::isExempt; }) {
+            call.exempt.push_back(place);
+        }
         place += count;
     };
-    (next(given), ...);
+    (add(given), ...);
+    const std::tuple<P...> arguments = std::tuple_cat(argumentsOf(given)...);
+    std::apply([&](const auto&... a) { call.good = {Slot::of(a)...}; }, arguments);
+    return call;
 }
 
-template <class... G>
-std::vector<Guard> guardsOf(G&... given) {
-    std::vector<Guard> guards;
-    const auto add = [&]<class One>(size_t place, size_t count, One& one) {
-        if constexpr (std::is_base_of_v<Block, One>) {
-            guards.push_back({&one, place, count == 2 ? one.rowBytes() : 0});
-        } else if constexpr (requires { one.block; }) {
-            if (one.block != nullptr) guards.push_back({one.block, place, 0});
-        }
-    };
-    forEachGiven(add, given...);
-    return guards;
-}
-
-// Constant blocks stay as they are; of the others, all but the rows.
 template <class... P, class... G>
 ZmoStatus runUnwatched(ZmoStatus (*function)(P...), G&&... given) {
-    static constexpr bool constant[] = {std::is_const_v<std::remove_pointer_t<P>>...};
-    const std::vector<Guard> guards = guardsOf(given...);
-    for (const Guard& guard : guards) guard.block->snapshot();
-    const std::tuple<P...> arguments = std::tuple_cat(argumentsOf(given)...);
-    const ZmoStatus status = std::apply(function, arguments);
-    for (const Guard& guard : guards) {
-        const std::string name = "argument " + std::to_string(guard.place);
-        if (constant[guard.place]) {
-            guard.block->expectUntouched(name);
-        } else {
-            guard.block->expectSurroundingsUntouched(name);
-        }
-    }
-    return status;
+    return runUnwatched(callOf(function, given...));
 }
 template <class... P, class... G>
 ZmoStatus run(ZmoStatus (*function)(P...), G&&... given) {
-    return watched([&] { return runUnwatched(function, given...); });
+    return run(callOf(function, given...));
 }
 template <class... P, class... G>
 void succeed(ZmoStatus (*function)(P...), G&&... given) {
-    EXPECT_EQ(run(function, given...), zmoStsNoErr);
+    EXPECT_EQ(run(callOf(function, given...)), zmoStsNoErr);
 }
-
 template <class... P, class... G>
 void expectBadArguments(ZmoStatus (*function)(P...), std::vector<Wrong> wrong, G&&... given) {
-    const std::tuple<P...> arguments = std::tuple_cat(argumentsOf(given)...);
-    Call call{{parameterOf<P>()...}, {}, guardsOf(given...), {}, withArguments(function)};
-    const auto add = [&]<class One>(size_t place, size_t, One&) {
-        if constexpr (requires { One::isExempt; }) call.exempt.push_back(place);
-    };
-    forEachGiven(add, given...);
-    std::apply([&](const auto&... a) { call.good = {Slot::of(a)...}; }, arguments);
-    expectBadArguments(call, std::move(wrong));
+    expectBadArguments(callOf(function, given...), std::move(wrong));
 }
 
 // A state or a work buffer for what query(..., &size) tells.

@@ -197,7 +197,7 @@ TEST(CopySubpix, BadArguments) {
             for (const int scale : {-32, 32})
                 faults.push_back(f.bad(c.scaleAt(), scale, zmoStsScaleErr));
         }
-        c.expectBadArguments(faults);
+        kit::expectBadArguments(c.call(), faults);
     }
 }
 
