@@ -45,6 +45,36 @@ inline void require(ZmoStatus status, const char* what) {
         throw std::runtime_error(std::string(what) + ": " + zmoGetStatusString(status));
 }
 
+// Makes the work buffer at least as large as a query tells through its last argument.
+template <class Query, class... Args>
+void growBy(std::vector<Zmo8u>& buffer, const char* name, Query query, Args... args) {
+    int bytes = 0;
+    require(query(args..., &bytes), name);
+    buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
+}
+
+// A state and a work buffer.
+struct Work {
+    // The same for both, with sizes of int or of int64_t.
+    template <class Query, class... Args>
+    void growBy(const char* name, Query query, Args... args) {
+        using Int =
+            std::conditional_t<std::is_invocable_v<Query, Args..., int*, int*>, int, int64_t>;
+        Int stateSize = 0;
+        Int bufferSize = 0;
+        require(query(args..., &stateSize, &bufferSize), name);
+        state.resize(std::max(state.size(), static_cast<size_t>(stateSize)));
+        buffer.resize(std::max(buffer.size(), static_cast<size_t>(bufferSize)));
+    }
+    template <class State>
+    State* stateOf() {
+        return reinterpret_cast<State*>(state.data());
+    }
+
+    std::vector<Zmo8u> state;
+    std::vector<Zmo8u> buffer;
+};
+
 // A grid of bright rectangles.
 inline std::vector<Zmo8u> rectangles(ZmoiSize size, ZmoiSize figures) {
     const int cellWidth = std::max(size.width / figures.width, 1);

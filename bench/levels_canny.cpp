@@ -20,12 +20,9 @@ struct Data {
           dy16s(picture.size()),
           dx32f(picture.size()),
           dy32f(picture.size()) {
-        int bytes = 0;
-        bench::require(zmoiCannyGetSize(size, &bytes), "zmoiCannyGetSize");
-        buffer.resize(static_cast<size_t>(bytes));
-        bench::require(zmoiFilterSobelVertBorderGetBufferSize(size, zmoiMask5x5, zmo32f, 1, &bytes),
-                       "zmoiFilterSobelVertBorderGetBufferSize");
-        buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
+        bench::growBy(buffer, "zmoiCannyGetSize", zmoiCannyGetSize, size);
+        bench::growBy(buffer, "zmoiFilterSobelVertBorderGetBufferSize",
+                      zmoiFilterSobelVertBorderGetBufferSize, size, zmoiMask5x5, zmo32f, 1);
         bench::require(
             zmoiRotateGetShift(size.width / 2.0, size.height / 2.0, 10, &xShift, &yShift),
             "zmoiRotateGetShift");

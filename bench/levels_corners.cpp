@@ -31,13 +31,10 @@ struct Data {
             }
         }
         bench::plainDerivatives(picture.data(), dx.data(), dy.data(), size);
-        int bytes = 0;
-        bench::require(zmoiCannyBorderGetBufferSize(size, zmoiMask3x3, zmo8u, 1, &bytes),
-                       "zmoiCannyBorderGetBufferSize");
-        buffer.resize(static_cast<size_t>(bytes));
-        bench::require(zmoiHarrisCornerGetBufferSize(size, 3, 5, zmo8u, 1, &bytes),
-                       "zmoiHarrisCornerGetBufferSize");
-        buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
+        bench::growBy(buffer, "zmoiCannyBorderGetBufferSize", zmoiCannyBorderGetBufferSize, size,
+                      zmoiMask3x3, zmo8u, 1);
+        bench::growBy(buffer, "zmoiHarrisCornerGetBufferSize", zmoiHarrisCornerGetBufferSize, size,
+                      3, 5, zmo8u, 1);
     }
 
     ZmoiSize size;

@@ -14,29 +14,16 @@ struct Data {
         : size(roi),
           gray8u(bench::rectangles(roi, {4, 4})),
           gray32f(gray8u.begin(), gray8u.end()),
-          result(gray8u.size() * sizeof(Zmo32f)),
-          state(8192) {
+          result(gray8u.size() * sizeof(Zmo32f)) {
         for (const Zmo8u gray : gray8u) gray16s.push_back(static_cast<Zmo16s>(gray * 100 - 9000));
-        int bytes = 0;
-        int ignored = 0;
-        int64_t ignored64 = 0;
-        int64_t bytes64 = 0;
-        bench::require(zmoiFilterGaussianGetSize(size, 255, zmo32f, 3, &ignored, &bytes),
-                       "zmoiFilterGaussianGetSize");
-        bench::require(zmoiFilterSeparableGetSize_L({size.width, size.height}, {255, 255}, zmo32f,
-                                                    zmo32f, 4, &ignored64, &bytes64),
-                       "zmoiFilterSeparableGetSize_L");
-        buffer.resize(static_cast<size_t>(std::max<int64_t>(bytes, bytes64)));
-        bench::require(zmoiPyramidGetSize(size, zmo32f, 3, &ignored, &bytes), "zmoiPyramidGetSize");
-        buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
+        work.growBy("zmoiFilterGaussianGetSize", zmoiFilterGaussianGetSize, size, 255, zmo32f, 3);
+        work.growBy("zmoiFilterSeparableGetSize_L", zmoiFilterSeparableGetSize_L,
+                    ZmoiSizeL{size.width, size.height}, ZmoiSize{255, 255}, zmo32f, zmo32f, 4);
+        work.growBy("zmoiPyramidGetSize", zmoiPyramidGetSize, size, zmo32f, 3);
     }
     template <class T>
     T* results() {
         return reinterpret_cast<T*>(result.data());
-    }
-    template <class State>
-    State* stateOf() {
-        return reinterpret_cast<State*>(state.data());
     }
 
     ZmoiSize size;
@@ -44,8 +31,7 @@ struct Data {
     std::vector<Zmo32f> gray32f;
     std::vector<Zmo16s> gray16s;
     std::vector<Zmo8u> result;
-    std::vector<Zmo8u> state;
-    std::vector<Zmo8u> buffer;
+    bench::Work work;
 };
 
 using Shared = std::shared_ptr<Data>;
@@ -67,13 +53,13 @@ Function gaussian(const char* name, Gaussian run, Plain plain, const Shared& d,
     return {.name = name,
             .call =
                 [d, &src, run, type, taps] {
-                    auto* const state = d->stateOf<ZmoiGaussianState>();
+                    auto* const state = d->work.stateOf<ZmoiGaussianState>();
                     const int step = bench::stepOf<T>(d->size);
                     const ZmoStatus status = zmoiFilterGaussianInit(taps, 1.5F, type, 1, state);
                     return status != zmoStsNoErr
                                ? status
                                : run(src.data(), step, d->results<T>(), step, d->size,
-                                     zmoiBorderReplicate, nullptr, state, d->buffer.data());
+                                     zmoiBorderReplicate, nullptr, state, d->work.buffer.data());
                 },
             .plainLoop =
                 [d, &src, plain, taps, weights = product(kernel)] {
@@ -87,7 +73,7 @@ Function separable7x7(const Shared& d) {
     return {.name = "zmoiFilterSeparable_16s_C1R_L 7x7",
             .call =
                 [d] {
-                    auto* const state = d->stateOf<ZmoiSeparableState>();
+                    auto* const state = d->work.stateOf<ZmoiSeparableState>();
                     const int step = bench::stepOf<Zmo16s>(d->size);
                     const ZmoStatus status = zmoiFilterSeparableInit_16s_L(
                         kernel, kernel, {7, 7}, {3, 3}, 256, zmo16s, zmo16s, 1, state);
@@ -96,7 +82,7 @@ Function separable7x7(const Shared& d) {
                                : zmoiFilterSeparable_16s_C1R_L(
                                      d->gray16s.data(), step, d->results<Zmo16s>(), step,
                                      {d->size.width, d->size.height}, zmoiBorderReplicate, nullptr,
-                                     state, d->buffer.data());
+                                     state, d->work.buffer.data());
                 },
             .plainLoop =
                 [d, weights = product(std::vector<int>(kernel, kernel + 7))] {
@@ -112,7 +98,7 @@ Function layerDown(const Shared& d) {
     return {.name = "zmoiPyramidLayerDown_8u_C1R",
             .call =
                 [d, half] {
-                    auto* const state = d->stateOf<ZmoiPyramidState>();
+                    auto* const state = d->work.stateOf<ZmoiPyramidState>();
                     const ZmoStatus status = zmoiPyramidInit(nullptr, 0, 2, zmoiBorderReplicate,
                                                              nullptr, zmo8u, 1, state);
                     return status != zmoStsNoErr
@@ -120,7 +106,7 @@ Function layerDown(const Shared& d) {
                                : zmoiPyramidLayerDown_8u_C1R(d->gray8u.data(),
                                                              bench::stepOf<Zmo8u>(d->size), d->size,
                                                              d->results<Zmo8u>(), half.width, half,
-                                                             state, d->buffer.data());
+                                                             state, d->work.buffer.data());
                 },
             .plainLoop = [d] { plainLayerDown8u(d->gray8u.data(), d->results<Zmo8u>(), d->size); },
             .divisor = static_cast<double>(bench::pixelsOf(half))};

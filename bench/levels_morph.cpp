@@ -11,24 +11,18 @@ using levels::Function;
 
 struct Data {
     Data(ZmoiSize size, int side) : roi(size), src(bench::noise<Zmo8u>(size)), dst(src.size()) {
-        int stateSize = 0;
-        int bufferSize = 0;
-        bench::require(zmoiMorphGetSize(roi, zmo8u, 1, {side, side}, &stateSize, &bufferSize),
-                       "zmoiMorphGetSize");
-        state.resize(static_cast<size_t>(stateSize));
-        buffer.resize(static_cast<size_t>(bufferSize));
+        work.growBy("zmoiMorphGetSize", zmoiMorphGetSize, roi, zmo8u, 1, ZmoiSize{side, side});
         const std::vector<Zmo8u> mask(static_cast<size_t>(side * side), 1);
         bench::require(
             zmoiMorphInit(zmo8u, 1, mask.data(), {side, side}, {side / 2, side / 2}, morphState()),
             "zmoiMorphInit");
     }
-    ZmoiMorphState* morphState() { return reinterpret_cast<ZmoiMorphState*>(state.data()); }
+    ZmoiMorphState* morphState() { return work.stateOf<ZmoiMorphState>(); }
 
     ZmoiSize roi;
     std::vector<Zmo8u> src;
     std::vector<Zmo8u> dst;
-    std::vector<Zmo8u> state;
-    std::vector<Zmo8u> buffer;
+    bench::Work work;
 };
 
 Function erode(ZmoiSize size, int side) {
@@ -40,7 +34,7 @@ Function erode(ZmoiSize size, int side) {
                     const int step = bench::stepOf<Zmo8u>(d->roi);
                     return zmoiErodeBorder_8u_C1R(d->src.data(), step, d->dst.data(), step, d->roi,
                                                   zmoiBorderReplicate, nullptr, d->morphState(),
-                                                  d->buffer.data());
+                                                  d->work.buffer.data());
                 },
             .plainLoop = [d, side] { plainErode8u(d->src.data(), d->dst.data(), d->roi, side); },
             .divisor = static_cast<double>(d->src.size())};

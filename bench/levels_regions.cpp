@@ -49,15 +49,11 @@ struct Data {
 
 using Shared = std::shared_ptr<Data>;
 
-std::shared_ptr<std::vector<Zmo8u>> bufferOf(int bytes) {
-    return std::make_shared<std::vector<Zmo8u>>(static_cast<size_t>(bytes));
-}
-
 Function trueDistance(const Shared& d) {
-    int bytes = 0;
-    bench::require(zmoiTrueDistanceTransformGetBufferSize(d->roi, zmo8u, 1, &bytes),
-                   "zmoiTrueDistanceTransformGetBufferSize");
-    const auto call = [d, buffer = bufferOf(bytes)] {
+    const auto buffer = std::make_shared<std::vector<Zmo8u>>();
+    bench::growBy(*buffer, "zmoiTrueDistanceTransformGetBufferSize",
+                  zmoiTrueDistanceTransformGetBufferSize, d->roi, zmo8u, 1);
+    const auto call = [d, buffer] {
         return zmoiTrueDistanceTransform_8u32f_C1R(
             d->outlines.data(), bench::stepOf<Zmo8u>(d->roi), d->distances.data(),
             bench::stepOf<Zmo32f>(d->roi), d->roi, buffer->data());
@@ -76,10 +72,10 @@ Function trueDistance(const Shared& d) {
 }
 
 Function labelMarkers(const Shared& d, int connectivity) {
-    int bytes = 0;
-    bench::require(zmoiLabelMarkersGetBufferSize(d->roi, zmo8u, 1, &bytes),
-                   "zmoiLabelMarkersGetBufferSize");
-    const auto call = [d, connectivity, buffer = bufferOf(bytes)] {
+    const auto buffer = std::make_shared<std::vector<Zmo8u>>();
+    bench::growBy(*buffer, "zmoiLabelMarkersGetBufferSize", zmoiLabelMarkersGetBufferSize, d->roi,
+                  zmo8u, 1);
+    const auto call = [d, connectivity, buffer] {
         return zmoiLabelMarkers_8u32s_C1R(d->discs.data(), bench::stepOf<Zmo8u>(d->roi),
                                           d->labels.data(), bench::stepOf<Zmo32s>(d->roi), d->roi,
                                           1, 1 << 30, connectivity, &d->count, buffer->data());

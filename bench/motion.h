@@ -33,13 +33,9 @@ struct Picture {
         for (int y = 0; y < size.height; ++y) {
             for (int x = 0; x < size.width; ++x) whole[i++] = texture(x - dx, y - dy);
         }
-        int stateSize = 0;
-        int bufferSize = 0;
-        bench::require(zmoiPyramidGetSize(size, zmo8u, 1, &stateSize, &bufferSize),
-                       "zmoiPyramidGetSize");
-        std::vector<Zmo8u> memory(static_cast<size_t>(stateSize));
-        std::vector<Zmo8u> buffer(static_cast<size_t>(bufferSize));
-        auto* const state = reinterpret_cast<ZmoiPyramidState*>(memory.data());
+        bench::Work work;
+        work.growBy("zmoiPyramidGetSize", zmoiPyramidGetSize, size, zmo8u, 1);
+        auto* const state = work.stateOf<ZmoiPyramidState>();
         bench::require(
             zmoiPyramidInit(nullptr, 5, 2, zmoiBorderReplicate, nullptr, zmo8u, 1, state),
             "zmoiPyramidInit");
@@ -50,9 +46,9 @@ struct Picture {
             levels.step[k] = size.width;
             levels.roi[k] = size;
             if (k > 0) {
-                bench::require(zmoiPyramidLayerDown_8u_C1R(planes[k - 1].data(), levels.step[k - 1],
-                                                           levels.roi[k - 1], plane.data(),
-                                                           size.width, size, state, buffer.data()),
+                bench::require(zmoiPyramidLayerDown_8u_C1R(
+                                   planes[k - 1].data(), levels.step[k - 1], levels.roi[k - 1],
+                                   plane.data(), size.width, size, state, work.buffer.data()),
                                "zmoiPyramidLayerDown_8u_C1R");
             }
             size = {(size.width + 1) / 2, (size.height + 1) / 2};
@@ -87,10 +83,9 @@ struct Flow {
 };
 
 inline auto callFlow(const std::shared_ptr<Flow>& d, int window) {
-    int bytes = 0;
-    bench::require(zmoiOpticalFlowPyrLKGetBufferSize(window, zmo8u, 1, &bytes),
-                   "zmoiOpticalFlowPyrLKGetBufferSize");
-    const auto buffer = std::make_shared<std::vector<Zmo8u>>(static_cast<size_t>(bytes));
+    const auto buffer = std::make_shared<std::vector<Zmo8u>>();
+    bench::growBy(*buffer, "zmoiOpticalFlowPyrLKGetBufferSize", zmoiOpticalFlowPyrLKGetBufferSize,
+                  window, zmo8u, 1);
     return [d, window, buffer] {
         d->to = d->from;
         return zmoiOpticalFlowPyrLK_8u_C1R(&d->first.levels, &d->second.levels, d->from.data(),
@@ -105,9 +100,7 @@ struct Mixture {
     Mixture(ZmoiSize size, int colours) : roi(size), mask(bench::pixelsOf(size)) {
         constexpr int pictures = 24;
         constexpr int components = 5;
-        int bytes = 0;
-        bench::require(zmoiFGMMGetSize(size, components, zmo8u, 3, &bytes), "zmoiFGMMGetSize");
-        state.resize(static_cast<size_t>(bytes));
+        bench::growBy(state, "zmoiFGMMGetSize", zmoiFGMMGetSize, size, components, zmo8u, 3);
         bench::require(zmoiFGMMInit(size, components, 0.02F, 9, 0.9F, 0, 225, zmo8u, 3, model()),
                        "zmoiFGMMInit");
         const std::vector<Zmo8u> grain = bench::noise<Zmo8u>({size.width * 3, size.height});

@@ -25,9 +25,7 @@ template <class Run, class Query>
 Function corners(const char* name, Run run, Query query, int floats, ZmoiSize size) {
     Function function{std::string(name) + ", window", {}};
     const auto data = std::make_shared<Data>(size);
-    int bytes = 0;
-    bench::require(query(size, 3, windows[3], zmo8u, 1, &bytes), name);
-    data->buffer.resize(static_cast<size_t>(bytes));
+    bench::growBy(data->buffer, name, query, size, 3, windows[3], zmo8u, 1);
     for (const int window : windows) {
         function.steps.push_back({scaling::named({window, window}), [data, run, floats, window] {
                                       return run(data->src.data(), bench::stepOf<Zmo8u>(data->size),
@@ -45,10 +43,8 @@ Function cannyBorder(ZmoiSize size) {
     for (const ZmoiSize roi : {ZmoiSize{(size.width + 1) / 2, (size.height + 1) / 2}, size,
                                ZmoiSize{size.width * 2, size.height * 2}}) {
         const auto data = std::make_shared<Data>(roi);
-        int bytes = 0;
-        bench::require(zmoiCannyBorderGetBufferSize(roi, zmoiMask3x3, zmo8u, 1, &bytes),
-                       "zmoiCannyBorderGetBufferSize");
-        data->buffer.resize(static_cast<size_t>(bytes));
+        bench::growBy(data->buffer, "zmoiCannyBorderGetBufferSize", zmoiCannyBorderGetBufferSize,
+                      roi, zmoiMask3x3, zmo8u, 1);
         function.steps.push_back(
             {scaling::named(roi), [data] {
                  const int step = bench::stepOf<Zmo8u>(data->size);

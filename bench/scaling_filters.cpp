@@ -8,17 +8,6 @@ namespace {
 
 using scaling::Function;
 
-struct Work {
-    Work(int64_t stateSize, int64_t bufferSize)
-        : state(static_cast<size_t>(stateSize)), buffer(static_cast<size_t>(bufferSize)) {}
-    template <class State>
-    State* stateOf() {
-        return reinterpret_cast<State*>(state.data());
-    }
-    std::vector<Zmo8u> state;
-    std::vector<Zmo8u> buffer;
-};
-
 constexpr int sides[] = {3, 7, 15, 31};
 
 template <class T, class Gaussian>
@@ -27,10 +16,8 @@ Function gaussian(const char* name, Gaussian run, ZmoDataType type, ZmoiSize roi
     const auto src = std::make_shared<std::vector<T>>(bench::noise<T>(roi));
     const auto dst = std::make_shared<std::vector<T>>(src->size());
     for (const int side : sides) {
-        int sizes[2] = {};
-        bench::require(zmoiFilterGaussianGetSize(roi, side, type, 1, &sizes[0], &sizes[1]),
-                       "zmoiFilterGaussianGetSize");
-        const auto work = std::make_shared<Work>(sizes[0], sizes[1]);
+        const auto work = std::make_shared<bench::Work>();
+        work->growBy("zmoiFilterGaussianGetSize", zmoiFilterGaussianGetSize, roi, side, type, 1);
         auto* const state = work->stateOf<ZmoiGaussianState>();
         bench::require(zmoiFilterGaussianInit(side, static_cast<float>(side) / 5, type, 1, state),
                        "zmoiFilterGaussianInit");
@@ -52,11 +39,9 @@ Function separable(ZmoiSize roi) {
     const auto dst = std::make_shared<std::vector<Zmo16s>>(src->size());
     const std::vector<Zmo16s> kernel(31, 1);
     for (const int side : sides) {
-        int64_t sizes[2] = {};
-        bench::require(zmoiFilterSeparableGetSize_L(large, {side, side}, zmo16s, zmo16s, 1,
-                                                    &sizes[0], &sizes[1]),
-                       "zmoiFilterSeparableGetSize_L");
-        const auto work = std::make_shared<Work>(sizes[0], sizes[1]);
+        const auto work = std::make_shared<bench::Work>();
+        work->growBy("zmoiFilterSeparableGetSize_L", zmoiFilterSeparableGetSize_L, large,
+                     ZmoiSize{side, side}, zmo16s, zmo16s, 1);
         auto* const state = work->stateOf<ZmoiSeparableState>();
         bench::require(zmoiFilterSeparableInit_16s_L(kernel.data(), kernel.data(), {side, side},
                                                      {side / 2, side / 2}, side * side, zmo16s,
@@ -77,10 +62,8 @@ Function layerDown(ZmoiSize size) {
     for (const int parts : {4, 2, 1}) {
         const ZmoiSize roi{(size.width + parts - 1) / parts, (size.height + parts - 1) / parts};
         const ZmoiSize half{(roi.width + 1) / 2, (roi.height + 1) / 2};
-        int sizes[2] = {};
-        bench::require(zmoiPyramidGetSize(roi, zmo8u, 1, &sizes[0], &sizes[1]),
-                       "zmoiPyramidGetSize");
-        const auto work = std::make_shared<Work>(sizes[0], sizes[1]);
+        const auto work = std::make_shared<bench::Work>();
+        work->growBy("zmoiPyramidGetSize", zmoiPyramidGetSize, roi, zmo8u, 1);
         auto* const state = work->stateOf<ZmoiPyramidState>();
         bench::require(
             zmoiPyramidInit(nullptr, 0, 2, zmoiBorderReplicate, nullptr, zmo8u, 1, state),

@@ -20,26 +20,21 @@ struct Data {
           step(bench::stepOf<T>(size) * channels),
           src(bench::noise<T>({size.width * channels, size.height})),
           dst(src.size()) {
-        int stateSize = 0;
-        int bufferSize = 0;
-        bench::require(zmoiMorphGetSize(roi, type, channels, {side, side}, &stateSize, &bufferSize),
-                       "zmoiMorphGetSize");
-        state.resize(static_cast<size_t>(stateSize));
-        buffer.resize(static_cast<size_t>(bufferSize));
+        work.growBy("zmoiMorphGetSize", zmoiMorphGetSize, roi, type, channels,
+                    ZmoiSize{side, side});
         std::vector<Zmo8u> mask(static_cast<size_t>(side * side), 1);
         if (!full) mask[0] = 0;
         bench::require(zmoiMorphInit(type, channels, mask.data(), {side, side},
                                      {side / 2, side / 2}, morphState()),
                        "zmoiMorphInit");
     }
-    ZmoiMorphState* morphState() { return reinterpret_cast<ZmoiMorphState*>(state.data()); }
+    ZmoiMorphState* morphState() { return work.stateOf<ZmoiMorphState>(); }
 
     ZmoiSize roi;
     int step;
     std::vector<T> src;
     std::vector<T> dst;
-    std::vector<Zmo8u> state;
-    std::vector<Zmo8u> buffer;
+    bench::Work work;
 };
 
 template <class T>
@@ -51,7 +46,7 @@ Function erode(const char* name, Erode<T> run, ZmoDataType type, int channels, b
         function.steps.push_back({scaling::named({side, side}), [d, run] {
                                       return run(d->src.data(), d->step, d->dst.data(), d->step,
                                                  d->roi, zmoiBorderReplicate, nullptr,
-                                                 d->morphState(), d->buffer.data());
+                                                 d->morphState(), d->work.buffer.data());
                                   }});
     }
     return function;
@@ -70,10 +65,8 @@ struct Corridor {
             }
         }
         marker[0] = 255;
-        int bytes = 0;
-        bench::require(zmoiMorphReconstructGetBufferSize(roi, zmo8u, 1, &bytes),
-                       "zmoiMorphReconstructGetBufferSize");
-        buffer.resize(static_cast<size_t>(bytes));
+        bench::growBy(buffer, "zmoiMorphReconstructGetBufferSize",
+                      zmoiMorphReconstructGetBufferSize, roi, zmo8u, 1);
     }
 
     ZmoiSize roi;

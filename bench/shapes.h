@@ -30,11 +30,6 @@ struct Data {
         for (size_t i = 1; i < edges.size(); ++i)
             edges[i] = (picture[i] > 127) != (picture[i - 1] > 127);
     }
-    // Work memory of the largest size asked for.
-    Zmo8u* reserve(int bytes) {
-        buffer.resize(std::max(buffer.size(), static_cast<size_t>(bytes)));
-        return buffer.data();
-    }
 
     ZmoiSize roi;
     std::vector<Zmo8u> picture;
@@ -48,9 +43,7 @@ struct Data {
 using Shared = std::shared_ptr<Data>;
 
 inline auto callFastN(const Shared& d, int n) {
-    int bytes = 0;
-    bench::require(zmoiFastNGetBufferSize(d->roi, zmo8u, 1, &bytes), "zmoiFastNGetBufferSize");
-    d->reserve(bytes);
+    bench::growBy(d->buffer, "zmoiFastNGetBufferSize", zmoiFastNGetBufferSize, d->roi, zmo8u, 1);
     return [d, n] {
         return zmoiFastN_8u_C1R(d->picture.data(), d->roi.width, d->dst.data(), d->roi.width,
                                 d->roi, n, threshold, 0, &d->count, d->buffer.data());
@@ -58,10 +51,8 @@ inline auto callFastN(const Shared& d, int n) {
 }
 
 inline auto callLineSuppression(const Shared& d, int radius) {
-    int bytes = 0;
-    bench::require(zmoiLineSuppressionGetBufferSize(d->roi, radius, zmo8u, 1, &bytes),
-                   "zmoiLineSuppressionGetBufferSize");
-    d->reserve(bytes);
+    bench::growBy(d->buffer, "zmoiLineSuppressionGetBufferSize", zmoiLineSuppressionGetBufferSize,
+                  d->roi, radius, zmo8u, 1);
     return [d, radius] {
         return zmoiLineSuppression_8u_C1R(d->picture.data(), d->roi.width, d->edges.data(),
                                           d->roi.width, d->dst.data(), d->roi.width, d->roi, radius,
@@ -83,11 +74,8 @@ inline auto callHough(const Shared& d, int angles) {
     const std::array<ZmoiPolar, 2> limits{
         {{-rho, 0}, {rho, static_cast<Zmo32f>((angles - 1) * step)}}};
     const ZmoiPolar delta{1, static_cast<Zmo32f>(step)};
-    int bytes = 0;
-    bench::require(
-        zmoiHoughLine_RegionGetBufferSize(d->roi, limits.data(), delta, maxLines, zmo8u, 1, &bytes),
-        "zmoiHoughLine_RegionGetBufferSize");
-    d->reserve(bytes);
+    bench::growBy(d->buffer, "zmoiHoughLine_RegionGetBufferSize", zmoiHoughLine_RegionGetBufferSize,
+                  d->roi, limits.data(), delta, maxLines, zmo8u, 1);
     d->lines.resize(maxLines);
     return [d, limits, delta] {
         const ZmoStatus status = zmoiHoughLine_Region_8u32f_C1R(

@@ -21,7 +21,6 @@ class psCStream : public psSinkList {
     void setColm(int index, const psString& text);
     void setNextColm(const psString& text);
     bool getColm(int index, psString& text) const;
-    int filledColms() const { return m_filled; }
     void setFilledColms(int count);
 
     // Each writes `count` cells; 0 means the filled ones.

@@ -53,7 +53,6 @@ class psParameter {
 
     const psString& name() const { return m_name; }
     const psString& title() const { return m_title; }
-    void setTitle(const psString& title) { m_title = title; }
     bool isInput() const { return m_input; }
     // Without input the value is shown but never asked for.
     void setInput(bool on) { m_input = on; }

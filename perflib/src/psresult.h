@@ -28,10 +28,6 @@ constexpr bool isFailure(psResult result) {
     return result >= PS_ACCURFAIL && result <= PS_FAIL;
 }
 
-constexpr psResult psWorse(psResult a, psResult b) {
-    return a > b ? a : b;
-}
-
 struct psResultTexts {
     const char* name;  // short word, as the summary prints it
     const char* word;  // how the timing engine tells it

@@ -383,6 +383,14 @@ bool wholeNumber(const psString& text, T& value, Read read) {
     return true;
 }
 
+template <class T, class Read>
+bool finiteNumber(const psString& text, T& value, Read read) {
+    T number = 0;
+    if (!wholeNumber(text, number, read) || !std::isfinite(number)) return false;
+    value = number;
+    return true;
+}
+
 template <class T>
 bool narrowNumber(const psString& text, T& value, long long low, long long high) {
     long long wide = 0;
@@ -406,21 +414,11 @@ bool psFromText(const psString& text, unsigned& value) {
 }
 
 bool psFromText(const psString& text, double& value) {
-    double number = 0;
-    if (!wholeNumber(text, number, [](const char* s, char** e) { return std::strtod(s, e); }) ||
-        !std::isfinite(number))
-        return false;
-    value = number;
-    return true;
+    return finiteNumber(text, value, [](const char* s, char** e) { return std::strtod(s, e); });
 }
 
 bool psFromText(const psString& text, float& value) {
-    float number = 0;
-    if (!wholeNumber(text, number, [](const char* s, char** e) { return std::strtof(s, e); }) ||
-        !std::isfinite(number))
-        return false;
-    value = number;
-    return true;
+    return finiteNumber(text, value, [](const char* s, char** e) { return std::strtof(s, e); });
 }
 
 bool psFromText(const psString& text, bool& value) {

@@ -95,6 +95,17 @@ class Carver {
     return value == value ? value : __builtin_nanf("");
 }
 
+// The bits of a number, and back.
+[[maybe_unused]] inline int32_t bitsOf(float value) {
+    return __builtin_bit_cast(int32_t, value);
+}
+[[maybe_unused]] inline int64_t bitsOf(double value) {
+    return __builtin_bit_cast(int64_t, value);
+}
+[[maybe_unused]] inline float floatOf(int32_t bits) {
+    return __builtin_bit_cast(float, bits);
+}
+
 // The coordinate inside 0..n-1 whose pixel stands for coordinate i under a replicated border.
 [[maybe_unused]] ptrdiff_t replicated(ptrdiff_t i, ptrdiff_t n) {
     return i < 0 ? 0 : i < n ? i : n - 1;

@@ -40,17 +40,6 @@ void addRow(const Elem<T>* __restrict src, const Elem<T>* __restrict src2,
     }
 }
 
-uint32_t bitsOf(float value) {
-    uint32_t bits;
-    __builtin_memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
-float withBits(uint32_t bits) {
-    float value;
-    __builtin_memcpy(&value, &bits, sizeof value);
-    return value;
-}
-
 // Unselected pixels are computed as zeros, so that nothing in them can raise a floating-point flag,
 // and then keep their bits.
 template <AddUse use, class T>
@@ -58,13 +47,13 @@ void addSelected(const Elem<T>* __restrict src, const Elem<T>* __restrict src2,
                  const uint8_t* __restrict mask, Elem<float>* __restrict acc, ptrdiff_t count,
                  Weights weights) {
     for (ptrdiff_t x = 0; x < count; ++x) {
-        const uint32_t chosen = mask[x] != 0 ? UINT32_MAX : 0;
-        const auto kept = [chosen](float value) { return withBits(bitsOf(value) & chosen); };
+        const int32_t chosen = mask[x] != 0 ? -1 : 0;
+        const auto kept = [chosen](float value) { return floatOf(bitsOf(value) & chosen); };
         const float old = acc[x];
         const float b = use == addProduct ? kept(static_cast<float>(src2[x])) : 0.0F;
         const float a = kept(static_cast<float>(src[x]));
         const float sum = withOneNan(grown<use>(kept(old), a, b, weights));
-        acc[x] = withBits((bitsOf(sum) & chosen) | (bitsOf(old) & ~chosen));
+        acc[x] = floatOf((bitsOf(sum) & chosen) | (bitsOf(old) & ~chosen));
     }
 }
 

@@ -30,9 +30,7 @@ float rounded<float>(float value) {
 template <class D>
 float limited(float value) {
     constexpr float most = sizeof(D) == 1 ? 255.0F : 65535.0F;
-    const int32_t bits = __builtin_bit_cast(int32_t, value);
-    const int32_t mostBits = __builtin_bit_cast(int32_t, most);
-    return __builtin_bit_cast(float, bits < mostBits ? bits : mostBits);
+    return floatOf(bitsOf(value) < bitsOf(most) ? bitsOf(value) : bitsOf(most));
 }
 
 // Interpolates `count` pixels of a row of the image from column `left` on.

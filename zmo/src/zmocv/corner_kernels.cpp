@@ -179,17 +179,8 @@ struct Carry {
 
 // Comparisons of doubles, which may raise a flag, keep a loop from being vectorised; signs do not.
 inline double bySign(double sign, double ofPositive, double ofNegative) {
-    int64_t bits;
-    int64_t positive;
-    int64_t negative;
-    __builtin_memcpy(&bits, &sign, sizeof bits);
-    __builtin_memcpy(&positive, &ofPositive, sizeof positive);
-    __builtin_memcpy(&negative, &ofNegative, sizeof negative);
-    const int64_t mask = bits >> 63;
-    const int64_t chosen = (positive & ~mask) | (negative & mask);
-    double result;
-    __builtin_memcpy(&result, &chosen, sizeof result);
-    return result;
+    const int64_t mask = bitsOf(sign) >> 63;
+    return __builtin_bit_cast(double, (bitsOf(ofPositive) & ~mask) | (bitsOf(ofNegative) & mask));
 }
 
 inline float rounded(double value) {

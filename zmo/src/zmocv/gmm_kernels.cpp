@@ -22,12 +22,6 @@ static_assert(sizeof(Component) == gmmFloatsOfComponent * sizeof(float));
 constexpr float leastWeight = 0x1p-24F;
 constexpr float leastVariance = 4.0F;
 
-int32_t bitsOf(float value) {
-    return __builtin_bit_cast(int32_t, value);
-}
-float floatOf(int32_t bits) {
-    return __builtin_bit_cast(float, bits);
-}
 // For values that are not negative; a negative one on the left is below all of them.
 int32_t isBelow(float a, float b) {
     return -static_cast<int32_t>(bitsOf(a) < bitsOf(b));

@@ -36,14 +36,10 @@ template <class T>
 [[gnu::noinline]] double largestSize(const float* block, ptrdiff_t count) {
     int32_t most = 0;
     for (ptrdiff_t i = 0; i < count; ++i) {
-        int32_t bits;
-        __builtin_memcpy(&bits, block + i, sizeof bits);
-        bits &= 0x7fffffff;
+        const int32_t bits = bitsOf(block[i]) & 0x7fffffff;
         most = bits > most ? bits : most;
     }
-    float size;
-    __builtin_memcpy(&size, &most, sizeof size);
-    return size;
+    return floatOf(most);
 }
 
 // The maximum or sum over an image, fed block by block.

@@ -113,7 +113,7 @@ struct Sums {
 };
 
 float kept(float value, int32_t mask) {
-    return __builtin_bit_cast(float, __builtin_bit_cast(int32_t, value) & mask);
+    return floatOf(bitsOf(value) & mask);
 }
 
 // The window of the first picture in one layer.

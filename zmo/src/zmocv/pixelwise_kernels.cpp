@@ -70,6 +70,7 @@ double rootOfMeanSquare(double u, double v, double w) {
 // even number odd.
 template <class T>
 T rounded(double value) {
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<T>(static_cast<int32_t>(value + 0.5));
 }
 template <>

@@ -56,9 +56,7 @@ int32_t deviation(double distances, const Scaling& scaling) {
     constexpr double ulpIsOne = 0x1.8p52;
     const double value = __builtin_sqrt(distances) / scaling.count * scaling.scale;
     const double shifted = (value < largest ? value : largest) + ulpIsOne;
-    int64_t bits;
-    __builtin_memcpy(&bits, &shifted, sizeof bits);
-    return static_cast<int32_t>(bits);
+    return static_cast<int32_t>(bitsOf(shifted));
 }
 
 template <class T, class Q, class D>

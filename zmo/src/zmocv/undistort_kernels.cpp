@@ -151,8 +151,7 @@ void interpolate(const Strip<T, channels>& strip, Elem<T>* __restrict out, int c
         const float lower =
             (1.0F - a) * static_cast<float>(strip.s10[k]) + a * static_cast<float>(strip.s11[k]);
         const float value = (1.0F - b) * upper + b * lower;
-        const int32_t bits = __builtin_bit_cast(int32_t, value) & kept[k];
-        out[k] = rounded<T>(__builtin_bit_cast(float, bits));
+        out[k] = rounded<T>(floatOf(bitsOf(value) & kept[k]));
     }
 }
 
