@@ -107,9 +107,10 @@ class CornerTest : public PictureTest {
   private:
     template <class Body>
     void forEachResult(Body body) const {
+        const int first = cornerElement();
+        const int step = elementsOfPixel();
         for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x)
-                body(pDst.getImageAt(x * elementsOfPixel() + cornerElement(), y, 0));
+            for (int x = 0; x < roi.width; ++x) body(pDst.getImageAt(first + x * step, y, 0));
         }
     }
 };

@@ -187,10 +187,10 @@ void* ppImage::getPointerAt(int i) const {
 }
 
 void* ppImage::getPointerAt(int x, int y, int c) const {
-    const int channels = m_planes > 0 ? m_planes : m_perPixel;
-    if (x < 0 || x >= m_width || y < 0 || y >= m_height || c < 0 || c >= channels) return nullptr;
+    if (x < 0 || x >= m_width || y < 0 || y >= m_height || c < 0 || c >= createdChannels())
+        return nullptr;
     const int row = m_planes > 0 ? m_height * c + y : y;
-    const int column = m_planes > 0 ? x : channels * x + c;
+    const int column = m_planes > 0 ? x : createdChannels() * x + c;
     return static_cast<unsigned char*>(getRowPointer(row)) +
            static_cast<std::ptrdiff_t>(column) * item();
 }

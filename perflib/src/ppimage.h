@@ -33,7 +33,8 @@ class ppImage : public ppVector {
     static long long step(const ppFunc& func, int width);
     static long long size(const ppFunc& func, int width, int height, long long step = 0);
     bool isPlane() const { return isPlane(name()); }
-    int numChannels() const { return numChannels(name()); }
+    // Once created, without a look at the name: loops over pixels ask.
+    int numChannels() const { return m_perPixel > 0 ? createdChannels() : numChannels(name()); }
     int numActualChannels() const { return numActualChannels(name()); }
     int pixel() const { return pixel(name()); }
 
@@ -95,6 +96,7 @@ class ppImage : public ppVector {
     static psString nameOf(ppType type, int channels, bool planar);
     bool createPlanes(int channels, int elements, int misalign, bool firstOnly);
     void setPlanePtrs();
+    int createdChannels() const { return m_planes > 0 ? m_planes : m_perPixel; }
 
     int m_width = 0;
     int m_height = 0;

@@ -28,6 +28,7 @@ TEST(PsOStream, PassesLevelsByTheirBits) {
         EXPECT_EQ(messages.text(), c.shown ? "one2 2.5\n" : "") << c.out;
         const MessageLevel before = g_ostrm.getMsgLevel();
         EXPECT_EQ(g_ostrm.beginMessage(c.level), c.begins) << c.out;
+        if (g_ostrm.beginMessage(ERR)) g_ostrm.endMessage();  // a message inside the other
         EXPECT_EQ(g_ostrm.getMsgLevel(), c.begins ? c.level : before);
         if (c.begins) g_ostrm.endMessage();
         EXPECT_EQ(g_ostrm.getMsgLevel(), before);
