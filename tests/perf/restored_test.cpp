@@ -17,8 +17,8 @@
 namespace {
 
 // The modules with functions of this kind.
-constexpr const char* modules[] = {"p_cbound",         "p_cdist",  "p_cflood",
-                                   "p_chaar",          "p_clabel", "p_cmarkspeckles",
+constexpr const char* modules[] = {"p_cadd",           "p_cbound", "p_cdist",         "p_cflood",
+                                   "p_chaar",          "p_clabel", "p_cmarkspeckles", "p_cmh",
                                    "p_cvsegmentation", "p_gmm",    "p_optflow"};
 
 enum class Data { none, asReserved, changed };
