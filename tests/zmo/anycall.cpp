@@ -121,4 +121,13 @@ void AnyCall::expectTarget(size_t image,
     std::visit([&](const auto& i) { expectPixels(i, expected); }, m_images[image]);
 }
 
+void AnyCall::expectBadArguments(std::vector<Wrong> wrong) {
+    const std::vector<size_t>& own = m_function.values();
+    std::erase_if(wrong, [&](const Wrong& w) { return w.arguments[0].place >= own.size(); });
+    for (Wrong& w : wrong) {
+        for (auto& argument : w.arguments) argument.place = own[argument.place];
+    }
+    kit::expectBadArguments(call(), wrong);
+}
+
 }  // namespace kit

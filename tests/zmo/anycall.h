@@ -74,10 +74,6 @@ class Function {
     // Of an image: the mask has one.
     int channels(size_t image) const;
     ZmoStatus operator()(const Arguments& arguments) const { return m_run(arguments); }
-    // One of the function's own values that is wrong.
-    Wrong bad(size_t value, Value with, ZmoStatus status) const {
-        return {m_values[value], with, status};
-    }
 
   private:
     void sortParameters(const std::vector<bool>& isInt);
@@ -143,6 +139,8 @@ class AnyCall {
 
     Call call();
     ZmoStatus run();
+    // Places count the function's own values; what it does not have is passed over.
+    void expectBadArguments(std::vector<Wrong> wrong);
     const std::vector<Slot>& results() const { return m_results; }
     // Every pixel of a target has the bits that expected(x, y, channel) tells.
     void expectTarget(size_t image, const std::function<double(int, int, int)>& expected) const;

@@ -1,7 +1,6 @@
 #include "call.h"
 
 #include <algorithm>
-#include <span>
 
 #include "zmocore.h"
 

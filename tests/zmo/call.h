@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <span>
 
 #include "kit.h"
 
@@ -14,15 +15,17 @@ struct Slot {
 
     template <class A>
     static Slot of(A value) {
-        static_assert(sizeof(A) <= sizeof bytes);
+        const auto own = std::as_bytes(std::span<A, 1>(&value, 1));
+        static_assert(own.extent <= 16);
         Slot slot;
-        std::memcpy(slot.bytes.data(), &value, sizeof value);
+        std::memcpy(slot.bytes.data(), own.data(), own.size());
         return slot;
     }
     template <class A>
     A as() const {
         A value;
-        std::memcpy(&value, bytes.data(), sizeof value);
+        const auto own = std::as_writable_bytes(std::span<A, 1>(&value, 1));
+        std::memcpy(own.data(), bytes.data(), own.size());
         return value;
     }
     bool operator==(const Slot&) const = default;

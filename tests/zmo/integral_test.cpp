@@ -162,17 +162,17 @@ TEST(Integral, LongSumsAreExact) {
 TEST(Integral, BadArguments) {
     for (const Table& table : tables) {
         SCOPED_TRACE(table.function.name());
-        std::vector<kit::Wrong> faults;
+        TableCase c(table, {12, 4}, {}, {1, 1});
+        std::vector<kit::Wrong> wrong;
         if (table.function.isNamed("_8u32f")) {
             const kit::Function& f = table.function;
             std::vector<kit::Wrong::Argument> longRow = {
                 {f.sizes()[0], ZmoiSize{(1 << 22) + 1, 1}}};
             for (const size_t i : f.images()) longRow.push_back({i + 1, 1 << 26});
-            faults = {f.bad(0, 0x1.1p50, zmoStsRangeErr),
-                      f.bad(0, NAN, zmoStsRangeErr),
-                      {longRow, zmoStsTooLargeErr}};
+            wrong = {{f.values()[0], {0x1.1p50, NAN}, zmoStsRangeErr},
+                     {longRow, zmoStsTooLargeErr}};
         }
-        kit::expectBadArguments(TableCase(table, {12, 4}, {}, {1, 1}).call(), faults);
+        kit::expectBadArguments(c.call(), wrong);
     }
 }
 
@@ -374,22 +374,14 @@ TEST(RectStdDev, BadArguments) {
     for (const Deviation& deviation : deviations) {
         SCOPED_TRACE(deviation.function.name());
         DevCase c(deviation, {12, 4}, {0, 1, 3, 2}, {});
-        const kit::Function& f = deviation.function;
-        std::vector<kit::Wrong> faults;
         const auto [x, y, w, h] = c.rect;
         // Empty, above the tables, beside their first column, and beside their last.
-        for (const ZmoiRect rect : {ZmoiRect{x, y, 0, h},
-                                    {x, y, w, -1},
-                                    {x, -1, w, h},
-                                    {x - 1, y, w, h},
-                                    {x + 1, y, w, h},
-                                    {INT32_MAX, y, w, h}}) {
-            faults.push_back(f.bad(0, rect, zmoStsRectErr));
-        }
-        if (c.scaled()) {
-            for (const int scale : {32, -32}) faults.push_back(f.bad(1, scale, zmoStsScaleErr));
-        }
-        kit::expectBadArguments(c.call(), faults);
+        c.expectBadArguments(
+            {{0,
+              {ZmoiRect{x, y, 0, h}, ZmoiRect{x, y, w, -1}, ZmoiRect{x, -1, w, h},
+               ZmoiRect{x - 1, y, w, h}, ZmoiRect{x + 1, y, w, h}, ZmoiRect{INT32_MAX, y, w, h}},
+              zmoStsRectErr},
+             {1, {32, -32}, zmoStsScaleErr}});
     }
 }
 
