@@ -347,9 +347,3 @@ psString psKeyHelp(const psOptionList& options, char key) {
                                      : option->description;
     return title + option->help + description;
 }
-
-psString psHelpText(const psOptionList& options, char arg, bool hideHidden) {
-    if (arg == psShortHelp) return psQuickHelp(options, hideHidden);
-    if (arg == (hideHidden ? 'h' : '?')) return psFullHelp(options, hideHidden);
-    return psKeyHelp(options, arg);
-}

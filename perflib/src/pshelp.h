@@ -13,10 +13,10 @@ struct psKeyText {
 // A key without texts gets empty ones; the help calls it deprecated then.
 const psKeyText& psTextOfKey(char key);
 
-// The texts of the help. `arg` is psShortHelp, or the key to explain; 'h' with
-// the hidden keys left out (-hh) and '?' with them (-??) explain all keys.
+// What the session's help is asked for when no key is named.
 constexpr char psShortHelp = 1;
-psString psHelpText(const psOptionList& options, char arg, bool hideHidden);
+
+// -h, -hh and -h<key>; without hideHidden also the keys that only developers use.
 psString psQuickHelp(const psOptionList& options, bool hideHidden);
 psString psFullHelp(const psOptionList& options, bool hideHidden);
 psString psKeyHelp(const psOptionList& options, char key);

@@ -237,20 +237,20 @@ TEST_F(Keys, HelpHidesTheDevelopersKeysAndDescribesOne) {
     psOptionList options = session.options();
     options.push_back(&old);
     options.push_back(&terse);
-    const std::tuple<char, bool, const char*> cases[] = {
-        {psShortHelp, true, "QUICK HELP\n-B               = batch mode"},
-        {psShortHelp, false, "-SU  "},
-        {'?', false,
+    const std::pair<psString, const char*> cases[] = {
+        {psQuickHelp(options, true), "QUICK HELP\n-B               = batch mode"},
+        {psQuickHelp(options, false), "-SU  "},
+        {psFullHelp(options, false),
          "\n\n-SU              = measure functions with data set & use\n"
          "This is hidden key used by developers only\n"},
-        {'B', false, "-B wins over -A"},
-        {'z', false, "EXTENDED KEY HELP\nKey -z is not valid\n"},
-        {'1', false, "EXTENDED KEY HELP\nKey -1 is deprecated\n"},
-        {'2', false, "EXTENDED KEY HELP\n-2 = two\nNo extended description for this key\n"}};
-    for (const auto& [arg, hide, text] : cases)
-        EXPECT_TRUE(psHelpText(options, arg, hide).contains(text)) << arg << text;
-    for (const char arg : {char{psShortHelp}, 'h'})
-        EXPECT_FALSE(psHelpText(options, arg, true).contains("-SU ")) << arg;
+        {psKeyHelp(options, 'B'), "-B wins over -A"},
+        {psKeyHelp(options, 'z'), "EXTENDED KEY HELP\nKey -z is not valid\n"},
+        {psKeyHelp(options, '1'), "EXTENDED KEY HELP\nKey -1 is deprecated\n"},
+        {psKeyHelp(options, '2'),
+         "EXTENDED KEY HELP\n-2 = two\nNo extended description for this key\n"}};
+    for (const auto& [help, text] : cases) EXPECT_TRUE(help.contains(text)) << text;
+    for (const psString& help : {psQuickHelp(options, true), psFullHelp(options, true)})
+        EXPECT_FALSE(help.contains("-SU ")) << help.substr(0, 14).c_str();
 }
 
 // The fenced blocks of docs/KEYS.md are the texts of the help.

@@ -106,6 +106,14 @@ class Carver {
     return __builtin_bit_cast(float, bits);
 }
 
+constexpr float largestFloat = 3.40282347e38F;
+
+// Rounded half to even, at every level by the same two sums: the first leaves no room for a fraction.
+// The value lies between -2^22 and 2^22.
+[[maybe_unused]] inline int32_t wholeOf(float value) {
+    return static_cast<int32_t>((value + 0x1.8p23F) - 0x1.8p23F);
+}
+
 // The coordinate inside 0..n-1 whose pixel stands for coordinate i under a replicated border.
 [[maybe_unused]] ptrdiff_t replicated(ptrdiff_t i, ptrdiff_t n) {
     return i < 0 ? 0 : i < n ? i : n - 1;

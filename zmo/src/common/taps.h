@@ -185,8 +185,7 @@ template <class D>
 [[gnu::noinline]] void store(Elem<D>* __restrict dst, const float* __restrict sums, ptrdiff_t count,
                              const Quotient&) {
     for (ptrdiff_t x = 0; x < count; ++x) {
-        const auto whole = static_cast<int32_t>((sums[x] + 0x1.8p23F) - 0x1.8p23F);
-        dst[x] = static_cast<D>(saturated<D>(whole));
+        dst[x] = static_cast<D>(saturated<D>(wholeOf(sums[x])));
     }
 }
 template <>

@@ -23,7 +23,7 @@ struct Arithmetic<uint16_t> {
 template <>
 struct Arithmetic<float> {
     using Sum = float;
-    static constexpr float far = 3.40282347e38F;
+    static constexpr float far = largestFloat;
 };
 template <class T>
 using Sum = typename Arithmetic<T>::Sum;

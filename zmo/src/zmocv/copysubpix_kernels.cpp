@@ -14,11 +14,11 @@ ptrdiff_t clamped(ptrdiff_t i, ptrdiff_t limit) {
     return i < 0 ? 0 : i < limit ? i : limit;
 }
 
-// Adding 2^23 leaves no room for a fraction, which rounds half to even at every level. Values of
-// positive sources are never negative, and exceed the type's maximum by less than rounding removes.
+// Values of positive sources are never negative, and exceed the type's maximum by less than rounding
+// removes.
 template <class D>
 D rounded(float value) {
-    return static_cast<D>(static_cast<int>((value + 8388608.0F) - 8388608.0F));
+    return static_cast<D>(wholeOf(value));
 }
 template <>
 float rounded<float>(float value) {

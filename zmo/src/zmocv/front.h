@@ -122,11 +122,12 @@ class Front {
     static constexpr int unseenPlace = -1;
     static constexpr int reachedPlace = -2;
     static constexpr int closedPlace = -3;
-    static constexpr float unknown = 3.40282347e38F;
 
     int& place(int x, int y) { return m_places[y * m_width + x]; }
 
-    float reachedTime(int x, int y) const { return isReachedInside(x, y) ? timeOf(x, y) : unknown; }
+    float reachedTime(int x, int y) const {
+        return isReachedInside(x, y) ? timeOf(x, y) : largestFloat;
+    }
 
     // The time at which the front arrives, from what is reached by now.
     float arrival(int x, int y) const {

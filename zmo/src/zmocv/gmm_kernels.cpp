@@ -255,7 +255,7 @@ void background(Target dst, Region roi, const GmmRules* rules, const void* model
                               const float mean = sums[c][i] / selected(known, weights[i], 1.0F);
                               const float value = mean - floatOf(bitsOf(1.0F) & known);
                               // Means lie in 1 ... 256, but for an error that rounding removes.
-                              values[c][i] = static_cast<int32_t>((value + 0x1.8p23F) - 0x1.8p23F);
+                              values[c][i] = wholeOf(value);
                           }
                       }
                       uint8_t* const row = rowOf<uint8_t>(dst, y) + 3 * x;

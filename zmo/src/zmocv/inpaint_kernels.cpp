@@ -310,8 +310,7 @@ class Inpainting {
     static uint8_t rounded(float value) {
         const float low = value > 0 ? value : 0;
         const float limited = low < 255 ? low : 255;
-        // Adding 2^23 leaves no room for a fraction, which rounds half to even.
-        return static_cast<uint8_t>((limited + 8388608.0F) - 8388608.0F);
+        return static_cast<uint8_t>(wholeOf(limited));
     }
 
     Target m_dst;

@@ -41,7 +41,7 @@ ptrdiff_t floorOf(float value) {
     return value < 0 ? -1 : static_cast<ptrdiff_t>(value);
 }
 
-// pixels[x] = (1 - fx) row[left + x] + fx row[left + x + 1], the row continued by its end pixels.
+// line[x] = (1 - fx) row[left + x] + fx row[left + x + 1], the row continued by its end pixels.
 template <class T>
 [[gnu::noinline]] void loadLine(float* __restrict line, const Elem<T>* row, ptrdiff_t width,
                                 ptrdiff_t left, ptrdiff_t columns, float fx) {
@@ -61,7 +61,7 @@ template <class T>
     }
 }
 
-// The rows of a window around a point, `around` pixels wider on each side than the radius, handed to
+// The rows of a window around a point, from `radius` pixels left of it and above, handed to
 // body(y, upper, lower, fy): the window's row y is (1 - fy) upper + fy lower.
 template <class T, class Body>
 void forRows(Layer layer, Point center, ptrdiff_t radius, ptrdiff_t columns, Body body) {

@@ -30,8 +30,7 @@ void flagClose(uint8_t* __restrict flags, const Elem<T>* a, const Elem<T>* b, pt
     for (ptrdiff_t x = 0; x < count; ++x) flags[x] = isClose<T>(a[x], b[x], maxDiff);
 }
 
-[[maybe_unused]] void intersect(uint8_t* __restrict flags, const uint8_t* __restrict others,
-                                ptrdiff_t count) {
+void intersect(uint8_t* __restrict flags, const uint8_t* __restrict others, ptrdiff_t count) {
     for (ptrdiff_t x = 0; x < count; ++x) {
         flags[x] = static_cast<uint8_t>(flags[x] & others[x] & others[x + 1]);
     }

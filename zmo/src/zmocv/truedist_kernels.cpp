@@ -116,7 +116,7 @@ void trueDistance(Source src, Target dst, Region roi, void* buffer) {
         envelope.build(rowOf<int32_t>(dst, y), width);
         Elem<float>* const row = rowOf<float>(dst, y);
         if (envelope.lay(row, width)) continue;
-        for (ptrdiff_t x = 0; x < width; ++x) row[x] = 3.40282347e38F;
+        for (ptrdiff_t x = 0; x < width; ++x) row[x] = largestFloat;
     }
 }
 

@@ -53,11 +53,10 @@ void createMap(Target mapX, Target mapY, Region roi, const Camera* camera) {
     }
 }
 
-// Adding 2^23 leaves no room for a fraction, which rounds half to even. Weighted means exceed the
-// type's maximum by less than rounding removes.
+// Weighted means exceed the type's maximum by less than rounding removes.
 template <class T>
 T rounded(float value) {
-    return static_cast<T>(static_cast<int>((value + 8388608.0F) - 8388608.0F));
+    return static_cast<T>(wholeOf(value));
 }
 template <>
 float rounded<float>(float value) {
