@@ -20,7 +20,7 @@ namespace {
 class Clock : public testing::Test {
   protected:
     ~Clock() override { zmo_GetCpuFeatures = m_features; }
-    const SavedReaders m_readers;
+    const SavedReaders m_readers{};
     const decltype(zmo_GetCpuFeatures) m_features = zmo_GetCpuFeatures;
 };
 

@@ -10,7 +10,7 @@ namespace oracle {
 
 template <class D>
 D saturated(int64_t value) {
-    const int64_t low = std::numeric_limits<D>::min();
+    const int64_t low = std::numeric_limits<D>::min();  // NOLINT(bugprone-signed-char-misuse)
     const int64_t high = std::numeric_limits<D>::max();
     return static_cast<D>(std::min(std::max(value, low), high));
 }
@@ -71,7 +71,8 @@ inline std::vector<float> gaussian(int taps, double sigma) {
     std::vector<double> g;
     double sum = 0;
     for (int i = 0; i < taps; ++i) {
-        const double distance = i - taps / 2;
+        const int offset = i - taps / 2;
+        const double distance = offset;
         const double value = std::exp(-distance * distance / (2 * sigma * sigma));
         g.push_back(value < 0x1p-40 ? 0 : value);
         sum += g.back();
