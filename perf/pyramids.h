@@ -18,6 +18,8 @@ class PyramidTest : public FilterTest {
     ZmoiSize sourceSize() const override { return isDown() ? ImageSize.value() : smaller(); }
     ZmoiSize destinationSize() const override { return isDown() ? smaller() : ImageSize.value(); }
 
+    ZmoiSize margin() const override { return {2, 2}; }
+
     // Five taps down the columns of all source pixels that take part and five along the row; up, on
     // average so many at most.
     double flopsOfElement() const override {

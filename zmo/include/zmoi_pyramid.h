@@ -25,6 +25,9 @@ extern "C" {
  * weights k[i] / K, k[i] / Kx and k[j] / Ky: first down each column, then along the row of these
  * sums, each ((w0 a0 + w1 a1) + w2 a2) + ... with the taps in the order of i and j.
  *
+ * Border: convention 10. In memory, Down reads n pixels on each side of the source, Up n / r of them,
+ * rounded up.
+ *
  * Of width and height, the smaller layer has those of the larger one divided by r, rounded up.
  *   pSrc, srcStep, srcRoi    source and its pixels
  *   pDst, dstStep, roi       destination and its pixels
@@ -96,13 +99,13 @@ ZMO_API ZmoStatus zmoiPyramidGetSize_L(ZmoiSizeL roi, ZmoDataType type, int chan
                                        int64_t* pStateSize, int64_t* pBufferSize);
 
 /* Fills a state. A null pKernel stands for the five taps 1 4 6 4 1, and kernelSize is ignored; the
- * usual rate is 2. border is zmoiBorderReplicate, zmoiBorderMirror or zmoiBorderConst with one value
- * a channel, converted to the element type by convention 13. Status, in the order of the checks:
+ * usual rate is 2. pBorderValue is one value a channel for zmoiBorderConst, converted to the element
+ * type by convention 13. Status, in the order of the checks:
  *   zmoStsNullPtrErr     pState is null, or pBorderValue with zmoiBorderConst
  *   zmoStsMaskSizeErr    kernelSize is even or not 1 to 31
  *   zmoStsRangeErr       rate is not 2 to 8; the sizes of the weights add to more than 181; or the
  *                        weights k[i], k[i + rate], ... for some i do not add to more than 0
- *   zmoStsBorderErr      border is none of the three
+ *   zmoStsBorderErr      border is unknown
  *   zmoStsDataTypeErr    type is not 8u, 16u or 32f
  *   zmoStsChannelsErr    channels is not 1 or 3 */
 ZMO_API ZmoStatus zmoiPyramidInit(const Zmo16s* pKernel, int kernelSize, int rate,

@@ -70,7 +70,7 @@ ZmoStatus initPyramid(const Zmo16s* pKernel, int kernelSize, int rate, ZmoiBorde
     std::memcpy(state.taps.weights, pKernel == nullptr ? usual : pKernel,
                 static_cast<size_t>(size) * sizeof(Zmo16s));
     if (badWeights(state.taps)) return zmoStsRangeErr;
-    if (!isKnown(border) || border == zmoiBorderInMem) return zmoStsBorderErr;
+    if (!isKnown(border)) return zmoStsBorderErr;
     if (!isType(type)) return zmoStsDataTypeErr;
     if (channels != 1 && channels != 3) return zmoStsChannelsErr;
     if (border == zmoiBorderConst) {

@@ -85,8 +85,9 @@ template <class T>
     }
 }
 
-// The source row by row, its columns summed and extended. The sums of a column of constants are the
-// same for each row, except up the pyramid, where they differ with the phase.
+// The source row by row, its columns summed and extended by `around` pixels, which are summed themselves
+// where they lie in memory. The sums of a column of constants are the same for each row, except up the
+// pyramid, where they differ with the phase.
 template <class T, class A>
 class ColumnSums {
   public:
@@ -104,9 +105,14 @@ class ColumnSums {
 
     // Tap j weighs the row first + j * stride. The result points to pixel 0.
     const A* at(ptrdiff_t first, ptrdiff_t stride, const PhaseTaps<A>& taps) {
-        sumRows<A, T>(m_sums, m_roi.width * m_channels, taps.weights, taps.size, [&](ptrdiff_t j) {
-            return extendedRow<T>(m_src, first + j * stride, m_roi.height, m_border, m_constantRow);
-        });
+        const ptrdiff_t before = m_border == zmoiBorderInMem ? m_around * m_channels : 0;
+        sumRows<A, T>(m_sums - before, m_roi.width * m_channels + 2 * before, taps.weights,
+                      taps.size, [&](ptrdiff_t j) {
+                          return extendedRow<T>(m_src, first + j * stride, m_roi.height, m_border,
+                                                m_constantRow) -
+                                 before;
+                      });
+        if (m_border == zmoiBorderInMem) return m_sums;
         A constants[4] = {};
         if (m_border == zmoiBorderConst) {
             sumRows<A, T>(constants, m_channels, taps.weights, taps.size,
@@ -160,7 +166,7 @@ void up(Source src, Region srcRoi, Target dst, Region roi, Border border, const 
     const int rate = taps->rate;
     const int radius = taps->size / 2;
     Carver memory(buffer);
-    ColumnSums<T, A> columns(src, srcRoi, border, channels, taps->size, memory);
+    ColumnSums<T, A> columns(src, srcRoi, border, channels, (radius + rate - 1) / rate, memory);
     const ptrdiff_t length = (roi.width + rate - 1) / rate * channels;
     T* const phases = memory.take<T>(length * rate);
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
