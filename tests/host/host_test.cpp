@@ -186,11 +186,17 @@ TEST_F(HostRun, ListingEqualsTheConsoleFromItsOpeningOn) {
     EXPECT_EQ(shared().outcome.out, shared().file(".txt"));
 }
 
-TEST_F(HostRun, SummaryTellsTheFlagsOfADisturbedState) {
+TEST_F(HostRun, SummaryTellsWhatWasTestedAndTheFlagsOfADisturbedState) {
     EXPECT_EQ(shared().results.at("hostFpState")[5], "?Invalid");
     EXPECT_EQ(shared().results.at("hostFast")[5], "Ok");
     EXPECT_EQ(shared().results.at("hostFast")[2].substr(0, 8), "Near 53 ");
     EXPECT_EQ(shared().results.at("hostCannot")[5], "-");
+    const std::string summary = shared().file("_sum.csv");
+    EXPECT_EQ(support::count(summary, "--No measurements have been done\nhostCannot,HostCannot,-,"),
+              1U)
+        << summary;
+    const Row& row = shared().results.at("hostFast");
+    EXPECT_EQ((Row{row[1], row[6], row[8], row[10]}), (Row{"HostSets", "HOST", "modules", "host"}));
 }
 
 TEST_F(HostRun, ClosingBoxAddsUp) {

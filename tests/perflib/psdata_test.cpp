@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -51,6 +52,17 @@ TEST(PsData, PlacesBlocksByShiftAndOffset) {
         EXPECT_EQ(base % 64, 0u);
         EXPECT_EQ(address(p) - base, static_cast<unsigned>(low)) << shift << " " << offset;
     }
+}
+
+TEST(PsData, RefusedSizesGiveOneMessageAndNull) {
+    MessageCapture messages(1);
+    for (int size : {INT_MAX, INT_MAX - 300, -1000}) {
+        void* p = &size;
+        EXPECT_TRUE(psMalloc(p, size, 0, 0) == nullptr && p == nullptr);
+        EXPECT_EQ(messages.take(),
+                  "-- Memory fault: can't allocate " + std::to_string(size) + " bytes\n");
+    }
+    EXPECT_TRUE(liveBlocks().empty());
 }
 
 TEST(PsData, RegistryListsInOrderAndSurvivesReleaseInTheWalk) {
