@@ -32,8 +32,35 @@ void addUsual(const Call& call, std::vector<Wrong>& wrong) {
     }
 }
 
-Fault<Arguments> faultOf(const Call& call, const std::vector<Wrong::Argument>& arguments,
-                         ZmoStatus status) {
+// One thing that can be wrong with the arguments of a call, in the order of the checks.
+struct Fault {
+    std::string name;
+    ZmoStatus status;
+    std::function<void(Arguments&)> apply;
+};
+
+// Each fault alone gives its status, and of two faults the earlier one decides. untouched checks that
+// a failed call has written nothing.
+void expectFaults(const Call& call, const std::vector<Fault>& faults,
+                  const std::function<void()>& untouched) {
+    const auto statusWith = [&](const std::vector<const Fault*>& applied) {
+        Arguments bad = call.good;
+        for (const Fault* fault : applied) fault->apply(bad);
+        return watched([&] { return call.run(bad); });
+    };
+    for (size_t i = 0; i < faults.size(); ++i) {
+        SCOPED_TRACE(faults[i].name);
+        EXPECT_EQ(statusWith({&faults[i]}), faults[i].status);
+        for (size_t j = i + 1; j < faults.size(); ++j) {
+            SCOPED_TRACE(faults[j].name);
+            EXPECT_EQ(statusWith({&faults[j], &faults[i]}), faults[i].status);
+        }
+        untouched();
+    }
+    EXPECT_EQ(statusWith({}), zmoStsNoErr);
+}
+
+Fault faultOf(const Call& call, const std::vector<Wrong::Argument>& arguments, ZmoStatus status) {
     std::string name;
     std::vector<std::pair<size_t, Slot>> changes;
     for (const auto& [place, value] : arguments) {
@@ -86,14 +113,14 @@ void expectBadArguments(const Call& call, std::vector<Wrong> wrong) {
     for (const Guard& guard : call.guards) guard.block->snapshot();
     addUsual(call, wrong);
     std::ranges::stable_sort(wrong, {}, rankOf);
-    std::vector<Fault<Arguments>> faults;
+    std::vector<Fault> faults;
     for (const Wrong& one : wrong) {
         if (!one.inTurn) faults.push_back(faultOf(call, one.arguments, one.status));
         for (size_t i = 0; one.inTurn && i < one.arguments.size(); ++i) {
             faults.push_back(faultOf(call, {one.arguments[i]}, one.status));
         }
     }
-    expectFaults(call.good, call.run, faults, [&] {
+    expectFaults(call, faults, [&] {
         for (const Guard& guard : call.guards) {
             guard.block->expectUntouched("argument " + std::to_string(guard.place));
         }

@@ -354,36 +354,6 @@ auto atAllLevels(Make make) {
     return images[0];
 }
 
-// One thing that can be wrong with the arguments of a call, in the order of the checks.
-template <class Args>
-struct Fault {
-    std::string name;
-    ZmoStatus status;
-    std::function<void(Args&)> apply;
-};
-
-// `good` succeeds; each fault alone gives its status, and of two faults the earlier one decides.
-// untouched checks that a failed call has written nothing.
-template <class Args, class Call, class Untouched>
-void expectFaults(const Args& good, Call call, const std::vector<Fault<Args>>& faults,
-                  Untouched untouched) {
-    for (size_t i = 0; i < faults.size(); ++i) {
-        SCOPED_TRACE(faults[i].name);
-        Args bad = good;
-        faults[i].apply(bad);
-        EXPECT_EQ(watched([&] { return call(bad); }), faults[i].status);
-        for (size_t j = i + 1; j < faults.size(); ++j) {
-            SCOPED_TRACE(faults[j].name);
-            Args worse = good;
-            faults[j].apply(worse);
-            faults[i].apply(worse);
-            EXPECT_EQ(watched([&] { return call(worse); }), faults[i].status);
-        }
-        untouched();
-    }
-    EXPECT_EQ(watched([&] { return call(good); }), zmoStsNoErr);
-}
-
 // body(random, size, layout, turn) for all sizes and layouts; turn counts them.
 template <class Body>
 void forEachTurn(uint64_t stream, Body body) {
