@@ -27,28 +27,28 @@ void printFunction(const Function& function) {
     double first = 0;
     if (function.plainLoop) {
         first = clocks(function, function.plainLoop);
-        std::printf("%9.3f", first);
+        std::printf("%11.3f", first);
     } else {
-        std::printf("%9s", "-");
+        std::printf("%11s", "-");
     }
     for (const auto& level : processorLevels) {
         if (zmoSetCpuFeatures(level.mask) != zmoStsNoErr) {
-            std::printf("%17s", "-");
+            std::printf("%20s", "-");
             continue;
         }
         bench::require(function.call(), function.name.c_str());
         const double here = clocks(function, function.call);
         if (first == 0) first = here;
-        std::printf("%9.3f x%6.2f", here, first / here);
+        std::printf("%11.3f x%7.2f", here, first / here);
         std::fflush(stdout);
     }
     std::printf("\n");
 }
 
 void printTitle(ZmoiSize size) {
-    std::printf("clocks per pixel and ratio to the first of a line, %dx%d\n%-46s%9s", size.width,
+    std::printf("clocks per pixel and ratio to the first of a line, %dx%d\n%-46s%11s", size.width,
                 size.height, "", "plain");
-    for (const auto& level : processorLevels) std::printf("%17s", level.name);
+    for (const auto& level : processorLevels) std::printf("%20s", level.name);
     std::printf("\n");
 }
 
