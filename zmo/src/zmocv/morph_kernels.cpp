@@ -403,15 +403,18 @@ void grayPoints(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t c
     constexpr ptrdiff_t strip = stripBytes / static_cast<ptrdiff_t>(sizeof(Wide));
     for (ptrdiff_t x = 0; x < count; x += strip) {
         const ptrdiff_t n = count - x < strip ? count - x : strip;
+        const auto pixelsOf = [x](const MorphTap& tap) {
+            return static_cast<const T*>(tap.data) + x;
+        };
+        const auto valueOf = [](const MorphTap& tap) {
+            return static_cast<Wide>(max ? tap.value : -tap.value);
+        };
         Wide best[strip];
-        for (ptrdiff_t k = 0; k < tapCount; ++k) {
-            const T* const pixels = static_cast<const T*>(taps[k].data) + x;
-            const Wide value = static_cast<Wide>(max ? taps[k].value : -taps[k].value);
-            if (k == 0) {
-                for (ptrdiff_t i = 0; i < n; ++i) best[i] = static_cast<Wide>(pixels[i] + value);
-                continue;
-            }
-            takeSum<T, Wide, max>(best, pixels, value, n);
+        const T* const pixels = pixelsOf(taps[0]);
+        const Wide value = valueOf(taps[0]);
+        for (ptrdiff_t i = 0; i < n; ++i) best[i] = static_cast<Wide>(pixels[i] + value);
+        for (ptrdiff_t k = 1; k < tapCount; ++k) {
+            takeSum<T, Wide, max>(best, pixelsOf(taps[k]), valueOf(taps[k]), n);
         }
         Elem<T>* const out = static_cast<Elem<T>*>(dst) + x;
         for (ptrdiff_t i = 0; i < n; ++i) {
