@@ -141,7 +141,7 @@ class RealGuards : public testing::Test {
         volatile double quotient = 1 / zero;
         static_cast<void>(quotient);
     }
-    const SavedRegisters m_registers;
+    const SavedRegisters m_registers{};
 };
 
 TEST_F(RealGuards, OwnAccessKeepsReservedBits) {

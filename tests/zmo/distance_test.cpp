@@ -135,8 +135,8 @@ TEST(FastMarching, TimesSolveTheEquation) {
         const auto dst = distances(zmoiFastMarching_8u32f_C1R, zmoiFastMarchingGetBufferSize, src,
                                    layout, radius);
         const auto at = [&](int x, int y) {
-            const double time = kit::contains(src.size(), x, y) ? dst.get(x, y) : unreached;
-            return time < radius ? time : unreached;
+            const bool isReached = kit::contains(src.size(), x, y) && dst.get(x, y) < radius;
+            return isReached ? double{dst.get(x, y)} : unreached;
         };
         double worst = 0;
         kit::forEachPixel(src.size(), [&](int x, int y) {

@@ -75,7 +75,8 @@ template <class A, class S, Add add, int taps, bool fresh>
     }
 }
 
-// sums[x] = the sum, in the order of the taps, of weights[i] * rowAt(i)[x]. Rows are of type S.
+// sums[x] = the sum, in the order of the taps, of which there is one at least, of weights[i] *
+// rowAt(i)[x]. Rows are of type S.
 template <class A, class S, Add add = Add::exact, class RowAt>
 void sumRows(A* sums, ptrdiff_t count, const Elem<Weight<A>>* weights, ptrdiff_t taps,
              RowAt rowAt) {
@@ -87,6 +88,7 @@ void sumRows(A* sums, ptrdiff_t count, const Elem<Weight<A>>* weights, ptrdiff_t
         {sumSomeRows<A, S, add, 1, false>, sumSomeRows<A, S, add, 2, false>,
          sumSomeRows<A, S, add, 3, false>, sumSomeRows<A, S, add, 4, false>,
          sumSomeRows<A, S, add, 5, false>}};
+    if (taps < 1) __builtin_unreachable();
     ptrdiff_t done = 0;
     do {
         const ptrdiff_t some = taps - done < 5 ? taps - done : 5;
