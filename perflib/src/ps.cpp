@@ -12,6 +12,7 @@
 #include "psinterrupt.h"
 #include "psistream.h"
 #include "pslib.h"
+#include "psremarks.h"
 #include "psreport.h"
 
 using enum MessageLevel;
@@ -314,7 +315,9 @@ int psSession::run(int argc, char** argv) {
     }
     pTestList->endTime = std::time(nullptr);
     closeFiles();
+    psRemarks::print();
     outputSignal();
+    psRemarks::print();
     destroyTests();
     return result;
 }
