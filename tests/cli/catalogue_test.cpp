@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "pscv.h"
 
@@ -12,11 +11,10 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// The function column of the numbered lines of the list box.
+// The function column of the list box.
 Names listedFunctions() {
     Names names;
-    for (const std::string& line : support::lines(Pscv().run({"-e"}).out)) {
-        if (line.size() != 79 || line[0] != '|' || std::atoi(line.c_str() + 1) == 0) continue;
+    for (const std::string& line : Pscv::listed(Pscv().run({"-e"}).out)) {
         const std::string cell = line.substr(6, 40);
         names.push_back(cell.substr(0, cell.find_last_not_of(' ') + 1));
     }

@@ -82,6 +82,14 @@ int Pscv::summary(const std::string& out, const std::string& label) {
     return -1;
 }
 
+std::vector<std::string> Pscv::listed(const std::string& out) {
+    std::vector<std::string> lines = support::lines(out);
+    std::erase_if(lines, [](const std::string& line) {
+        return line.size() != 79 || line[0] != '|' || std::atoi(line.substr(1, 4).c_str()) == 0;
+    });
+    return lines;
+}
+
 std::string Pscv::result(const std::string& function) const {
     constexpr std::size_t resultField = 9;
     for (const support::Row& row : support::tableRows(text("tests_sum.csv"))) {

@@ -50,6 +50,10 @@ class Pscv {
     // The count behind a label of the closing box, -1 without such a line.
     static int summary(const std::string& out, const std::string& label);
 
+    // The numbered lines of the list box that -e prints. A long line of the header goes on in a
+    // line of its own, where a number may stand too, farther right.
+    static std::vector<std::string> listed(const std::string& out);
+
     // The result word of a function in the summary written by -utests.
     std::string result(const std::string& function) const;
 

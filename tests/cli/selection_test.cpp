@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 
@@ -23,11 +22,10 @@ void PrintTo(const Listed& test, std::ostream* out) {
     *out << test.function << " " << test.testClass << " " << test.source;
 }
 
-// The numbered lines of the list box: the columns begin at 6, 46 and 62.
+// The lines of the list box: the columns begin at 6, 46 and 62.
 std::vector<Listed> listed(const Pscv& pscv, const Words& keys) {
     std::vector<Listed> tests;
-    for (const std::string& line : support::lines(pscv.run(keys).out)) {
-        if (line.size() != 79 || line[0] != '|' || std::atoi(line.c_str() + 1) == 0) continue;
+    for (const std::string& line : Pscv::listed(pscv.run(keys).out)) {
         const auto cell = [&](std::size_t begin, std::size_t end) {
             const std::string text = line.substr(begin, end - begin);
             return text.substr(0, text.find_last_not_of(' ') + 1);
