@@ -169,9 +169,9 @@ class Tree:
         subprocess.run(["cmake", "--preset", "release", "-DPSCV_TESTS=ON", "-DPSCV_BENCH=OFF"], cwd=self.root,
                        env={**launchers, **os.environ}, check=True, stdout=subprocess.DEVNULL)
         self.clean, self.left_out = {}, {folder: [] for folder in PROGRAMS}
+        if self.build(*PROGRAMS):
+            sys.exit(f"mutants.py: the tree does not build without a fault, see {self.root}/build/failed.log")
         for folder in PROGRAMS:
-            if wrong := self.build(folder):
-                sys.exit(f"mutants.py: tests/{folder} does not build without a fault: {wrong[0]}")
             self.clean[folder] = self.programs(folder)
             while wrong := self.failing(folder, "--no-tests=error"):
                 print(f"Left out, since it fails without a fault: {wrong}", flush=True)
@@ -187,10 +187,10 @@ class Tree:
                     path.parent.mkdir(parents=True, exist_ok=True)
                     path.write_bytes(data)
 
-    def build(self, folder):
+    def build(self, *folders):
         """None, or the verdict and its reason when the build ends the matter."""
         command = [*self.build_under, "cmake", "--build", "build/release", f"-j{self.jobs}",
-                   "--target", f"tests/{folder}/all"]
+                   "--target", *(f"tests/{folder}/all" for folder in folders)]
         done = subprocess.run(command, cwd=self.root, text=True, errors="replace", stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, preexec_fn=lambda: limits(COMPILER_CPU_SECONDS))
         if done.returncode == 0:
