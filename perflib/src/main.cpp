@@ -6,6 +6,7 @@
 #include "psdata.h"
 #include "psexcept.h"
 #include "psinterrupt.h"
+#include "psremarks.h"
 
 using enum MessageLevel;
 
@@ -22,7 +23,8 @@ void runSession(int argc, char** argv) {
 
 }  // namespace
 
-// The exit status is 0 whatever happens: failures show in the output.
+// The exit status is 0 whatever a test comes to, failures show in the output;
+// after an interruption it is that of the signal.
 int main(int argc, char** argv) {
     psFlushDenormals();
     {
@@ -36,7 +38,9 @@ int main(int argc, char** argv) {
         }
         psFreeAll();
     }
-    g_ostrm.flushWithConsole();
+    g_ostrm.close();
+    g_ostrm.flush();
+    psRemarks::print();
     psEndIfInterrupted();
     return 0;
 }

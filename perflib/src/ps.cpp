@@ -225,18 +225,16 @@ bool psSession::parseCommandLine(int argc, char** argv) {
     setDefaults();
 
     g_ostrm.setOutLevel(allResults);
-    if (!m_commandList->expandFiles()) unopenedFile();
+    const bool filesRead = m_commandList->expandFiles();
     for (const psCommandKey& entry : *m_commandList) {
         if (entry.key() != ' ') applyOption(entry.key(), entry.arg());
     }
     g_ostrm << m_optionsLine;
     m_optionsLine = "";
 
-    if (m_unopened) {
-        g_ostrm << "FATAL FAIL: can't open output file for writing\n";
-        return false;
-    }
-    if (!openIniFile()) return false;
+    if (!filesRead) g_ostrm << "FATAL FAIL: can't open option file for reading\n";
+    if (m_unopened) g_ostrm << "FATAL FAIL: can't open output file for writing\n";
+    if (!filesRead || m_unopened || !openIniFile()) return false;
     updateOptions();
     return true;
 }
@@ -294,6 +292,7 @@ int psSession::run(int argc, char** argv) {
     psException::currentName = psTrace::getCurName;
     io_stream::inPathRule = inPath;
     io_stream::outPathRule = outPath;
+    psHoldStandardStreams();
     psCatchInterrupts();
     m_libraryWanted = false;
     g_ostrm.setMsgLevel(PERF);
@@ -364,10 +363,19 @@ int psSession::runTests() {
     if (!g_pHotList) g_pHotList = new psStringList;
     psTest::m_numResultColm = psTest::m_hot ? 6 : 5;
     putTableTitle();
+    g_ostrm.flush();
     const int result = pTestList->runTests(*m_conditions);
     pTestList->endTime = std::time(nullptr);
+    remarkFigures();
     outputFooter();
     return result;
+}
+
+// What was measured but nobody saw.
+void psSession::remarkFigures() const {
+    const bool shown = (m_levelMode & static_cast<int>(PERF)) != 0 || !g_cstrm.empty();
+    if (pTestList->sets.measured > 0 && !shown)
+        psRemarks::add("No figure was shown: -LP shows them here, -r writes them to a table");
 }
 
 // Finding out which common parameters the chosen tests use asks nothing.
@@ -382,12 +390,12 @@ void psSession::selectCommonParms() {
     m_batMode = bat;
 }
 
-// Writes the ini-file of -I while the streams that it reports through are alive.
+// While the streams that a loss is told through are alive. The listing stays open
+// for what comes after the session.
 void psSession::closeFiles() {
     g_istrm.close();
-    g_cstrm.flush();
-    g_qstrm.flush();
-    g_ustrm.flush();
+    for (psSinkList* files : std::initializer_list<psSinkList*>{&g_cstrm, &g_qstrm, &g_ustrm})
+        files->close();
     g_ostrm.flush();
 }
 
@@ -441,10 +449,10 @@ void psSession::outputFooter() {
 void psSession::outputSignal() {
     if (m_signalName.empty()) return;
     o_stream file(m_signalName, io_stream::WRITE | io_stream::NAME_AS_GIVEN);
-    if (!file.isOpen()) return;
     const double elapsed = std::difftime(pTestList->endTime, pTestList->startTime);
     file.write(psReportFormat::getTimeStr(elapsed) + "\n");
     file.write(psString(std::ctime(&pTestList->endTime)) + "\n");
+    file.close();
 }
 
 void psSession::listTests(int mode) {

@@ -151,6 +151,7 @@ class psSession {
     void initLibrary();
     int runSession();
     int runTests();
+    void remarkFigures() const;
     void selectCommonParms();
     void closeFiles();
     void destroyTests();

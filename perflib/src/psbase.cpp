@@ -7,6 +7,7 @@
 #include "psinterrupt.h"
 #include "psiterator.h"
 #include "psprogress.h"
+#include "psremarks.h"
 #include "pstest.h"
 
 psTestList* pTestList = nullptr;
@@ -32,6 +33,10 @@ List& made(List*& list) {
 
 bool isInternal(const psTest* test) {
     return test->funcName().startsWith("_");
+}
+
+psString counted(int count, const char* one, const char* many) {
+    return psText(count) + " " + (count == 1 ? one : many);
 }
 
 // The common parameter that an entry of a test's record stands for.
@@ -145,7 +150,8 @@ void psTestList::plus(psResult result) {
     if (result >= PS_ACCURFAIL && result < PS_FAIL) ++countByResult[PS_FAIL];
 }
 
-int psTestList::runTests(psConditions& conditions) {
+// A function that -P leaves out is not run; its test has nothing to count.
+psList<psTest*> psTestList::selectTests(psConditions& conditions) const {
     psList<psTest*> selected;
     for (psTest* test : *this) {
         if (!test->tobeRun(conditions)) continue;
@@ -153,18 +159,32 @@ int psTestList::runTests(psConditions& conditions) {
             if (!test->funcName().contains(m_startFunc())) continue;
             m_startFunc().free();
         }
-        selected.push_back(test);
+        if (!test->leftOut()) selected.push_back(test);
     }
+    return selected;
+}
 
-    psProgress progress(selected.size());
+int psTestList::runTests(psConditions& conditions) {
+    const psList<psTest*> selected = selectTests(conditions);
+    int testsUnprepared = 0;
+    int notRun = selected.size();
+    psProgress progress(notRun);
     for (psTest* test : selected) {
         if (psInterrupted()) break;
+        --notRun;
         progress.startTest(test->funcName());
         m_pCurrentTest = test;
-        const psResult result = test->run();
+        plus(test->run());
         m_pCurrentTest = nullptr;
-        // A function left out by -P has no result to count.
-        if (result != PS_UNDEFINED || test->result() != PS_OK) plus(result);
+        sets += test->sets();
+        if (test->sets().unprepared > 0) ++testsUnprepared;
     }
+    if (psInterrupted())
+        psRemarks::add(psString("Interrupted by ") + psInterruptName() + ": " +
+                       counted(notRun, "test was", "tests were") + " not run");
+    if (testsUnprepared > 0)
+        psRemarks::add(psText(sets.unprepared) + " of " + counted(sets.tried, "set", "sets") +
+                       " could not be prepared, in " + psText(testsUnprepared) + " of " +
+                       counted(numRun, "test", "tests"));
     return countByResult[PS_FAIL] != 0 ? 1 : 0;
 }

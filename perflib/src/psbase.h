@@ -34,11 +34,15 @@ class psTestList : public psList<psTest*> {
     std::time_t startTime = 0;
     std::time_t endTime = 0;
     int numRun = 0;
+    psSetCounts sets;  // of all tests
     // By result; warnings are also counted at WRN and failures at FAIL.
     std::array<int, 12> countByResult{};
 
     static psString& m_startFunc();  // -F; empty: start at the first test
     static psTest* m_pCurrentTest;
+
+  private:
+    psList<psTest*> selectTests(psConditions& conditions) const;
 };
 
 // True when the first test's function sorts before the second's.

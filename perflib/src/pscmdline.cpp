@@ -110,8 +110,7 @@ bool psCommandList::insertFromFile(const psString& file, iterator position) {
     psString text;
     for (psString line; stream.getline(line);) text += line + " ";
     if (stream.readError()) {  // a directory opens, but does not read
-        g_ostrm << MessageLevel::ERR << "-- Can't open file " << file << " to read: \n"
-                << MessageLevel::END;
+        io_stream::reportOpenFailure(file, io_stream::READ, stream.error());
         return false;
     }
     insertArgs(text.c_str(), position);

@@ -153,7 +153,7 @@ void psParameter::fromIStream() {
         }
     }
     g_ostrm << " " << description() << "\n";
-    if (m_input && g_istrm.source() == psDataSource::CONSOLE) g_ostrm.flushWithConsole();
+    if (m_input && g_istrm.source() == psDataSource::CONSOLE) g_ostrm.flush();
 }
 
 void psParameter::translate(const psString&) {}

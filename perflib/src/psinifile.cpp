@@ -1,6 +1,7 @@
 #include "psinifile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <string_view>
 #include <vector>
 
@@ -61,7 +62,7 @@ psIniFile::Reading psIniFile::readFile(bool report) {
     }
     if (file.readError()) {
         // A directory opens like a file and fails at the first read.
-        if (report) g_ostrm << ERR << "-- Can't open file " << m_name << " to read: \n" << END;
+        if (report) io_stream::reportOpenFailure(m_name, io_stream::READ, errno);
         return Reading::NO_FILE;
     }
     readText(text.data(), text.size());
@@ -139,9 +140,7 @@ bool psIniFile::updateFile() {
     o_stream file(m_name, io_stream::WRITE | io_stream::NAME_AS_GIVEN);
     if (!file.isOpen()) return false;
     file << writeText();
-    if (file.flush()) return true;
-    g_ostrm << ERR << "-- Can't write file " << m_name << "\n" << END;
-    return false;
+    return file.close();
 }
 
 bool psIniFile::close() {

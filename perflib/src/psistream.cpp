@@ -69,7 +69,7 @@ psString psIStream::getItemValue(i_stream& console, const psString& name, const 
     // ERR, so that the question shows whatever the output level is.
     g_ostrm << ERR << "\n " << (prompt.empty() ? name : prompt) << " [" << defaultValue
             << "] = " << END;
-    g_ostrm.flushWithConsole();
+    g_ostrm.flush();
     psString answer;
     console.getline(answer);
     answer.trim();

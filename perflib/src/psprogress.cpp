@@ -61,7 +61,7 @@ void psProgress::refresh() {
 }
 
 void psProgress::show() {
-    std::fflush(stdout);
+    c_out.flush();
     m_written = Clock::now();
     const double elapsed = std::chrono::duration<double>(m_written - m_start).count();
     // Carriage return, text, erase to the end of the line.

@@ -5,8 +5,6 @@
 #include "pslist.h"
 #include "psstream.h"
 
-using enum MessageLevel;
-
 namespace {
 
 psStringList& remarks() {
@@ -25,8 +23,7 @@ void psRemarks::print() {
     while (!remarks().empty()) {
         psStringList lines;
         lines.swap(remarks());
-        g_ostrm << ERR;
-        for (const psString& line : lines) g_ostrm << line << "\n";
-        g_ostrm << END_FLUSH;
+        for (const psString& line : lines) psTell(line + "\n");
+        g_ostrm.flush();
     }
 }

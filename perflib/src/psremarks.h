@@ -11,7 +11,6 @@ class psRemarks {
     // again. To be called at any time from the reading of the keys on.
     static void add(const psString& line);
 
-    // Writes the lines to the message stream whatever its level, and forgets
-    // them; the session calls it when all other output has been written.
+    // Tells the lines whatever the output level is, and forgets them; the session calls it when all other output has been written.
     static void print();
 };

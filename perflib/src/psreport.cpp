@@ -252,7 +252,7 @@ psReportTestResult::psReportTestResult()
 
 psReportTestResult::psReportTestResult(const psTest& test)
     : m_header(false),
-      m_measuredNothing(test.notStarted()),
+      m_measuredNothing(test.sets().measured == 0),
       m_seconds(std::difftime(test.endTime(), test.startTime())),
       m_resultName(psResultName(test.result())) {
     const psTestInfo& info = test.info();
@@ -270,6 +270,13 @@ psReportTestResult::psReportTestResult(const psTest& test)
     if (test.badControl87()) m_statusText += "x87 " + test.ctrlTexts().status87;
     if (test.badControlSSX()) m_statusText += "SSE " + test.ctrlTexts().statusSSX;
     m_statusText.trim();
+    const psSetCounts& sets = test.sets();
+    if (sets.unprepared > 0)
+        m_remarks += "-- " + psText(sets.unprepared) + " of " + psText(sets.tried) +
+                     " sets could not be prepared\n";
+    if (test.setsWanted() > 0)
+        m_remarks += "-- Interrupted: " + psText(sets.measured) + " of " +
+                     psText(test.setsWanted()) + " sets were measured\n";
 }
 
 psReportEnd::psReportEnd(const psTestList& tests) {
@@ -392,7 +399,8 @@ psString linesOf(const psReportTestResult& report) {
     if (!report.statusText().empty()) text += format.titleItem("Status", report.statusText());
     text += format.titleItem("Result", report.resultName());
     text += format.titleItem("Time", psReportFormat::getTimeStr(report.seconds()));
-    return text + "\n";
+    text += "\n";
+    return report.remarks().empty() ? text : text + report.remarks() + "\n";
 }
 
 void cells(psCStream& table, const psReportItems& items) {

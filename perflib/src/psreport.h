@@ -102,6 +102,8 @@ class psReportTestResult {
     const Fields& fields() const { return m_fields; }
     const psString& resultName() const { return m_resultName; }
     const psString& statusText() const { return m_statusText; }
+    // Whole lines about sets that are missing, for the console alone.
+    const psString& remarks() const { return m_remarks; }
     double seconds() const { return m_seconds; }
 
   private:
@@ -110,6 +112,7 @@ class psReportTestResult {
     double m_seconds = 0;
     psString m_resultName;
     psString m_statusText;
+    psString m_remarks;
     Fields m_fields;
 };
 

@@ -60,6 +60,20 @@ constexpr const char* psResultWord(psResult result) {
     return psTextsOf(result).word;
 }
 
+// What became of the parameter sets of a test.
+struct psSetCounts {
+    int tried = 0;
+    int unprepared = 0;
+    int measured = 0;
+
+    constexpr psSetCounts& operator+=(const psSetCounts& other) {
+        tried += other.tried;
+        unprepared += other.unprepared;
+        measured += other.measured;
+        return *this;
+    }
+};
+
 // What is said about a warning or a failure; nothing about 0 and 1.
 constexpr const char* psResultText(psResult result) {
     return result == PS_UNDEFINED || result == PS_OK ? "" : psTextsOf(result).word;

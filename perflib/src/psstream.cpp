@@ -1,9 +1,24 @@
 #include "psstream.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
+
+#include "psinterrupt.h"
+#include "psremarks.h"
 
 using enum MessageLevel;
 
@@ -24,15 +39,19 @@ psString fopenMode(int mode) {
     return text;
 }
 
-void reportOpenFailure(const psString& path, int mode) {
-    g_ostrm << ERR;
-    if (path.empty())
-        g_ostrm << "-- Can't open file. Wrong filename (NULL) ";
-    else
-        g_ostrm << "-- Can't open file " << path;
-    g_ostrm << ((mode & io_stream::READ) ? " to read" : " to write") << ": "
-            << "\n"
-            << END;
+// The terminal shows each line when it is complete; other sinks get their text
+// in pieces of some size.
+constexpr std::size_t pieceSize = 32768;
+
+// False too where the last character cannot be seen: an empty line between two
+// texts does less harm than a row glued to the rest of another one.
+bool endsWithNewline(const psString& path) {
+    std::error_code none;
+    const auto size = std::filesystem::file_size(path.c_str(), none);
+    if (none || size == 0) return true;
+    std::ifstream file(path.c_str(), std::ios::binary);
+    file.seekg(-1, std::ios::end);
+    return file.get() == '\n';
 }
 
 }  // namespace
@@ -41,8 +60,9 @@ io_stream::io_stream(const psString& name, int mode, bool report) : m_path(name)
     if (!name.empty()) {
         m_path = applyRule(name, mode);
         m_file = std::fopen(m_path.c_str(), fopenMode(mode).c_str());
+        if (!m_file) m_error = errno;
     }
-    if (!m_file && report) reportOpenFailure(m_path, mode);
+    if (!m_file && report) reportOpenFailure(m_path, mode, m_error);
 }
 
 io_stream::~io_stream() {
@@ -54,20 +74,94 @@ void io_stream::close() {
     m_file = nullptr;
 }
 
+void io_stream::reportOpenFailure(const psString& path, int mode, int error) {
+    psTell("-- Can't open file" + (path.empty() ? psString(". Wrong filename (NULL) ") : " " + path) +
+           ((mode & READ) ? " to read: " : " to write: ") +
+           (path.empty() ? "it has no name" : std::strerror(error)) + "\n");
+}
+
 void (*o_stream::beforeConsole)() = nullptr;
 
+o_stream::o_stream(std::FILE* handle)
+    : io_stream(handle),
+      m_handle(handle ? fileno(handle) : STDOUT_FILENO),
+      m_terminal(isConsole() && isatty(m_handle) != 0) {}
+
+o_stream::o_stream(const psString& name, int mode, bool report) : io_stream(name, mode, report) {
+    m_told = !isOpen();
+    if (!isOpen()) return;
+    m_handle = fileno(m_file);
+    m_startsLine = !(mode & APPEND) || endsWithNewline(m_path);
+}
+
+// Text that is lost here has no one left to tell it to: close() was the place.
+o_stream::~o_stream() {
+    if (m_error == 0) writeOut(m_text.size());
+}
+
 void o_stream::write(const psString& text) {
-    if (!isConsole()) {
-        if (m_file) std::fputs(text.c_str(), m_file);
-        return;
+    if (m_error != 0 || m_handle < 0 || text.empty()) return;
+    if (isConsole() && beforeConsole) beforeConsole();
+    if (!std::exchange(m_startsLine, true)) m_text += '\n';
+    m_text += text.view();
+    if (!m_terminal && m_text.size() < pieceSize) return;
+    const std::size_t end = m_text.rfind('\n');
+    if (end != std::string::npos) writeOut(end + 1);
+}
+
+// Writes the first `size` bytes of what is gathered.
+void o_stream::writeOut(std::size_t size) {
+    if (isConsole()) std::fflush(stdout);  // what a measured function has printed
+    std::size_t written = 0;
+    while (written < size && m_error == 0) {
+        const ssize_t n = ::write(m_handle, m_text.data() + written, size - written);
+        if (n >= 0)
+            written += static_cast<std::size_t>(n);
+        else if (errno != EINTR)
+            m_error = errno;
     }
-    if (beforeConsole) beforeConsole();
-    std::printf("%s", text.c_str());
+    const std::size_t newline = std::string_view(m_text).substr(0, written).rfind('\n');
+    if (newline == std::string_view::npos)
+        m_unfinished += written;
+    else
+        m_unfinished = written - newline - 1;
+    if (m_error != 0) cutBack();
+    m_text.erase(0, size);
+}
+
+// Takes the unfinished line off the file, unless another writer has gone on
+// behind it.
+void o_stream::cutBack() const {
+    const off_t end = m_unfinished > 0 ? lseek(m_handle, 0, SEEK_CUR) : -1;
+    struct stat file {};
+    if (end < 0 || fstat(m_handle, &file) != 0 || file.st_size != end) return;
+    if (ftruncate(m_handle, end - static_cast<off_t>(m_unfinished)) != 0) return;
 }
 
 bool o_stream::flush() {
-    std::FILE* file = isConsole() ? stdout : m_file;
-    return !file || (std::fflush(file) == 0 && !std::ferror(file));
+    if (m_error == 0 && m_handle >= 0) writeOut(m_text.size());
+    tellLoss();
+    return m_error == 0;
+}
+
+bool o_stream::close() {
+    const bool kept = flush();
+    if (m_file && m_owned && std::fclose(std::exchange(m_file, nullptr)) != 0 && kept) {
+        m_error = errno;
+        tellLoss();
+    }
+    io_stream::close();
+    m_handle = -1;
+    return m_error == 0;
+}
+
+void o_stream::tellLoss() {
+    if (m_error == 0 || std::exchange(m_told, true)) return;
+    const psString name = isConsole() ? psString("standard output") : m_path;
+    const psString reason = std::strerror(m_error);
+    psTell("-- Can't write " + name + ": " + reason + "; no more output goes there\n");
+    psRemarks::add("Incomplete output: " + name + " (" + reason + ")");
+    if (isConsole() && m_error == EPIPE) psNoteInterrupt(SIGPIPE);
 }
 
 o_stream& operator<<(o_stream& stream, const psString& text) {
@@ -83,6 +177,7 @@ bool i_stream::getline(psString& line) {
     int c = std::getc(m_file);
     const bool any = c != EOF;
     for (; c != EOF && c != '\n'; c = std::getc(m_file)) text.push_back(static_cast<char>(c));
+    if (std::ferror(m_file)) m_error = errno;
     line = psString(std::string_view(text));
     return any;
 }
@@ -128,35 +223,30 @@ void psSinkList::write(const psString& text) {
     for (o_stream* sink : *this) sink->write(text);
 }
 
+// Moves on to the next one.
+void psSinkList::drop(iterator& pos) {
+    const o_stream* sink = *pos;
+    pos = erase(pos);
+    if (sink->isOwned()) delete sink;
+}
+
 void psSinkList::flush() {
-    flushSinks(false);
-}
-
-void psSinkList::flushWithConsole() {
-    flushSinks(true);
-}
-
-void psSinkList::flushSinks(bool console) {
-    psStringList lost;
     for (auto pos = begin(); pos != end();) {
-        o_stream* sink = *pos;
-        if ((sink->isConsole() && !console) || sink->flush()) {
+        if ((*pos)->flush())
             ++pos;
-            continue;
-        }
-        lost.push_back(sink->isConsole() ? psString("standard output") : sink->path());
-        pos = erase(pos);
-        if (sink->isOwned()) delete sink;
+        else
+            drop(pos);
     }
-    for (const psString& path : lost)
-        g_ostrm << ERR << "-- Can't write " << path << ": no more output goes there\n" << END;
 }
 
 void psSinkList::close() {
     for (auto pos = begin(); pos != end();) {
-        o_stream* sink = *pos;
-        pos = sink->isConsole() ? std::next(pos) : erase(pos);
-        if (sink->isOwned()) delete sink;
+        if ((*pos)->isConsole()) {
+            ++pos;
+            continue;
+        }
+        (*pos)->close();
+        drop(pos);
     }
 }
 
@@ -189,6 +279,20 @@ void psOStream::put(const psString& text) {
     if (!isShown(m_msgLevel)) return;
     if (m_msgLevel == ERR && m_errorPreface) std::exchange(m_errorPreface, nullptr)();
     write(text);
+}
+
+void psTell(const psString& lines) {
+    g_ostrm << ERR << lines << END;
+    const int console = c_out.error();
+    if (console != 0 && console != EPIPE) std::fputs(lines.c_str(), stderr);
+}
+
+void psHoldStandardStreams() {
+    for (const int handle : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(handle, F_GETFD) != -1) continue;
+        // The wrong way round: reading and writing fail as on a closed one.
+        if (open("/dev/null", handle == STDIN_FILENO ? O_WRONLY : O_RDONLY) != handle) return;
+    }
 }
 
 psErrorPreface::psErrorPreface(std::function<void()> tell) {

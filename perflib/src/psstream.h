@@ -5,6 +5,7 @@
 #include <concepts>
 #include <cstdio>
 #include <functional>
+#include <string>
 
 #include "pslist.h"
 #include "psstring.h"
@@ -54,26 +55,55 @@ class io_stream {
     bool isOwned() const { return m_owned; }
     std::FILE* handle() const { return m_file; }
     const psString& path() const { return m_path; }
+    // errno of the first operation that failed, 0 while none has.
+    int error() const { return m_error; }
     void close();
+
+    // Tells at level ERR that a file cannot be opened, and why (an errno).
+    static void reportOpenFailure(const psString& path, int mode, int error);
 
   protected:
     std::FILE* m_file = nullptr;
     bool m_owned = true;
     bool m_console = false;
+    int m_error = 0;
     psString m_path;
 };
 
+// Text is gathered, and written by the system's own calls: after a failed one
+// it is known how much has arrived, and the file is cut back to its last whole
+// line. Appended text starts on a line of its own whatever the file ends with.
+// The console is not made to wait for a flush where it is a terminal.
 class o_stream : public io_stream {
   public:
-    using io_stream::io_stream;
+    explicit o_stream(std::FILE* handle);
+    o_stream(const psString& name, int mode, bool report = true);
+    ~o_stream() override;
 
     // Called before text goes to the console: a progress line on the same
     // terminal makes room for it. Unset by default.
     static void (*beforeConsole)();
 
+    // A loss shows at the next flush: text is written in the middle of lines.
     void write(const psString& text);
-    // Writes out what is buffered; false once a write has failed.
+    // False when this or an earlier write has lost text. That is told once, with
+    // the path and the reason, then and at the end of the run; nothing more is
+    // written. Where the console's reader has gone, the run is interrupted.
     bool flush();
+    // Flushes and closes, with the same answer.
+    bool close();
+
+  private:
+    void writeOut(std::size_t size);
+    void cutBack() const;
+    void tellLoss();
+
+    int m_handle = -1;  // the system's
+    bool m_terminal = false;
+    bool m_startsLine = true;
+    bool m_told = false;
+    std::size_t m_unfinished = 0;  // bytes of the last line that are written
+    std::string m_text;
 };
 
 o_stream& operator<<(o_stream& stream, const psString& text);
@@ -84,7 +114,8 @@ class i_stream : public io_stream {
 
     // One line of any length without its line feed; false at the end of the file.
     bool getline(psString& line);
-    // True when reading has failed for another reason than the end of the file.
+    // True when reading has failed for another reason than the end of the file;
+    // after getline() error() tells which.
     bool readError() const { return m_file && std::ferror(m_file) != 0; }
 };
 
@@ -105,15 +136,13 @@ class psSinkList : public psList<o_stream*> {
 
     bool addStream(const psString& name, bool append);
     void write(const psString& text);
-    // Flushes every file. A sink that could not be written is dropped for the
-    // rest of the run; its path goes to the message stream once.
+    // Drops the sinks that have lost text.
     void flush();
-    void flushWithConsole();
     // Closes the files and drops them; the console stays.
     void close();
 
   private:
-    void flushSinks(bool console);
+    void drop(iterator& pos);
 };
 
 class psOStream : public psSinkList {
@@ -164,6 +193,13 @@ psOStream& psMessageStream();
 psUStream& psSummaryStream();
 inline psOStream& g_ostrm = psMessageStream();
 inline psUStream& g_ustrm = psSummaryStream();
+
+// Writes lines at level ERR, and to standard error when the console has failed.
+void psTell(const psString& lines);
+
+// Puts something in the place of standard streams that are closed: a file opened
+// later must not get the console's number, and with it the console's text.
+void psHoldStandardStreams();
 
 // While it lives, `tell` is called once before the first message at level ERR:
 // it writes what the message is about.

@@ -73,6 +73,8 @@ psTest::~psTest() = default;
 void psTest::initSettings() {
     m_currentResult = PS_UNDEFINED;
     m_notStarted = true;
+    m_sets = {};
+    m_setsWanted = 0;
     m_bad87 = false;
     m_badSSX = false;
     m_ctrlTexts = {};
@@ -114,8 +116,13 @@ int psTest::compareFunc(const psTest* other) const {
 
 // ---- the run ----------------------------------------------------------------
 
+bool psTest::leftOut() const {
+    return m_pressing && g_istrm.hasIniFile() && !g_istrm.iniFile().sectionExist(m_funcName);
+}
+
 psResult psTest::run() {
     initSettings();
+    if (leftOut()) return PS_UNDEFINED;
     m_result = PS_OK;
     m_tool = psGlobalTool();
     m_tool.setInitBeforeRun(m_info.kind.contains("Ibs"));
@@ -123,11 +130,10 @@ psResult psTest::run() {
     psFlushDenormals();
 
     const psOutLevelGuard level;
-    bool selected = true;
     try {
         psGuarded([&] {
-            selected = openIniSection();
-            if (selected) runPhases();
+            openIniSection();
+            runPhases();
         });
     } catch (const psException& e) {
         g_ostrm.setOutLevel(level.saved());
@@ -136,7 +142,6 @@ psResult psTest::run() {
         g_ostrm.setOutLevel(level.saved());
         runFailed(psString("--ZMO. Exception: ") + e.what(), psTrace::getCurName());
     }
-    if (!selected) return PS_UNDEFINED;
 
     m_result = m_currentResult;
     m_endTime = std::time(nullptr);
@@ -150,13 +155,9 @@ psResult psTest::run() {
     return m_result;
 }
 
-// False when only functions of the ini-file run and this one has no section there.
-bool psTest::openIniSection() const {
-    if (m_pressing && g_istrm.hasIniFile() && !g_istrm.iniFile().sectionExist(m_funcName))
-        return false;
+void psTest::openIniSection() const {
     if (g_istrm.isIniWritten()) g_istrm.iniFile().write(m_funcName);
     g_istrm.setIniSection(m_funcName);
-    return true;
 }
 
 void psTest::runPhases() {
@@ -225,10 +226,12 @@ void psTest::loopData() {
         m_vectorNum = 0;
         if (!canContinue()) break;
         m_notStarted = false;
+        ++m_sets.tried;
         runOneSet(first);
         flushData();
         if (isFailure(m_currentResult)) break;
     }
+    if (psInterrupted() && !isFailure(m_currentResult)) noteInterruption();
     if (m_notStarted && !psInterrupted()) {
         g_ostrm << ERR << "-- One of argument list for timing is empty\n" << END;
         raiseResult(PS_DATAFAIL);
@@ -239,8 +242,22 @@ void psTest::loopData() {
     finishTable();
 }
 
+// How many sets there would have been: the walk is over, the values are free.
+void psTest::noteInterruption() {
+    long long all = 1;
+    for (psParameter* parm : m_parms) {
+        long long values = 0;
+        for (bool more = parm->firstValue(); more; more = parm->nextValue()) ++values;
+        all *= values;
+    }
+    if (m_sets.tried < all) m_setsWanted = all;
+}
+
 void psTest::runOneSet(bool& first) {
-    if (!prepareSet()) return;
+    if (!prepareSet()) {
+        ++m_sets.unprepared;
+        return;
+    }
     if (first) outputConst();
     first = false;
     if (m_cacheIter && !m_cacheIter->validateSize()) {
@@ -254,8 +271,10 @@ void psTest::runOneSet(bool& first) {
         return;
     }
     const psResult result = measureSet();
+    ++m_sets.measured;
     raiseShownResult(result);
     outputResult(result);
+    g_ostrm.flush();
 }
 
 // A set that cannot be prepared has no row; its parameters stand before whatever

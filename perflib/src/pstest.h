@@ -61,8 +61,13 @@ class psTest {
     std::time_t endTime() const { return m_endTime; }
     // Of the first set that disturbed the floating-point state, else of the last.
     const psCtrlTexts& ctrlTexts() const { return m_ctrlTexts; }
-    // No parameter set came up for measuring in the last run.
-    bool notStarted() const { return m_notStarted; }
+    // The sets of the last run; `tried` are those that came up.
+    const psSetCounts& sets() const { return m_sets; }
+    // Where the last run was interrupted before its last set: the number of all
+    // of them, else 0.
+    long long setsWanted() const { return m_setsWanted; }
+    // With -P only functions that have a section in the ini-file run.
+    bool leftOut() const;
     bool badControl87() const { return m_bad87; }
     bool badControlSSX() const { return m_badSSX; }
     const psList<psParameter*>& parms() const { return m_parms; }
@@ -141,7 +146,8 @@ class psTest {
     psResult checkCtrlStatus();
     void finishTable();
     void runFailed(const psString& message, const psString& where);
-    bool openIniSection() const;
+    void openIniSection() const;
+    void noteInterruption();
     void putTableName();
     void fillTableLine(psResult result);
     void putTextError(psResult result);
@@ -163,6 +169,8 @@ class psTest {
     FuncInit m_funcInit = nullptr;
     FuncOld m_funcOld = nullptr;
     bool m_notStarted = true;
+    psSetCounts m_sets;
+    long long m_setsWanted = 0;
     bool m_bad87 = false;
     bool m_badSSX = false;
     psCtrlTexts m_ctrlTexts;

@@ -37,6 +37,7 @@ inline void runSession(std::vector<std::string> words) {
     setenv("PSCV_FREQ_MHZ", "1000", 1);
     testing::internal::CaptureStdout();
     const int result = pSession->run(static_cast<int>(argv.size()), argv.data());
+    g_ostrm.flush();
     const std::string output = testing::internal::GetCapturedStdout();
     EXPECT_EQ(result, 0) << output;
 }

@@ -80,6 +80,7 @@ class SessionTest : public testing::Test {
         putBack();
         testing::internal::CaptureStdout();
         m_result = withWords(keys, [&](int n, char** words) { return session.run(n, words); });
+        g_ostrm.flush();
         return testing::internal::GetCapturedStdout();
     }
     // The echo of the keys alone.
@@ -91,6 +92,7 @@ class SessionTest : public testing::Test {
         testing::internal::CaptureStdout();
         m_parsed = withWords(
             keys, [&](int n, char** words) { return session.parseCommandLine(n, words); });
+        g_ostrm.flush();
         return testing::internal::GetCapturedStdout();
     }
     void file(const std::string& name, const std::string& content) const {

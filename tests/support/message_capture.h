@@ -17,6 +17,7 @@ class MessageCapture {
     MessageCapture& operator=(const MessageCapture&) = delete;
     ~MessageCapture() {
         g_ostrm.swap(m_own);
+        m_sink.close();
         std::fclose(m_file);
     }
 
@@ -31,7 +32,7 @@ class MessageCapture {
 
   private:
     std::string from(long begin) {
-        std::fflush(m_file);
+        m_sink.flush();
         std::fseek(m_file, begin, SEEK_SET);
         std::string part;
         for (int c = std::getc(m_file); c != EOF; c = std::getc(m_file))
