@@ -2,9 +2,9 @@
 #pragma once
 
 // From here on SIGINT, SIGTERM and SIGHUP only leave a note, which the run reads
-// between two measurements; a second one ends the process at once. SIGPIPE and
-// SIGXFSZ are ignored: a closed pipe and a file at its limit show as a failed
-// write.
+// between two measurements; a second one, a moment later, ends the process at
+// once. SIGPIPE and SIGXFSZ are ignored: a closed pipe and a file at its limit
+// show as a failed write.
 void psCatchInterrupts();
 
 // Leaves the note of a signal that was not sent: SIGPIPE, when nobody reads the

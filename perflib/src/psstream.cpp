@@ -75,7 +75,8 @@ void io_stream::close() {
 }
 
 void io_stream::reportOpenFailure(const psString& path, int mode, int error) {
-    psTell("-- Can't open file" + (path.empty() ? psString(". Wrong filename (NULL) ") : " " + path) +
+    psTell("-- Can't open file" +
+           (path.empty() ? psString(". Wrong filename (NULL) ") : " " + path) +
            ((mode & READ) ? " to read: " : " to write: ") +
            (path.empty() ? "it has no name" : std::strerror(error)) + "\n");
 }

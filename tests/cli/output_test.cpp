@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 
 #include "pscv.h"
@@ -106,57 +105,73 @@ TEST(Sinks, ThatFailAreNamedAndCostNothingElse) {
     support::writeFile(pscv.file("plain"), "");
     const struct {
         std::string path;
+        std::string reason;
         bool runs;  // a sink that cannot be opened ends the run before it begins
-    } cases[] = {{"/dev/full", true}, {pscv.file("dir.x"), false}, {pscv.file("plain/x.y"), false}};
+    } cases[] = {{"/dev/full", "No space left on device", true},
+                 {pscv.file("dir.x"), "Is a directory", false},
+                 {pscv.file("plain/x.y"), "Not a directory", false}};
     for (const auto& c : cases) {
-        for (const char* key : {"-o", "-O", "-r", "-R", "-u", "-U"}) {
+        for (const std::string key : {"-o", "-O", "-r", "-R", "-u", "-U", "-q", "-g"}) {
             fs::remove(pscv.file("table.csv"));
-            const Outcome outcome = pscv.run(Pscv::smallCanny({key + c.path, "-gdone"}));
+            const Outcome outcome = pscv.run(Pscv::smallCanny({"-gdone", key + c.path}));
+            const bool full = c.path == "/dev/full";
+            const bool runs = full || key == "-g";
             const std::string place =
-                c.runs ? "-- Can't write " + c.path + ":" : "-- Can't open file " + c.path;
+                full ? "-- Can't write " + c.path + ": " + c.reason + ";"
+                     : "-- Can't open file " + c.path + " to write: " + c.reason + "\n";
             EXPECT_EQ(support::count(outcome.out, place), 1U) << key << outcome.out;
-            EXPECT_EQ(has(outcome.out, "FATAL FAIL: can't open output file for writing\n"),
-                      !c.runs);
-            EXPECT_EQ(has(outcome.out, "PS Summary"), c.runs);
-            if (c.runs) {
+            EXPECT_EQ(has(outcome.out, "FATAL FAIL: can't open output file for writing\n"), !runs);
+            const std::size_t box = outcome.out.find("PS Summary");
+            EXPECT_EQ(box != std::string::npos, runs);
+            EXPECT_EQ(outcome.out.find("\nIncomplete output: " + c.path + " (" + c.reason + ")\n",
+                                       runs ? box : 0) != std::string::npos,
+                      full)
+                << key << outcome.out;
+            if (runs) {
                 EXPECT_EQ(pscv.rows().size(), 2U);
                 EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), 2U);
             }
-            EXPECT_FALSE(pscv.text("done.end").empty());
+            if (key != "-g") {
+                EXPECT_FALSE(pscv.text("done.end").empty());
+            }
         }
     }
 }
 
-TEST(Sinks, AClosedPipeLeavesTheFilesWhole) {
+// A shell's status behind the console of a run: nobody reads it, it is full, it
+// is none. Only the first ends the run; the listing is whole in each.
+TEST(Sinks, AConsoleThatFailsLeavesTheFilesWhole) {
     const Pscv pscv;
-    support::Command command = pscv.command(Pscv::smallCanny({"-gdone"}));
-    command.arguments.insert(command.arguments.begin(),
-                             {"-c", "\"$@\" | head -1", "sh", command.program});
-    command.program = "/bin/sh";
-    const Outcome outcome = support::run(command);
-    EXPECT_TRUE(outcome.clean()) << outcome.err;
-    EXPECT_EQ(outcome.out, "Command line options: \n");
-    EXPECT_EQ(pscv.rows().size(), 2U);
-    EXPECT_FALSE(pscv.text("done.end").empty());
-}
-
-TEST(Interrupt, LeavesWholeRowsTheSummaryAndTheSignalFile) {
-    const Pscv pscv;
-    std::string sizes = "-dImageSize=64x64";
-    for (int i = 65; i < 99; ++i) sizes += ";" + std::to_string(i) + "x64";
-    support::Process process(
-        pscv.command({"-B", "-m=p_ccanny", "-dnumFigures=2x2", sizes, "-LP", "-dMethod=Statistic",
-                      "-dTotalCpuClocks=300000000", "-rtable", "-utests", "-gdone"}));
-    ASSERT_TRUE(process.waitForText(" clocks per "));
-    process.send(SIGINT);
-    const Outcome outcome = process.finish();
-    EXPECT_EQ(outcome.signal, SIGINT) << outcome.out;
-    EXPECT_FALSE(outcome.timedOut);
-    EXPECT_TRUE(has(outcome.out, "|.Number of tests   ")) << outcome.out;
-    const std::size_t rows = pscv.rows().size();
-    EXPECT_TRUE(rows >= 1 && rows < 70) << rows;
-    EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), 1U);
-    EXPECT_FALSE(pscv.text("done.end").empty());
+    const std::string box = "|.Total time  ";
+    const struct {
+        const char* script;
+        const char* status;
+        std::string reason;
+        std::size_t rows;
+    } cases[] = {{"mkfifo pipe && exec 3<>pipe 4>pipe 3<&- && \"$@\" >&4", "141", "Broken pipe", 0},
+                 {"\"$@\" >/dev/full", "0", "No space left on device", 2},
+                 {"\"$@\" >&-", "0", "Bad file descriptor", 2}};
+    for (const auto& c : cases) {
+        support::Command command = pscv.command(Pscv::smallCanny({"-gdone", "-olist"}));
+        command.arguments.insert(
+            command.arguments.begin(),
+            {"-c", std::string(c.script) + "; echo $? >status", "sh", command.program});
+        command.program = "/bin/sh";
+        command.directory = pscv.file("");
+        const Outcome outcome = support::run(command);
+        EXPECT_EQ(pscv.text("status"), std::string(c.status) + "\n") << c.script;
+        const std::string listing = pscv.text("list.txt");
+        const std::string lost = "Incomplete output: standard output (" + c.reason + ")\n";
+        EXPECT_LT(listing.find(box), listing.find(lost)) << listing;
+        const bool interrupted = c.rows == 0;
+        EXPECT_EQ(has(listing, lost + "Interrupted by SIGPIPE: 2 tests were not run\n"),
+                  interrupted)
+            << listing;
+        EXPECT_EQ(outcome.err.ends_with(lost), !interrupted) << outcome.err;
+        EXPECT_EQ(pscv.rows().size(), c.rows);
+        EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), c.rows);
+        EXPECT_FALSE(pscv.text("done.end").empty());
+    }
 }
 
 }  // namespace

@@ -65,6 +65,9 @@ struct Expected {
     const char* says;  // on the console
 };
 
+// Behind the result of a test; the closing box has the totals.
+const std::string oneLost = "\n-- 1 of 3 sets could not be prepared\n";
+
 constexpr Expected expectations[] = {
     {"hostFast", "OK", 4, "Rounds=200 Mode=twice "},
     {"hostSlow", "OK", 1, "clocks per call"},
@@ -180,6 +183,10 @@ TEST_F(HostRun, SetThatCannotBePreparedIsNamedAndTheNextOneRuns) {
     EXPECT_EQ(rows[1][1], "2000");
     // What the set was comes before what went wrong.
     EXPECT_LT(console.find("Bytes=-1000"), console.find("can't allocate -1000 bytes"));
+    EXPECT_LT(console.find("  Result   : OK"), console.find(oneLost)) << console;
+    const std::string& out = shared().outcome.out;
+    EXPECT_GT(out.find("\n2 of "), out.find("|PS Summary"));
+    EXPECT_TRUE(support::has(out, " sets could not be prepared, in 2 of ")) << out;
 }
 
 TEST_F(HostRun, ListingEqualsTheConsoleFromItsOpeningOn) {
@@ -192,9 +199,12 @@ TEST_F(HostRun, SummaryTellsWhatWasTestedAndTheFlagsOfADisturbedState) {
     EXPECT_EQ(shared().results.at("hostFast")[2].substr(0, 8), "Near 53 ");
     EXPECT_EQ(shared().results.at("hostCannot")[5], "-");
     const std::string summary = shared().file("_sum.csv");
-    EXPECT_EQ(support::count(summary, "--No measurements have been done\nhostCannot,HostCannot,-,"),
-              1U)
-        << summary;
+    for (const Expected& expected : expectations) {
+        EXPECT_EQ(support::has(summary, std::string("--No measurements have been done\n") +
+                                            expected.function + ","),
+                  expected.rows == 0)
+            << expected.function << summary;
+    }
     const Row& row = shared().results.at("hostFast");
     EXPECT_EQ((Row{row[1], row[6], row[8], row[10]}), (Row{"HostSets", "HOST", "modules", "host"}));
 }
@@ -258,23 +268,51 @@ bool waitForRow(const std::filesystem::path& table, const std::string& row) {
 }
 
 TEST(HostKeys, InterruptEndsTheRunInOrder) {
-    HostFiles run;
+    const std::pair<int, std::string> cases[] = {
+        {SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}};
     std::string rounds = "-dRounds=1";
     for (int i = 2; i <= 3000; ++i) rounds += ";" + std::to_string(i);
-    support::Process process(command(run.dir, {"-B", "-r", "-u", "-g" + run.dir.file("done.end"),
-                                               "-LP", rounds, "-fhostFast", "-fhostSlow"}));
-    ASSERT_TRUE(waitForRow(run.dir.path() / "host.csv", "\nhostFast,3,"));
-    process.send(SIGINT);
-    const Outcome outcome = process.finish();
-    EXPECT_EQ(outcome.signal, SIGINT);
-    EXPECT_NE(outcome.out.find("PS Summary"), std::string::npos);
-    EXPECT_EQ(outcome.out.find("hostSlow "), std::string::npos);
-    for (const Row& row : support::tableRows(run.file(".csv"))) {
-        if (row[0] == "hostFast") {
-            EXPECT_EQ(row.size(), 14u);
+    for (const auto& [signal, name] : cases) {
+        HostFiles run;
+        support::Process process(
+            command(run.dir, {"-B", "-r", "-u", "-o", "-g" + run.dir.file("done.end"), "-LP",
+                              rounds, "-fhostFast", "-fhostSlow"}));
+        ASSERT_TRUE(waitForRow(run.dir.path() / "host.csv", "\nhostFast,3,"));
+        process.send(signal);
+        process.send(signal);  // timeout(1) does so
+        const Outcome outcome = process.finish();
+        EXPECT_EQ(outcome.signal, signal);
+        EXPECT_EQ(outcome.out, run.file(".txt"));
+        const std::size_t rows = support::count(run.file(".csv"), "\nhostFast,");
+        const std::string cut =
+            "\n-- Interrupted: " + std::to_string(rows) + " of 6000 sets were measured\n";
+        EXPECT_LT(outcome.out.find("  Result   : OK"), outcome.out.find(cut)) << outcome.out;
+        EXPECT_TRUE(outcome.out.ends_with("+\nInterrupted by " + name + ": 1 test was not run\n"))
+            << outcome.out;
+        EXPECT_EQ(outcome.out.find("hostSlow "), std::string::npos);
+        for (const Row& row : support::tableRows(run.file(".csv"))) {
+            if (row[0] == "hostFast") {
+                EXPECT_EQ(row.size(), 14u);
+            }
         }
+        EXPECT_FALSE(support::readFile(run.dir.path() / "done.end").empty());
     }
-    EXPECT_FALSE(support::readFile(run.dir.path() / "done.end").empty());
+}
+
+// Neither level PERF nor a table: nobody sees what is measured.
+TEST(HostKeys, ARunWithoutFiguresTellsHowToSeeThem) {
+    const std::string hint =
+        "No figure was shown: -LP shows them here, -r writes them to a table\n";
+    const std::pair<std::vector<std::string>, bool> cases[] = {
+        {{"-LW"}, true}, {{"-LP"}, false}, {{"-r"}, false}, {{"-q"}, true}, {{"-q", "-Q"}, false}};
+    for (const auto& [keys, told] : cases) {
+        const TempDir dir;
+        std::vector<std::string> words{"-B", "-f=hostFast"};
+        words.insert(words.end(), keys.begin(), keys.end());
+        const Outcome outcome = support::run(command(dir, words));
+        EXPECT_EQ(outcome.out.ends_with("+\n" + hint), told) << outcome.out;
+        EXPECT_EQ(support::has(outcome.out, hint), told) << outcome.out;
+    }
 }
 
 TEST(HostKeys, IniFileReproducesTheSets) {
@@ -291,6 +329,12 @@ TEST(HostKeys, IniFileReproducesTheSets) {
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(rows[0][1], "50");
     EXPECT_EQ(rows[1][2], "twice");
+
+    // With -P only what has a section there runs, the processor test does not.
+    HostFiles pressed;
+    start(pressed, {"-P", "-i" + (written.dir.path() / "parms.ini").string()});
+    EXPECT_TRUE(support::has(pressed.outcome.out, "|.Number of tests   1 ")) << pressed.outcome.out;
+    EXPECT_FALSE(support::has(pressed.outcome.out, "CPU: ")) << pressed.outcome.out;
 }
 
 TEST(HostKeys, BadValueIsReportedAndTheOldOneKept) {

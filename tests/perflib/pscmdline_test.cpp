@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -78,7 +80,8 @@ TEST(OptionFile, IsExpandedWhereItStands) {
     psCommandList list;
     list.setArgs(("-@" + dir.path() + "/none " + key("junk", junk) + " -e").c_str());
     EXPECT_FALSE(list.expandFiles());
-    EXPECT_EQ(messages.take(), "-- Can't open file " + dir.path() + "/none to read: \n");
+    EXPECT_EQ(messages.take(), "-- Can't open file " + dir.path() +
+                                   "/none to read: " + std::strerror(ENOENT) + "\n");
     EXPECT_TRUE(list.isKey('B') && list.isKey('e') && !list.isKey('x'));
 }
 

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <string>
+#include <utility>
 
 #include "message_capture.h"
 #include "temp_dir.h"
@@ -74,11 +77,13 @@ TEST(PsIniFile, ClosedOnceAndFailuresNameThePath) {
     EXPECT_EQ(dir.read("x.ini"), "\n[s]\nk=old\t// c\n");
 
     MessageCapture messages(1);
-    for (const psString& bad : {dir / "", path + "/x"}) {
+    const std::pair<psString, int> unusable[] = {{dir / "", EISDIR}, {path + "/x", ENOTDIR}};
+    for (const auto& [bad, reason] : unusable) {
         for (const bool write : {false, true}) {
             EXPECT_FALSE(ini.open(bad, write) || ini.isWritten()) << str(bad);
             EXPECT_EQ(messages.take(), "-- Can't open file " + str(bad) + " to " +
-                                           (write ? "write" : "read") + ": \n");
+                                           (write ? "write" : "read") + ": " +
+                                           std::strerror(reason) + "\n");
         }
     }
 }
@@ -93,7 +98,8 @@ TEST(PsIniFile, AFullDiskIsTold) {
     std::filesystem::rename(dir.path() + "/full", dir.path() + "/x.ini");
     MessageCapture messages(1);
     EXPECT_FALSE(ini.close());
-    EXPECT_EQ(messages.text(), str("-- Can't write file " + (dir / "x.ini") + "\n"));
+    EXPECT_EQ(messages.text(), str("-- Can't write " + (dir / "x.ini") + ": " +
+                                   std::strerror(ENOSPC) + "; no more output goes there\n"));
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
 #include "psstream.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -44,11 +48,64 @@ TEST(PsOStream, TellsWhichFileCannotBeOpened) {
     EXPECT_TRUE(stream.empty());
     const i_stream missing(file.c_str(), readAsGiven), quiet(file.c_str(), readAsGiven, false);
     EXPECT_FALSE(missing.isOpen());
-    EXPECT_EQ(messages.text(), "-- Can't open file " + file +
-                                   " to write: \n"
-                                   "-- Can't open file. Wrong filename (NULL)  to write: \n"
-                                   "-- Can't open file " +
-                                   file + " to read: \n");
+    const std::string reason = std::strerror(ENOTDIR);
+    EXPECT_EQ(messages.text(),
+              "-- Can't open file " + file + " to write: " + reason +
+                  "\n"
+                  "-- Can't open file. Wrong filename (NULL)  to write: it has no name\n"
+                  "-- Can't open file " +
+                  file + " to read: " + reason + "\n");
+}
+
+// Lets files grow to some bytes; a write beyond fails as on a full disk.
+class FileLimit {
+  public:
+    explicit FileLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &m_old);
+        const rlimit limit{bytes, m_old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, SIG_IGN);
+    }
+    FileLimit(const FileLimit&) = delete;
+    FileLimit& operator=(const FileLimit&) = delete;
+    ~FileLimit() { setrlimit(RLIMIT_FSIZE, &m_old); }
+
+  private:
+    rlimit m_old{};
+};
+
+TEST(PsSinkList, AFileThatFillsUpEndsWithItsLastWholeLineAndTheOthersGoOn) {
+    const struct {
+        const char* before;  // in the file that is appended to
+        const char* written;
+        const char* file;
+    } cases[] = {{"", "1234567\nabc\n", "1234567\n"},  // flushed in the middle of a line, too
+                 {"old\n", "12345\n67\n", "old\n12345\n"},
+                 {"half", "1234\n\n", "half\n1234\n"},
+                 {"1234567890", "a\n", "1234567890"},
+                 {"123456789", "a\n", "123456789\n"},
+                 {"", "123456789012", ""}};
+    for (const auto& c : cases) {
+        const TempDir dir;
+        MessageCapture messages(1);
+        psSinkList sinks;
+        ASSERT_TRUE(sinks.addStream(dir.write("full", c.before), true));
+        ASSERT_TRUE(sinks.addStream(dir / "other", false));
+        {
+            const FileLimit limit(10);
+            for (const char* text = c.written; *text; ++text) {
+                sinks.write(psString(*text));
+                if (*text != '\n') sinks.front()->flush();
+            }
+            sinks.front()->flush();
+        }
+        sinks.write("more\n");
+        sinks.close();
+        EXPECT_EQ(dir.read("full"), c.file);
+        EXPECT_EQ(dir.read("other"), c.written + std::string("more\n"));
+        EXPECT_EQ(messages.text(), "-- Can't write " + str(dir / "full") + ": " +
+                                       std::strerror(EFBIG) + "; no more output goes there\n");
+    }
 }
 
 TEST(IStream, ReadsLinesOfAnyLength) {

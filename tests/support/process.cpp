@@ -94,7 +94,8 @@ Process::Process(Command command) : m_command(std::move(command)), m_start(Clock
     m_pid = fork();
     if (m_pid < 0) fail("fork");
     if (m_pid == 0) {
-        std::signal(SIGPIPE, SIG_DFL);
+        // As from a terminal, also where the tests run in the background.
+        for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP}) std::signal(number, SIG_DFL);
         dup2(in.read, STDIN_FILENO);
         dup2(out.write, STDOUT_FILENO);
         dup2(err.write, STDERR_FILENO);
