@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <vector>
 
 #include "ppimage.h"
@@ -58,7 +59,7 @@ bool ppBmpFile::error(const psString& text) const {
 bool ppBmpFile::load(const psString& fileName, int firstPlaneOnly) {
     m_fileName = fileName;
     const i_stream stream(fileName, io_stream::READ | io_stream::BINARY, false);
-    if (!stream.isOpen()) return error("Open fail");
+    if (!stream.isOpen()) return error(psString("Open fail: ") + std::strerror(stream.error()));
     std::FILE* file = stream.handle();
     m_fileLength = lengthOf(file);
     return readHeaders(file) && readPalette(file) && CreateImage(firstPlaneOnly) &&

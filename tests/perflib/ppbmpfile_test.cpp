@@ -197,7 +197,8 @@ TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
     }
     EXPECT_FALSE(load(m_dir / "")) << "a directory";
     EXPECT_FALSE(load(psString("/nonexistent/x.bmp")));
-    EXPECT_EQ(m_messages, "--- Can't load file /nonexistent/x.bmp: Open fail\n");
+    EXPECT_EQ(m_messages,
+              "--- Can't load file /nonexistent/x.bmp: Open fail: No such file or directory\n");
 }
 
 TEST_F(PpBmpFile, AllocatesNoMoreThanTheFileIsWorth) {
