@@ -57,23 +57,7 @@ TEST(PsOStream, TellsWhichFileCannotBeOpened) {
                   file + " to read: " + reason + "\n");
 }
 
-// Lets files grow to some bytes; a write beyond fails as on a full disk.
-class FileLimit {
-  public:
-    explicit FileLimit(rlim_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &m_old);
-        const rlimit limit{bytes, m_old.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, SIG_IGN);
-    }
-    FileLimit(const FileLimit&) = delete;
-    FileLimit& operator=(const FileLimit&) = delete;
-    ~FileLimit() { setrlimit(RLIMIT_FSIZE, &m_old); }
-
-  private:
-    rlimit m_old{};
-};
-
+// The limit of a file's size does what a full disk does.
 TEST(PsSinkList, AFileThatFillsUpEndsWithItsLastWholeLineAndTheOthersGoOn) {
     const struct {
         const char* before;  // in the file that is appended to
@@ -85,20 +69,23 @@ TEST(PsSinkList, AFileThatFillsUpEndsWithItsLastWholeLineAndTheOthersGoOn) {
                  {"1234567890", "a\n", "1234567890"},
                  {"123456789", "a\n", "123456789\n"},
                  {"", "123456789012", ""}};
+    std::signal(SIGXFSZ, SIG_IGN);
     for (const auto& c : cases) {
         const TempDir dir;
         MessageCapture messages(1);
         psSinkList sinks;
         ASSERT_TRUE(sinks.addStream(dir.write("full", c.before), true));
         ASSERT_TRUE(sinks.addStream(dir / "other", false));
-        {
-            const FileLimit limit(10);
-            for (const char* text = c.written; *text; ++text) {
-                sinks.write(psString(*text));
-                if (*text != '\n') sinks.front()->flush();
-            }
-            sinks.front()->flush();
+        rlimit old{};
+        getrlimit(RLIMIT_FSIZE, &old);
+        const rlimit ten{10, old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &ten);
+        for (const char* text = c.written; *text; ++text) {
+            sinks.write(psString(*text));
+            if (*text != '\n') sinks.front()->flush();
         }
+        sinks.front()->flush();
+        setrlimit(RLIMIT_FSIZE, &old);
         sinks.write("more\n");
         sinks.close();
         EXPECT_EQ(dir.read("full"), c.file);
