@@ -364,18 +364,13 @@ int psSession::runTests() {
     psTest::m_numResultColm = psTest::m_hot ? 6 : 5;
     putTableTitle();
     g_ostrm.flush();
+    const bool shown = (m_levelMode & static_cast<int>(PERF)) != 0 || !g_cstrm.empty();
     const int result = pTestList->runTests(*m_conditions);
     pTestList->endTime = std::time(nullptr);
-    remarkFigures();
-    outputFooter();
-    return result;
-}
-
-// What was measured but nobody saw.
-void psSession::remarkFigures() const {
-    const bool shown = (m_levelMode & static_cast<int>(PERF)) != 0 || !g_cstrm.empty();
     if (pTestList->sets.measured > 0 && !shown)
         psRemarks::add("No figure was shown: -LP shows them here, -r writes them to a table");
+    outputFooter();
+    return result;
 }
 
 // Finding out which common parameters the chosen tests use asks nothing.

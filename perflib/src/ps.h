@@ -151,7 +151,6 @@ class psSession {
     void initLibrary();
     int runSession();
     int runTests();
-    void remarkFigures() const;
     void selectCommonParms();
     void closeFiles();
     void destroyTests();
