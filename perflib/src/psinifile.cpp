@@ -1,5 +1,7 @@
 #include "psinifile.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
@@ -29,63 +31,93 @@ auto findValue(Values& values, const psString& key) -> decltype(&values.front())
 // Far beyond any ini-file: a device or a wrong file is refused before it fills the memory.
 constexpr std::size_t maxSize = 16 << 20;
 
-psString trimmed(std::string_view text) {
-    psString copy(text);
-    copy.trim();
-    return copy;
+// The first line of the rest, which it leaves.
+std::string_view takeLine(std::string_view& rest) {
+    const std::size_t end = std::min(rest.find('\n'), rest.size());
+    const std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    return line;
+}
+
+// Without its comment and the blanks around it.
+psString meaning(std::string_view line) {
+    psString text(line.substr(0, line.find("//")));
+    return text.trim();
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+// A line that begins with one: brackets somewhere in a line stand in any source text.
+bool hasHeader(std::string_view text) {
+    psString name;
+    while (!text.empty()) {
+        const psString line = meaning(takeLine(text));
+        if (line.startsWith("[") && psIniFile::getSection(line, name)) return true;
+    }
+    return false;
 }
 
 }  // namespace
 
 bool psIniFile::open(const psString& name, bool write) {
     m_name = name;
-    m_write = write;
     m_sections.clear();
-    const Reading reading = readFile(!write);
-    if (reading == Reading::DONE) return true;
-    m_write = write && reading == Reading::NO_FILE && createFile();
-    return m_write;
+    const Reading reading = readFile(write);
+    m_write = write && (reading == Reading::DONE      ? canAppend()
+                        : reading == Reading::NO_FILE ? createFile()
+                                                      : false);
+    return write ? m_write : reading == Reading::DONE;
 }
 
-psIniFile::Reading psIniFile::readFile(bool report) {
+psIniFile::Reading psIniFile::readFile(bool write) {
+    // A file that is there and cannot be read may hold anything.
+    const bool report = !write || access(m_name.c_str(), F_OK) == 0;
     i_stream file(m_name, io_stream::READ | io_stream::BINARY | io_stream::NAME_AS_GIVEN, report);
-    if (!file.isOpen()) return Reading::NO_FILE;
+    if (!file.isOpen()) return report ? Reading::REFUSED : Reading::NO_FILE;
     std::vector<char> text;
     char piece[4096];
     while (const std::size_t n = std::fread(piece, 1, sizeof piece, file.handle())) {
         text.insert(text.end(), piece, piece + n);
-        if (text.size() <= maxSize) continue;
-        g_ostrm << ERR << "-- File " << m_name << " is no ini-file: it is longer than " << maxSize
-                << " bytes\n"
-                << END;
-        return Reading::REFUSED;
+        if (text.size() > maxSize)
+            return refuse(psString("it is longer than ") + psText(maxSize) + " bytes");
     }
     if (file.readError()) {
         // A directory opens like a file and fails at the first read.
-        if (report) io_stream::reportOpenFailure(m_name, io_stream::READ, errno);
+        if (!write) io_stream::reportOpenFailure(m_name, io_stream::READ, errno);
         return Reading::NO_FILE;
     }
+    const std::string_view whole = psWithoutByteOrderMark({text.data(), text.size()});
+    if (write && whole.find('\0') != std::string_view::npos) return refuse("it has a NUL byte");
+    if (write && !isBlank(whole) && !hasHeader(whole)) return refuse("it has no [section]");
     readText(text.data(), text.size());
     return Reading::DONE;
+}
+
+psIniFile::Reading psIniFile::refuse(const psString& reason) const {
+    g_ostrm << ERR << "-- File " << m_name << " is no ini-file: " << reason << "\n" << END;
+    return Reading::REFUSED;
 }
 
 bool psIniFile::createFile() const {
     return o_stream(m_name, io_stream::WRITE | io_stream::NAME_AS_GIVEN).isOpen();
 }
 
+bool psIniFile::canAppend() const {
+    return o_stream(m_name, io_stream::WRITE | io_stream::APPEND | io_stream::NAME_AS_GIVEN)
+        .isOpen();
+}
+
 void psIniFile::readText(const char* text, std::size_t size) {
-    std::string_view rest(text, size);
+    std::string_view rest = psWithoutByteOrderMark({text, size});
     psSectionItem* current = nullptr;
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        readLine(rest.substr(0, end), current);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
+    while (!rest.empty()) readLine(takeLine(rest), current);
 }
 
 void psIniFile::readLine(std::string_view line, psSectionItem*& current) {
     line = line.substr(0, line.find('\0'));
-    const psString text = trimmed(line.substr(0, line.find("//")));
+    const psString text = meaning(line);
     psString name;
     psString value;
     if (getSection(text, name)) {

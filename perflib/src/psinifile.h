@@ -29,9 +29,11 @@ class psIniFile {
     // The value of a key that stands in the file without "=".
     static constexpr const char* flagValue = "~~~";
 
-    // Reads the file, the name being used as given. With `write` a file that
-    // cannot be read is created empty, and updateFile() writes it back. False,
-    // with a message naming the path, when it was neither read nor created.
+    // Reads the file, the name being used as given. With `write` a file that is not
+    // there is created empty, and updateFile() writes it back; one that is there
+    // must be an ini-file, or empty, and take what will be written. False, with a
+    // message naming the path, when it was neither read nor created; it is as it
+    // was then.
     bool open(const psString& name, bool write);
     // Adds the text of a file. Any bytes are taken: a line feed ends a line and a
     // NUL byte ends the text of its line.
@@ -69,8 +71,10 @@ class psIniFile {
   private:
     // REFUSED: there is a file, but none that could be an ini-file; it is not to be overwritten.
     enum class Reading { DONE, NO_FILE, REFUSED };
-    Reading readFile(bool report);
+    Reading readFile(bool write);
+    Reading refuse(const psString& reason) const;
     bool createFile() const;
+    bool canAppend() const;
     void readLine(std::string_view line, psSectionItem*& current);
     psSectionItem& needSection(const psString& name);
 

@@ -9,6 +9,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <numeric>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -317,6 +320,43 @@ bool psParse::nextWord_quote(psString& word) {
         word += psString(m_text[m_position]);
     }
     return true;
+}
+
+namespace {
+
+// Insertions, deletions and exchanges of one character that make b of a.
+int editDistance(std::string_view a, std::string_view b) {
+    std::vector<int> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), 0);
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        int diagonal = std::exchange(row[0], static_cast<int>(i) + 1);
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const int exchanged = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({exchanged, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+psString psNearest(const psString& name, const psStringList& candidates) {
+    const psString lower = name.toLower();
+    psString nearest;
+    int best = std::min(2, name.length() / 3) + 1;
+    for (const psString& candidate : candidates) {
+        const int distance = editDistance(lower.view(), candidate.toLower().view());
+        if (distance >= best) continue;
+        best = distance;
+        nearest = candidate;
+    }
+    return nearest;
+}
+
+std::string_view psWithoutByteOrderMark(std::string_view text) {
+    if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
+    return text;
 }
 
 psString psFormat(const char* format, ...) {

@@ -92,6 +92,14 @@ class psStringList : public psList<psString> {
     bool contains(const psString& text) const;
 };
 
+// The candidate that `name` was probably meant to be, whatever the case: equal, or
+// the nearest by edit distance, at most two letters and a third of the name away.
+// Empty when there is none.
+psString psNearest(const psString& name, const psStringList& candidates);
+
+// Editors of other systems put the mark EF BB BF before a text; it is no part of it.
+std::string_view psWithoutByteOrderMark(std::string_view text);
+
 // Splits a text into words at a set of separators; runs of separators count as
 // one, so no word is empty. A double quote in the separator set switches quote
 // mode on: a word that begins with a quote runs to the closing one, may hold

@@ -1,6 +1,7 @@
 #include "psinifile.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -35,6 +36,7 @@ TEST(PsIniFile, NormalisesWhatItReads) {
         {"x[s]y=3\nk]1[=2\n[open\n", "\n[s]\nk]1[=2\n[open\n"},
         {"[s]\nk=" + longLine + "\n", "\n[s]\nk=" + longLine + "\n"},
         {std::string("[s]\nk=1\0 2\nl=3\n\0\n", 17), "\n[s]\nk=1\nl=3\n"},
+        {"\xef\xbb\xbfk=1\n[s]\n", "\n[]\nk=1\n\n[s]\n"},
         {"\xff\xfe[\x80]\n\x01=\x02\n", "\n[\x80]\n\x01=\x02\n"},
     };
     for (const auto& c : cases) {
@@ -85,6 +87,46 @@ TEST(PsIniFile, ClosedOnceAndFailuresNameThePath) {
                                            (write ? "write" : "read") + ": " +
                                            std::strerror(reason) + "\n");
         }
+    }
+}
+
+// Permissions mean nothing to root: it takes another user's rights meanwhile.
+class AsUser {
+  public:
+    AsUser() { EXPECT_EQ(seteuid(m_user == 0 ? 65534 : m_user), 0); }
+    ~AsUser() { EXPECT_EQ(seteuid(m_user), 0); }
+
+  private:
+    uid_t m_user = geteuid();
+};
+
+TEST(PsIniFile, WritesOnlyIniFilesAndWhereItCan) {
+    using std::filesystem::perms;
+    const TempDir dir;
+    const struct {
+        std::string text;
+        const char* refusal = nullptr;
+        perms mode = perms(0666);
+    } cases[] = {{"\xef\xbb\xbf \r\n"},
+                 {"a=1\n\t[s] // x\n"},
+                 {"a=1\n// [s]\nint b[3];\n", "is no ini-file: it has no [section]\n"},
+                 {std::string("[s]\na=\0\n", 8), "is no ini-file: it has a NUL byte\n"},
+                 {"[s]\n", " to write: ", perms(0444)},
+                 {"[s]\n", " to read: ", perms(0222)}};
+    std::filesystem::permissions(dir.path(), perms::all);
+    for (const auto& [text, refusal, mode] : cases) {
+        const psString path = dir.write("x.ini", text);
+        std::filesystem::permissions(str(path), mode);
+        MessageCapture messages(1);
+        psIniFile ini;
+        {
+            const AsUser user;
+            EXPECT_EQ(ini.open(path, true), !refusal) << text;
+            ini.close();
+        }
+        EXPECT_NE(messages.text().find(refusal ? refusal : ""), std::string::npos) << text;
+        std::filesystem::permissions(str(path), perms(0666));
+        EXPECT_EQ(dir.read("x.ini") == text, refusal != nullptr) << text;
     }
 }
 
