@@ -73,6 +73,10 @@ psString psParameter::validString() const {
     return {};
 }
 
+psString psParameter::form() const {
+    return {};
+}
+
 psString psParameter::description() const {
     return m_name + " = " + defaultString();
 }
@@ -143,17 +147,26 @@ void psParameter::fromIStream() {
     psOutLevelGuard level;
     if (m_input) {
         if (g_istrm.hasConsole()) g_ostrm.setOutLevel(7);
-        try {
-            // The text is held out here: a signal drops what lies inside.
-            const psString text =
-                g_istrm.getItemValue(m_name, defaultString(), prompt(), validString());
-            psGuarded([&] { translate(text); });
-        } catch (const psException& failure) {
-            g_ostrm << ERR << "-" << failure.msg() << "\n" << END;
+        while (!takeValue() && g_istrm.canAskAgain()) {
         }
     }
     g_ostrm << " " << description() << "\n";
     if (m_input && g_istrm.source() == psDataSource::CONSOLE) g_ostrm.flush();
+}
+
+bool psParameter::takeValue() {
+    try {
+        // The text is held out here: a signal drops what lies inside.
+        const psString text =
+            g_istrm.getItemValue(m_name, defaultString(), prompt(), validString());
+        psGuarded([&] { translate(text); });
+        return true;
+    } catch (const psException& failure) {
+        g_ostrm << ERR << "-" << failure.msg() << "\n";
+        if (!form().empty()) g_ostrm << "-- " << form() << "\n";
+        g_ostrm << END;
+        return false;
+    }
 }
 
 void psParameter::translate(const psString&) {}

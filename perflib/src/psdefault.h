@@ -4,6 +4,7 @@
 
 #include <concepts>
 #include <initializer_list>
+#include <limits>
 #include <optional>
 
 #include "pslist.h"
@@ -38,6 +39,28 @@ inline bool psValueFromText(const psString& text, psString& value) {
     return true;
 }
 
+// What the text of a value is, for who has given another one; empty where any
+// text will do.
+template <class T>
+psString psFormAbove(T least) {
+    if constexpr (std::floating_point<T>)
+        return "a value is a number, at least " + psText(least);
+    else
+        return "a value is a whole number from " + psText(least) + " to " +
+               psText(std::numeric_limits<T>::max());
+}
+template <class T>
+psString psFormOf() {
+    if constexpr (std::integral<T>)
+        return psFormAbove(std::numeric_limits<T>::min());
+    else if constexpr (std::floating_point<T>)
+        return "a value is a number, such as 0.5";
+    else if constexpr (std::same_as<T, ZmoiSize>)
+        return "a size is WIDTHxHEIGHT, both at least 1";
+    else
+        return {};
+}
+
 // Throws the psException of a text that is no value of the parameter.
 [[noreturn]] void psInvalidValue(const psString& name, const psString& text);
 
@@ -63,6 +86,8 @@ class psParameter {
     virtual psString valueString() const;
     virtual psString defaultString() const;  // translate() takes it back
     virtual psString validString() const;
+    // What a text must be that translate() takes, for one that it has refused.
+    virtual psString form() const;
     virtual psString description() const;
     virtual psString prompt() const;
 
@@ -103,6 +128,7 @@ class psParameter {
     psString m_deprecatedText;
 
   private:
+    bool takeValue();
     void putColm(psCStream& table, const psString& text) const;
 
     psString m_name;
@@ -187,6 +213,25 @@ class psDefault : public psDefault_NSC<T> {
         if (!psValueFromText(text, value)) text.setFailed();
         return value;
     }
+    psString form() const override { return psFormOf<T>(); }
+};
+
+// A number that has a least value.
+template <class T>
+class psAtLeast : public psDefault<T> {
+  public:
+    psAtLeast(T least, const T& value, const psString& name, const psString& title = {})
+        : psDefault<T>(value, name, title), m_least(least) {}
+
+    T validItem(const psString& text) const override {
+        const T value = psDefault<T>::validItem(text);
+        if (value < m_least) psInvalidValue(this->name(), text);
+        return value;
+    }
+    psString form() const override { return psFormAbove(m_least); }
+
+  private:
+    T m_least;
 };
 
 // A misalignment: what is entered is taken modulo PS_ALIGN_MAX.
@@ -272,6 +317,7 @@ class psMapDefault : public psDefault_NSC<T> {
     psString& operator[](const T& key) { return m_names[key]; }
 
     psString validString() const override { return m_names.names(all); }
+    psString form() const override { return "a value is one of " + validString(); }
     psString valueToString(const T& value) const override { return m_names.nameOf(value); }
     T stringToValue(psString& text) const override { return m_names.keyOf(text, all); }
 

@@ -1,6 +1,7 @@
 // The session's own settings and the common parameters: from -d, the ini-file,
 // or the questions of -A.
 #include <algorithm>
+#include <climits>
 
 #include "ps.h"
 #include "psdata.h"
@@ -46,8 +47,8 @@ class Dialogue {
 };
 
 template <class T>
-T readValue(Dialogue& dialogue, const T& value, const char* name, const char* title) {
-    psDefault<T> parm(value, name, title);
+T readAtLeast(Dialogue& dialogue, T least, const T& value, const char* name, const char* title) {
+    psAtLeast<T> parm(least, value, name, title);
     dialogue.read(parm);
     return parm.value();
 }
@@ -58,7 +59,7 @@ void readManual(Dialogue& dialogue, psTool& tool) {
     psTool defaults;
     defaults.setMethod(psTool::MANUAL);
     defaults.getMethodLoop(loops);
-    tool.setMethodLoop(readValue(dialogue, loops, "NumLoops", "Number of loops"));
+    tool.setMethodLoop(readAtLeast(dialogue, 1, loops, "NumLoops", "Number of loops"));
 }
 
 void readStatistic(Dialogue& dialogue, psTool& tool) {
@@ -67,8 +68,8 @@ void readStatistic(Dialogue& dialogue, psTool& tool) {
     psTool defaults;
     defaults.setMethod(psTool::STATISTIC);
     defaults.getMethodStat(calls, clocks);
-    calls = readValue(dialogue, calls, "NumCalls", "Minimal number of function calls");
-    clocks = readValue(dialogue, clocks, "TotalCpuClocks", "Total number of CPU clocks");
+    calls = readAtLeast(dialogue, 1, calls, "NumCalls", "Minimal number of function calls");
+    clocks = readAtLeast(dialogue, 0LL, clocks, "TotalCpuClocks", "Total number of CPU clocks");
     tool.setMethodStat(calls, clocks);
 }
 
@@ -77,9 +78,12 @@ void readIterative(Dialogue& dialogue, psTool& tool) {
     int stop = 0;
     long long clocks = 0;
     psTool::getAutoParameters(start, stop, clocks);
-    start = readValue(dialogue, start, "StartNumLoops", "Number of loops to start with");
-    stop = readValue(dialogue, stop, "StopNumLoops", "Number of loops to stop at");
-    clocks = readValue(dialogue, clocks, "MinCpuClocks", "Minimal number of CPU clocks");
+    start = readAtLeast(dialogue, 1, start, "StartNumLoops", "Number of loops to start with");
+    // The engine goes through at least eight times the loops that it starts with.
+    const int least = start > INT_MAX / 8 ? INT_MAX : 8 * start;
+    stop = readAtLeast(dialogue, least, std::max(least, stop), "StopNumLoops",
+                       "Number of loops to stop at");
+    clocks = readAtLeast(dialogue, 0LL, clocks, "MinCpuClocks", "Minimal number of CPU clocks");
     tool.setMethodBest(start, stop, clocks);
 }
 
@@ -110,7 +114,7 @@ bool psSession::readTimingMethod() {
     }
     const bool iterates = method.value() == psTool::AUTO || method.value() == psTool::ITERATIVE;
     const double percent =
-        readValue(dialogue, iterates ? 5.0 : 100.0, "Accuracy, %", "Accuracy, %");
+        readAtLeast(dialogue, 0.0, iterates ? 5.0 : 100.0, "Accuracy, %", "Accuracy, %");
     tool.setAccuracyLimit(percent / 100.0);
     if (initTimingMethod) initTimingMethod(tool);
     return dialogue.asked();

@@ -1,7 +1,11 @@
 #include "psistream.h"
 
-#include <algorithm>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
+
+#include "psinterrupt.h"
 #include "psstream.h"
 
 using enum MessageLevel;
@@ -37,6 +41,7 @@ bool psIStream::setIniFile(const psString& name, bool write) {
 
 bool psIStream::close() {
     m_hasIni = false;
+    m_asked.clear();
     return m_ini.close();
 }
 
@@ -50,6 +55,7 @@ psString psIStream::getItemValue(const psString& name, const psString& defaultVa
 psString psIStream::lookUp(const psString& name, const psString& defaultValue,
                            const psString& prompt) {
     psString value;
+    if (!m_asked.contains(name)) m_asked.push_back(name);
     if (m_data.get(name, value)) {
         m_source = psDataSource::COMMAND_LINE;
         return value;
@@ -59,7 +65,7 @@ psString psIStream::lookUp(const psString& name, const psString& defaultValue,
         m_source = psDataSource::INI_FILE;
         return value;
     }
-    if (m_console) return getItemValue(*m_console, name, prompt, defaultValue);
+    if (m_console && !psInterrupted()) return getItemValue(*m_console, name, prompt, defaultValue);
     m_source = psDataSource::DEFAULT;
     return defaultValue;
 }
@@ -75,6 +81,22 @@ psString psIStream::getItemValue(i_stream& console, const psString& name, const 
     answer.trim();
     m_source = answer.empty() ? psDataSource::DEFAULT : psDataSource::CONSOLE;
     return answer.empty() ? defaultValue : answer;
+}
+
+bool psIStream::canAskAgain() const {
+    return m_source == psDataSource::CONSOLE && m_console && !psInterrupted() &&
+           isatty(fileno(m_console->handle())) != 0;
+}
+
+psStringList psIStream::unaskedNames() const {
+    psStringList lines;
+    for (const psValueItem& item : m_data.items()) {
+        if (m_asked.contains(item.key)) continue;
+        const psString nearest = psNearest(item.key, m_asked);
+        lines.push_back("-d" + item.key + ": no such parameter" +
+                        (nearest.empty() ? psString(" in this run") : "; " + nearest + "?"));
+    }
+    return lines;
 }
 
 psIStream& psValueStream() {

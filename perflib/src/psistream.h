@@ -16,6 +16,7 @@ class psDataList {
     // By exact name; false leaves the value alone.
     bool get(const psString& name, psString& value) const;
     bool find(const psString& name) const;
+    const psValues& items() const { return m_items; }
     void clear() { m_items.clear(); }
 
   private:
@@ -52,6 +53,12 @@ class psIStream {
                           const psString& defaultValue);
     // Of the last value.
     psDataSource source() const { return m_source; }
+    // True when somebody at a terminal has given the last value and can give another.
+    bool canAskAgain() const;
+
+    // A line for each -d name that no value was asked for by, with the name that
+    // was probably meant.
+    psStringList unaskedNames() const;
 
   private:
     psString lookUp(const psString& name, const psString& defaultValue, const psString& prompt);
@@ -62,6 +69,7 @@ class psIStream {
     psString m_section;
     psDataSource m_source = psDataSource::DEFAULT;
     psDataList m_data;
+    psStringList m_asked;  // every name since the last close()
 };
 
 psIStream& psValueStream();

@@ -22,6 +22,15 @@ psStringList psDefinitionItems(const psString& text) {
     return items;
 }
 
+psString psListForm(const psString& value) {
+    return value.empty() ? value : value + "; ';' divides several";
+}
+
+template <class T>
+psString psStepIterator<T>::form() const {
+    return psIterator<T>::form() + "; FIRST;LAST;*STEP, +STEP or -STEP is a range";
+}
+
 template <class T>
 T psStepIterator<T>::limit(const psString& item, const char* what) const {
     psString text(item);

@@ -23,6 +23,9 @@ class psObject;
 // Splits at ";", trims, drops empty items; throws when none is left.
 psStringList psDefinitionItems(const psString& text);
 
+// The form of a list of values that have this one.
+psString psListForm(const psString& value);
+
 // A list of values; the current one is the parameter's value.
 template <class T>
 class psIterator_NSC : public psDefault_NSC<T>, public psList<T> {
@@ -138,6 +141,7 @@ class psIterator : public psIterator_NSC<T> {
         if (!psValueFromText(text, value)) text.setFailed();
         return value;
     }
+    psString form() const override { return psListForm(psFormOf<T>()); }
 };
 
 // Lists, and ranges from first to last by adding, subtracting or multiplying.
@@ -184,6 +188,7 @@ class psStepIterator : public psIterator<T> {
         m_range = {};
     }
     psString defaultString() const override;
+    psString form() const override;
     bool nextValue() override;
     void translate(const psString& text) override;
 
@@ -233,6 +238,7 @@ template <class T>
 class psEnumIterator_NCS : public psIterator_NSC<T> {
   public:
     psString validString() const override { return m_names.names(admits()); }
+    psString form() const override { return psListForm("a value is one of " + validString()); }
     psString valueToString(const T& value) const override { return m_names.nameOf(value); }
     T stringToValue(psString& text) const override { return m_names.keyOf(text, admits()); }
 
@@ -358,6 +364,7 @@ class psCacheIterator : public psIterator<int> {
     int stringToValue(psString& text) const override;
     psString description() const override { return m_parm.description(); }
     psString prompt() const override { return m_parm.prompt(); }
+    psString form() const override { return m_parm.form(); }
     bool firstValue() override;
     bool nextValue() override;
     bool isDeprecatedParm() const override { return m_parm.isDeprecatedParm(); }

@@ -216,7 +216,9 @@ TEST_F(Canny, LevelThatTheProcessorLacksIsRejected) {
 TEST_F(Canny, InvalidValuesKeepTheOldOnes) {
     const Outcome outcome =
         runOne({"-dnumFigures=two", "-dMethod=Manual", "-dNumLoops=many", "-dnosuch=1"});
-    EXPECT_TRUE(has(outcome.out, "---ZMO. Exception: Invalid value of NumLoops = many\n"))
+    EXPECT_TRUE(has(outcome.out,
+                    "---ZMO. Exception: Invalid value of NumLoops = many\n"
+                    "-- a value is a whole number from 1 to 2147483647\n"))
         << outcome.out;
     const std::vector<Row> rows = pscv.rows();
     ASSERT_EQ(rows.size(), 3U);  // the three values that numFigures has by default

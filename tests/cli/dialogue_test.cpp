@@ -31,13 +31,30 @@ TEST(Dialogue, NoAnswerIsTheDefault) {
     }
 }
 
-TEST(Dialogue, AnswersAreTaken) {
+// Whoever types is asked until the answer is good or the input ends; a file has
+// one answer for each question.
+TEST(Dialogue, AnswersAreTakenAndWrongOnesAskedForAgain) {
     Pscv pscv;
-    pscv.input = "man\n7\n";
-    const Outcome outcome = pscv.run(small);
-    EXPECT_TRUE(has(outcome.out, " Method = Manual\n")) << outcome.out;
-    EXPECT_TRUE(has(outcome.out, " NumLoops = 7\n")) << outcome.out;
-    EXPECT_EQ(pscv.rows().at(0)[colComment], "nLps=7");
+    using Input = support::Command::Input;
+    const struct {
+        Input from;
+        const char *typed, *comment;
+        std::size_t refused;
+    } cases[] = {{Input::Text, "man\n7\n", "nLps=7", 0},
+                 {Input::Text, "man\n0\n", "nLps=10", 1},
+                 {Input::Text, "Foo\nman\n", "nLps=", 2},
+                 {Input::Terminal, "Foo\nman\n0\n7\n5\n\4", "nLps=7", 2},
+                 {Input::Terminal, "man\n0\n-1\n\4", "nLps=10", 2}};
+    for (const auto& c : cases) {
+        support::Command command = pscv.command(small);
+        command.stdinFrom = c.from;
+        command.input = c.typed;
+        const Outcome outcome = support::run(command);
+        EXPECT_TRUE(outcome.clean());
+        EXPECT_EQ(pscv.rows().at(0)[colComment].find(c.comment), 0U) << c.typed << outcome.out;
+        EXPECT_EQ(support::count(outcome.out, ": Invalid value of "), c.refused) << outcome.out;
+        EXPECT_EQ(support::count(outcome.out, "-- a value is "), c.refused) << outcome.out;
+    }
 }
 
 TEST(Dialogue, GivenValuesAndBatchModeAskNothing) {
@@ -67,6 +84,8 @@ TEST(Dialogue, EachTestAsksOnlyWithAll) {
         EXPECT_EQ(asked, all == "-AAll") << outcome.out;
         EXPECT_EQ(has(outcome.out, "Specify vectors alignment, please"), all != "-AParams");
         EXPECT_EQ(pscv.rows().size(), 3U);
+        for (const std::string& line : support::lines(outcome.out))
+            EXPECT_TRUE(!line.starts_with(" *") || line.size() == 79) << line;
     }
 }
 

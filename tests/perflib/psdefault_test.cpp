@@ -44,6 +44,11 @@ TEST(PsDefault, ReadsNumbersWholeOrNotAtAll) {
     EXPECT_EQ(failure(number, " -12 "), "");
     EXPECT_EQ(number.value(), -12);
 
+    psAtLeast<int> count(2, 7, "n");
+    EXPECT_EQ(failure(count, "1"), "Invalid value of n = 1");
+    EXPECT_EQ(failure(count, "2"), "");
+    EXPECT_EQ(str(count.form()), "a value is a whole number from 2 to 2147483647");
+
     psDefault<float> real(7, "f");
     for (const char* text : {"1e99", "nan", "inf", "1,5"})
         EXPECT_NE(failure(real, text), "") << text;

@@ -58,6 +58,10 @@ TEST(PsIterator, DeclarationsAtFileScope) {
     EXPECT_EQ(str(border.prompt()), "Border {replicate|const|mirror}");
     EXPECT_EQ(str(channels.prompt()), "Channels {1|3|4}");
     EXPECT_EQ(str(imageSize.prompt()), "Image size");
+    EXPECT_EQ(str(imageSize.form()),
+              "a size is WIDTHxHEIGHT, both at least 1; ';' divides several");
+    EXPECT_EQ(str(channels.form()), "a value is one of 1|3|4; ';' divides several");
+    EXPECT_TRUE(length.form().endsWith("; FIRST;LAST;*STEP, +STEP or -STEP is a range"));
 }
 
 // Reads a definition, walks it, and walks what it prints and gives back.

@@ -37,6 +37,21 @@ Pipe makePipe() {
     return {ends[0], ends[1]};
 }
 
+Pipe makeTerminal() {
+    Pipe ends;
+    ends.write = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (ends.write < 0 || grantpt(ends.write) != 0 || unlockpt(ends.write) != 0) fail("openpt");
+    ends.read = open(ptsname(ends.write), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (ends.read < 0) fail("ptsname");
+    return ends;
+}
+
+Pipe makeInput(Command::Input from) {
+    if (from == Command::Input::Text) return makePipe();
+    if (from == Command::Input::Terminal) return makeTerminal();
+    return {open("/dev/null", O_RDONLY | O_CLOEXEC), -1};
+}
+
 void closeEnd(int& descriptor) {
     if (descriptor >= 0) close(descriptor);
     descriptor = -1;
@@ -85,8 +100,7 @@ Process::Process(Command command) : m_command(std::move(command)), m_start(Clock
     const std::vector<char*> argv = pointersTo(words);
     const std::vector<char*> envp = pointersTo(variables);
 
-    const bool feeds = m_command.stdinFrom == Command::Input::Text;
-    Pipe in = feeds ? makePipe() : Pipe{open("/dev/null", O_RDONLY | O_CLOEXEC), -1};
+    Pipe in = makeInput(m_command.stdinFrom);
     Pipe out = makePipe();
     Pipe err = makePipe();
     Pipe started = makePipe();  // closed by a successful exec, else carries errno
@@ -147,7 +161,8 @@ void Process::feed() {
         }
         m_fed += static_cast<std::size_t>(count);
     }
-    closeEnd(m_in);
+    // A terminal that goes takes along what nobody has read yet.
+    if (m_command.stdinFrom != Command::Input::Terminal) closeEnd(m_in);
 }
 
 // Moves what is ready, at the latest until the moment given; false when both
@@ -155,8 +170,8 @@ void Process::feed() {
 bool Process::pump(Clock::time_point until) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
     if (left.count() <= 0 || (m_out < 0 && m_err < 0)) return false;
-    std::array<pollfd, 3> waited{
-        {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}, {m_in, m_in >= 0 ? short{POLLOUT} : short{0}, 0}}};
+    const int in = m_fed < m_command.input.size() ? m_in : -1;
+    std::array<pollfd, 3> waited{{{m_out, POLLIN, 0}, {m_err, POLLIN, 0}, {in, POLLOUT, 0}}};
     if (poll(waited.data(), waited.size(), static_cast<int>(left.count())) < 0) {
         return errno == EINTR;
     }

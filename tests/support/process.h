@@ -17,8 +17,9 @@ struct Command {
     std::vector<std::string> arguments;
     // Added to the inherited environment; no value removes the variable.
     std::map<std::string, std::optional<std::string>> environment;
-    enum class Input { Null, Closed, Text } stdinFrom = Input::Null;
-    std::string input;                // what standard input holds with Input::Text
+    // Terminal: the text is typed; a 4 in it is the end of the input.
+    enum class Input { Null, Closed, Text, Terminal } stdinFrom = Input::Null;
+    std::string input;                // what standard input holds with Text and Terminal
     std::filesystem::path directory;  // working directory; empty: the caller's
     std::chrono::milliseconds timeout{60'000};
 };
