@@ -24,6 +24,7 @@ int& psSession::m_nameMode = psCStream::m_nameMode;
 bool& psSession::m_nameExit = psCStream::m_nameExit;
 int psSession::m_exitLevel = 0;
 bool psSession::m_libraryWanted = false;
+bool psSession::m_optionFile = false;
 
 namespace {
 
@@ -112,6 +113,7 @@ void psSession::applyOption(char key, const psString& arg) {
         return;
     }
     m_optionsLine += option->info(arg) + "\n";
+    if (const psString line = psSuperfluous(key, arg); !line.empty()) remarkOption(line);
     if (option->apply) option->apply(arg, this);
 }
 
@@ -156,17 +158,25 @@ void psSession::resetKeys() {
     m_unopened = false;
     m_iniName = "";
     m_optionsLine = "Command line options: ";
+    m_optionRemarks.clear();
 }
 
-bool psSession::readCfgFile(psString& line, psString& path) const {
-    constexpr int maxLength = 1023;
+bool psSession::readCfgFile(psString& line, psString& path) {
+    constexpr std::size_t maxLength = 1023;
+    constexpr const char* cfgRule =
+        "only the first line is read, up to 1023 characters and no NUL byte";
     const psString name = m_exePath.getFileTitle() + ".cfg";
     for (const psString& candidate : {name, genDirName("") + name}) {
         i_stream file(candidate, io_stream::READ | io_stream::NAME_AS_GIVEN, false);
         if (!file.isOpen()) continue;
         file.getline(line);
         if (file.readError()) continue;  // a directory
-        if (line.length() > maxLength) line = line.substr(0, maxLength);
+        line = psWithoutByteOrderMark(line.view());
+        const auto end = std::min(line.view().find('\0'), maxLength);
+        psString rest = line.view().substr(std::min(end, line.view().size()));
+        line = line.view().substr(0, end);
+        for (psString more; file.getline(more);) rest += more.trim();
+        if (!rest.empty()) remarkOption(candidate + ": " + cfgRule);
         path = candidate;
         return true;
     }
@@ -226,17 +236,31 @@ bool psSession::parseCommandLine(int argc, char** argv) {
 
     g_ostrm.setOutLevel(allResults);
     const bool filesRead = m_commandList->expandFiles();
-    for (const psCommandKey& entry : *m_commandList) {
-        if (entry.key() != ' ') applyOption(entry.key(), entry.arg());
-    }
-    g_ostrm << m_optionsLine;
-    m_optionsLine = "";
+    for (const psString& line : m_commandList->remarks()) remarkOption(line);
+    applyKeys();
+    printOptions();
 
     if (!filesRead) g_ostrm << "FATAL FAIL: can't open option file for reading\n";
     if (m_unopened) g_ostrm << "FATAL FAIL: can't open output file for writing\n";
     if (!filesRead || m_unopened || !openIniFile()) return false;
     updateOptions();
     return true;
+}
+
+void psSession::applyKeys() {
+    for (const psCommandKey& entry : *m_commandList) {
+        if (entry.key() == ' ') continue;
+        m_optionFile = entry.fromFile();
+        applyOption(entry.key(), entry.arg());
+    }
+    m_optionFile = false;
+}
+
+void psSession::printOptions() {
+    g_ostrm << m_optionsLine << ERR;
+    m_optionsLine = "";
+    for (const psString& line : m_optionRemarks) g_ostrm << "-- " << line << "\n";
+    g_ostrm << END;
 }
 
 void psSession::updateOptions() {
@@ -370,6 +394,7 @@ int psSession::runTests() {
     if (pTestList->sets.measured > 0 && !shown)
         psRemarks::add("No figure was shown: -LP shows them here, -r writes them to a table");
     outputFooter();
+    psRemarkUnmet(*this, *pTestList, true);
     return result;
 }
 
@@ -455,4 +480,5 @@ void psSession::listTests(int mode) {
     const psReportList list(*pTestList, *m_conditions, mode);
     g_ostrm << title << list;
     g_cstrm << title << list;
+    psRemarkUnmet(*this, *pTestList, false);
 }

@@ -65,6 +65,8 @@ class psSession {
     const psOptionList& options() const { return m_options; }
     // Adds the key's echo to the options line and lets it act.
     void applyOption(char key, const psString& arg);
+    // Lines that stand behind the options block: what of the keys had no effect.
+    void remarkOption(const psString& line) { m_optionRemarks.push_back(line); }
 
     // For the apply functions of the keys.
     void addAskMode(int mode) { m_askMode |= mode; }
@@ -98,6 +100,8 @@ class psSession {
     // The exit level is 1 with -e, 2 with -h or -?, 3 with -v, else 0.
     static bool isExit(int level) { return m_exitLevel >= level; }
     static psString getExitInfo();
+    // True while a key of an option file is applied.
+    static bool isOptionFile() { return m_optionFile; }
 
     // Absolute names stay as they are; names without a dot get the extension;
     // an empty name is the default title with the extension. All directories
@@ -141,8 +145,10 @@ class psSession {
 
   private:
     void resetKeys();
+    void applyKeys();
+    void printOptions();
     void readKeys(int argc, char** argv);
-    bool readCfgFile(psString& line, psString& path) const;
+    bool readCfgFile(psString& line, psString& path);
     void setExitLevel();
     void setDefaults();
     bool openIniFile();
@@ -167,6 +173,7 @@ class psSession {
     psString m_iniName;
     bool m_iniWrite = false;
     psString m_optionsLine;
+    psStringList m_optionRemarks;
     psString m_signalName;
     char m_helpArg = '\0';
     bool m_hideHidden = true;
@@ -174,4 +181,5 @@ class psSession {
     unsigned long long m_cpuFeatures = 0;
 
     static bool m_libraryWanted;
+    static bool m_optionFile;
 };

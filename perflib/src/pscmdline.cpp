@@ -1,6 +1,8 @@
 #include "pscmdline.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <string_view>
 
 #include "psstream.h"
@@ -32,6 +34,11 @@ psStringList splitWords(std::string_view text) {
 
 bool psCommandKey::isKeyWord(const psString& word) {
     return word.length() >= 2 && (word[0] == '-' || word[0] == '/');
+}
+
+bool psCommandKey::takesNextWord(const psString& word) {
+    if (word == "--help" || word == "--version" || word.length() <= 2) return true;
+    return word.length() == 3 && isSign(word[2]);
 }
 
 bool psCommandKey::setArg(const psString& word, const psString& separateArg) {
@@ -101,20 +108,47 @@ void psCommandList::insertArgs(const psStringList& words, iterator position) {
 void psCommandList::insertArg(const psString& word, const psString& separateArg,
                               iterator position) {
     psCommandKey key;
-    if (key.setArg(word, separateArg)) insert(position, key);
+    if (!key.setArg(word, separateArg)) {
+        remarkLost(word, {});
+        remarkLost(separateArg, {});
+        return;
+    }
+    key.setFromFile(m_fromFile);
+    insert(position, key);
+    if (!psCommandKey::takesNextWord(word)) remarkLost(separateArg, word);
+}
+
+void psCommandList::remarkLost(const psString& word, const psString& behind) {
+    if (word.empty()) return;
+    const psString place = behind.empty() ? psString() : " behind " + behind;
+    m_remarks.push_back("'" + word + "'" + place + " is no key and was ignored");
 }
 
 bool psCommandList::insertFromFile(const psString& file, iterator position) {
+    psString text;
+    if (!readFile(file, text)) return false;
+    m_fromFile = true;
+    insertArgs(text.c_str(), position);
+    m_fromFile = false;
+    return true;
+}
+
+bool psCommandList::readFile(const psString& file, psString& text) {
     i_stream stream(file, io_stream::READ | io_stream::NAME_AS_GIVEN);
     if (!stream.isOpen()) return false;
-    psString text;
-    for (psString line; stream.getline(line);) text += line + " ";
-    if (stream.readError()) {  // a directory opens, but does not read
-        io_stream::reportOpenFailure(file, io_stream::READ, stream.error());
-        return false;
+    int number = 0;
+    for (psString line; stream.getline(line);) {
+        std::string_view words = line.view();
+        if (++number == 1) words = psWithoutByteOrderMark(words);
+        const std::size_t end = words.find('\0');
+        if (end != std::string_view::npos)
+            m_remarks.push_back(file + ", line " + number + " was cut at a NUL byte");
+        text += psString(words.substr(0, end)) + " ";
     }
-    insertArgs(text.c_str(), position);
-    return true;
+    if (!stream.readError()) return true;
+    // A directory opens, but does not read.
+    io_stream::reportOpenFailure(file, io_stream::READ, stream.error());
+    return false;
 }
 
 bool psCommandList::expandFiles() {

@@ -18,13 +18,18 @@ class psCommandKey {
 
     char key() const { return m_key; }
     const psString& arg() const { return m_arg; }
+    bool fromFile() const { return m_fromFile; }
+    void setFromFile(bool on) { m_fromFile = on; }
 
     // At least two characters that begin with '-' or '/'.
     static bool isKeyWord(const psString& word);
+    // Of a key word: that it has no argument of its own.
+    static bool takesNextWord(const psString& word);
 
   private:
     char m_key = ' ';
     psString m_arg;
+    bool m_fromFile = false;  // an option file's
 };
 
 // Keys in command-line order, followed by one end mark.
@@ -41,14 +46,15 @@ class psCommandList : public psList<psCommandKey> {
     void setArg(char key, const psString& arg);
 
     // The keys go before `position`. A word is given the next one as separate
-    // argument unless that is a key word itself; words that are no key words
-    // are dropped together with it.
+    // argument unless that is a key word itself. Words that come to nothing so are
+    // dropped, and told by remarks().
     void insertArgs(const char* text, iterator position);
     void insertArgs(const psStringList& words, iterator position);
     void insertArg(const psString& word, const psString& separateArg, iterator position);
 
     // Inserts the keys of an option file, all its lines joined; false, and a
-    // message, when it cannot be read. The name is taken as given.
+    // message, when it cannot be read. The name is taken as given. A NUL byte ends
+    // the text of its line.
     bool insertFromFile(const psString& file, iterator position);
 
     // Puts the keys of every -@ file in its place; keys that came from a file
@@ -58,8 +64,16 @@ class psCommandList : public psList<psCommandKey> {
     bool isKey(char key) const;
     bool getArg(char key, psString& arg) const;  // of the last entry with the key
 
+    // A line for each part of what was given that is in no key.
+    const psStringList& remarks() const { return m_remarks; }
+
   private:
     iterator endMark();
+    void remarkLost(const psString& word, const psString& behind);
+    bool readFile(const psString& file, psString& text);
+
+    psStringList m_remarks;
+    bool m_fromFile = false;
 };
 
 // The list of the current run, owned by the session; null before its keys are read.

@@ -20,6 +20,52 @@ const psString& nameOf(const psTest& test, Target target) {
     }
 }
 
+// The names of one kind, each once.
+psStringList namesOf(const psList<psTest*>& tests, int target) {
+    psStringList names;
+    for (const psTest* test : tests) {
+        const psString& name = nameOf(*test, static_cast<Target>(target));
+        if (!names.contains(name)) names.push_back(name);
+    }
+    return names;
+}
+
+long countWith(const psStringList& names, const psString& pattern) {
+    return std::ranges::count_if(names, [&](const auto& name) { return name.contains(pattern); });
+}
+
+// The text in the capital and small letters in which a name has it.
+psString spellingIn(const psStringList& names, const psString& text) {
+    const psString lower = text.toLower();
+    for (const psString& name : names) {
+        const int at = name.toLower().find(lower);
+        if (at >= 0) return name.substr(at, text.length());
+    }
+    return {};
+}
+
+psString hint(const psStringList& names, const RunCondition& condition) {
+    const psString nearest = psNearest(condition.pattern, names);
+    const psString spelling = spellingIn(names, condition.pattern);
+    const bool whole = condition.kind == RunCondition::exact || spelling.empty();
+    if (whole && !nearest.empty()) return "; " + nearest + "?";
+    if (spelling.empty()) return {};
+    return "; " + psText(countWith(names, spelling)) + " have '" + spelling + "'" +
+           (whole ? " in theirs" : "");
+}
+
+// Empty when the pattern fits a name.
+psString unmatchedLine(const psStringList& names, const RunCondition& condition) {
+    constexpr const char* things[] = {"function", "test", "file"};
+    const psString& pattern = condition.pattern;
+    const bool exact = condition.kind == RunCondition::exact;
+    if (exact ? names.contains(pattern) : countWith(names, pattern) > 0) return {};
+    const psString quoted = "'" + pattern + "'";
+    return psString("no ") + things[condition.target] +
+           (exact ? " has the name " + quoted : " has " + quoted + " in its name") +
+           hint(names, condition);
+}
+
 constexpr RunCondition::Kind kindOf(Form form) {
     if (form == Form::plain) return RunCondition::alternative;
     return form == Form::equal ? RunCondition::exact : RunCondition::must;
@@ -107,6 +153,15 @@ int psConditions::count(int target) const {
 int psConditions::count(int target, int kind) const {
     return static_cast<int>(std::ranges::count_if(
         *this, [=](auto* c) { return c->target == target && c->kind == kind; }));
+}
+
+psStringList psConditions::unmatched(const psList<psTest*>& tests) const {
+    psStringList lines;
+    for (const RunCondition* condition : *this) {
+        const psString line = unmatchedLine(namesOf(tests, condition->target), *condition);
+        if (!line.empty()) lines.push_back(line);
+    }
+    return lines;
 }
 
 bool psConditions::tobeRun_or(const psTest* test, int target, int kind) const {

@@ -83,4 +83,8 @@ class psConditions : public psList<RunCondition*> {
     bool tobeRun_and(const psTest* test, int target) const;           // all of kind `must` hold
     int count(int target) const;
     int count(int target, int kind) const;
+
+    // A line for each pattern that fits no name of the tests, with what was
+    // probably meant.
+    psStringList unmatched(const psList<psTest*>& tests) const;
 };

@@ -26,7 +26,8 @@ constexpr psKeyText keyTexts[] = {
   the console and the default, in every test that has the parameter; -I lists
   all names with their values. The name is taken exactly as spelt, blanks around
   name and value are dropped. The key may be repeated; of equal names the last
-  wins; a name that no test has is no error.
+  wins; names that nothing asked for are told at the end of the run. A value
+  that is refused is told with a valid form, and what was before stays.
   A parameter of sizes or numbers takes a list ("1;2;4") or first, last and
   step ("64;1024;*2"). ';' and blanks end a word in option files, in the
   configuration file and in the shell: quote such a value, on the command line.
@@ -42,9 +43,9 @@ constexpr psKeyText keyTexts[] = {
     {'i', false, "-i[<file-name>]  = read PS parameters from ini-file\n",
      R"(  Default file: <directory of -p>/<title of -n>.ini. A name without a dot gets
   ".ini", a relative one lies in the directory of -p. The last of all -i and -I
-  keys wins. A file that cannot be read is named, and the run goes on without it.
-  Ini-file section [<func-name>] contains parameters for measurement of this function
-  and [Perf System] the common ones. A parameter read from the ini-file
+  keys wins. A file that cannot be read is named, and the run goes on without.
+  Ini-file section [<func-name>] contains parameters for measurement of this
+  function and [Perf System] the common ones. A parameter read from the ini-file
   will not be asked from console; -d goes before the file.
   Glue the path to the key: in "-i /data/x.ini" the second word is a key.
   Example: pscv -B -i/data/canny.ini
@@ -54,7 +55,9 @@ constexpr psKeyText keyTexts[] = {
   If the parameter is already present in ini-file then PS doesn't overwrite it.
   Nothing is measured.
   Default file: <directory of -p>/<title of -n>.ini; the last of all -i and -I
-  keys wins. A file that cannot be written ends the run. Then run with -i.
+  keys wins. A file that cannot be written ends the run before any test, and so
+  does one that is no ini-file (a NUL byte, text without a line [section]),
+  which stays as it is. Then run with -i.
   Glue the path to the key: in "-I /data/x.ini" the second word is a key.
   Example: pscv -B -fCanny -I/data/canny.ini
 )"},
@@ -181,7 +184,8 @@ constexpr psKeyText keyTexts[] = {
      "-f=<func-name>   = run tests for the function with exactly this name\n",
      R"(  Repeat the key at will: a function is tested when its name is one of the -f=
   names, or holds at least one of the -f patterns (if there are any), all -f+
-  and none of the -f- patterns. Capital and small letters differ.
+  and none of the -f- patterns. Capital and small letters differ. A pattern that
+  fits no name is told at the end of the run.
   -k tells how -f, -t and -m work together.
   Example: pscv -B -fCanny -fSobel -f-32f
 )"},
@@ -269,9 +273,9 @@ constexpr psKeyText keyTexts[] = {
   relative name starts in the working directory, no extension is added; a file
   that cannot be read ends the run. Blanks, tabs, line ends, ';' and '"' divide
   words, and quotes hold nothing together: values and paths with blanks or ';'
-  are for the ini-file or the command line. In the file -p, -l and -n do not
-  act, -e, -h and -v do without the other keys' echo telling so, and a -@ is
-  ignored.
+  are for the ini-file or the command line. A NUL byte ends its line. In the
+  file -p, -l and -n do not act, -e, -h and -v do without the other keys' echo
+  telling so, and a -@ is ignored.
   Without any key on the command line the first line of <title>.cfg is read, in
   the working directory or else beside the program.
   Glue the path to the key: in "-@ /data/x" the second word is a key.

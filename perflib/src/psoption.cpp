@@ -9,8 +9,10 @@
 #include "psctable.h"
 #include "psctrl87.h"
 #include "pshelp.h"
+#include "psinterrupt.h"
 #include "psistream.h"
 #include "pslib.h"
+#include "psremarks.h"
 #include "psstream.h"
 #include "pstest.h"
 #include "pstool.h"
@@ -24,6 +26,15 @@ using Info = psOption::Info;
 template <Info info, int level = 1>
 psString unlessExit(const psString& arg) {
     return psSession::isExit(level) ? psSession::getExitInfo() : info(arg);
+}
+
+// The echo of a key that must be known before any key acts: those in an option
+// file come too late.
+template <Info info, char key>
+psString onCommandLine(const psString& arg) {
+    if (psSession::isOptionFile())
+        return "ignored: -" + psString(key) + " does not act in an option file";
+    return info(arg);
 }
 
 bool isGiven(char key) {
@@ -386,7 +397,8 @@ void applyEnumerate(const psString& arg, psSession* session) {
 }
 
 psString infoVersion(const psString&) {
-    if (psSession::m_exitLevel != 3) return psSession::getExitInfo();
+    // Level 0: -v stands in an option file, where it acts, too.
+    if (psSession::m_exitLevel == 1 || psSession::m_exitLevel == 2) return psSession::getExitInfo();
     return "type the version number of the Performance System and exit";
 }
 void applyVersion(const psString&, psSession* session) {
@@ -412,15 +424,17 @@ struct KeyRow {
     char key;
     Info info;
     psOption::Apply apply;
+    // What the argument may be, with '|' between; null: no fixed words.
+    const char* words = nullptr;
 };
 
 constexpr KeyRow keyRows[] = {
-    {'B', unlessExit<infoBatch>, applyBatch},
+    {'B', unlessExit<infoBatch>, applyBatch, ""},
     {'A', unlessExit<infoAsk>, applyAsk},
     {'d', unlessExit<infoData>, applyData},
     {'i', unlessExit<infoIniRead>, applyIniRead},
     {'I', unlessExit<infoIniWrite>, applyIniWrite},
-    {'P', unlessExit<infoPressing>, applyPressing},
+    {'P', unlessExit<infoPressing>, applyPressing, ""},
     {'o', unlessExit<infoOutput<listing>>, applyOutput<listing>},
     {'O', unlessExit<infoOutput<listing, true>>, applyOutput<listing, true>},
     {'L', unlessExit<infoLevel>, applyLevel},
@@ -428,35 +442,40 @@ constexpr KeyRow keyRows[] = {
     {'r', unlessExit<infoOutput<results>>, applyOutput<results>},
     {'R', unlessExit<infoOutput<results, true>>, applyOutput<results, true>},
     {'q', unlessExit<infoNames>, applyNames},
-    {'Q', unlessExit<infoNameExit>, applyNameExit},
+    {'Q', unlessExit<infoNameExit>, applyNameExit, ""},
     {'u', unlessExit<infoOutput<summary>>, applyOutput<summary>},
     {'U', unlessExit<infoOutput<summary, true>>, applyOutput<summary, true>},
     {'g', unlessExit<infoSignal>, applySignal},
-    {'n', unlessExit<infoName>, applyNothing},
-    {'p', unlessExit<infoInDir>, applyNothing},
-    {'l', unlessExit<infoOutDir>, applyNothing},
+    {'n', unlessExit<onCommandLine<infoName, 'n'>>, applyNothing},
+    {'p', unlessExit<onCommandLine<infoInDir, 'p'>>, applyNothing},
+    {'l', unlessExit<onCommandLine<infoOutDir, 'l'>>, applyNothing},
     {'f', unlessExit<infoCondition<RunCondition::function>, 2>,
      applyCondition<RunCondition::function>},
     {'t', unlessExit<infoCondition<RunCondition::testClass>, 2>,
      applyCondition<RunCondition::testClass>},
     {'m', unlessExit<infoCondition<RunCondition::source>, 2>, applyCondition<RunCondition::source>},
-    {'k', unlessExit<infoLogic>, applyLogic},
+    {'k', unlessExit<infoLogic>, applyLogic, "and|or"},
     {'F', unlessExit<infoStart>, applyStart},
     {'Y', unlessExit<infoPriority>, applyPriority},
-    {'H', unlessExit<infoHot>, applyHot},
-    {'W', unlessExit<infoUnmask>, applyUnmask},
+    {'H', unlessExit<infoHot>, applyHot, "ONLY"},
+    {'W', unlessExit<infoUnmask>, applyUnmask, "="},
     {'T', unlessExit<infoFeatures>, applyFeatures},
-    {'S', unlessExit<infoSetUse>, applySetUse},
-    {'C', unlessExit<infoCache>, applyCache},
-    {'s', unlessExit<infoSort, 2>, applySort},
-    {'e', unlessExit<infoEnumerate, 2>, applyEnumerate},
-    {'v', infoVersion, applyVersion},
+    {'S', unlessExit<infoSetUse>, applySetUse, "U"},
+    {'C', unlessExit<infoCache>, applyCache, ""},
+    {'s', unlessExit<infoSort, 2>, applySort, "-"},
+    {'e', unlessExit<infoEnumerate, 2>, applyEnumerate, "+|-"},
+    {'v', infoVersion, applyVersion, ""},
     {'@', nullptr, nullptr},
     {'h', infoHelp<'h'>, applyHelp<'h'>},
     {'c', unlessExit<infoCount<milliseconds>>, applyCount<milliseconds>},
     {'j', unlessExit<infoCount<leastLoops>>, applyCount<leastLoops>},
     {'?', infoHelp<'?'>, applyHelp<'?'>},
 };
+
+// How many characters the texts begin with alike.
+int commonLength(const psString& a, const psString& b) {
+    return static_cast<int>(std::ranges::mismatch(a.view(), b.view()).in1 - a.view().begin());
+}
 
 }  // namespace
 
@@ -467,6 +486,35 @@ void psRegisterKeys(psSession& session) {
         const psKeyText& text = psTextOfKey(row.key);
         session.initOption(key, text.help, row.info, row.apply, text.description, text.hidden);
     }
+}
+
+psString psSuperfluous(char key, const psString& arg) {
+    const auto* row = std::ranges::find(keyRows, key, &KeyRow::key);
+    if (row == std::end(keyRows) || !row->words) return {};
+    psStringList words;
+    psString(row->words).parse(words, "|");
+    int used = 0;
+    for (const psString& word : words) used = std::max(used, commonLength(arg, word));
+    if (used == arg.length()) return {};
+    const psString taken =
+        words.empty() ? psString("no argument") : psString("nothing or ") + row->words;
+    const psString name = "-" + psString(key);
+    return name + arg + ": " + name + " takes " + taken + ", '" + arg.substr(used) +
+           "' was ignored";
+}
+
+void psRemarkUnmet(const psSession& session, psTestList& tests, bool haveRun) {
+    psConditions& conditions = *session.conditions();
+    psStringList lines = conditions.unmatched(tests);
+    const bool any =
+        std::ranges::any_of(tests, [&](psTest* test) { return test->tobeRun(conditions); });
+    if (!any && lines.empty()) lines.push_back("no test fits all of -f, -t, -m and -H");
+    if (haveRun && any && !psTestList::m_startFunc().empty())
+        lines.push_back("-F" + psTestList::m_startFunc() +
+                        ": no selected function has it in its name");
+    for (const psString& line : lines) psRemarks::add("-- " + line);
+    if (!haveRun || !any || psInterrupted()) return;
+    for (const psString& line : g_istrm.unaskedNames()) psRemarks::add("-- " + line);
 }
 
 psOption* psFindOption(const psOptionList& options, char key) {

@@ -5,6 +5,7 @@
 #include "psstring.h"
 
 class psSession;
+class psTestList;
 
 // One key. `help` is the line (or lines) of the short help, `description` the
 // text of the extended help; -@ alone has neither echo nor effect of its own.
@@ -25,6 +26,15 @@ using psOptionList = psList<psOption*>;
 // Registers every key through psSession::initOption, in the order of the help.
 // -q and -Q are left out unless psRegQKeys was called.
 void psRegisterKeys(psSession& session);
+
+// A line that names what of the argument the key does not look at; empty when it
+// takes all.
+psString psSuperfluous(char key, const psString& arg);
+
+// Adds to the lines for the end of the run what -f, -t, -m, -H and -F asked of the
+// tests that none of them has, and, when the tests have run to their end, the names of
+// -d that nothing asked for.
+void psRemarkUnmet(const psSession& session, psTestList& tests, bool haveRun);
 
 // The first option with the key, or null.
 psOption* psFindOption(const psOptionList& options, char key);

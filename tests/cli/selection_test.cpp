@@ -67,7 +67,6 @@ TEST(Selection, PatternsChooseFromTheList) {
         {{"-tCanny", "-fMinMax", "-kor"},
          [](const Listed& t) { return has(t.testClass, "Canny") || has(t.function, "MinMax"); }},
         {{"-tCanny", "-fMinMax"}, [](const Listed&) { return false; }},
-        {{"-fcanny"}, [](const Listed&) { return false; }},
         {{"-f==x"}, [](const Listed&) { return false; }},
         {{"-f=zmoiCanny"}, [](const Listed&) { return false; }},
         {{"-f", "-", "-f+", "-m="}, [](const Listed&) { return true; }},
@@ -91,6 +90,30 @@ TEST(Selection, PatternsChooseFromTheList) {
         Words keys{"-e"};
         keys.insert(keys.end(), c.keys.begin(), c.keys.end());
         EXPECT_EQ(listed(pscv, keys), expected) << c.keys[0];
+    }
+}
+
+// What was asked for and is not there is told behind everything else.
+TEST(Selection, NamesThatNothingHasAreToldAtTheEnd) {
+    const Pscv pscv;
+    const std::pair<Words, const char*> cases[] = {
+        {{"-e", "-fcanny"}, "-- no function has 'canny' in its name; 5 have 'Canny'\n"},
+        {{"-tTimccanny"}, "-- no test has 'Timccanny' in its name; 3 have 'TimcCanny'\n"},
+        {{"-m=p_cadds"}, "-- no file has the name 'p_cadds'; p_cadd?\n"},
+        {{"-f=zmoiCanny"},
+         "-- no function has the name 'zmoiCanny'; 5 have 'zmoiCanny' in theirs\n"},
+        {{"-f=zmoiCanny_16s8u_C1R", "-f+qqq", "-dMethod=Manual", "-dmethod=1"},
+         "-- no function has 'qqq' in its name\n-- -dmethod: no such parameter; Method?\n"},
+        {{"-fCanny", "-f+MinMax"}, "-- no test fits all of -f, -t, -m and -H\n"},
+        {{"-fCanny", "-Fmin"}, "-- -Fmin: no selected function has it in its name\n"},
+        {{"-f=zmoiCanny_16s8u_C1R", "-dMethod=Manual", "-dImageSizes=1x1", "-dLevel=2"},
+         "-- -dImageSizes: no such parameter; ImageSize?\n"
+         "-- -dLevel: no such parameter in this run\n"}};
+    for (const auto& [keys, end] : cases) {
+        Words all{"-B"};
+        all.insert(all.end(), keys.begin(), keys.end());
+        const std::string out = pscv.run(all).out;
+        EXPECT_TRUE(out.ends_with("-+\n" + std::string(end))) << out;
     }
 }
 

@@ -56,7 +56,7 @@ TEST_F(SessionTest, TheExitLevelIsKnownBeforeAnyKeyActs) {
 
 // What must be known before any key acts is not looked for in option files.
 TEST_F(SessionTest, OptionFilesAreAppliedInPlaceButSetNoDefaults) {
-    file("opts", "-nother -p/in -e\n-@opts");
+    file("opts", "\xef\xbb\xbf-nother -p/in -e\n-l/o -v -@opts");
     psSession session;
     const std::string echo = parse(session, {"-ntitle", "-@opts", "-B"});
     EXPECT_TRUE(m_parsed);
@@ -64,7 +64,12 @@ TEST_F(SessionTest, OptionFilesAreAppliedInPlaceButSetNoDefaults) {
     EXPECT_EQ(psSession::getInPath(), "bin/");
     EXPECT_EQ(psSession::m_exitLevel, 0);
     EXPECT_EQ(session.enumMode(), 0);
-    EXPECT_NE(echo.find("-@opts: ignored: option files cannot be nested\n-B: batch mode\n"),
+    EXPECT_NE(echo.find("-nother: ignored: -n does not act in an option file\n"
+                        "-p/in: ignored: -p does not act in an option file\n"
+                        "-e: enumerate tested functions and exit\n"
+                        "-l/o: ignored: -l does not act in an option file\n"
+                        "-v: type the version number of the Performance System and exit\n"
+                        "-@opts: ignored: option files cannot be nested\n-B: batch mode\n"),
               std::string::npos)
         << echo;
 }
@@ -86,13 +91,16 @@ TEST_F(SessionTest, TheLastOfTheNameKeysCountsAndAnEmptyOneKeepsTheTitle) {
 
 TEST_F(SessionTest, WithoutArgumentsTheConfigurationFileIsTheCommandLine) {
     const std::string header = "Command line options: read from pscv.cfg file\n";
+    const std::string cut =
+        "-- pscv.cfg: only the first line is read, up to 1023 characters and no NUL byte\n";
     const std::tuple<const char*, std::string, std::string> cases[] = {
         {nullptr, "",
          "Command line options: set by _FORCE_CMDLINE preprocessor definition\n-B: batch mode\n"},
-        {"pscv.cfg", "-s-\n-nlost\n", header + "-s-: don't sort functions\n"},
+        {"pscv.cfg", "\xef\xbb\xbf-s-\n\n-nlost\n", header + "-s-: don't sort functions\n" + cut},
+        {"pscv.cfg", std::string("-s-\0-B", 6), header + "-s-: don't sort functions\n" + cut},
         {"pscv.cfg", "\r\n", header},
         {"pscv.cfg", "-@more\r\n", header + "-B: batch mode\n"},
-        {"pscv.cfg", std::string(1021, ' ') + "-B -s-", header + "-B: batch mode\n"}};
+        {"pscv.cfg", std::string(1021, ' ') + "-B -s-", header + "-B: batch mode\n" + cut}};
     file("more", "-B");
     for (const auto& [config, text, echo] : cases) {
         if (config) file(config, text);

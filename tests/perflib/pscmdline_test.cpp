@@ -23,30 +23,42 @@ std::string keysOf(const psCommandList& list) {
     return text;
 }
 
+// The words that came to nothing.
+std::string lostOf(const psCommandList& list) {
+    std::string text;
+    for (const psString& line : list.remarks()) {
+        const std::string whole = str(line);
+        text += whole.substr(0, whole.find(" is no key"));
+    }
+    return text;
+}
+
 TEST(CommandWords, ArePairedIntoKeysAndArguments) {
-    const std::pair<std::vector<const char*>, const char*> cases[] = {
-        {{}, ""},
-        {{"-ifile.ini", "-B"}, "i[file.ini]B[]"},
-        {{"-i", "file.ini", "/B"}, "i[file.ini]B[]"},
-        {{"-f+", "Canny"}, "f[+Canny]"},
-        {{"-f-32f", "lost"}, "f[-32f]"},
-        {{"-s-", "x", "-f=", "y", "-f==x"}, "s[-x]f[=y]f[==x]"},
-        {{"-fCanny", "extra", "-B"}, "f[Canny]B[]"},
-        {{"foo", "bar", "baz", "-B", "x"}, "B[x]"},
-        {{"-h", "-"}, "h[-]"},
-        {{"-d", "X", "-5"}, "d[X]5[]"},
-        {{"-o", "/data/x"}, "o[]d[ata/x]"},
-        {{"-o/data/x"}, "o[/data/x]"},
-        {{"-d", "Accuracy, %=5"}, "d[Accuracy, %=5]"},
-        {{"--version", "--help", "f"}, "v[]h[f]"},
-        {{"--foo"}, "-[foo]"},
-        {{"-n", "", "-B"}, "n[]B[]"}};
-    for (const auto& [words, keys] : cases) {
+    const struct {
+        std::vector<const char*> words;
+        const char *keys, *lost = "";
+    } cases[] = {{{}, ""},
+                 {{"-ifile.ini", "-B"}, "i[file.ini]B[]"},
+                 {{"-i", "file.ini", "/B"}, "i[file.ini]B[]"},
+                 {{"-f+", "Canny"}, "f[+Canny]"},
+                 {{"-f-32f", "lost"}, "f[-32f]", "'lost' behind -f-32f"},
+                 {{"-s-", "x", "-f=", "y", "-f==x", ""}, "s[-x]f[=y]f[==x]"},
+                 {{"foo", "bar", "baz", "-B", "x", "-"}, "B[x]", "'foo''bar''baz''-'"},
+                 {{"-h", "-"}, "h[-]"},
+                 {{"-d", "X", "-5"}, "d[X]5[]"},
+                 {{"-o", "/data/x"}, "o[]d[ata/x]"},
+                 {{"-o/data/x"}, "o[/data/x]"},
+                 {{"-d", "Accuracy, %=5"}, "d[Accuracy, %=5]"},
+                 {{"--version", "--help", "f"}, "v[]h[f]"},
+                 {{"--foo"}, "-[foo]"},
+                 {{"-n", "", "-B"}, "n[]B[]"}};
+    for (const auto& [words, keys, lost] : cases) {
         psCommandList list;
         std::vector<char*> argv;
         for (const char* word : words) argv.push_back(const_cast<char*>(word));
         list.setArgs(static_cast<int>(argv.size()), argv.data());
         EXPECT_EQ(keysOf(list), keys);
+        EXPECT_EQ(lostOf(list), lost);
         EXPECT_EQ((--list.end())->key(), ' ');
     }
 }
@@ -60,18 +72,22 @@ TEST(OptionFile, IsExpandedWhereItStands) {
     const std::string two = key("two", "-B\n-fCanny"), empty = key("empty", ""),
                       crlf = key("crlf", "-i a.ini\r\n\r\n  -f+\r\n8u\r\n"),
                       open = key("open", "-o \"my file\"  -dn=1;2\t-o"),
-                      nested = key("nested", "-v " + two);
+                      nested = key("nested", "-v " + two),
+                      nul = key("nul", std::string("\xef\xbb\xbf-B\0 -x\n-s", 12));
     const std::pair<std::string, std::string> cases[] = {
         {"-e " + two + " " + two + " -s-", "e[]B[]f[Canny]B[]f[Canny]s[-]"},
         {crlf, "i[a.ini]f[+8u]"},
         {open + " name -B", "o[my]d[n=1]o[]B[]"},
         {empty + " -B", "B[]"},
-        {nested + " -B", "v[]@[" + two.substr(2) + "]B[]"}};
+        {nested + " -B", "v[]@[" + two.substr(2) + "]B[]"},
+        {nul + " -e", "B[]s[]e[]"}};
     for (const auto& [line, keys] : cases) {
         psCommandList list;
         list.setArgs(line.c_str());
         EXPECT_TRUE(list.expandFiles()) << line;
         EXPECT_EQ(keysOf(list), keys) << line;
+        const bool cut = lostOf(list) == nul.substr(2) + ", line 1 was cut at a NUL byte";
+        EXPECT_EQ(cut, line.starts_with(nul)) << line;
     }
     EXPECT_EQ(messages.take(), "");
 
