@@ -6,6 +6,7 @@
 #include "ps.h"
 #include "psdata.h"
 #include "psdefault.h"
+#include "psinterrupt.h"
 #include "psistream.h"
 #include "pstool.h"
 
@@ -36,7 +37,8 @@ class Dialogue {
 
   private:
     static bool willAsk(const psParameter& parm) {
-        if (!g_istrm.hasConsole() || !parm.isInput() || parm.name().empty()) return false;
+        if (!g_istrm.hasConsole() || psInterrupted()) return false;
+        if (!parm.isInput() || parm.name().empty()) return false;
         if (g_istrm.dataList().find(parm.name())) return false;
         return !g_istrm.hasIniFile() ||
                g_istrm.iniFile().read(g_istrm.iniSection(), parm.name()).empty();
