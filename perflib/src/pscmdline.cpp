@@ -1,8 +1,6 @@
 #include "pscmdline.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <string_view>
 
 #include "psstream.h"

@@ -512,9 +512,9 @@ void psRemarkUnmet(const psSession& session, psTestList& tests, bool haveRun) {
     if (haveRun && any && !psTestList::m_startFunc().empty())
         lines.push_back("-F" + psTestList::m_startFunc() +
                         ": no selected function has it in its name");
-    for (const psString& line : lines) psRemarks::add("-- " + line);
+    for (const psString& line : lines) psRemarks::add(line);
     if (!haveRun || !any || psInterrupted()) return;
-    for (const psString& line : g_istrm.unaskedNames()) psRemarks::add("-- " + line);
+    for (const psString& line : g_istrm.unaskedNames()) psRemarks::add(line);
 }
 
 psOption* psFindOption(const psOptionList& options, char key) {

@@ -97,18 +97,17 @@ TEST(Selection, PatternsChooseFromTheList) {
 TEST(Selection, NamesThatNothingHasAreToldAtTheEnd) {
     const Pscv pscv;
     const std::pair<Words, const char*> cases[] = {
-        {{"-e", "-fcanny"}, "-- no function has 'canny' in its name; 5 have 'Canny'\n"},
-        {{"-tTimccanny"}, "-- no test has 'Timccanny' in its name; 3 have 'TimcCanny'\n"},
-        {{"-m=p_cadds"}, "-- no file has the name 'p_cadds'; p_cadd?\n"},
-        {{"-f=zmoiCanny"},
-         "-- no function has the name 'zmoiCanny'; 5 have 'zmoiCanny' in theirs\n"},
+        {{"-e", "-fcanny"}, "no function has 'canny' in its name; 5 have 'Canny'\n"},
+        {{"-tTimccanny"}, "no test has 'Timccanny' in its name; 3 have 'TimcCanny'\n"},
+        {{"-m=p_cadds"}, "no file has the name 'p_cadds'; p_cadd?\n"},
+        {{"-f=zmoiCanny"}, "no function has the name 'zmoiCanny'; 5 have 'zmoiCanny' in theirs\n"},
         {{"-f=zmoiCanny_16s8u_C1R", "-f+qqq", "-dMethod=Manual", "-dmethod=1"},
-         "-- no function has 'qqq' in its name\n-- -dmethod: no such parameter; Method?\n"},
-        {{"-fCanny", "-f+MinMax"}, "-- no test fits all of -f, -t, -m and -H\n"},
-        {{"-fCanny", "-Fmin"}, "-- -Fmin: no selected function has it in its name\n"},
-        {{"-f=zmoiCanny_16s8u_C1R", "-dMethod=Manual", "-dImageSizes=1x1", "-dLevel=2"},
-         "-- -dImageSizes: no such parameter; ImageSize?\n"
-         "-- -dLevel: no such parameter in this run\n"}};
+         "no function has 'qqq' in its name\n-dmethod: no such parameter; Method?\n"},
+        {{"-fCanny", "-f+MinMax"}, "no test fits all of -f, -t, -m and -H\n"},
+        {{"-fCanny", "-Fmin"}, "-Fmin: no selected function has it in its name\n"},
+        {{"-f=zmoiCanny_16s8u_C1R", "-dMethod=Manual", "-dImageSizes=1x1", "-dLevel=2", "-LP"},
+         "-dImageSizes: no such parameter; ImageSize?\n"
+         "-dLevel: no such parameter in this run\n"}};
     for (const auto& [keys, end] : cases) {
         Words all{"-B"};
         all.insert(all.end(), keys.begin(), keys.end());
