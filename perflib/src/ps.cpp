@@ -358,6 +358,8 @@ void psSession::initLibrary() {
         setZmoEnvironment();
     }
     psZmoCpuSetup(m_cpuFeatures != 0, m_cpuFeatures);
+    if (!m_featureText.empty())
+        g_ostrm << ERR << m_featureText << psCpuFeatures::processorText(0) << END;
 }
 
 int psSession::runSession() {

@@ -83,6 +83,7 @@ class psSession {
     void setHelp(char arg, bool hideHidden);
     void setVersion() { m_version = true; }                                 // -v
     void setCpuFeatures(unsigned long long mask) { m_cpuFeatures = mask; }  // -T; 0: none
+    void addFeatureText(const psString& text) { m_featureText += text; }
 
     int askMode() const { return m_askMode; }
     bool batMode() const { return m_batMode; }
@@ -179,6 +180,7 @@ class psSession {
     bool m_hideHidden = true;
     bool m_version = false;
     unsigned long long m_cpuFeatures = 0;
+    psString m_featureText;  // what -T did not understand; told once the library is set up
 
     static bool m_libraryWanted;
     static bool m_optionFile;

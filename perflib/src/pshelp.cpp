@@ -234,10 +234,12 @@ constexpr psKeyText keyTexts[] = {
   Example: pscv -B -fCanny -W
 )"},
     {'T', false, "-T[<cpu-features>]   = call zmoSetCpuFeatures( cpuFeatures )\n",
-     "  Runs the code path of the library that fits the processor features. They are\n"
-     "  labels separated by ',' or '|', exactly as spelt; unknown ones add nothing.\n"
-     "  The last valid -T wins. If the library refuses (the processor lacks a feature)\n"
-     "  its status is shown and the path of its own choice serves, as without -T.\n"
+     "  Runs the best code path of the library within the processor features given.\n"
+     "  They are labels separated by ',' or '|', exactly as spelt, of instruction sets\n"
+     "  or code paths (P_ before a code path changes nothing); unknown ones are named\n"
+     "  and add nothing. The last valid -T wins. If the library refuses (the processor\n"
+     "  lacks a feature) its status and what the processor has are shown, and the path\n"
+     "  of its own choice serves, as without -T. The code paths:\n"
      "\t"
      "  Example: pscv -B -fCanny -TAVX2\n"},
     {'S', true, "-SU              = measure functions with data set & use\n",

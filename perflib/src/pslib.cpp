@@ -70,10 +70,48 @@ bool psRegZmoVersion(psZmoVersion version) {
     return true;
 }
 
+namespace {
+
+// The core functions that the library lacks.
+psStringList missingCore(int& numCore) {
+    psStringList names;
+    numCore = 0;
+    const auto look = [&](const char* name, auto* pointer, auto* stub) {
+        ++numCore;
+        if (!pointer || pointer == stub) names.push_back(name);
+    };
+    look("zmoGetCpuFeatures", zmo_GetCpuFeatures, s_zmoGetCpuFeatures);
+    look("zmoGetEnabledCpuFeatures", zmo_GetEnabledCpuFeatures, s_zmoGetEnabledCpuFeatures);
+    look("zmoGetMaxCacheSizeB", zmo_GetMaxCacheSizeB, s_zmoGetMaxCacheSizeB);
+    look("zmoGetStatusString", zmo_GetStatusString, s_zmoGetStatusString);
+    look("zmoInit", zmo_Init, s_zmoInit);
+    look("zmoSetCpuFeatures", zmo_SetCpuFeatures, s_zmoSetCpuFeatures);
+    look("zmoSetNumThreads", zmo_SetNumThreads, s_zmoSetNumThreads);
+    look("zmoGetNumThreads", zmo_GetNumThreads, s_zmoGetNumThreads);
+    return names;
+}
+
+psString joined(const psStringList& words) {
+    psString text;
+    for (const psString& word : words) text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+void reportIntegration() {
+    int numCore = 0;
+    const psStringList missing = missingCore(numCore);
+    if (missing.size() == numCore) return;
+    g_ostrm << PERF << "Morva ZMO core functions have been integrated into PS\n";
+    if (!missing.empty()) g_ostrm << "-- but not " << joined(missing) << ": the library has none\n";
+    g_ostrm << END;
+}
+
+}  // namespace
+
 void setZmoEnvironment() {
     if (zmoEnvironment) {
         zmoEnvironment();
-        g_ostrm << PERF << "Morva ZMO core functions have been integrated into PS\n" << END;
+        reportIntegration();
     }
     fallback(zmo_GetCpuFeatures, s_zmoGetCpuFeatures);
     fallback(zmo_GetEnabledCpuFeatures, s_zmoGetEnabledCpuFeatures);
@@ -104,6 +142,7 @@ void selectCodePath(Zmo64u mask) {
         g_ostrm << "--calling zmoInit()\n";
         const ZmoStatus initStatus = zmo_Init();
         if (initStatus != 0) reportStatus(initStatus);
+        g_ostrm << psCpuFeatures::processorText(mask);
     }
     g_ostrm << END;
 }
@@ -138,11 +177,16 @@ std::array<Zmo32u, 4> psCpuid(Zmo32u leaf) {
     return zmo_GetCpuFeatures(&features, leaf, regs.data()) >= 0 ? regs : cpuidDirect(leaf);
 }
 
+// False when the library does not tell them.
+static bool readFeatures(Zmo64u& features) {
+    return zmo_GetCpuFeatures(&features, 0, nullptr) >= 0;
+}
+
 Zmo64u psProcessorFeatures() {
     // Every processor that runs this code has MMX, SSE and SSE2.
     constexpr Zmo64u baseline = 0x7;
     Zmo64u features = 0;
-    return zmo_GetCpuFeatures(&features, 0, nullptr) >= 0 ? features : baseline;
+    return readFeatures(features) ? features : baseline;
 }
 
 psString psProcessorName() {
@@ -163,9 +207,9 @@ int psMaxCacheSize() {
 namespace {
 
 // Instruction sets first (masks of the older ones are cumulative), then the
-// library's code paths, then generations. A label of the last two must differ
-// from all instruction sets', else a list of labels would mean both.
-constexpr std::array<psCpuFeatures::Row, 45> cpuFeatureArray{{
+// library's code paths, then generations. A code path that has the label of an
+// instruction set has its mask, too, so that the label has one meaning.
+constexpr std::array<psCpuFeatures::Row, 44> cpuFeatureArray{{
     {"MMX", 0x1, "64-bit integer vectors", false},
     {"SSE", 0x3, "Streaming vectors of four floats", false},
     {"SSE2", 0x7, "128-bit vectors of integers and doubles", false},
@@ -204,18 +248,64 @@ constexpr std::array<psCpuFeatures::Row, 45> cpuFeatureArray{{
     {"AVX_VNNI_INT16", 0x8000000000, "256-bit dot products of words", false},
     {"AVX10_256", 0x10000000000, "Converged vectors up to 256 bits", false},
     {"AVX10_512", 0x20000000000, "Converged vectors up to 512 bits", false},
-    {"P_SSE2", 0x7, "128-bit vector Technology, baseline of x86-64", true},
-    {"P_SSE42", 0xdf, "128-bit vector Technology with SSE4.2", true},
-    {"P_AVX", 0x1df, "256-bit float vector Technology", true},
-    {"P_AVX2", 0x81df, "256-bit integer and float vector Technology", true},
-    {"P_AVX512", 0x73081df, "512-bit vector Technology with masks", true},
+    {"SSE2", 0x7, "128-bit vector Technology, baseline of x86-64", true},
+    {"SSE42", 0xdf, "128-bit vector Technology with SSE4.2", true},
+    {"AVX2", 0x81df, "256-bit integer and float vector Technology", true},
+    {"AVX512", 0x73081df, "512-bit vector Technology with masks", true},
     {"GEN_V3", 0xeddf, "x86-64 processor with AVX2, F16C and AES", false},
     {"GEN_V4", 0x737eddf, "x86-64 processor with AVX-512 and RDSEED", false},
 }};
 
+// Says that a code path is meant, and may be left out.
+constexpr std::string_view codePathPrefix = "P_";
+
 const psCpuFeatures::Row* findRow(Zmo64u mask) {
     const auto* row = std::ranges::find(cpuFeatureArray, mask, &psCpuFeatures::Row::mask);
     return row == cpuFeatureArray.end() ? nullptr : row;
+}
+
+bool isCalled(const psCpuFeatures::Row& row, const psString& word) {
+    std::string_view name = word.view();
+    if (row.isCodePath && name.starts_with(codePathPrefix))
+        name.remove_prefix(codePathPrefix.size());
+    return name == std::string_view(row.label);
+}
+
+bool isKnown(const psString& word) {
+    return std::ranges::any_of(cpuFeatureArray,
+                               [&](const psCpuFeatures::Row& row) { return isCalled(row, word); });
+}
+
+psStringList wordsOf(const psString& list) {
+    psString text = list;
+    for (int i = 0; i < text.length(); ++i)
+        if (text[i] == '|') text[i] = ',';
+    int count = 0;
+    psCpuFeatures::split(nullptr, text, ',', count);
+    const auto split = std::make_unique<psString[]>(static_cast<std::size_t>(count));
+    psCpuFeatures::split(split.get(), text, ',', count);
+    psStringList words;
+    for (int i = 0; i < count; ++i) {
+        const psString& word = split[static_cast<std::size_t>(i)];
+        if (!word.empty()) words.push_back(word);
+    }
+    return words;
+}
+
+// The label that differs from the word by its case only, in the form of a question.
+psString suggestion(const psString& word) {
+    psString upper = word;
+    for (int i = 0; i < upper.length(); ++i)
+        if (upper[i] >= 'a' && upper[i] <= 'z') upper[i] = static_cast<char>(upper[i] - 'a' + 'A');
+    return isKnown(upper) ? " (" + upper + "?)" : psString();
+}
+
+template <class Fits>
+psString labelsOf(Fits fits) {
+    psStringList labels;
+    for (const psCpuFeatures::Row& row : cpuFeatureArray)
+        if (fits(row)) labels.push_back(row.label);
+    return joined(labels);
 }
 
 }  // namespace
@@ -232,19 +322,46 @@ void psCpuFeatures::split(psString* words, const psString& text, char separator,
 }
 
 Zmo64u psCpuFeatures::cpuFeatures(const psString& list) {
-    psString text = list;
-    for (int i = 0; i < text.length(); ++i)
-        if (text[i] == '|') text[i] = ',';
-    int count = 0;
-    split(nullptr, text, ',', count);
-    const auto words = std::make_unique<psString[]>(static_cast<std::size_t>(count));
-    split(words.get(), text, ',', count);
-
     Zmo64u mask = 0;
-    for (int i = 0; i < count; ++i)
+    for (const psString& word : wordsOf(list))
         for (const Row& row : cpuFeatureArray)
-            if (words[static_cast<std::size_t>(i)] == row.label) mask |= row.mask;
+            if (isCalled(row, word)) mask |= row.mask;
     return mask;
+}
+
+psString psCpuFeatures::unknownText(const psString& list) {
+    const psStringList words = wordsOf(list);
+    if (words.empty()) return "-- -T names no processor feature\n";
+    psStringList unknown;
+    for (const psString& word : words) {
+        if (!isKnown(word)) unknown.push_back(word + suggestion(word));
+    }
+    return unknown.empty() ? psString()
+                           : "-- -T knows no processor feature " + joined(unknown) + "\n";
+}
+
+psString psCpuFeatures::processorText(Zmo64u wanted) {
+    Zmo64u has = 0;
+    if (!readFeatures(has)) return "-- The library does not tell what the processor has\n";
+    const psString lacking = labelsOf([&](const Row& row) {
+        return !row.isCodePath && (row.mask & ~wanted) == 0 && (row.mask & ~has) != 0;
+    });
+    const auto present = [has](bool codePath) {
+        return labelsOf(
+            [=](const Row& row) { return row.isCodePath == codePath && (row.mask & ~has) == 0; });
+    };
+    return (lacking.empty() ? "" : "-- The processor lacks " + lacking + "\n") +
+           ("-- The processor has " + present(false) +
+            "\n-- Code paths that it runs: " + present(true) + "\n");
+}
+
+psString psCpuFeatures::codePathText(Zmo64u mask) {
+    psString number = psFormat("%#llx", static_cast<unsigned long long>(mask));
+    const auto* path = std::ranges::find_if(
+        cpuFeatureArray, [mask](const Row& row) { return row.isCodePath && row.mask == mask; });
+    const Row* row = path == cpuFeatureArray.end() ? findRow(mask) : path;
+    if (!row) return number;
+    return psString(row->label) + ", " + row->description + " (" + number + ")";
 }
 
 psString psCpuFeatures::cpuLabel(Zmo64u mask) {

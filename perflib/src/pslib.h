@@ -56,8 +56,18 @@ class psCpuFeatures {
     static std::span<const Row> rows();
 
     // The features of a list of labels, separated by ',' or '|'; labels are
-    // matched exactly and unknown ones add nothing.
+    // matched exactly, P_ before that of a code path changes nothing, and unknown
+    // ones add nothing.
     static Zmo64u cpuFeatures(const psString& list);
+    // A line that names the unknown ones, or says that there is none at all;
+    // empty when each label is known.
+    static psString unknownText(const psString& list);
+    // Lines that tell what the processor lacks of the wanted features, what it has
+    // and which code paths it runs.
+    static psString processorText(Zmo64u wanted);
+    // The label, the description and the number of a code path; of another row, or
+    // the number alone, when no code path has exactly that mask.
+    static psString codePathText(Zmo64u mask);
     // "Undefined" and "Unknown processor" when no row has exactly that mask.
     static psString cpuLabel(Zmo64u mask);
     static psString cpuName(Zmo64u mask);

@@ -374,8 +374,10 @@ psString infoFeatures(const psString& arg) {
     return "call zmoSetCpuFeatures ( Zmo64u " + arg + " )";
 }
 void applyFeatures(const psString& arg, psSession* session) {
+    if (!zmoEnvironment) return;
+    session->addFeatureText(psCpuFeatures::unknownText(arg));
     const std::uint64_t mask = psCpuFeatures::cpuFeatures(arg);
-    if (zmoEnvironment && mask) session->setCpuFeatures(mask);
+    if (mask) session->setCpuFeatures(mask);
 }
 
 psString infoSetUse(const psString&) {

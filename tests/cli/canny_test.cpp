@@ -187,18 +187,29 @@ TEST_F(Canny, EveryListingEqualsTheConsole) {
 }
 
 TEST_F(Canny, LevelIsSwitchedAndNamed) {
-    const std::tuple<std::string, const char*, bool> levels[] = {
-        {"SSE42", "0xdf", __builtin_cpu_supports("sse4.2") != 0},
-        {"AVX2", "0x81df", __builtin_cpu_supports("avx2") != 0}};
-    for (const auto& [label, mask, supported] : levels) {
-        const Outcome outcome = run({"-T" + label});
+    const bool sse42 = __builtin_cpu_supports("sse4.2") != 0,
+               avx = __builtin_cpu_supports("avx") != 0, avx2 = __builtin_cpu_supports("avx2") != 0,
+               avx512 = __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
+                        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512cd");
+    const struct {
+        std::string given;
+        const char* mask;
+        bool supported;
+        std::string label;
+    } levels[] = {{"SSE42", "0xdf", sse42, "SSE42, 128-bit"},
+                  {"AVX", "0x1df", avx, "SSE42, 128-bit"},
+                  {"AVX2", "0x81df", avx2, "AVX2, 256-bit"},
+                  {"P_AVX2", "0x81df", avx2, "AVX2, 256-bit"},
+                  {"AVX512", "0x73081df", avx512, "AVX512, 512-bit"}};
+    for (const auto& [given, mask, supported, label] : levels) {
+        const Outcome outcome = run({"-T" + given});
         EXPECT_TRUE(has(outcome.out, "--calling zmoSetCpuFeatures( zmoCpuFeatures = "));
         EXPECT_TRUE(has(outcome.out, std::string(mask) + " )\n")) << outcome.out;
         if (supported) {
             EXPECT_TRUE(has(outcome.out, "--status = zmoStsNoErr\n")) << outcome.out;
-            EXPECT_TRUE(has(outcome.out, "Code path: " + label + ",")) << outcome.out;
+            EXPECT_TRUE(has(outcome.out, "| Code path: " + label)) << outcome.out;
         } else {
-            std::cout << "this processor lacks " << label << ": rejection tested\n";
+            std::cout << "this processor lacks " << given << ": rejection tested\n";
             EXPECT_TRUE(has(outcome.out, "--calling zmoInit()\n")) << outcome.out;
         }
         EXPECT_EQ(pscv.rows().size(), 2U);
@@ -207,9 +218,12 @@ TEST_F(Canny, LevelIsSwitchedAndNamed) {
 
 TEST_F(Canny, LevelThatTheProcessorLacksIsRejected) {
     // No processor has both the first and the last of the AVX-512 extensions.
-    const Outcome outcome = run({"-TAVX512ER,AVX10_512"});
+    const Outcome outcome = run({"-TAVX512ER,AVX10_512", "-Tsse2"});
     EXPECT_TRUE(has(outcome.out, "--ZMO FAIL. status = -21: ")) << outcome.out;
-    EXPECT_TRUE(has(outcome.out, "--calling zmoInit()\n")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, "--calling zmoInit()\n-- The processor lacks AVX")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, "-- The processor has MMX, SSE, SSE2")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, "-Tsse2: ignored: incorrect CPU features\n")) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, "-- -T knows no processor feature sse2 (SSE2?)\n")) << outcome.out;
     EXPECT_EQ(pscv.rows().size(), 2U);
 }
 

@@ -10,7 +10,8 @@ TEST(CpuFeatures, MasksOfListsAndNamesOfMasks) {
     const std::pair<const char*, Zmo64u> cases[] = {
         {"SSE42", 0xdf}, {" AVX2 | AES ", 0x85df}, {"AVX10_512,MMX", 0x20000000001},
         {"avx2", 0},     {"AVX2 AES", 0},          {"nothing,,SHA", 0x80000},
-        {"", 0}};
+        {"", 0},         {"AVX512", 0x73081df},    {"P_AVX512|P_SSE2", 0x73081df},
+        {"P_AES", 0}};
     for (const auto& [list, mask] : cases)
         EXPECT_EQ(psCpuFeatures::cpuFeatures(list), mask) << list;
     for (const auto& [mask, label] :
@@ -18,6 +19,37 @@ TEST(CpuFeatures, MasksOfListsAndNamesOfMasks) {
         EXPECT_STREQ(psCpuFeatures::cpuLabel(mask).c_str(), label);
     EXPECT_STREQ(psCpuFeatures::cpuName(0x2).c_str(), "Unknown processor");
     EXPECT_STRNE(psCpuFeatures::cpuName(0x81df).c_str(), "Unknown processor");
+    EXPECT_STREQ(psCpuFeatures::codePathText(0xdf).c_str(),
+                 "SSE42, 128-bit vector Technology with SSE4.2 (0xdf)");
+    EXPECT_STREQ(psCpuFeatures::codePathText(0x1df).c_str(),
+                 "AVX, 256-bit vectors of floats (0x1df)");
+    EXPECT_STREQ(psCpuFeatures::codePathText(0x2).c_str(), "0x2");
+}
+
+ZmoStatus sse42Processor(Zmo64u* features, Zmo32u, Zmo32u*) {
+    *features = 0xdf;
+    return zmoStsNoErr;
+}
+
+TEST(CpuFeatures, WhatIsUnknownOrLackingIsNamed) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"AVX2|P_AVX512", ""},
+        {" ,", "-- -T names no processor feature\n"},
+        {"avx2,AES,p_sse2,P_AES",
+         "-- -T knows no processor feature avx2 (AVX2?), p_sse2 (P_SSE2?), P_AES\n"}};
+    for (const auto& [list, text] : cases)
+        EXPECT_STREQ(psCpuFeatures::unknownText(list).c_str(), text);
+
+    EXPECT_STREQ(psCpuFeatures::processorText(0x7).c_str(),
+                 "-- The library does not tell what the processor has\n");
+    const auto before = std::exchange(zmo_GetCpuFeatures, sse42Processor);
+    const psString has =
+        "-- The processor has MMX, SSE, SSE2, SSE3, SSSE3, SSE41, SSE42\n"
+        "-- Code paths that it runs: SSE2, SSE42\n";
+    EXPECT_EQ(psCpuFeatures::processorText(0xdf), has);
+    EXPECT_EQ(psCpuFeatures::processorText(0x85df),
+              "-- The processor lacks AVX, AES, AVX2\n" + has);
+    zmo_GetCpuFeatures = before;
 }
 
 }  // namespace
