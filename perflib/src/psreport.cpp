@@ -71,6 +71,10 @@ psString psReportFormat::frame(const psString& content) const {
     return text + "|\n";
 }
 
+void psReportFormat::keepWhole(int index) {
+    m_whole = index;
+}
+
 psString psReportFormat::place(const Items& items, int count) const {
     psString text(" ");
     for (int i = 0; i < count; ++i) {
@@ -108,15 +112,29 @@ psString psReportFormat::line(std::initializer_list<psString> texts) const {
     if (whole.length() <= frameColumn) return frame(whole);
 
     psString lines;
-    while (std::ranges::any_of(rest, [](const psString& text) { return !text.empty(); })) {
-        std::array<int, maxItems> room{};
-        for (int i = 0; i < count; ++i) room[static_cast<std::size_t>(i)] = roomOf(i, rest, count);
-        Items pieces;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-            pieces[i] = getPieceItem(rest[i], room[i]);
-        lines += frame(place(pieces, count));
-    }
+    while (std::ranges::any_of(rest, [](const psString& text) { return !text.empty(); }))
+        lines += frame(place(nextPieces(rest, count), count));
     return lines;
+}
+
+// What stands whole beyond its columns leaves less to the items behind it, and
+// nothing to those that it covers: they begin on the next line.
+psReportFormat::Items psReportFormat::nextPieces(Items& rest, int count) const {
+    std::array<int, maxItems> room{};
+    for (int i = 0; i < count; ++i) room[static_cast<std::size_t>(i)] = roomOf(i, rest, count);
+    Items pieces;
+    int free = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+        const int limit = m_columns[i] >= 0 ? m_columns[i] + room[i] : -m_columns[i];
+        const bool whole = static_cast<int>(i) == m_whole;
+        const int left = whole ? rest[i].length() : limit - std::max(free, limit - room[i]);
+        if (left <= 0 || rest[i].empty()) continue;
+        pieces[i] = getPieceItem(rest[i], left);
+        const int length = pieces[i].length();
+        const int begin = m_columns[i] >= 0 ? m_columns[i] : limit - length;
+        free = std::max(free, begin) + length + 1;
+    }
+    return pieces;
 }
 
 psString psReportFormat::titleItem(const psString& name, const psString& value) const {
@@ -187,12 +205,8 @@ psString systemText() {
 }
 
 psString codePathText() {
-    const unsigned long long mask = zmo_GetEnabledCpuFeatures();
-    if (mask == 0) return {};
-    const psString number = psFormat("%#llx", mask);
-    const psString label = psCpuFeatures::cpuLabel(mask);
-    return label == "Undefined" ? number
-                                : label + ", " + psCpuFeatures::cpuName(mask) + " (" + number + ")";
+    const Zmo64u mask = zmo_GetEnabledCpuFeatures();
+    return mask == 0 ? psString() : psCpuFeatures::codePathText(mask);
 }
 
 psString dateText(std::time_t time) {
@@ -315,11 +329,11 @@ bool isServiceFunction(const psString& name) {
 
 }  // namespace
 
-psStringList psReportList::createFuncList() {
+psStringList psReportList::createFuncList(const psList<psTest*>& tests) {
     psStringList names;
     if (!g_pLibFuncList) return names;
     for (const psString& name : *g_pLibFuncList) {
-        if (!isServiceFunction(name)) names.push_back(name);
+        if (!isServiceFunction(name) || presentInTestList(name, tests)) names.push_back(name);
     }
     names.sort([](const psString& a, const psString& b) { return a.compare(b) < 0; });
     for (auto pos = names.begin(); pos != names.end();) {
@@ -349,7 +363,7 @@ psReportList::psReportList(const psTestList& tests, psConditions& conditions, in
             m_rows.push_back({test->funcName(), test->info().className, test->fileName(), true});
         return;
     }
-    for (const psString& name : createFuncList()) {
+    for (const psString& name : createFuncList(tests)) {
         const psTest* test = presentInTestList(name, selected);
         if (!test)
             m_rows.push_back({name, {}, {}, false});
@@ -380,6 +394,7 @@ psString boxOf(const psReportEnd& report) {
 psString boxOf(const psReportList& report) {
     psReportFormat format;
     format.setColumns({1, 6, 46, 62, -78});
+    format.keepWhole(1);
     psString text = format.firstLine();
     text += format.line({"   #", "Function", "Test", "Source", "Exist"});
     text += psReportFormat::separator();

@@ -26,6 +26,8 @@ class psReportFormat {
     // Where the items of line() begin; a negative position p right-aligns its
     // item so that it ends at column -p - 1.
     void setColumns(std::initializer_list<int> positions);
+    // The item of this index is never cut: what stands behind it gives way.
+    void keepWhole(int index);
 
     static psString separator();
     psString firstLine();  // the separator; what follows is inside the box
@@ -50,8 +52,10 @@ class psReportFormat {
     psString frame(const psString& content) const;
     psString place(const Items& items, int count) const;
     int roomOf(int index, const Items& items, int count) const;
+    Items nextPieces(Items& rest, int count) const;
 
     bool m_inside = false;
+    int m_whole = -1;
     std::array<int, maxItems> m_columns{};
 };
 
@@ -141,8 +145,9 @@ class psReportList {
     const psList<Row>& rows() const { return m_rows; }
 
     // The registered library functions without those that only serve others
-    // (allocate, initialise, ask for sizes), sorted, each once.
-    static psStringList createFuncList();
+    // (allocate, initialise, ask for sizes), sorted, each once. What one of the
+    // tests measures serves nobody, whatever its name says.
+    static psStringList createFuncList(const psList<psTest*>& tests);
     // The first of the tests that measures the function, or null.
     static psTest* presentInTestList(const psString& name, const psList<psTest*>& tests);
 

@@ -11,13 +11,11 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// The function column of the list box.
-Names listedFunctions() {
+// The functions of the list box.
+Names listedFunctions(const char* key) {
     Names names;
-    for (const std::string& line : Pscv::listed(Pscv().run({"-e"}).out)) {
-        const std::string cell = line.substr(6, 40);
-        names.push_back(cell.substr(0, cell.find_last_not_of(' ') + 1));
-    }
+    for (const std::string& line : Pscv::listed(Pscv().run({key}).out))
+        names.push_back(line.substr(6, line.find(' ', 6) - 6));
     return names;
 }
 
@@ -34,10 +32,12 @@ std::string inFirstOnly(Names first, Names second) {
 // functions.txt holds one function a line, in the order of a run.
 TEST(Catalogue, ListsTheFunctionsOfTheTree) {
     const Names expected = support::lines(support::readFile(PSCV_FUNCTIONS_FILE));
-    const Names listed = listedFunctions();
+    const Names listed = listedFunctions("-e");
     EXPECT_EQ(inFirstOnly(expected, listed), "") << "not registered";
     EXPECT_EQ(inFirstOnly(listed, expected), "") << "not in functions.txt";
     EXPECT_TRUE(listed == expected) << "the order differs";
+    EXPECT_EQ(inFirstOnly(expected, listedFunctions("-e+")), "\n  __psMorvaCpu")
+        << "measured, but not among the functions of the library";
 }
 
 TEST(Catalogue, SaysWhyASetCannotBePrepared) {

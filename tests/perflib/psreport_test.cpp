@@ -91,6 +91,34 @@ TEST(ReportFormat, ContinuesItemsInTheirColumnsWhenTheLineIsTooNarrow) {
               "|     " + std::string(22, 'n') + std::string(18, ' ') + "long");
 }
 
+// The name stays whole; of the rest that stays in the line which still fits.
+TEST(ReportFormat, AnItemThatIsNeverCutDisplacesTheOthers) {
+    psReportFormat format;
+    format.setColumns({1, 6, 46, 62, -78});
+    format.keepWhole(1);
+    const auto box = [&](int length) {
+        const std::string name(static_cast<std::size_t>(length), 'n');
+        psString text = format.firstLine();
+        text += format.line({"   1", name.c_str(), "TestOfTheFamily", "p_of_the_source", "+"});
+        return boxed((text + format.lastLine()).view());
+    };
+    const std::string behind = "|" + std::string(45, ' ');
+    const std::pair<int, Texts> rows[] = {
+        {40, {" TestOfTheFamil p_of_the_sourc +|", behind + "y               e               |"}},
+        {62, {" p_of_th +|", behind + "TestOfTheFamily e_source        |"}},
+        {71,
+         {" |", behind + "TestOfTheFamily p_of_the_sourc +|",
+          "|" + std::string(61, ' ') + "e               |"}}};
+    for (const auto& [length, expected] : rows) {
+        Texts lines = box(length);
+        lines.erase(lines.begin());
+        lines.pop_back();
+        Texts wanted = expected;
+        wanted[0] = "|   1 " + std::string(static_cast<std::size_t>(length), 'n') + wanted[0];
+        EXPECT_EQ(lines, wanted);
+    }
+}
+
 TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
     psReportFormat format;
     psString text = format.firstLine();
@@ -118,12 +146,14 @@ TEST(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
     psStringList functions;
     for (const char* name :
          {"zmoiB_8u", "zmoiA_8u", "zmoiAGetBufferSize", "zmoiInitX", "zmoiSetX", "zmoiGet_8u",
-          "zmoiB_8u", "zmoiMalloc", "zmoiRotateCenter", "zmoiC_8u"})
+          "zmoiB_8u", "zmoiMalloc", "zmoiRotateCenter", "zmoiC_8u", "zmoiCClose", "zmoiBClose"})
         functions.push_back(name);
     g_pLibFuncList = &functions;
     psTestList tests;
-    for (const auto& [function, info] :
-         {std::pair{"zmoiA_8u", "TimcA"}, {"zmoiA_8u", "Timc,A2"}, {"zmoiC_8u", "TimcC"}})
+    for (const auto& [function, info] : {std::pair{"zmoiA_8u", "TimcA"},
+                                         {"zmoiA_8u", "Timc,A2"},
+                                         {"zmoiC_8u", "TimcC"},
+                                         {"zmoiCClose", "TimcC"}})
         tests.push_back(
             new psTest(static_cast<psTest::FuncOld>(nullptr), function, "p_fake", info));
     psConditions conditions;
@@ -132,15 +162,15 @@ TEST(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
     };
     const std::string a = "zmoiA_8u,TimcA,p_fake,+\n", a2 = "zmoiA_8u,Timc A2,p_fake,+\n",
                       b = "zmoiB_8u,-,-,-\n", c = "zmoiC_8u,TimcC,p_fake,+\n",
-                      get = "zmoiGet_8u,-,-,-\n";
-    EXPECT_EQ(rows(0), a + a2 + c);
-    EXPECT_EQ(rows(1), a + b + c + get);
+                      close = "zmoiCClose,TimcC,p_fake,+\n", get = "zmoiGet_8u,-,-,-\n";
+    EXPECT_EQ(rows(0), a + a2 + c + close);
+    EXPECT_EQ(rows(1), a + b + close + c + get);
     EXPECT_EQ(rows(-1), b + get);
     EXPECT_EQ(written<psCStream>(psReportList(tests, conditions, 0)),
-              "Function,Test,Source,Exist\n" + a + a2 + c);
+              "Function,Test,Source,Exist\n" + a + a2 + c + close);
     conditions.add(psMakeCondition(RunCondition::function, "A_8u"));
     EXPECT_EQ(rows(0), a + a2);
-    EXPECT_EQ(rows(-1), b + "zmoiC_8u,-,-,-\n" + get);
+    EXPECT_EQ(rows(-1), b + "zmoiCClose,-,-,-\nzmoiC_8u,-,-,-\n" + get);
     g_pLibFuncList = nullptr;
 }
 
