@@ -1,10 +1,13 @@
 // Functions that fault, return errors or disturb the floating-point state, and
 // shared objects that are missing, incomplete or somebody else's.
+#include <elf.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
+#include <cstring>
 
 #include "pscv.h"
 
@@ -14,6 +17,7 @@ using support::Outcome;
 
 constexpr const char* first = "zmoiCanny_16s8u_C1R";
 const std::string noFunction = "-- No zmo shared object has the function ";
+constexpr const char* integrated = "Morva ZMO core functions have been integrated into PS\n";
 constexpr const char* second = "zmoiCanny_32f8u_C1R";
 
 int ownPriority() {
@@ -109,6 +113,8 @@ TEST_F(Faulty, InitialisationThatFailsIsTold) {
                     "--ZMO FAIL. status = -21: stand-in error\n--calling zmoInit()\n"
                     "--ZMO FAIL. status = -2: stand-in error\n"))
         << outcome.out;
+    EXPECT_TRUE(has(outcome.out, std::string(integrated) + "-- but not zmoGetCpuFeatures, "))
+        << outcome.out;
     EXPECT_EQ(pscv.rows().size(), 2U);
 }
 
@@ -121,6 +127,85 @@ TEST(Objects, AMissingFunctionFailsItsOwnTest) {
     EXPECT_EQ(pscv.result(first), "OK") << outcome.out;
     EXPECT_EQ(pscv.result(second), "FUNCFAIL") << outcome.out;
     EXPECT_EQ(pscv.rows("16s8u").size(), 1U);
+}
+
+// An object of the user that does not load stays what it is: nothing takes its place.
+TEST(Objects, WhatDoesNotLoadIsNamedAndHasNoSubstitute) {
+    const std::filesystem::path shipped = std::filesystem::path(PSCV_PROGRAM).parent_path() / "lib";
+    const auto text = [&](const char* name) { return support::readFile(shipped / name); };
+    const std::string cv = text("libzmocv.so"), core = text("libzmocore.so");
+    std::string foreign = core, otherProcessor = core;
+    foreign[EI_CLASS] = ELFCLASS32;
+    otherProcessor[offsetof(Elf64_Ehdr, e_machine)] = static_cast<char>(EM_AARCH64);
+    const std::string needy = "it needs libzmocore.so, which is not loaded";
+    const struct {
+        const char* name;  // of the one that is given in a folder of LD_LIBRARY_PATH
+        std::string content;
+        std::string message;
+        std::string ofCv;  // what that means for libzmocv.so, when that is not the one
+    } cases[] = {
+        {"libzmocv.so", "hello\n", "file too short", ""},
+        {"libzmocv.so", std::string(100, 'x'), "invalid ELF header", ""},
+        {"libzmocv.so", foreign, "wrong ELF class: ELFCLASS32", ""},
+        {"libzmocv.so", otherProcessor, "(it is an object for another processor)", ""},
+        {"libzmocv.so", cv.substr(0, 100'000), "the file is cut short: it has 100000 bytes", ""},
+        {"libzmocv.so", cv, "libzmocore.so: cannot open shared object file: ", ""},
+        {"libzmocore.so", "hello\n", "file too short", needy},
+        {"libzmocore.so", foreign, "wrong ELF class: ELFCLASS32", needy},
+        {"libzmocore.so", core.substr(0, 9'000), "the file is cut short: ", needy},
+        {"libzmocore.so", support::readFile(PSCV_FAULTY_DIR "/libzmocore.so"), "",
+         "undefined symbol: zmoCpuLevel"}};
+    for (const auto& c : cases) {
+        Pscv pscv;
+        const std::string path = pscv.file(c.name);
+        support::writeFile(path, c.content);
+        pscv.environment["LD_LIBRARY_PATH"] = pscv.file("");
+        const Outcome outcome = pscv.run(Pscv::smallCanny());
+        const auto complaints = [&](const std::string& part) {
+            return support::count(outcome.out, "-- Can't open " + part);
+        };
+        if (!c.message.empty()) {
+            EXPECT_EQ(complaints(c.name + (": " + path) + ": "), 1U) << outcome.out;
+            EXPECT_EQ(support::count(outcome.out, c.message), 1U) << outcome.out;
+        }
+        const std::string other = "libzmocv.so: " + (shipped / "libzmocv.so: ").string();
+        EXPECT_EQ(complaints(other + c.ofCv), c.ofCv.empty() ? 0U : 1U) << outcome.out;
+        EXPECT_EQ(complaints("libzmocv.so: "), 1U) << outcome.out;
+        EXPECT_TRUE(has(outcome.out, "| Library  : libzmocv.so: not loaded")) << outcome.out;
+        EXPECT_EQ(has(outcome.out, integrated), c.ofCv != needy) << outcome.out;
+        EXPECT_EQ(pscv.result(first), "FUNCFAIL") << outcome.out;
+        EXPECT_TRUE(has(outcome.out, noFunction + first + "\n")) << outcome.out;
+        EXPECT_TRUE(pscv.rows().empty());
+    }
+}
+
+std::string runPath(const std::string& program) {
+    const std::string file = support::readFile(program);
+    const auto read = [&]<class T>(std::size_t offset, T what) {
+        std::memcpy(&what, file.data() + offset, sizeof what);
+        return what;
+    };
+    const auto header = read(0, Elf64_Ehdr());
+    std::size_t names = 0, path = 0;
+    for (std::size_t i = 0; i < header.e_phnum; ++i) {
+        const auto segment = read(header.e_phoff + i * sizeof(Elf64_Phdr), Elf64_Phdr());
+        if (segment.p_type != PT_DYNAMIC) continue;
+        for (std::size_t at = 0; at < segment.p_filesz; at += sizeof(Elf64_Dyn)) {
+            const auto entry = read(segment.p_offset + at, Elf64_Dyn());
+            // The names lie in the first segment, whose addresses are offsets.
+            if (entry.d_tag == DT_STRTAB) names = entry.d_un.d_ptr;
+            if (entry.d_tag == DT_RUNPATH) path = entry.d_un.d_val;
+        }
+    }
+    return path ? file.c_str() + names + path : "none";
+}
+
+// An empty entry would be the working folder.
+TEST(Objects, AreLookedForInTheShippedFolderAndNowhereElse) {
+    const std::filesystem::path folder = std::filesystem::path(PSCV_PROGRAM).parent_path();
+    EXPECT_EQ(runPath(PSCV_PROGRAM), "$ORIGIN/lib");
+    EXPECT_EQ(runPath(folder / "installed/pscv"), "$ORIGIN/../lib");
+    EXPECT_EQ(runPath(folder / "lib/libzmocv.so"), "$ORIGIN");
 }
 
 class NoObjects : public testing::Test {
