@@ -148,26 +148,43 @@ bool ppBmpFile::CreateImage(int firstPlaneOnly) {
     return isWorthTheFile() && m_image.createImage(biWidth, biHeight, 0, -1, firstPlaneOnly);
 }
 
-// A header may promise more than its file holds: no image beyond 16 times the
-// file's length (a row of one pixel takes 64 bytes) or 1 MiB is allocated.
+// A header may promise more than its file holds. Of a palette file all indices
+// must be there. Direct colour loads as far as it goes, so a file that is cut
+// short may ask for 64 MiB, or for 16 times its length (a row of one pixel takes
+// 64 bytes in the image and 4 in the file).
 bool ppBmpFile::isWorthTheFile() const {
     const long long bytes = ppImage::size(m_image.name(), biWidth, biHeight);
-    return bytes <= INT_MAX && bytes <= std::max(1LL << 20, 16 * m_fileLength);
+    if (bytes > INT_MAX)
+        return error(psFormat("An image of %dx%d is too large", biWidth, biHeight));
+    const long long held = m_fileLength - bfOffBits;
+    if (IsCompressed()) return GetDataSize() <= held;
+    if (bytes <= std::max(64LL << 20, 16 * m_fileLength)) return true;
+    return error(
+        psFormat("It holds %lld of %lld bytes of pixels", std::max(held, 0LL), GetDataSize()));
 }
 
 bool ppBmpFile::readPixels(std::FILE* file) {
     if (std::fseek(file, static_cast<long>(bfOffBits), SEEK_SET) != 0) return false;
     if (biBitCount <= 8) return readIndices(file);
-    // What the file lacks stays zero.
-    [[maybe_unused]] const std::size_t n =
-        std::fread(m_image.data(), 1, static_cast<std::size_t>(m_image.size()), file);
+    readColours(file);
     return true;
 }
 
+// What the file lacks stays zero.
+void ppBmpFile::readColours(std::FILE* file) {
+    const std::size_t read =
+        std::fread(m_image.data(), 1, static_cast<std::size_t>(m_image.size()), file);
+    const auto held = static_cast<long long>(read);
+    if (held >= GetDataSize()) return;
+    g_ostrm << ERR << "--- File " << m_fileName
+            << psFormat(
+                   " is cut short: %lld of %lld bytes of pixels are loaded, the rest is zero\n",
+                   held, GetDataSize())
+            << END;
+}
+
 bool ppBmpFile::readIndices(std::FILE* file) {
-    const long long bytes = GetDataSize();
-    if (bytes < 1 || bytes > m_fileLength - bfOffBits) return false;
-    std::vector<unsigned char> data(static_cast<std::size_t>(bytes));
+    std::vector<unsigned char> data(static_cast<std::size_t>(GetDataSize()));
     if (!readBytes(file, data.data(), data.size())) return false;
     for (int row = 0; row < biHeight; ++row) unpackRow(data.data() + GetDataStep() * row, row);
     return true;

@@ -12,7 +12,8 @@ class ppImage;
 // Fills an 8u image in pixel order. The first row of the file becomes row 0 and
 // the order of the channels stays the file's (blue, green, red). Palette files of
 // 1, 4 and 8 bits are looked up; files of 16, 24 and 32 bits are read straight
-// into the image, whose rows are longer than the file's unless they match.
+// into the image, whose rows are longer than the file's unless they match; one that
+// is cut short loads as far as it goes, and a message tells so.
 class ppBmpFile {
   public:
     explicit ppBmpFile(ppImage& image) : m_image(image) {}
@@ -44,6 +45,7 @@ class ppBmpFile {
     int SetImageChannels() const;
     bool isWorthTheFile() const;
     bool readPixels(std::FILE* file);
+    void readColours(std::FILE* file);
     bool readIndices(std::FILE* file);
     void unpackRow(const unsigned char* bytes, int row);
     void SetPixel(int index, unsigned char* row, int x);

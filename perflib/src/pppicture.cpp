@@ -1,5 +1,6 @@
 #include "pppicture.h"
 
+#include <algorithm>
 #include <array>
 
 #include "ppbmpfile.h"
@@ -58,6 +59,15 @@ Byte luma(Colour c) {
     return static_cast<Byte>((c[0] * 7471U + c[1] * 38470U + c[2] * 19595U + 32768) >> 16);
 }
 
+void putColour(const Colour& colour, Byte* to, int channels) {
+    if (channels == 1) {
+        *to = luma(colour);
+    } else {
+        Byte* rest = std::copy_n(colour.begin(), std::min(channels, 3), to);
+        std::fill(rest, to + channels, opaque);
+    }
+}
+
 }  // namespace
 
 void ppPictureParameter::toOStream(psOStream& stream) const {
@@ -84,11 +94,7 @@ bool ppDrawPicture(ppImage& image, int shift) {
         for (int x = 0; x < image.width(); ++x, to += channels) {
             const int column = (x + shift) % source->width();
             const Colour colour = colourOf(from + fromChannels * column, fromChannels);
-            if (channels == 1) {
-                *to = luma(colour);
-            } else {
-                for (int c = 0; c < channels; ++c) to[c] = c < 3 ? colour[c] : opaque;
-            }
+            putColour(colour, to, channels);
         }
     }
     return true;

@@ -150,8 +150,12 @@ TEST_F(PpBmpFile, ReadsDirectColourAsItStands) {
     ASSERT_TRUE(load(bmp));
     EXPECT_EQ(m_image.getImageAt(0, 1, 0), 77);
     EXPECT_EQ(m_image.getImageAt(15, 1, 3), 9);
+    EXPECT_EQ(m_messages, "");
     bmp.cut = 54 + 65;
     ASSERT_TRUE(load(bmp)) << "a truncated one loads";
+    EXPECT_EQ(m_messages, "--- File " + str(m_dir / "x.bmp") +
+                              " is cut short: 65 of 128 bytes of pixels are loaded, the rest is "
+                              "zero\n");
     EXPECT_EQ(m_image.getImageAt(0, 1, 0), 77);
     EXPECT_EQ(m_image.getImageAt(1, 1, 0), 0);
 }
@@ -202,11 +206,11 @@ TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
 }
 
 TEST_F(PpBmpFile, AllocatesNoMoreThanTheFileIsWorth) {
-    // Direct colour loads however little the file holds, up to 1 MiB.
+    // Direct colour loads however little the file holds, up to 64 MiB.
     const std::tuple<int, std::int64_t, std::int64_t, bool> cases[] = {
-        {24, 1000, 300, true},   {24, 1000, 400, false},      {32, INT_MAX, INT_MAX, false},
-        {32, INT_MAX, 1, false}, {16, 1, INT_MAX, false},     {24, 715827882, 1, false},
-        {1, 512, 512, false},    {8, INT_MAX, INT_MAX, false}};
+        {24, 1000, 400, true},         {32, 1 << 14, 1 << 10, true}, {32, 1 << 14, 1025, false},
+        {32, INT_MAX, INT_MAX, false}, {16, 1, INT_MAX, false},      {24, 715827882, 1, false},
+        {1, 512, 512, false},          {8, INT_MAX, INT_MAX, false}};
     for (const auto& [bits, width, height, loads] : cases) {
         const auto colours = bits <= 8 ? std::size_t{1} << bits : 0;
         const Bmp bmp{.bits = bits,
@@ -215,12 +219,19 @@ TEST_F(PpBmpFile, AllocatesNoMoreThanTheFileIsWorth) {
                       .palette = greys(colours),
                       .pixels = Bytes(8)};
         EXPECT_EQ(load(bmp), loads) << width << "x" << height << m_messages;
-        EXPECT_LE(psMallocTotal(), 1 << 20);
+        EXPECT_EQ(m_messages.empty(), bits == 1) << m_messages;
+        EXPECT_LE(psMallocTotal(), (64 << 20) + 128);
     }
-    // 16 times the length: 64 bytes a row of one pixel, 4 in the file.
-    Bmp narrow{.width = 1, .height = 20000, .palette = greys(256), .pixels = Bytes(80000)};
-    EXPECT_TRUE(load(narrow));
-    EXPECT_GT(psMallocTotal(), 1 << 20);
+    // Whatever a pixel takes in the image, a whole palette file is worth it: 64 bytes a row of one
+    // pixel for 4 in the file, three bytes a pixel for one bit.
+    Bmp whole{.width = 1, .height = 20000, .palette = greys(256), .pixels = Bytes(80000)};
+    EXPECT_TRUE(load(whole));
+    whole = {.bits = 1, .width = 1024, .height = 1024, .palette = {0, 0xFF0000}};
+    whole.pixels = Bytes(1024 * 1024 / 8, 0xFF);
+    ASSERT_TRUE(load(whole));
+    EXPECT_EQ(m_image.getImageAt(1023, 1023, 2), 255);
+    whole.pixels.pop_back();
+    EXPECT_FALSE(load(whole));
 }
 
 }  // namespace
