@@ -175,6 +175,13 @@ bool psCacheIterator::reached(long long size) {
     return true;
 }
 
+template class psDefault_NSC<int>;
+template class psIterator_NSC<int>;
+template class psIterator<int>;
+template class psDefault_NSC<ZmoiSize>;
+template class psIterator_NSC<ZmoiSize>;
+template class psIterator<ZmoiSize>;
+
 namespace {
 
 constexpr double leastFraction = 0.1;

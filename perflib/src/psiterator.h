@@ -422,3 +422,11 @@ class psCacheIteratorSize : public psCacheIterator {
     psIterator<ZmoiSize>& m_size;
     Resize m_resize;
 };
+
+// What most modules declare is compiled once, in psiterator.cpp.
+extern template class psDefault_NSC<int>;
+extern template class psIterator_NSC<int>;
+extern template class psIterator<int>;
+extern template class psDefault_NSC<ZmoiSize>;
+extern template class psIterator_NSC<ZmoiSize>;
+extern template class psIterator<ZmoiSize>;
