@@ -16,7 +16,12 @@ set(ZMO_FLAGS_avx2 -mavx2)
 # 512-bit loops spend a narrow row in their tails.
 set(ZMO_FLAGS_avx512 -mavx512f -mavx512cd -mavx512bw -mavx512dq -mavx512vl
                      -mprefer-vector-width=256)
-set(ZMO_VECTORIZE_ONLY -O2 -ftree-vectorize $<$<CXX_COMPILER_ID:GNU>:-fvect-cost-model=dynamic>)
+# A Debug build, whose kernels nobody times, compiles them at its own level.
+set(ZMO_OPTIMIZE $<$<NOT:$<CONFIG:Debug>>:-O3>)
+set(ZMO_VECTORIZE_ONLY
+    $<$<NOT:$<CONFIG:Debug>>:-O2>
+    $<$<NOT:$<CONFIG:Debug>>:-ftree-vectorize>
+    $<$<AND:$<NOT:$<CONFIG:Debug>>,$<CXX_COMPILER_ID:GNU>>:-fvect-cost-model=dynamic>)
 
 function(zmo_library name)
   list(TRANSFORM ARGN PREPEND src/)
@@ -54,7 +59,7 @@ function(zmo_level_objects library level)
   target_link_libraries(${target} PRIVATE zmo_headers pscv_flags)
   target_compile_definitions(${target} PRIVATE ZMO_LEVEL=${level})
   # -fno-math-errno only turns sqrtf into the instruction.
-  target_compile_options(${target} PRIVATE ${ZMO_FLAGS_${level}} -O3 -fno-math-errno)
+  target_compile_options(${target} PRIVATE ${ZMO_FLAGS_${level}} ${ZMO_OPTIMIZE} -fno-math-errno)
   set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden)
 
   set(stamp ${CMAKE_CURRENT_BINARY_DIR}/${target}.checked)

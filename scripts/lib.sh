@@ -33,7 +33,7 @@ need_packages() {
         die "missing: ${missing[*]}; this is no Debian system, install what these packages bring by hand"
     if [ "$(id -u)" -ne 0 ]; then
         command -v sudo >/dev/null ||
-            die "missing: ${missing[*]}; run as root: apt-get install --no-install-recommends ${missing[*]}"
+            die "missing: ${missing[*]}; as root: apt-get update && apt-get install --no-install-recommends ${missing[*]}"
         as_root=(sudo)
     fi
     say "Installing the Debian packages ${missing[*]} ..."
@@ -57,19 +57,40 @@ need_platform() {
         die "pscv measures on x86-64 Linux, and this is $(uname -s) on $(uname -m)"
 }
 
-# build_preset PRESET TESTS [TARGET...]: configures and builds; TESTS is ON or
-# OFF. Quiet, but a failure shows what the compiler said.
+# Copies its input, and on a terminal shows how many steps of the build are done.
+show_progress() {
+    local line
+    while IFS= read -r line; do
+        printf '%s\n' "$line"
+        if [[ -t 2 && $line =~ ^\[([0-9]+)/([0-9]+)\]\  ]]; then
+            printf '\r  %d of %d steps' "${BASH_REMATCH[1]}" "${BASH_REMATCH[2]}" >&2
+        fi
+    done
+    if [ -t 2 ]; then printf '\r\033[K' >&2; fi
+}
+
+# configure_preset PRESET TESTS: TESTS is ON or OFF. The output begins the log of the preset.
+configure_preset() {
+    local log=build/$1.log
+    mkdir -p build
+    if ! cmake --preset "$1" -DPSCV_TESTS="$2" >"$log" 2>&1; then
+        tail -n 40 "$log" >&2
+        die "cmake cannot configure the $1 preset"
+    fi
+}
+
+# build_preset PRESET TESTS [TARGET...]: configures and builds. The output goes to a
+# log, but a failure shows what the compiler said.
 build_preset() {
     local preset=$1 tests=$2 log=build/$1.log target=()
     shift 2
     [ $# -eq 0 ] || target=(--target "$@")
-    mkdir -p build
     say "Building the $preset preset (course: $log) ..."
-    if ! cmake --preset "$preset" -DPSCV_TESTS="$tests" >"$log" 2>&1; then
-        tail -n 40 "$log" >&2
-        die "cmake cannot configure the $preset preset"
-    fi
-    if ! cmake --build --preset "$preset" -j"$(nproc)" "${target[@]}" >>"$log" 2>&1; then
+    configure_preset "$preset" "$tests"
+    # Only this makes ccache store what is compiled with a precompiled header.
+    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS-pch_defines,time_macros}
+    if ! NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" -j"$(nproc)" "${target[@]}" 2>&1 |
+        show_progress >>"$log"; then
         grep -vE '^\[[0-9]+/[0-9]+\] ' "$log" | tail -n 60 >&2
         die "the $preset preset does not build"
     fi

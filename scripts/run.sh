@@ -7,6 +7,8 @@ need_platform
 need_packages cmake ninja-build g++
 tests=OFF
 if have_package libgtest-dev; then tests=ON; fi
+[ -e build/release/pscv ] ||
+    say "The first build takes about $((300 / $(nproc) + 30)) seconds on this machine's $(nproc) cores."
 build_preset release "$tests" pscv
 
 if [ $# -gt 0 ]; then

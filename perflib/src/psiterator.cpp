@@ -124,6 +124,12 @@ bool psStepIterator<T>::nextValue() {
     return true;
 }
 
+template class psDefault_NSC<int>;
+template class psIterator_NSC<int>;
+template class psIterator<int>;
+template class psDefault_NSC<ZmoiSize>;
+template class psIterator_NSC<ZmoiSize>;
+template class psIterator<ZmoiSize>;
 template class psStepIterator<int>;
 template class psStepIterator<float>;
 
@@ -174,13 +180,6 @@ bool psCacheIterator::reached(long long size) {
     if (g_ostrm.getOutLevel() <= 3) g_ostrm << ERR << m_info << "\n" << END;
     return true;
 }
-
-template class psDefault_NSC<int>;
-template class psIterator_NSC<int>;
-template class psIterator<int>;
-template class psDefault_NSC<ZmoiSize>;
-template class psIterator_NSC<ZmoiSize>;
-template class psIterator<ZmoiSize>;
 
 namespace {
 

@@ -40,11 +40,11 @@ namespace {
     return x;
 }
 
-// A template argument carries no alignment attribute, so the row may be more misaligned than its type
-// tells: the stores go through memcpy.
+// The row may lie on any byte, which a template argument cannot tell of its type: it comes without
+// one, and the stores go through memcpy.
 template <class T>
-void fillRun(T* __restrict row, ptrdiff_t first, ptrdiff_t end, T value) {
-    char* const bytes = reinterpret_cast<char*>(row);
+void fillRun(void* __restrict row, ptrdiff_t first, ptrdiff_t end, T value) {
+    char* const bytes = static_cast<char*>(row);
     for (ptrdiff_t x = first; x < end; ++x) {
         __builtin_memcpy(bytes + x * static_cast<ptrdiff_t>(sizeof(T)), &value, sizeof(T));
     }

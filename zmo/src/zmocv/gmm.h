@@ -24,7 +24,8 @@ struct GmmRules {
 constexpr ptrdiff_t gmmBlock = 16;
 constexpr ptrdiff_t gmmFloatsOfComponent = 5 * gmmBlock;
 
-constexpr ptrdiff_t gmmBlocks(ptrdiff_t width) {
+// Local to each file: levels share no function.
+static constexpr ptrdiff_t gmmBlocks(ptrdiff_t width) {
     return (width + gmmBlock - 1) / gmmBlock;
 }
 

@@ -48,7 +48,8 @@ ZmoStatus stdDev(void (*RectStdDevKernels::*kernel)(const RectStdDevArgs&), cons
     if (badStep<T>(srcStep, roi.width)) return zmoStsStepErr;
     if (badStep<Q>(sqrStep, roi.width)) return zmoStsStepErr;
     if (badStep<D>(dstStep, roi.width)) return zmoStsStepErr;
-    const int64_t columns = std::min(srcStep / sizeof(T), sqrStep / sizeof(Q));
+    const int columns =
+        std::min(srcStep / static_cast<int>(sizeof(T)), sqrStep / static_cast<int>(sizeof(Q)));
     if (badRect<Shape>(rect, roi.width, columns)) return zmoStsRectErr;
     if (!isScale(scaleFactor)) return zmoStsScaleErr;
     (kernelsInUse(rectStdDevKernelsByLevel).*kernel)({{pSrc, srcStep},
