@@ -33,16 +33,16 @@ ZMO_LEVEL_TABLES(FlowKernels, flowKernels);
 constexpr int mostFlowWindow = 127;
 
 // Columns of a window in memory: whole lanes.
-constexpr ptrdiff_t flowColumns(ptrdiff_t window) {
+static constexpr ptrdiff_t flowColumns(ptrdiff_t window) {
     return (window + 7) / 8 * 8;
 }
 
 // Floats in the work buffer: the window of the first picture with a pixel around it, and its slopes.
 // Gradients of padded columns read up to two pixels past the last row.
-constexpr ptrdiff_t flowPatchSize(ptrdiff_t window) {
+static constexpr ptrdiff_t flowPatchSize(ptrdiff_t window) {
     return flowColumns(window + 2) * (window + 2) + 8;
 }
-constexpr ptrdiff_t flowSlopesSize(ptrdiff_t window) {
+static constexpr ptrdiff_t flowSlopesSize(ptrdiff_t window) {
     return flowColumns(window) * window;
 }
 
