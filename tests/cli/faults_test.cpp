@@ -129,12 +129,26 @@ TEST(Objects, AMissingFunctionFailsItsOwnTest) {
     EXPECT_EQ(pscv.rows("16s8u").size(), 1U);
 }
 
+// What is open serves an object that has nothing beside it.
+TEST(Objects, OneAloneTakesWhatItNeedsFromTheShippedOnes) {
+    Pscv pscv;
+    std::filesystem::copy(std::filesystem::path(PSCV_PROGRAM).parent_path() / "lib/libzmocv.so",
+                          pscv.file("libzmocv.so"));
+    pscv.environment["LD_LIBRARY_PATH"] = pscv.file("");
+    const Outcome outcome = pscv.run(Pscv::smallCanny());
+    EXPECT_TRUE(has(outcome.out, "| Library  : " + pscv.file("libzmocv.so"))) << outcome.out;
+    EXPECT_TRUE(has(outcome.out, "come from different folders: ")) << outcome.out;
+    EXPECT_EQ(pscv.result(first), "OK") << outcome.out;
+}
+
 // An object of the user that does not load stays what it is: nothing takes its place.
 TEST(Objects, WhatDoesNotLoadIsNamedAndHasNoSubstitute) {
     const std::filesystem::path shipped = std::filesystem::path(PSCV_PROGRAM).parent_path() / "lib";
     const auto text = [&](const char* name) { return support::readFile(shipped / name); };
     const std::string cv = text("libzmocv.so"), core = text("libzmocore.so");
-    std::string foreign = core, otherProcessor = core;
+    std::string foreign = core, otherProcessor = core, needsNoneSuch = cv;
+    const std::string needed = "libzmocore.so";
+    needsNoneSuch.replace(needsNoneSuch.find(needed), needed.size(), "libzmogone.so");
     foreign[EI_CLASS] = ELFCLASS32;
     otherProcessor[offsetof(Elf64_Ehdr, e_machine)] = static_cast<char>(EM_AARCH64);
     const std::string needy = "it needs libzmocore.so, which is not loaded";
@@ -149,7 +163,7 @@ TEST(Objects, WhatDoesNotLoadIsNamedAndHasNoSubstitute) {
         {"libzmocv.so", foreign, "wrong ELF class: ELFCLASS32", ""},
         {"libzmocv.so", otherProcessor, "(it is an object for another processor)", ""},
         {"libzmocv.so", cv.substr(0, 100'000), "the file is cut short: it has 100000 bytes", ""},
-        {"libzmocv.so", cv, "libzmocore.so: cannot open shared object file: ", ""},
+        {"libzmocv.so", needsNoneSuch, "libzmogone.so: cannot open shared object file: ", ""},
         {"libzmocore.so", "hello\n", "file too short", needy},
         {"libzmocore.so", foreign, "wrong ELF class: ELFCLASS32", needy},
         {"libzmocore.so", core.substr(0, 9'000), "the file is cut short: ", needy},

@@ -105,11 +105,11 @@ TEST(Selection, NamesThatNothingHasAreToldAtTheEnd) {
          "no function has 'qqq' in its name\n-dmethod: no such parameter; Method?\n"},
         {{"-fCanny", "-f+MinMax"}, "no test fits all of -f, -t, -m and -H\n"},
         {{"-fCanny", "-Fmin"}, "-Fmin: no selected function has it in its name\n"},
-        {{"-f=zmoiCanny_16s8u_C1R", "-dMethod=Manual", "-dImageSizes=1x1", "-dLevel=2", "-LP"},
+        {{"-f=zmoiCanny_16s8u_C1R", "-dMethod=Manual", "-dImageSizes=1x1", "-dLevel=2"},
          "-dImageSizes: no such parameter; ImageSize?\n"
          "-dLevel: no such parameter in this run\n"}};
     for (const auto& [keys, end] : cases) {
-        Words all{"-B"};
+        Words all{"-B", "-LP"};
         all.insert(all.end(), keys.begin(), keys.end());
         const std::string out = pscv.run(all).out;
         EXPECT_TRUE(out.ends_with("-+\n" + std::string(end))) << out;

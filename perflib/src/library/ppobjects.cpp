@@ -103,17 +103,19 @@ Object* objectNamed(const psString& name) {
 psString obstacle(const psString& path, const ppElfFile& file, psStringList& seen);
 
 // What keeps the loader from what a file needs. An object of the library that it
-// would find where pscv finds it is opened first, so that its own message says why.
+// would find where pscv finds it is opened first, so that its own message says why;
+// so is one that it would not find at all, since what is open serves: a user's
+// object may lie alone in its folder.
 psString obstacleInNeeded(const psString& name, const psString& folder, psStringList& seen) {
     psStringList folders = commonFolders();
     folders.push_back(folder);
     const psString path = findIn(folders, name);
-    if (path.empty() || seen.contains(path)) return {};
     Object* object = objectNamed(name);
-    if (object && path == findIn(ownFolders(), name))
+    if (object && (path.empty() || path == findIn(ownFolders(), name)))
         return open(*object) || object->state == Object::State::Opening
                    ? psString()
                    : "it needs " + name + ", which is not loaded";
+    if (path.empty() || seen.contains(path)) return {};
     const psString why = obstacle(path, ppElfFile::read(path), seen);
     return why.empty() ? why : "it needs " + path + ": " + why;
 }
