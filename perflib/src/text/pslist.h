@@ -11,7 +11,8 @@ class psString;
 
 // A list that owns its nodes and stores values by copy. Positions stay valid
 // until their own node is erased; the end node is part of every list, so an
-// empty list has a valid end position.
+// empty list has a valid end position. Copies and destructors are not inlined: the
+// parameters of every module would hold several of each, half of their code.
 template <class T>
 class psList {
     struct Node {
@@ -55,17 +56,17 @@ class psList {
     using const_iterator = Position<const T>;
 
     psList() : m_end(new Node), m_head(m_end), m_cursor(m_end) {}
-    psList(const psList& other) : psList() {
+    [[gnu::noinline]] psList(const psList& other) : psList() {
         for (const T& value : other) push_back(value);
     }
-    psList& operator=(const psList& other) {
+    [[gnu::noinline]] psList& operator=(const psList& other) {
         if (this != &other) {
             psList copy(other);
             swap(copy);
         }
         return *this;
     }
-    virtual ~psList() {
+    [[gnu::noinline]] virtual ~psList() {
         clear();
         delete m_end;
     }
