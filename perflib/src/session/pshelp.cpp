@@ -69,9 +69,9 @@ constexpr psKeyText keyTexts[] = {
 )"},
     {'o', false, "-o[<file-name>]  = create txt-file and write console output\n",
      R"(  Default file: <directory of -l>/<title of -n>.txt. A name without a dot gets
-  ".txt", a relative one lies in the directory of -l, never in the working
-  directory. Every -o and -O opens a file more, all get the same text; -L sets
-  its detail. A file that cannot be opened ends the run before any test.
+  ".txt", a relative one lies in the directory of -l. Every -o and -O opens a
+  file more, all get the same text; -L sets its detail. A file that cannot be
+  opened ends the run before any test.
   Glue the path to the key: in "-o /data/x" the second word is a key.
   Example: pscv -B -fCanny -LINFO -o/data/canny.txt
 )"},
@@ -162,18 +162,20 @@ constexpr psKeyText keyTexts[] = {
 )"},
     {'p', false,
      "-p<dir-name>     = default directory for input files i.e. ini & test data files\n",
-     R"(  Where the ini-file and the pictures lie. Default: the directory of the
-  program; a relative name starts there, too, not in the working directory. The
-  last -p wins and acts on all keys, also on those before it; in an option file
-  (-@) it does not act.
+     R"(  Where the ini-file and the pictures lie. Default: the directory by which the
+  program was called ("build/release/" of build/release/pscv), the working
+  directory when PATH found it; a relative name starts there, too. The last -p
+  wins and acts on all keys, also on those before it; in an option file (-@) it
+  does not act.
   Glue the path to the key: in "-p /data" the second word is a key.
   Example: pscv -B -p/data/in -icanny
 )"},
     {'l', false, "-l<dir-name>     = default directory for output files (listings)\n",
      R"(  Where -o, -O, -r, -R, -q, -u, -U and -g put files with a relative name or
-  none. Default: the directory of the program; a relative name starts there,
-  too. The last -l wins and acts on all keys, also on those before it; in an
-  option file (-@) it does not act.
+  none. Default: the directory by which the program was called, the working
+  directory when PATH found it; a relative name starts there, too. The last -l
+  wins and acts on all keys, also on those before it; in an option file (-@) it
+  does not act.
   Glue the path to the key: in "-l /data" the second word is a key.
   Example: pscv -B -l/data/out -r -o
 )"},
