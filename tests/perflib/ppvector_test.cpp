@@ -13,6 +13,7 @@
 
 #include "message_capture.h"
 #include "ppfill.h"
+#include "ppimage.h"
 #include "psdata.h"
 
 namespace {
@@ -226,7 +227,7 @@ TEST_F(PpVector, LiesWhereItIsPut) {
     a.deleteVector();
 
     const std::tuple<int, bool, bool, unsigned, unsigned, int, int> cases[] = {
-        // VectorAlign, by bytes, first only; places of both vectors; ppMisalign(0), (2)
+        // VectorAlign, by bytes, first only; places of both vectors; bytes of ppMisalign(0), (2)
         {0, true, true, 0, 0, 0, 1024},
         {5, true, true, 5, 0, 5, 1024},
         {5, true, false, 5, 5, 5, 1029},
@@ -240,13 +241,19 @@ TEST_F(PpVector, LiesWhereItIsPut) {
         ASSERT_TRUE(a.createVector(16));
         ASSERT_TRUE(b.createVectorExt(16, 7, SET_ONE));  // the 7 is not used
         EXPECT_TRUE(low(a) == first && low(b) == second) << low(a) << " " << low(b);
-        EXPECT_TRUE(ppMisalign(0, 4) == misalign0 && ppMisalign(2, 4) == misalign2) << align;
+        EXPECT_EQ(ppMisalign(0).bytes(4), misalign0);
+        EXPECT_EQ(ppMisalign(2).bytes(4), misalign2);
         EXPECT_EQ(b.getIndex(15), 1);
         a.deleteVector();
         b.deleteVector();
+        // By their index, as the modules place them.
+        ppImage image(pp32f, 1, false);
+        ASSERT_TRUE(a.createZeroed(16, ppMisalign(0)) && image.createImage(4, 4, 0, ppMisalign(2)));
+        EXPECT_TRUE(low(a) == first && low(image) == second) << low(a) << " " << low(image);
+        a.deleteVector();
     }
     psFree(buffer);
-    EXPECT_EQ(ppMisalign(INT_MAX), INT_MAX);
+    EXPECT_EQ(ppMisalign(INT_MAX).bytes(1), INT_MAX);
 }
 
 TEST_F(PpVector, ReservedCopyPutsTheDataBack) {

@@ -49,6 +49,9 @@ class ppImage : public ppVector {
     // allocateVector, for all planes or for the first one only.
     bool createImage(int width, int height, int step = 0, int misalign = -1,
                      int firstPlaneOnly = 0);
+    bool createImage(int width, int height, int rowStep, ppMisalign place) {
+        return createImage(width, height, rowStep, place.bytes(item()));
+    }
     bool createImage(int width, int height, SetMode mode, double a = 0, double b = 0);
     bool createImageExt(int width, int height, int misalign, SetMode mode, double a = 0,
                         double b = 0);

@@ -18,6 +18,9 @@ class pprMatrice : public ppVector {
 
     // Zeroed. A step below 1 is chosen: the next multiple of 16 bytes.
     bool createMatrice(int rows, int columns, int step = 0, int misalign = -1);
+    bool createMatrice(int rows, int columns, int rowStep, ppMisalign place) {
+        return createMatrice(rows, columns, rowStep, place.bytes(item()));
+    }
     bool createMatrice(int rows, int columns, SetMode mode, double a = 0, double b = 0);
     bool createMatriceExt(int rows, int columns, int misalign, SetMode mode, double a = 0,
                           double b = 0);

@@ -51,9 +51,9 @@ void appendElements(std::string& text, ppType type, const void* p, int n) {
 
 }  // namespace
 
-int ppMisalign(int k, int elementSize) {
-    long long bytes = static_cast<long long>(k) * psGetVectorShift();
-    if (k == 0 || !psGetAlignSrc()) bytes += sessionMisalign(elementSize);
+int ppMisalign::bytes(int elementSize) const {
+    long long bytes = static_cast<long long>(m_k) * psGetVectorShift();
+    if (m_k == 0 || !psGetAlignSrc()) bytes += sessionMisalign(elementSize);
     return static_cast<int>(std::clamp<long long>(bytes, INT_MIN, INT_MAX));
 }
 

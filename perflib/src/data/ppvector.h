@@ -20,10 +20,17 @@ enum class SetMode : int {
 };
 using enum SetMode;
 
-// The misalignment that vector k of a test is created with: the mutual shift of
-// the session's vectors and, for the vectors that it asks to misalign, the
-// misalignment, which may count elements of elementSize bytes.
-int ppMisalign(int k, int elementSize = 1);
+// The place of vector k of a test: the mutual shift of the session's vectors and,
+// for the vectors that it asks to misalign, the misalignment. That may count
+// elements, so only the vector that is put there can tell the bytes: it is no number.
+class ppMisalign {
+  public:
+    explicit ppMisalign(int k) : m_k(k) {}
+    int bytes(int elementSize) const;
+
+  private:
+    int m_k;
+};
 
 // A block of test data that its object owns. Type and channels come from its
 // name, a function name such as "_16s_C3". Creations, fills and copies return
@@ -57,7 +64,9 @@ class ppVector : public psObject {
     // tagged) is by default the vector. The block is zeroed.
     bool allocateVector(long long bytes, int misalign = -1, void* owner = nullptr);
     bool createZeroed(int len, int misalign = -1, void* owner = nullptr);
+    bool createZeroed(int len, ppMisalign place) { return createZeroed(len, place.bytes(item())); }
     bool createVector(int len, int misalign = -1, void* owner = nullptr);
+    bool createVector(int len, ppMisalign place) { return createVector(len, place.bytes(item())); }
     bool createVector(int len, SetMode mode, double a = 0, double b = 0);
     // Does not use its misalignment; the session's setting places the vector.
     bool createVectorExt(int len, int misalign, SetMode mode, double a = 0, double b = 0);
