@@ -221,6 +221,22 @@ TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
     psFree(block);
 }
 
+TEST_F(CacheIterator, TellsWhenACallOutsideWouldTakeTooLong) {
+    psStepIterator<int> len("Len", "", {1000});
+    psCacheIteratorInt iterator(len, this, [&](int n) { return size = 4 * n, true; });
+    size = 4000;
+    ASSERT_TRUE(iterator.firstValue() && iterator.validateSize());
+    ASSERT_EQ(size, 128000);
+    iterator.noteCall("short", 0.6);
+    iterator.noteCall("long", 2);
+    EXPECT_EQ(str(iterator.tooLong("long")), "") << "in the cache";
+    size = 4000;
+    ASSERT_TRUE(iterator.nextValue());
+    EXPECT_EQ(str(iterator.tooLong("long")),
+              "one call on 2048000 bytes would take about 32 s, more than 10");
+    for (const char* set : {"short", "unknown"}) EXPECT_EQ(str(iterator.tooLong(set)), "") << set;
+}
+
 TEST_F(CacheIterator, EndsTheSearchForWhatIsOutOfReach) {
     struct {
         int start;

@@ -5,6 +5,9 @@
 #include <new>
 #include <utility>
 
+#include "psdata.h"
+#include "psiterator.h"
+
 namespace {
 
 struct OpenTest : psTest {
@@ -30,6 +33,41 @@ TEST(PsTest, ClocksHaveThreeDigitsOrMore) {
 
 TEST(PsTest, DryStartThatFailsLeavesTheOtherTestsTheirTurn) {
     EXPECT_NO_THROW(OpenTest().startAndStop());
+}
+
+// A test of vectors: their length is what -C varies.
+struct LengthTest : psTest {
+    LengthTest() : psTest(static_cast<FuncOld>(nullptr), "f", "p_f", "Timf//PP_REG") {}
+    ~LengthTest() override { psFree(data); }
+    bool canStart() override {
+        regParm(length);
+        regCacheParm(length, nullptr, [this](int n) { return make(n); });
+        return true;
+    }
+    bool make(int n) {
+        psFree(data);
+        data = psMalloc(n, 0, 0, nullptr);
+        return data != nullptr;
+    }
+    psStepIterator<int> length{"Len", "", {100}};
+    void* data = nullptr;
+};
+
+TEST(PsTest, LengthIsVariedForTheCacheWhenAsked) {
+    for (const bool asked : {false, true}) {
+        psTest::m_cache = asked;
+        LengthTest test;
+        test.startAndStop();
+        ASSERT_EQ(test.cacheIter() != nullptr, asked);
+        if (!asked) continue;
+        EXPECT_EQ(test.parms().front(), test.cacheIter()) << "in the length's place";
+        psCacheIterator::maxCacheSize = [](int* bytes) { return *bytes = 6000, 0; };
+        ASSERT_TRUE(test.cacheIter()->firstValue() && test.make(test.length.value()));
+        EXPECT_TRUE(test.cacheIter()->validateSize());
+        EXPECT_EQ(psMallocTotal(), 800) << "the first above a tenth of the cache";
+        psCacheIterator::maxCacheSize = nullptr;
+    }
+    psTest::m_cache = false;
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "pptest.h"
 
+#include <utility>
+
 #include "ppbind.h"
 #include "psbase.h"
 #include "psctable.h"
@@ -27,7 +29,7 @@ ppTest::ppTest(FuncCall funcCall, FuncInit funcInit, FuncLoop funcLoop, FuncStat
 psResult ppTest::run() {
     m_checkErrorsOnly = false;
     m_dataComment.free();
-    ppVector::m_seed = 7;  // every test starts from the same random data
+    beginSet();
     psTool::m_pCheckStatus = checkCurrentStatus;
     return psTest::run();
 }
@@ -60,6 +62,12 @@ void ppTest::loopData() {
         return;
     }
     psTest::loopData();
+}
+
+// The same random data in every run, whatever was measured before: a set of a list sees the bytes
+// that it sees alone.
+void ppTest::beginSet() {
+    ppVector::m_seed = 7;
 }
 
 psResult ppTest::runTiming() {
@@ -98,19 +106,19 @@ psString ppTest::regInfo() {
     return text;
 }
 
-void ppTest::regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image) {
-    regCacheParm(size, &image);
+void ppTest::regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image, CheckSize check) {
+    regCacheSize(size, &image, std::move(check));
 }
 
-void ppTest::regCacheParm(psIterator<ZmoiSize>& size) {
-    regCacheParm(size, nullptr);
+void ppTest::regCacheParm(psIterator<ZmoiSize>& size, CheckSize check) {
+    regCacheSize(size, nullptr, std::move(check));
 }
 
-void ppTest::regCacheParm(psIterator<ZmoiSize>& size, const ppImage* image) {
-    if (!m_cache || cacheIter()) return;
-    const auto makeAnew = [this](const ZmoiSize&) {
-        flushData();
-        return initData();
+void ppTest::regCacheSize(psIterator<ZmoiSize>& size, const ppImage* image, CheckSize check) {
+    const auto makeAnew = [this, check = std::move(check)](const ZmoiSize& value) {
+        if (!check) flushData();
+        beginSet();
+        return check ? check(value) : initData();
     };
     regCacheParm(std::make_unique<psCacheIteratorSize>(size, image, makeAnew));
 }
@@ -130,10 +138,12 @@ int ppTest::printAllMemoryBlocks(const psString& title) {
         const bool plain = psIsBuffer(owner);
         auto* object = static_cast<psObject*>(psUntaggedOwner(owner));
         printFirstBlockLine(++number, plain ? nullptr : object, size);
-        if (plain)
+        if (plain) {
             printByteBlock(block, size);
-        else
+        } else {
             printVectorBlock(dynamic_cast<ppVector*>(object));
+            ++m_vectorNum;
+        }
         printLastBlockLine(number, object);
     }
     printLastDebugLine(title);

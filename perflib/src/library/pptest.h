@@ -61,6 +61,7 @@ class ppTest : public psTest {
 
   protected:
     void loopData() override;
+    void beginSet() override;
     psResult runTiming() override;
     void funcToCstrm() override;
     bool isFloatFunction() override;
@@ -84,12 +85,14 @@ class ppTest : public psTest {
 
     using psTest::regCacheParm;
     // With -C the size is varied until the image (or all data together) fits into
-    // the cache and then until it does not; the data are made anew each time.
-    void regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image);
-    void regCacheParm(psIterator<ZmoiSize>& size);
+    // the cache and then until it does not. `check` makes the data of a new size and
+    // tells whether it could; without one flushData() and initData() do.
+    using CheckSize = std::function<bool(const ZmoiSize&)>;
+    void regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image, CheckSize check = {});
+    void regCacheParm(psIterator<ZmoiSize>& size, CheckSize check = {});
 
   private:
-    void regCacheParm(psIterator<ZmoiSize>& size, const ppImage* image);
+    void regCacheSize(psIterator<ZmoiSize>& size, const ppImage* image, CheckSize check);
 
     ppFunc m_func;
     psString m_dataComment;

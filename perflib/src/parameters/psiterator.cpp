@@ -201,14 +201,47 @@ int halvings(long long size, long long limit) {
 
 }  // namespace
 
-bool psCacheIterator::validateSize() {
+void psCacheIterator::noteCall(const psString& others, double seconds) {
+    const long long size = dataSize();
+    if (value() == IN_CACHE && size > 0)
+        m_secondsOfByte.emplace_back(others, seconds / static_cast<double>(size));
+}
+
+psString psCacheIterator::tooLong(const psString& others) const {
+    const auto call =
+        std::ranges::find(m_secondsOfByte, others, &std::pair<psString, double>::first);
+    long long size = dataSize();
+    if (value() == IN_CACHE || call == m_secondsOfByte.end() || size <= 0) return {};
+    size <<= doublings(size, wanted().low);
+    const double seconds = call->second * static_cast<double>(size);
+    if (seconds <= mostSeconds) return {};
+    return psFormat("one call on %lld bytes would take about %.0f s, more than %.0f", size, seconds,
+                    mostSeconds);
+}
+
+namespace {
+
+double cacheSize() {
     int bytes = 0;
-    if ((maxCacheSize ? maxCacheSize : zmo_GetMaxCacheSizeB)(&bytes) < 0) bytes = 0;
-    const double cache = std::max(bytes, 0);
+    if ((psCacheIterator::maxCacheSize ? psCacheIterator::maxCacheSize
+                                       : zmo_GetMaxCacheSizeB)(&bytes) < 0)
+        return 0;
+    return std::max(bytes, 0);
+}
+
+}  // namespace
+
+psCacheIterator::Range psCacheIterator::wanted() const {
+    const auto part = [](double fraction) {
+        return static_cast<long long>(cacheSize() * fraction);
+    };
+    if (value() == IN_CACHE) return {part(leastFraction), part(mostFraction)};
+    return {part(1.05), std::numeric_limits<int>::max()};
+}
+
+bool psCacheIterator::validateSize() {
     const bool inCache = value() == IN_CACHE;
-    const auto low = static_cast<long long>(cache * (inCache ? leastFraction : 1.05));
-    const long long high =
-        inCache ? static_cast<long long>(cache * mostFraction) : std::numeric_limits<int>::max();
+    const auto [low, high] = wanted();
     // The size need not follow the parameter evenly. When growing falls short,
     // the next try aims higher, half the way to the upper end of the range.
     double fraction = leastFraction;
@@ -224,7 +257,7 @@ bool psCacheIterator::validateSize() {
         if (size > high) {
             shift = -halvings(size, high);
         } else {
-            shift = doublings(size, inCache ? static_cast<long long>(cache * fraction) : low);
+            shift = doublings(size, inCache ? static_cast<long long>(cacheSize() * fraction) : low);
             const double change = (mostFraction - fraction) / 2;
             if (change >= leastChange) fraction += change;
         }

@@ -14,6 +14,8 @@
 
 #include <functional>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "psdefault.h"
 #include "psexcept.h"
@@ -357,6 +359,13 @@ class psCacheIterator : public psIterator<int> {
     // Changes the parameter until the data have the size wanted. False when that
     // is out of reach; the parameter's value is meaningless then.
     bool validateSize();
+    // What one call has taken in the cache, by the values of the set's other
+    // parameters; out of the cache it is taken to need as much for each byte.
+    void noteCall(const psString& others, double seconds);
+    // Why the set is not to be measured out of the cache: a call on the data that
+    // validateSize() aims at, or has made, would take too long. Else empty.
+    psString tooLong(const psString& others) const;
+    static constexpr double mostSeconds = 10;
     // About the last try, without a line end.
     const psString& infoString() const { return m_info; }
 
@@ -384,6 +393,11 @@ class psCacheIterator : public psIterator<int> {
     virtual bool shiftParm(int shift) = 0;
 
   private:
+    struct Range {
+        long long low;
+        long long high;
+    };
+    Range wanted() const;  // sizes of the data, in bytes
     long long dataSize() const;
     psString tryText(long long size) const;
     bool reached(long long size);
@@ -392,6 +406,7 @@ class psCacheIterator : public psIterator<int> {
     psParameter& m_parm;
     const psObject* m_owner;
     psString m_info;
+    std::vector<std::pair<psString, double>> m_secondsOfByte;  // by the other values
 };
 
 // The value times 2^shift; 0 when it leaves the range of int (or is 0).

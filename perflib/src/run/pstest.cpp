@@ -1,6 +1,7 @@
 #include "pstest.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 
 #include "psbase.h"
@@ -260,10 +261,12 @@ void psTest::runOneSet(bool& first) {
     }
     if (first) outputConst();
     first = false;
+    if (callTooLong()) return;
     if (m_cacheIter && !m_cacheIter->validateSize()) {
         m_cacheSizeBad = true;
         return;
     }
+    if (callTooLong()) return;  // the size has come out larger than it was to be
     putTextParms();
     if (m_tool.callMode()) reserveAllVectors();
     if (m_hot == 2 && !isHotLine()) {
@@ -275,6 +278,38 @@ void psTest::runOneSet(bool& first) {
     raiseShownResult(result);
     outputResult(result);
     g_ostrm.flush();
+    noteCall();
+}
+
+psString psTest::valuesBesideSize() const {
+    psString text;
+    for (const psParameter* parm : m_parms) {
+        const psString value = parm->valueString();
+        if (parm != m_cacheIter.get() && !value.empty()) text += parm->name() + "=" + value + " ";
+    }
+    return text.trim();
+}
+
+bool psTest::callTooLong() const {
+    if (!m_cacheIter) return false;
+    const psString values = valuesBesideSize();
+    const psString reason = m_cacheIter->tooLong(values);
+    if (reason.empty()) return false;
+    g_ostrm << ERR << "-- " << m_cacheIter->comment() << (values.empty() ? "" : " " + values)
+            << " is not measured: " << reason << "\n"
+            << END;
+    return true;
+}
+
+// By the clock of the system: what the engine tells depends on its method.
+void psTest::noteCall() {
+    const bool inCache = m_cacheIter && m_cacheIter->value() == psCacheIterator::IN_CACHE;
+    if (!inCache || !m_funcCall || isFailure(m_currentResult)) return;
+    if (m_funcInit) m_funcInit();
+    const auto begin = std::chrono::steady_clock::now();
+    m_funcCall();
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - begin;
+    m_cacheIter->noteCall(valuesBesideSize(), spent.count());
 }
 
 // A set that cannot be prepared has no row; its parameters stand before whatever
@@ -285,6 +320,7 @@ bool psTest::prepareSet() {
         g_ostrm << ERR << "\n" << END;
     };
     const psErrorPreface preface(nameSet);
+    beginSet();
     if (initData()) return true;
     g_ostrm << ERR << "-- The data of this set could not be prepared\n" << END;
     return false;
@@ -359,6 +395,7 @@ bool psTest::canStart() {
     return true;
 }
 void psTest::flushStart() {}
+void psTest::beginSet() {}
 bool psTest::initData() {
     return true;
 }
@@ -399,6 +436,15 @@ void psTest::regCacheParm(std::unique_ptr<psCacheIterator> iterator) {
         *pos = m_cacheIter.get();
     else
         m_parms.push_back(m_cacheIter.get());
+}
+
+void psTest::regCacheParm(psIterator<int>& length, const psObject* owner,
+                          std::function<bool(int)> check) {
+    const auto makeAnew = [this, check = std::move(check)](int value) {
+        beginSet();
+        return check(value);
+    };
+    regCacheParm(std::make_unique<psCacheIteratorInt>(length, owner, makeAnew));
 }
 
 void psTest::setTimingResult(double clocks, const psString& comment) {

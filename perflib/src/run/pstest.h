@@ -3,6 +3,7 @@
 #pragma once
 
 #include <ctime>
+#include <functional>
 #include <memory>
 
 #include "psctrl87.h"
@@ -15,6 +16,8 @@
 class psCacheIterator;
 class psConditions;
 class psParameter;
+template <class T>
+class psIterator;
 
 // How a test was registered: "class/variant/kind", for example "TimcCanny//PP_REG".
 struct psTestInfo {
@@ -94,6 +97,8 @@ class psTest {
     virtual bool canStart();
     virtual void flushStart();
     virtual bool canContinue();
+    // What every set starts from, before its data are made.
+    virtual void beginSet();
     virtual bool initData();
     virtual void flushData();
     virtual psResult runTiming();
@@ -132,8 +137,16 @@ class psTest {
     // Takes the in-cache/out-of-cache iterator of the size parameter over; a
     // second one is ignored.
     void regCacheParm(std::unique_ptr<psCacheIterator> iterator);
+    // With -C the length is varied until the owner's data (without an owner all data
+    // together) fit into the cache, and then until they do not. `check` makes the
+    // data of a new length and tells whether it could.
+    void regCacheParm(psIterator<int>& length, const psObject* owner,
+                      std::function<bool(int)> check);
     bool setDeprecatedFlag(bool on);
     void setTimingResult(double clocks, const psString& comment);
+
+    // One call of the tested function with its arguments as they are.
+    int callOnce() const { return m_funcCall(); }
 
     psTool& tool() { return m_tool; }
     const psTool& tool() const { return m_tool; }
@@ -144,6 +157,11 @@ class psTest {
     bool prepareSet();
     psResult measureSet();
     psResult checkCtrlStatus();
+    // With -C: whether a call out of the cache would take too long, which it tells, by
+    // what one has taken in the cache.
+    bool callTooLong() const;
+    void noteCall();
+    psString valuesBesideSize() const;
     void finishTable();
     void runFailed(const psString& message, const psString& where);
     void openIniSection() const;
