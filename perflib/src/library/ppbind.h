@@ -78,9 +78,6 @@ class ppService<Result (*)(Args...)> {
     ppEntry<Result (*)(Args...)> m_entry;
 };
 
-// Declares lib_<fn>(...) for a service function of the zmo headers.
-#define PP_SERVICE(fn) static const ppService<decltype(&::fn)> lib_##fn(#fn)
-
 // The registered environment function. Silent and idle until the session wants
 // the library; then it opens the shared objects once, names what is missing and
 // binds; every later call only binds again.
