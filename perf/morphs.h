@@ -67,7 +67,12 @@ class MorphTest : public BorderedTest {
         return isBits() ? (bitOffset + pixels + 7) / 8 : pixels;
     }
     int elementOf(int x) const override { return isBits() ? x / 8 : x; }
-    bool drawSource() override { return isBits() ? drawBits() : BorderedTest::drawSource(); }
+    bool drawSource() override {
+        if (isBits()) return drawBits();
+        // Differences of 16s stay within its range.
+        if (pSrc.type() == pp16s && !ppPictureGiven()) return pSrc.setRandom(-16384, 16383);
+        return BorderedTest::drawSource();
+    }
 
   private:
     // A picture's bright pixels; else bands with gaps and scattered specks: noise alone would leave no

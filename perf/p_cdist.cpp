@@ -9,7 +9,8 @@ using namespace regions;
 
 psIterator<int> Radius("Radius", "Where the front stops, pixels", {8, 64});
 
-// The usual metrics of both masks: integers five times too long, and the best fractions.
+// The usual metrics of both masks: integers, which are three times too long for 3x3 and five times for
+// 5x5, and the best fractions.
 constexpr Zmo32s metricsOf3x3[] = {3, 4};
 constexpr Zmo32s metricsOf5x5[] = {5, 7, 11};
 constexpr Zmo32f realMetricsOf3x3[] = {0.955F, 1.3693F};
@@ -40,7 +41,15 @@ class TimcDist : public RegionTest {
         return getDivisor() * 2 * 2 * (func().baseName().contains("5x5") ? 8 : 4);
     }
 
-    psString dataFigure() override { return psFormat("mean distance %.2f", ppMeanOf(pDst)); }
+    psString dataFigure() override {
+        return psFormat("a mean distance of %.2f pixels", ppMeanOf(pDst) / unitsOfPixel());
+    }
+
+  private:
+    int unitsOfPixel() const {
+        if (func().dstType() == pp32f) return 1;
+        return func().baseName().contains("5x5") ? metricsOf5x5[0] : metricsOf3x3[0];
+    }
 };
 
 class TimcTrueDist : public TimcDist {

@@ -19,11 +19,11 @@ ZmoiPolar delta;
 int threshold;
 int count;
 int edges;
-ppBuffer pLines;
+ppVector pLines(pp32f);  // distances and angles in pairs
 ppBuffer pBuffer;
 
 ZmoiPolar* lines() {
-    return reinterpret_cast<ZmoiPolar*>(pLines.get());
+    return reinterpret_cast<ZmoiPolar*>(pLines.ptr32f());
 }
 
 PP_SERVICE(zmoiHoughLine_RegionGetBufferSize);
@@ -52,7 +52,7 @@ class TimcvHough : public SquareTest {
 
     void flushData() override {
         SquareTest::flushData();
-        pLines.release();
+        pLines.deleteVector();
         pBuffer.release();
     }
 
@@ -79,7 +79,7 @@ class TimcvHough : public SquareTest {
     static bool createBuffers() {
         return createBufferBy(pBuffer, lib_zmoiHoughLine_RegionGetBufferSize, roi, limits, delta,
                               maxLines, zmo8u, 1) &&
-               pLines.create(maxLines * int{sizeof(ZmoiPolar)});
+               pLines.createZeroed(2 * maxLines);
     }
 };
 

@@ -16,6 +16,18 @@ int count;
 
 PP_SERVICE(zmoiLabelMarkersGetBufferSize);
 
+// Discs in a grid; in place of the small ones two squares that touch at a corner, one component only
+// for eight neighbours.
+int markers(int x, int y) {
+    if ((x / discCell + y / discCell) % 3 != 0) return discs(x, y);
+    constexpr int side = 8;
+    const int dx = x % discCell - discCell / 2;
+    const int dy = y % discCell - discCell / 2;
+    const bool inSquare =
+        (dx < 0) == (dy < 0) && std::min(dx, dy) >= -side && std::max(dx, dy) < side;
+    return inSquare ? 255 : 0;
+}
+
 class TimcLabelMarkers : public RegionTest {
   public:
     using RegionTest::RegionTest;
@@ -25,7 +37,7 @@ class TimcLabelMarkers : public RegionTest {
 
     bool drawImage(ppImage& image) override {
         connectivity = Connectivity.value();
-        return draw(image, discs, brightOnly);
+        return draw(image, markers, brightOnly);
     }
 
     bool createBuffer() override {

@@ -16,12 +16,30 @@ int connectivity;
 
 PP_SERVICE(zmoiMarkSpecklesGetBufferSize);
 
-// Slanted planes with steps between them; on them lie small squares and single pixels of other values.
+// Blobs at equal distances, in every other place two that touch at a corner.
+struct Blobs {
+    ZmoiSize distance;
+    ZmoiSize size;
+
+    bool at(int x, int y) const {
+        const int dx = x % distance.width;
+        const int dy = y % distance.height;
+        const bool pair = (x / distance.width + y / distance.height) % 2 == 0;
+        return (dx < size.width && dy < size.height) ||
+               (pair && dx / size.width == 1 && dy / size.height == 1);
+    }
+};
+
+// One of the smaller, or one of the larger, blobs is a speckle of its limit; two are more than that to
+// eight neighbours.
+constexpr Blobs smaller{{29, 31}, {3, 4}};
+constexpr Blobs larger{{81, 91}, {12, 10}};
+
+// Slanted planes with steps between them; on them lie blobs and single pixels of other values.
 int disparity(int x, int y) {
     const int plane = 40 + 30 * (x / 160 + y / 120) % 90 + (x % 160 + y % 120) / 8;
-    const bool square = x % 29 < 3 && y % 31 < 4;
     const bool dot = (x * 7 + y * 13) % 101 == 0;
-    return square || dot ? 255 - plane : plane;
+    return dot || smaller.at(x, y) || larger.at(x + 60, y + 70) ? 255 - plane : plane;
 }
 
 class TimcMarkSpeckles : public RegionTest {

@@ -13,12 +13,12 @@ psIterator<int> Components("Components", "Components of a pixel, at most", {3, 5
 
 constexpr Zmo32f learningRate = 0.05F;
 constexpr Zmo32f matchThreshold = 9;
-constexpr Zmo32f backgroundShare = 0.8F;
+constexpr Zmo32f backgroundShare = 0.9F;
 constexpr Zmo32f complexity = 0.05F;
 constexpr Zmo32f initialVariance = 225;
 
 // The state of a timed call has seen so many pictures; the next one is measured.
-constexpr int picturesSeen = 24;
+constexpr int picturesSeen = 25;
 
 ppVector pState;
 
@@ -44,11 +44,14 @@ bool isDisc(int x, int y, int frame) {
     return dx * dx + dy * dy < discRadius * discRadius;
 }
 
-// In every fourth tile something waves between two shades.
-int waving(int x, int y, int frame) {
+// In every fourth tile every other stripe goes through four shades: too far apart for one component, too
+// many for three.
+bool isWaving(int x, int y) {
     constexpr int tile = 32;
-    const bool waves = (x / tile + 2 * (y / tile)) % 4 == 1;
-    return waves && (x / 5 + y / 7 + frame) % 3 == 0 ? 70 : 0;
+    return (x / tile + 2 * (y / tile)) % 4 == 1 && (x / 5 + y / 7) % 2 == 0;
+}
+int waving(int x, int y, int frame) {
+    return 20 + 60 * ((x / 5 + y / 7 + frame) % 4);
 }
 
 class TimiGMM : public PixelTest {
@@ -136,7 +139,8 @@ class TimiGMM : public PixelTest {
             const auto* const ground = static_cast<const Zmo8u*>(m_ground.getRowPointer(y));
             auto* const row = static_cast<Zmo8u*>(pSrc.getRowPointer(y));
             for (int x = 0; x < roi.width; ++x) {
-                const int value = isDisc(x, y, frame) ? discValue : ground[x] + waving(x, y, frame);
+                const int still = isWaving(x, y) ? waving(x, y, frame) : ground[x];
+                const int value = isDisc(x, y, frame) ? discValue : still;
                 for (int c = 0; c < 3; ++c) {
                     noise = noise * 1664525U + 1013904223U;
                     const int grain = static_cast<int>(noise >> 24) % 9 - 4;

@@ -15,15 +15,14 @@ using namespace pixels;
 PP_SERVICE(zmoiCannyGetSize);
 PP_SERVICE(zmoiCanny_16s8u_C1R);
 
-constexpr int cell = 64;
 constexpr int noise = 8;
 
 // In a place of so many quarters of a pixel: squares turned by 10 degrees, of sides of half a cell.
-inline bool inSquare(int x, int y) {
+inline bool inSquare(int x, int y, int cell) {
     constexpr int cosine = 1008;  // of 1024
     constexpr int sine = 178;
-    constexpr int period = cell * 4 * 1024;
-    const auto inBand = [](int place) {
+    const int period = cell * 4 * 1024;
+    const auto inBand = [period](int place) {
         const int inCell = (place % period + period) % period;
         return inCell >= period / 4 && inCell < period * 3 / 4;
     };
@@ -43,14 +42,14 @@ class SquareTest : public PixelTest {
     }
 
     // Smooth outlines, as a camera gives them.
-    static bool drawSquares(ppImage& image) {
+    static bool drawSquares(ppImage& image, int cell = 64) {
         if (ppPictureGiven()) return ppDrawPicture(image);
         if (!image.setRandom(0, noise)) return false;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
                 int inside = 0;
                 for (int part = 0; part < 16; ++part)
-                    inside += inSquare(4 * x + part % 4, 4 * y + part / 4) ? 1 : 0;
+                    inside += inSquare(4 * x + part % 4, 4 * y + part / 4, cell) ? 1 : 0;
                 image.setImageAt(x, y, 0, image.getImageAt(x, y, 0) + 60 + 8 * inside);
             }
         }
