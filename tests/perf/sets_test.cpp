@@ -1,0 +1,255 @@
+// What the sets of all modules work on and leave behind, seen by spies in the place of the clock
+// readers, which stand right before and right after a timed call.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "pp.h"
+#include "pscputick_gcc.h"
+#include "psdata.h"
+#include "pslib.h"
+#include "session.h"
+#include "temp_dir.h"
+
+namespace {
+
+// Of one vector.
+struct Content {
+    long long bytes;
+    std::uint64_t hash;
+    friend bool operator==(const Content&, const Content&) = default;
+};
+using Contents = std::map<const void*, Content>;  // by vector
+
+std::uint64_t hashOf(const ppVector& vector) {
+    std::uint64_t hash = 14695981039346656037U;
+    const auto* const data = static_cast<const char*>(vector.data());
+    for (long long i = 0; i < vector.size(); i += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, data + i, static_cast<std::size_t>(std::min(8LL, vector.size() - i)));
+        hash = (hash ^ word) * 1099511628211U;
+        hash ^= hash >> 29;
+    }
+    return hash;
+}
+
+// Work buffers have no owner that describes them: what is in them may be addresses.
+Contents liveVectors() {
+    Contents contents;
+    void* owner = nullptr;
+    for (void* block = psMallocFirst(nullptr, &owner); block != nullptr;
+         block = psMallocNext(nullptr, &owner)) {
+        if (owner == nullptr || psIsBuffer(owner) || psIsSubObject(owner)) continue;
+        const auto* const vector = dynamic_cast<ppVector*>(static_cast<psObject*>(owner));
+        if (vector != nullptr) contents[owner] = {vector->size(), hashOf(*vector)};
+    }
+    return contents;
+}
+
+// The values of the running test's parameters, by their names.
+using Values = std::map<std::string, std::string>;
+
+Values currentValues() {
+    Values values;
+    for (const psParameter* parm : psTestList::m_pCurrentTest->parms())
+        values[parm->name().c_str()] = parm->valueString().c_str();
+    return values;
+}
+
+// How many units a call works on.
+double currentDivisor() {
+    struct Divisor : psTest {
+        static double of(psTest& test) { return (test.*&Divisor::getDivisor)(); }
+    };
+    return Divisor::of(*psTestList::m_pCurrentTest);
+}
+
+struct Call {
+    Contents before;
+    Contents after;
+    double divisor = 0;
+    int printedVectors = 0;
+};
+using Sets = std::map<Values, Call>;
+std::map<std::string, Sets> calls;  // by function
+long long ticks = 0;
+
+Call& currentCall() {
+    return calls[psTestList::m_pCurrentTest->funcName().c_str()][currentValues()];
+}
+
+long long spyStart() {
+    if (psTestList::m_pCurrentTest != nullptr) currentCall().before = liveVectors();
+    return ++ticks;
+}
+
+long long spyStop() {
+    if (psTestList::m_pCurrentTest != nullptr) {
+        Call& call = currentCall();
+        call.after = liveVectors();
+        call.divisor = currentDivisor();
+        call.printedVectors = psTest::m_vectorNum;
+    }
+    return ticks += 1000;
+}
+
+// After the library has been opened, whose readers would be taken otherwise.
+void setEnvironment() {
+    ppSetZmoEnvironment();
+    zmo_StartCpuClocks = spyStart;
+    zmo_StopCpuClocks = spyStop;
+}
+
+// One timed call of each set.
+void measure(std::vector<std::string> words) {
+    const TempDir dir;
+    psRegZmoEnvironment(setEnvironment);
+    words.insert(words.end(), {"-B", "-l" + dir.path(), "-dMethod=Manual", "-dNumLoops=1"});
+    runSession(words);
+}
+
+std::string textOf(const Values& values) {
+    std::string text;
+    for (const auto& [name, value] : values) text += " " + name + "=" + value;
+    return text;
+}
+
+// ---- values that change nothing ---------------------------------------------------
+
+// Vectors that only one of the two calls has, or that differ in size, tell nothing: a state grows with
+// a value that need not change anything else.
+bool doTheSame(const Call& a, const Call& b) {
+    return a.divisor == b.divisor && std::ranges::all_of(a.after, [&](const auto& vector) {
+               const auto other = b.after.find(vector.first);
+               return other == b.after.end() || other->second.bytes != vector.second.bytes ||
+                      other->second.hash == vector.second.hash;
+           });
+}
+
+struct Alike {
+    const char* functions;  // a part of their names
+    const char* parameter;
+    const char* why;
+};
+constexpr Alike alike[] = {
+    {"Erode", "Border", "a mirror shows nothing that an even mask does not see inside"},
+    {"Dilate", "Border", "as Erode"},
+    {"Morph", "Border", "as Erode"},
+    {"CannyBorder", "Kernel", "thresholds are fitted to the mask, so both find the same outlines"},
+    {"CannyBorder", "Norm",
+     "the sums differ, the outlines above the thresholds only here and there"},
+};
+
+bool mayBeAlike(const std::string& function, const std::string& parameter) {
+    return std::ranges::any_of(alike, [&](const Alike& a) {
+        return function.find(a.functions) != std::string::npos && parameter == a.parameter;
+    });
+}
+
+// The one parameter in which two sets differ, or nothing.
+std::string onlyDifference(const Values& a, const Values& b) {
+    std::string name;
+    for (const auto& [parameter, value] : a) {
+        if (b.at(parameter) == value) continue;
+        if (!name.empty()) return {};
+        name = parameter;
+    }
+    return name;
+}
+
+TEST(DefaultValues, ChangeWhatACallDoes) {
+    inOwnProcess([] {
+        measure({"-dImageSize=64x64;160x120"});
+        EXPECT_GT(calls.size(), 400U);
+        for (const auto& [function, sets] : calls) {
+            for (auto one = sets.begin(); one != sets.end(); ++one) {
+                for (auto other = std::next(one); other != sets.end(); ++other) {
+                    const std::string parameter = onlyDifference(one->first, other->first);
+                    if (parameter.empty() || mayBeAlike(function, parameter)) continue;
+                    EXPECT_FALSE(doTheSame(one->second, other->second))
+                        << function << textOf(one->first) << ": so does " << parameter << "="
+                        << other->first.at(parameter);
+                }
+            }
+        }
+    });
+}
+
+// ---- one set alone ------------------------------------------------------------------
+
+// The data that the sets of the given sizes begin with, by function and values.
+std::map<std::string, std::string> dataOf(const std::string& sizes) {
+    const TempDir dir;
+    inOwnProcess([&] {
+        measure({"-dImageSize=" + sizes});
+        std::ofstream file(dir.path() + "/data.txt");
+        for (const auto& [function, sets] : calls) {
+            for (const auto& [values, call] : sets) {
+                file << function << textOf(values) << ":";
+                for (const auto& [vector, content] : call.before) file << " " << content.hash;
+                file << "\n";
+            }
+        }
+    });
+    std::map<std::string, std::string> data;
+    std::istringstream lines(dir.read("data.txt"));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t end = line.find(": ");
+        data[line.substr(0, end)] = line.substr(std::min(end, line.size()));
+    }
+    return data;
+}
+
+TEST(Sets, SeeTheSameBytesAloneAndInAList) {
+    const auto alone = dataOf("96x80");
+    auto listed = dataOf("64x48;96x80");
+    EXPECT_GT(alone.size(), 1500U);
+    EXPECT_EQ(listed.size(), 2 * alone.size());
+    for (const auto& [set, data] : alone) EXPECT_EQ(listed[set], data) << set;
+}
+
+TEST(Sets, CountThePrintedVectors) {
+    inOwnProcess([] {
+        measure({"-f=zmoiCanny_16s8u_C1R", "-LDATA", "-dImageSize=12x8;8x12", "-dnumFigures=2x2"});
+        const Sets& sets = calls["zmoiCanny_16s8u_C1R"];
+        EXPECT_EQ(sets.size(), 2U);
+        for (const auto& [values, call] : sets)
+            EXPECT_EQ(call.printedVectors, 3) << "two sources and the result, no buffer";
+    });
+}
+
+// ---- in the cache and out of it --------------------------------------------------------
+
+// The cache is small for the sets that have to fit into it, and so large for the others that a call out
+// of it would take minutes: they are told, not made.
+TEST(Sets, OutOfTheCacheAreLeftOutWhenACallWouldTakeLong) {
+    psCacheIterator::maxCacheSize = [](int* bytes) {
+        const psCacheIterator* iterator = psTestList::m_pCurrentTest->cacheIter();
+        *bytes = iterator->value() == psCacheIterator::IN_CACHE ? 1'000'000 : 1'500'000'000;
+        return 0;
+    };
+    const TempDir dir;
+    inOwnProcess([&] {
+        runSession({"-B", "-C", "-l" + dir.path(), "-oall.txt", "-LPERF", "-f=zmoiInpaint_8u_C1R",
+                    "-dMethod=Manual", "-dNumLoops=1"});
+    });
+    psCacheIterator::maxCacheSize = nullptr;
+    const std::string listing = dir.read("all.txt");
+    for (const char* radius : {"3", "8"}) {
+        const std::string set = std::string("Radius=") + radius + " Damage=2 Flag=marching ";
+        EXPECT_NE(listing.find("ImageSize=512x256 " + set), std::string::npos) << listing;
+        EXPECT_NE(listing.find("-- outofCache " + set.substr(0, set.size() - 1) +
+                               " is not measured: one call on 2147483648 bytes would take about "),
+                  std::string::npos)
+            << listing;
+    }
+    EXPECT_NE(listing.find("  Result   : OK "), std::string::npos) << listing;
+}
+
+}  // namespace
