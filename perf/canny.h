@@ -54,8 +54,7 @@ class CannyTest : public ppTest {
         roiL = {roi.width, roi.height};
         // An upright edge answers the filter of 3x3 with 4 times 255, and less where the turning has
         // frayed it: these pixels are followed from the others.
-        lowThreshold = 500;
-        highThreshold = 1000;
+        hysteresis::setThresholds(500, 1000);
         return createImages() && drawPicture() && deriveSources() && createBuffer();
     }
 

@@ -12,6 +12,13 @@ namespace hysteresis {
 inline Zmo32f lowThreshold;
 inline Zmo32f highThreshold;
 
+// The thresholds of the generated picture are fitted to it. Those of any other are fair for 3x3 Sobel
+// derivatives; other masks answer `gain` times as strongly.
+inline void setThresholds(Zmo32f low, Zmo32f high, Zmo32f gain = 1) {
+    lowThreshold = ppPictureGiven() ? 127.5F * gain : low;
+    highThreshold = ppPictureGiven() ? 382.5F * gain : high;
+}
+
 inline double edgeShare(const ppImage& edges) {
     return ppShareOf(edges, [](double value) { return value != 0; });
 }

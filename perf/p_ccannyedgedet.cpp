@@ -45,16 +45,13 @@ class TimcCannyEdgeDet : public PictureTest {
     static void setThresholds() {
         switch (Kernel.value()) {
             case DerivativeMask::sobel3:
-                lowThreshold = 762;
-                highThreshold = 800;
+                hysteresis::setThresholds(762, 800);
                 break;
             case DerivativeMask::scharr3:
-                lowThreshold = 3054;
-                highThreshold = 3200;
+                hysteresis::setThresholds(3054, 3200, 4);
                 break;
             case DerivativeMask::sobel5:
-                lowThreshold = 3600;
-                highThreshold = 9150;
+                hysteresis::setThresholds(3600, 9150, 12);
                 break;
         }
     }

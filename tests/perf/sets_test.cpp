@@ -23,7 +23,6 @@ namespace {
 struct Content {
     long long bytes;
     std::uint64_t hash;
-    friend bool operator==(const Content&, const Content&) = default;
 };
 using Contents = std::map<const void*, Content>;  // by vector
 
