@@ -69,8 +69,8 @@ struct Functions {
     Library vision = open("libzmocv.so");
 };
 
-constexpr float low = 127.5F;
-constexpr float high = 382.5F;
+constexpr float low = 500.0F;
+constexpr float high = 1000.0F;
 
 // The picture turned by 10 degrees about the image's centre.
 Plane<Zmo8u> turnedPicture(const Functions& libraries, ZmoiSize size, ZmoiSize figures) {
