@@ -118,7 +118,7 @@ def main():
             print(f"{' '.join(command[0])}: {name} differs")
             shown = list(difflib.unified_diff(one.split("\n"), two.split("\n"), "before", "after",
                                               lineterm="", n=1))
-            print("\n".join(shown[:40]))
+            print("\n".join(line[:200] for line in shown[:40]))
     print(f"{len(COMMANDS)} commands, {differing} texts differ")
     sys.exit(1 if differing else 0)
 
