@@ -123,8 +123,9 @@ TEST_P(DataFigure, IsSensible) {
         ++figures;
         const std::vector<double> numbers = numbersIn(line);
         ASSERT_FALSE(numbers.empty()) << line;
-        expectWithin(range->first, numbers[0], function + "\n" + line);
-        if (numbers.size() > 1) expectWithin(range->second, numbers[1], function + "\n" + line);
+        SCOPED_TRACE(function);
+        expectWithin(range->first, numbers[0], line);
+        if (numbers.size() > 1) expectWithin(range->second, numbers[1], line);
     }
     EXPECT_GT(results, 0);
     EXPECT_EQ(figures, results);

@@ -115,7 +115,8 @@ void measure(std::vector<std::string> words) {
 
 std::string textOf(const Values& values) {
     std::string text;
-    for (const auto& [name, value] : values) text += " " + name + "=" + value;
+    for (const auto& [name, value] : values)
+        text.append(" ").append(name).append("=").append(value);
     return text;
 }
 
