@@ -200,6 +200,7 @@ TEST_F(HostRun, SummaryTellsWhatWasTestedAndTheFlagsOfADisturbedState) {
     EXPECT_EQ(shared().results.at("hostCannot")[5], "-");
     const std::string summary = shared().file("_sum.csv");
     for (const Expected& expected : expectations) {
+        if (std::ranges::count(notUnderSanitizer, expected.function) != 0) continue;
         EXPECT_EQ(support::has(summary, std::string("--No measurements have been done\n") +
                                             expected.function + ","),
                   expected.rows == 0)
