@@ -119,7 +119,7 @@ ZmoStatus zmoiGrayMorphGetSize(ZmoiSize roi, ZmoDataType type, int channels, Zmo
     const zmo::uint128 buffer = zmo::bufferSize(zmo::formatOf(type), zmo::large(roi), mask);
     const int64_t state = zmo::stateSize(mask);
     if (buffer > INT_MAX || state > INT_MAX) return zmoStsTooLargeErr;
-    *pStateSize = static_cast<int>(state);
+    *pStateSize = static_cast<int>(state < 64 ? 64 : state);
     *pBufferSize = static_cast<int>(buffer);
     return zmoStsNoErr;
 }
