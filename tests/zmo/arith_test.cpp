@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include "anycall.h"
+#include "case.h"
 #include "oracle/reduce.h"
 #include "zmocv.h"
 
@@ -21,6 +21,8 @@ struct Row {
     // Legal values, each with another result, and what is not legal.
     std::vector<std::vector<double>> values = {{}};
     std::vector<kit::Wrong> bad = {};
+
+    bool ofFloats() const { return function.isNamed("_32f_"); }
 };
 
 // Products of floats are exact in double precision, and a sum, quotient or root taken there rounds
@@ -72,16 +74,16 @@ double gray(const Pixel& p) {
 // ---- The functions
 
 const std::vector<std::vector<double>> alphas = {{0}, {0.3F}, {1}};
-const std::vector<kit::Wrong> badAlphas = {{0, {-0.001, 1.001, NAN}, zmoStsRangeErr}};
+const std::vector<kit::Wrong> badAlphas = {{"alpha", {-0.001, 1.001, NAN}, zmoStsRangeErr}};
 const std::vector<std::vector<double>> times = {{100, 30}, {100, 90}, {200, 30}};
-const std::vector<kit::Wrong> badTimes = {{0, {HUGE_VAL, NAN}, zmoStsRangeErr},
-                                          {1, {-1, NAN}, zmoStsRangeErr}};
+const std::vector<kit::Wrong> badTimes = {{"timestamp", {HUGE_VAL, NAN}, zmoStsRangeErr},
+                                          {"duration", {-1, NAN}, zmoStsRangeErr}};
 const std::vector<std::vector<double>> norms = {{zmoNormInf}, {zmoNormL1}, {zmoNormL2}};
-const std::vector<kit::Wrong> badNorms = {{0, {3, -1}, zmoStsNormErr}};
+const std::vector<kit::Wrong> badNorms = {{"norm", {3, -1}, zmoStsNormErr}};
 
-#define ROW(fn, ...)           \
-    Row {                      \
-        {#fn, fn}, __VA_ARGS__ \
+#define ROW(fn, ...)         \
+    Row {                    \
+        ZMO(fn), __VA_ARGS__ \
     }
 #define TWO_ROWS(base, types, ...) \
     ROW(zmoi##base##_##types##_C1IR, __VA_ARGS__), ROW(zmoi##base##_##types##_C1IMR, __VA_ARGS__)
@@ -104,79 +106,60 @@ const std::vector<Row> rows = {ROW(zmoiAdd_8u32f_C1IR, sum),
 
 // ---- Comparison
 
-class Case : public kit::AnyCall {
-  public:
-    Case(const Row& r, ZmoiSize size, kit::Layout layout, const std::vector<double>& values)
-        : AnyCall(r.function, size, layout), row(r), own(values), target(imageCount() - 1) {
-        for (size_t i = 0; i < own.size(); ++i) setValue(i, own[i]);
-    }
+kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout,
+                 const std::vector<double>& own) {
+    kit::Case c(row.function, size, layout);
+    const auto names = row.function.values();
+    for (size_t i = 0; i < own.size(); ++i) c.with(names[i], own[i]);
+    return c;
+}
 
-    double most() const { return kit::mostOf(image(0)); }
+double valueAt(const kit::Case& c, const Row& row, const std::vector<double>& own, int x, int y) {
+    const double old = c.dst().get(x, y);
+    if (!c.selects(x, y)) return old;
+    Pixel pixel{{}, 0, old, own, c.src().most() != 0};
+    for (int i = 0; i < c.src().channels(); ++i) pixel.a[i] = c.src().get(x, y, i);
+    if (c.function().has("pSrc2")) pixel.b = c.image(1).get(x, y);
+    return row.formula(pixel);
+}
 
-    // The whole range of integers, often its ends; floats of the size told. A silhouette that is not
-    // zero nowhere would leave nothing of the history, whose half numbers meet the oldest time, too.
-    void draw(kit::Random& random, kit::Masked how, double huge) {
-        const double range = most();
-        const auto any = [&]() -> double {
-            if (range == 0) return random.uniform(-1, 1) * (huge > 0 ? huge : 1000);
-            return std::clamp(std::floor(random.uniform(-0.5, 1.5) * range), 0.0, range);
-        };
-        const auto sparse = [&] { return random.between(0, 3) == 0 ? 0 : any(); };
-        const bool grows = row.function.inPlace();
-        fillAll(sparse, [&] {
-            if (!grows) return any();
-            return huge > 0 ? random.uniform(-1e30, 1e30) : std::floor(random.uniform(0, 400)) / 2;
-        });
-        if (row.function.masked()) kit::drawMask(mask(), how, random);
-    }
+kit::Case& wantFormula(kit::Case& c, const Row& row, const std::vector<double>& own) {
+    const oracle::Selection selection{c.roi(), [&](int x, int y) { return c.selects(x, y); }};
+    c.wantStatus(selection.count() == 0 ? zmoStsEmptyMask : zmoStsNoErr);
+    return c.want(c.targetName(), [&](int x, int y) { return valueAt(c, row, own, x, y); });
+}
 
-    double expected(const AnyCall& before, int x, int y) {
-        const double old = before.get(target, x, y);
-        if (!selects(x, y)) return old;
-        Pixel pixel{{}, 0, old, own, most() != 0};
-        for (int c = 0; c < row.function.channels(0); ++c) pixel.a[c] = get(0, x, y, c);
-        if (target > 1) pixel.b = get(1, x, y);
-        return row.formula(pixel);
-    }
-
-    void expectOracle() {
-        const AnyCall before = *this;
-        const oracle::Selection selection{roi(), [this](int x, int y) { return selects(x, y); }};
-        EXPECT_EQ(run(), selection.count() == 0 ? zmoStsEmptyMask : zmoStsNoErr);
-        expectTarget(target, [&](int x, int y, int) { return expected(before, x, y); });
-    }
-
-    const Row& row;
-    const std::vector<double>& own;
-    size_t target;
-
-  private:
-    size_t imageCount() const { return function().images().size(); }
-};
-
-void expectOracle(const std::vector<ZmoiSize>& sizes, double huge) {
-    kit::forEachRow(
-        61, rows, sizes,
-        [&](kit::Random& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t turn) {
-            Case c(row, size, layout, row.values[turn % row.values.size()]);
-            c.draw(random, static_cast<kit::Masked>(turn / 3 % 4), huge);
-            c.expectOracle();
-        });
+// The whole range of integers, often its ends; floats of the size told. A silhouette that is zero
+// nowhere would leave nothing of the history, whose half numbers meet the oldest time, too.
+void draw(kit::Case& c, kit::Random& random, kit::Masked how, double huge) {
+    const double range = c.src().most();
+    const auto any = [&]() -> double {
+        if (range == 0) return random.uniform(-1, 1) * (huge > 0 ? huge : 1000);
+        return std::clamp(std::floor(random.uniform(-0.5, 1.5) * range), 0.0, range);
+    };
+    c.fillAll([&] { return random.between(0, 3) == 0 ? 0 : any(); },
+              [&] {
+                  if (!c.function().has("pSrcDst")) return any();
+                  return huge > 0 ? random.uniform(-1e30, 1e30)
+                                  : std::floor(random.uniform(0, 400)) / 2;
+              });
+    if (c.function().masked()) kit::drawMask(c.mask(), how, random);
 }
 
 TEST(Arith, Oracle) {
     // Longer than the stretches that masks are looked at in.
-    auto sizes = kit::sizes();
-    sizes.push_back({600, 2});
-    expectOracle(sizes, 0);
-    expectOracle({{1, 1}, {31, 4}, {67, 9}}, 1e18);
+    kit::forEachCase(
+        {61, 1, {{600, 2}}}, rows,
+        [](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t turn) {
+            const auto& own = row.values[turn % row.values.size()];
+            kit::Case c = caseOf(row, size, layout, own);
+            draw(c, random, static_cast<kit::Masked>(turn / 3 % 4), turn % 5 == 0 ? 1e18 : 0);
+            return wantFormula(c, row, own);
+        });
 }
 
 TEST(Arith, BadArguments) {
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.function.name());
-        Case(row, {12, 4}, {}, row.values[0]).expectBadArguments(row.bad);
-    }
+    for (const Row& row : rows) caseOf(row, {12, 4}, {}, row.values[0]).expectBadArguments(row.bad);
 }
 
 double drawOdd(kit::Random& random) {
@@ -188,43 +171,41 @@ double drawOdd(kit::Random& random) {
 
 // Unselected pixels may be anything, raise no flag, and keep their bits.
 TEST(Arith, UnselectedFloatsHaveNoInfluence) {
-    kit::forEachRow(63, rows, [](kit::Random& random, const Row& row) {
-        if (!row.function.masked()) return;
-        Case c(row, {301, 5}, {1, 3}, row.values.back());
-        c.draw(random, kit::Masked::some, 0);
+    kit::Random random(63);
+    for (const Row& row : rows) {
+        if (!row.function.masked()) continue;
+        kit::Case c = caseOf(row, {301, 5}, {1, 3}, row.values.back());
+        draw(c, random, kit::Masked::some, 0);
         kit::forEachPixel(c.roi(), [&](int x, int y) {
             if (c.selects(x, y)) return;
-            c.set(c.target, x, y, 0, drawOdd(random));
-            if (c.most() != 0) return;
-            c.set(0, x, y, 0, drawOdd(random));
-            if (row.formula == sumOfProducts) c.set(1, x, y, 0, drawOdd(random));
+            c.dst().set(x, y, 0, drawOdd(random));
+            if (!row.ofFloats()) return;
+            c.src().set(x, y, 0, drawOdd(random));
+            if (row.formula == sumOfProducts) c.image("pSrc2").set(x, y, 0, drawOdd(random));
         });
-        c.expectOracle();
-    });
+        kit::expectAtAllLevels(wantFormula(c, row, row.values.back()));
+    }
 }
 
 // Where the formula gives a number, so does the function; all levels agree in every bit.
 TEST(Arith, InfiniteAndNotANumber) {
+    kit::Random random(64);
+    const auto odd = [&] { return drawOdd(random); };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.function.name());
-        if (!row.function.isNamed("_32f_")) continue;
-        kit::atAllLevels([&] {
-            kit::Random random(64);
-            Case c(row, {67, 9}, {1, 3}, row.values.back());
-            const auto draw = [&] { return drawOdd(random); };
-            c.fillAll(draw, draw);
-            if (row.function.masked()) kit::drawMask(c.mask(), kit::Masked::some, random);
-            const kit::AnyCall before = c;
-            EXPECT_EQ(kit::runUnwatched(c.call()), zmoStsNoErr);
-            c.expectTarget(c.target, [&](int x, int y, int) {
-                const double want = c.expected(before, x, y);
-                const double value = c.get(c.target, x, y);
-                // A maximum with NaN is any.
-                const bool any = row.formula == gray || (std::isnan(want) && std::isnan(value));
-                return any ? value : want;
-            });
-            return std::get<kit::Image<Zmo32f>>(c.image(c.target));
+        if (!row.ofFloats()) continue;
+        const auto& own = row.values.back();
+        kit::Case c = caseOf(row, {67, 9}, {1, 3}, own);
+        c.fillAll(odd, odd);
+        if (row.function.masked()) kit::drawMask(c.mask(), kit::Masked::some, random);
+        const kit::AnyImage made = c.tried();
+        c.want(c.targetName(), [&](int x, int y) {
+            const double want = valueAt(c, row, own, x, y);
+            // A maximum with NaN is any.
+            const bool any =
+                row.formula == gray || (std::isnan(want) && std::isnan(made.get(x, y)));
+            return any ? made.get(x, y) : want;
         });
+        kit::expectSameAtAllLevels(c);
     }
 }
 

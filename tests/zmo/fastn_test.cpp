@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "call.h"
+#include "case.h"
 #include "oracle/region.h"
 #include "zmocv.h"
 
@@ -57,48 +57,53 @@ kit::Image<Zmo8u> blocks(kit::Random& random, ZmoiSize size, kit::Layout layout,
     return image;
 }
 
+const kit::Function function = ZMO(zmoiFastN_8u_C1R);
+
+// The list of the corners of a map, of which a part may find room.
+void expectList(kit::AnyImage map, const std::vector<ZmoiPoint>& corners, int room) {
+    kit::Case c(ZMO(zmoiFastN2DToVec_8u), map.size(), {7, 16});
+    c.src().fill([&](int x, int y) { return map.get(x, y); });
+    kit::expectAtAllLevels(c.with("maxCorners", room).wantList("pList", corners, room));
+}
+
 TEST(FastN, Oracle) {
     std::array<int, 17> found{};
-    kit::forEachCase(101, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
-        const int n = 9 + static_cast<int>(turn % 8);
-        const int threshold = std::array{0, 15, 100, 155, 255}[turn % 5];
-        const bool suppress = turn / 2 % 2 == 0;
-        size = {size.width + 6, size.height + 6};  // of which a corner may lie in the given size
-        const kit::Image<Zmo8u> src = blocks(random, size, layout, turn);
-        const kit::Image<Zmo8u> expected = expectedMap(src, n, threshold, suppress);
-        kit::Buffer buffer = kit::bufferOf(zmoiFastNGetBufferSize, size, zmo8u, 1);
-        kit::Image<Zmo8u> dst(size, layout);
-        int count = -1;
-        kit::succeed(zmoiFastN_8u_C1R, src, dst, size, n, threshold, suppress, &count, buffer);
-        std::vector<ZmoiPoint> corners;
-        kit::expectPixels(dst, [&](int x, int y) {
-            if (expected.get(x, y) != 0) corners.push_back({x, y});
-            return expected.get(x, y);
-        });
-        const int all = static_cast<int>(corners.size());
-        EXPECT_EQ(count, all);
-        found[static_cast<size_t>(n)] += all;
-        for (const int room : {1, 7, std::max(all, 1)}) {
-            kit::expectList(corners, room, [&](ZmoiPoint* list, int* listed) {
-                return zmoiFastN2DToVec_8u(dst.ptr(), dst.step(), list, size, room, listed);
-            });
-        }
-    });
-    EXPECT_GT(*std::min_element(found.begin() + 9, found.end()), 20);
+    kit::forEachCase({101, 4}, function,
+                     [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+                         const int n = 9 + static_cast<int>(turn % 8);
+                         const int threshold = std::array{0, 15, 100, 155, 255}[turn % 5];
+                         const bool suppress = turn / 2 % 2 == 0;
+                         size = {size.width + 6,
+                                 size.height + 6};  // of which a corner may lie in the given size
+                         kit::Case c(function, size, layout);
+                         const kit::Image<Zmo8u> src = blocks(random, size, layout, turn);
+                         c.src().fill([&](int x, int y) { return src.get(x, y); });
+                         const kit::Image<Zmo8u> map = expectedMap(src, n, threshold, suppress);
+                         std::vector<ZmoiPoint> corners;
+                         kit::forEachPixel(size, [&](int x, int y) {
+                             if (map.get(x, y) != 0) corners.push_back({x, y});
+                         });
+                         const int all = static_cast<int>(corners.size());
+                         found[static_cast<size_t>(n)] += all;
+                         for (const int room : {1, 7, std::max(all, 1)})
+                             expectList(map, corners, room);
+                         c.with({{"n", n}, {"threshold", threshold}, {"suppress", suppress}});
+                         c.sized(ZMO(zmoiFastNGetBufferSize)).wantResult("pCount", all);
+                         return c.want("pDst", [&](int x, int y) { return map.get(x, y); });
+                     });
+    EXPECT_GT(*std::min_element(found.begin() + 9, found.end()), kit::sanitized ? 0 : 20);
 }
 
 TEST(FastN, BadArguments) {
-    const ZmoiSize size{12, 9};
-    kit::Image<Zmo8u> src(size);
-    kit::Image<Zmo8u> dst(size);
-    kit::Image<ZmoiPoint> list({12 * 9, 1});
-    kit::Buffer buffer(4096);
-    int count = -1;
-    kit::expectBadArguments(zmoiFastN_8u_C1R,
-                            {{5, {8, 17}, zmoStsRangeErr}, {6, {-1, 256}, zmoStsThresholdErr}}, src,
-                            dst, size, 9, 0, 1, &count, buffer);
-    kit::expectBadArguments(zmoiFastN2DToVec_8u, {{4, 0, zmoStsRangeErr}}, src, list.withoutStep(),
-                            size, 108, &count);
+    kit::Case(function, {12, 9})
+        .with({{"n", 9}, {"threshold", 0}, {"suppress", 1}})
+        .sized(ZMO(zmoiFastNGetBufferSize))
+        .expectBadArguments(
+            {{"n", {8, 17}, zmoStsRangeErr}, {"threshold", {-1, 256}, zmoStsThresholdErr}});
+    kit::Case(ZMO(zmoiFastN2DToVec_8u), {12, 9})
+        .with("maxCorners", 108)
+        .give("pList", kit::Buffer(108 * sizeof(ZmoiPoint)))
+        .expectBadArguments({{"maxCorners", 0, zmoStsRangeErr}});
 }
 
 }  // namespace

@@ -1,13 +1,9 @@
 // Filters: separable, Gaussian, with fixed masks, and between rows of the caller's.
-#include "filter.h"
 #include "oracle/filter.h"
+#include "bordered.h"
 #include "zmoi.h"
 
 namespace {
-
-using filters::expectOracle;
-using filters::Filter;
-using filters::Prepared;
 
 // Kernels of changing sizes, anchors and weights; from time to time sums exceed 32 bits. Products with
 // the rounded inverse of 98 miss many halves.
@@ -36,331 +32,261 @@ std::vector<float> floats(const std::vector<Zmo16s>& weights) {
     return result;
 }
 
-template <class S, class D>
-Prepared prepareSeparable(const oracle::Taps& taps, ZmoiSizeL roi, int channels) {
-    Prepared p(zmoiFilterSeparableGetSize_L, roi, taps.size(), kit::typeOf<S>, kit::typeOf<D>,
-               channels);
-    if constexpr (std::is_same_v<S, float>) {
-        kit::succeed(zmoiFilterSeparableInit_32f_L, floats(taps.row).data(),
-                     floats(taps.column).data(), taps.size(), taps.anchor, channels, p.state);
-    } else {
-        kit::succeed(zmoiFilterSeparableInit_16s_L, taps.row.data(), taps.column.data(),
-                     taps.size(), taps.anchor, taps.divisor, kit::typeOf<S>, kit::typeOf<D>,
-                     channels, p.state);
+// The weights as the function takes them.
+kit::Buffer memoryOf(const kit::Function& function, const std::vector<Zmo16s>& weights) {
+    const auto copied = [](const auto& values) {
+        const auto bytes = std::as_bytes(std::span(values));
+        kit::Buffer memory(static_cast<int64_t>(bytes.size()));
+        std::memcpy(memory.ptr(), bytes.data(), bytes.size());
+        memory.snapshot();
+        return memory;
+    };
+    return function.isNamed("32f") ? copied(floats(weights)) : copied(weights);
+}
+
+constexpr int margin = 12;
+
+ZmoiBorderType borderOf(size_t turn) {
+    return static_cast<ZmoiBorderType>(turn % 4);
+}
+
+kit::Case caseOf(kit::Random& random, const kit::Function& function, ZmoiSize size,
+                 kit::Layout layout, size_t turn) {
+    kit::Case c(function, size, layout, {{"pSrc", {}, margin}, {"ppSrc", {}, margin}});
+    kit::drawWide(random, turn, c.src());
+    if (function.has("border")) kit::drawWide(random, turn, c.borderValue());
+    return c.with("border", borderOf(turn));
+}
+
+kit::Case separableCase(kit::Random& random, const kit::Function& function, ZmoiSize size,
+                        kit::Layout layout, size_t turn) {
+    kit::Case c = caseOf(random, function, size, layout, turn);
+    const oracle::Taps taps = tapsOf(turn, true);
+    const bool real = function.isNamed("32f");
+    c.give("pRowKernel", memoryOf(function, taps.row))
+        .give("pColumnKernel", memoryOf(function, taps.column))
+        .with({{"kernelSize", taps.size()}, {"anchor", taps.anchor}, {"divisor", taps.divisor}})
+        .sized(ZMO(zmoiFilterSeparableGetSize_L))
+        .prepared(real ? ZMO(zmoiFilterSeparableInit_32f_L) : ZMO(zmoiFilterSeparableInit_16s_L));
+    return kit::wantBordered(c, borderOf(turn), [&](const auto& a, int x, int y) -> double {
+        if (!real) return static_cast<double>(oracle::separable(a, x, y, taps));
+        return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column), taps.anchor);
+    });
+}
+
+kit::Case gaussianCase(kit::Random& random, const kit::Function& function, ZmoiSize size,
+                       kit::Layout layout, size_t turn) {
+    const int taps = std::array{5, 3, 11, 1, 7}[turn % 5];
+    const float sigma = std::array{1.0F, 0.05F, 2.5F, 0.7F}[turn % 4];
+    kit::Case c = caseOf(random, function, size, layout, turn);
+    c.with({{"kernelSize", taps}, {"sigma", sigma}})
+        .sized(ZMO(zmoiFilterGaussianGetSize_L))
+        .prepared(ZMO(zmoiFilterGaussianInit));
+    const auto weights = oracle::gaussian(taps, sigma);
+    return kit::wantBordered(c, borderOf(turn), [&](const auto& a, int x, int y) {
+        return oracle::separable32f(a, x, y, weights, weights, {taps / 2, taps / 2});
+    });
+}
+
+struct Masked {
+    kit::Function function;
+    kit::Function query;
+    oracle::Mask kind;
+};
+
+#define MASK(Base, types, kind)                                                                  \
+    {                                                                                            \
+        ZMO(zmoiFilter##Base##Border_##types##_C1R), ZMO(zmoiFilter##Base##BorderGetBufferSize), \
+            oracle::Mask::kind                                                                   \
     }
-    return p;
+const std::vector<Masked> masks = {
+    MASK(SobelVert, 8u16s, vert),      MASK(SobelHoriz, 8u16s, horiz),
+    MASK(Laplacian, 8u16s, laplacian), MASK(Lowpass, 8u, lowpass),
+    MASK(SobelVert, 32f, vert),        MASK(SobelHoriz, 32f, horiz),
+    MASK(SobelCross, 32f, cross),      MASK(Laplacian, 32f, laplacian),
+    MASK(Lowpass, 32f, lowpass)};
+
+kit::Case maskCase(kit::Random& random, const Masked& row, ZmoiSize size, kit::Layout layout,
+                   size_t turn) {
+    const int side = turn / 4 % 2 == 0 ? 3 : 5;
+    kit::Case c = caseOf(random, row.function, size, layout, turn);
+    c.with("mask", side).sized(row.query);
+    return kit::wantBordered(
+        c, borderOf(turn), [&]<class S>(const oracle::Extended<S>& a, int x, int y) {
+            if constexpr (std::is_same_v<S, Zmo8u> || std::is_same_v<S, Zmo32f>) {
+                return static_cast<double>(oracle::mask(a, x, y, side / 2, row.kind));
+            } else {
+                return 0.0;
+            }
+        });
 }
 
-constexpr int gaussianTaps[] = {5, 3, 11, 1, 7};
-constexpr float sigmas[] = {1.0F, 0.05F, 2.5F, 0.7F};
-
-template <class T>
-Prepared prepareGaussian(size_t turn, ZmoiSizeL roi, int channels) {
-    const int taps = gaussianTaps[turn % 5];
-    Prepared p(zmoiFilterGaussianGetSize_L, roi, taps, kit::typeOf<T>, channels);
-    kit::succeed(zmoiFilterGaussianInit, taps, sigmas[turn % 4], kit::typeOf<T>, channels, p.state);
-    return p;
-}
-
-// Separable and Gaussian filters: what differs is the state.
-template <class S, class D, class Step, class Size, class State>
-Filter<S, D> kernelFilter(const char* name, int channels,
-                          ZmoStatus (*run)(const S*, Step, D*, Step, Size, ZmoiBorderType, const S*,
-                                           const State*, Zmo8u*)) {
-    constexpr bool isGaussian = std::is_same_v<State, ZmoiGaussianState>;
-    Filter<S, D> f{name, channels};
-    f.isLarge = sizeof(Step) == 8;
-    f.run = [=](const auto& c, size_t turn) {
-        const ZmoiSizeL roi{c.roi.width, c.roi.height};
-        Prepared p = isGaussian ? prepareGaussian<S>(turn, roi, channels)
-                                : prepareSeparable<S, D>(tapsOf(turn, true), roi, channels);
-        kit::succeed(run, c.src, c.dst, Size{c.roi.width, c.roi.height}, c.border, c.pValue,
-                     p.state, p.buffer);
-    };
-    f.pixel = [](const auto& a, int x, int y, size_t turn) {
-        const oracle::Taps taps = tapsOf(turn, true);
-        if constexpr (isGaussian) {
-            const auto weights = oracle::gaussian(gaussianTaps[turn % 5], sigmas[turn % 4]);
-            const int anchor = static_cast<int>(weights.size()) / 2;
-            return oracle::fromFloat<D>(
-                oracle::separable32f(a, x, y, weights, weights, {anchor, anchor}));
-        } else if constexpr (std::is_same_v<S, float>) {
-            return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column),
-                                        taps.anchor);
-        } else {
-            return oracle::separable<D>(a, x, y, taps);
-        }
-    };
-    return f;
-}
-
-ZmoiMaskSize maskOf(size_t turn) {
-    return turn / 4 % 2 == 0 ? zmoiMask3x3 : zmoiMask5x5;
-}
-
-template <class S, class D, class Query>
-Filter<S, D> fixedMask(const char* name, oracle::Mask kind, Query query,
-                       ZmoStatus (*run)(const S*, int, D*, int, ZmoiSize, ZmoiMaskSize,
-                                        ZmoiBorderType, const S*, Zmo8u*)) {
-    Filter<S, D> f{name, 1};
-    f.run = [=](const auto& c, size_t turn) {
-        kit::Buffer buffer = kit::bufferOf(query, c.roi, maskOf(turn), kit::typeOf<S>, 1);
-        kit::succeed(run, c.src, c.dst, c.roi, maskOf(turn), c.border, c.pValue, buffer);
-    };
-    f.pixel = [=](const auto& a, int x, int y, size_t turn) {
-        return static_cast<D>(oracle::mask(a, x, y, maskOf(turn) / 2, kind));
-    };
-    return f;
+// The sum saturates at every tap.
+template <class S>
+double lowSum(const oracle::Extended<S>& a, int x, int y, const std::vector<Zmo16s>& weights,
+              bool rows, ZmoiPoint anchor) {
+    int64_t sum = 0;
+    for (int i = 0; i < static_cast<int>(weights.size()); ++i) {
+        const S pixel = rows ? a(x + i - anchor.x, y) : a(x, y + i - anchor.y);
+        sum += weights[static_cast<size_t>(i)] * static_cast<int64_t>(pixel);
+        sum = std::clamp<int64_t>(sum, INT16_MIN, INT16_MAX);
+    }
+    return static_cast<double>(sum);
 }
 
 // A pipeline is a separable filter with one tap in the other direction.
-template <bool rows>
-oracle::Taps pipelineTaps(size_t turn) {
+kit::Case pipelineCase(kit::Random& random, const kit::Function& function, ZmoiSize size,
+                       kit::Layout layout, size_t turn) {
+    const bool rows = function.isNamed("Row");
     oracle::Taps taps = tapsOf(turn, false);
     (rows ? taps.column : taps.row) = {1};
     (rows ? taps.anchor.y : taps.anchor.x) = 0;
-    return taps;
+    const auto& weights = rows ? taps.row : taps.column;
+    const int count = static_cast<int>(weights.size());
+    kit::Case c = caseOf(random, function, size, layout, turn);
+    if (!rows) c.setRows(-taps.anchor.y, size.height + count - 1);
+    c.give("pKernel", memoryOf(function, weights))
+        .with({{"kernelSize", count}, {"anchor", taps.anchor.x}, {"divisor", taps.divisor}})
+        .sized(rows ? ZMO(zmoiFilterRowBorderPipelineGetBufferSize)
+                    : ZMO(zmoiFilterColumnPipelineGetBufferSize));
+    const auto outside = [&](int k) { return rows ? c.borderValue().get(0, 0, k) : 0; };
+    return kit::wantBordered(
+        c, rows ? borderOf(turn) : zmoiBorderInMem, outside,
+        [&](const auto& a, int x, int y) -> double {
+            if (function.isNamed("32f")) {
+                return rows ? oracle::separable32f(a, x, y, floats(weights), {1}, taps.anchor)
+                            : oracle::separable32f(a, x, y, {1}, floats(weights), taps.anchor);
+            }
+            if (function.isNamed("Low")) return lowSum(a, x, y, weights, rows, taps.anchor);
+            return static_cast<double>(oracle::separable(a, x, y, taps));
+        });
 }
 
-// _Low: the sum saturates at every tap.
-template <bool rows, bool low, class S, class D>
-D pipelinePixel(const oracle::Extended<S>& a, int x, int y, size_t turn) {
-    const oracle::Taps taps = pipelineTaps<rows>(turn);
-    if constexpr (std::is_same_v<S, float>) {
-        const auto weights = floats(rows ? taps.row : taps.column);
-        return rows ? oracle::separable32f(a, x, y, weights, {1}, taps.anchor)
-                    : oracle::separable32f(a, x, y, {1}, weights, taps.anchor);
-    } else if constexpr (low) {
-        const auto& weights = rows ? taps.row : taps.column;
-        int64_t sum = 0;
-        for (int i = 0; i < static_cast<int>(weights.size()); ++i) {
-            const S pixel = rows ? a(x + i - taps.anchor.x, y) : a(x, y + i - taps.anchor.y);
-            sum = oracle::saturated<Zmo16s>(sum + weights[static_cast<size_t>(i)] * pixel);
-        }
-        return static_cast<D>(sum);
-    } else {
-        return oracle::separable<D>(a, x, y, taps);
+#define SEPARABLE(types)                                                                \
+    ZMO(zmoiFilterSeparable_##types##_C1R_L), ZMO(zmoiFilterSeparable_##types##_C3R_L), \
+        ZMO(zmoiFilterSeparable_##types##_C4R_L)
+#define GAUSSIAN(type)                                                                      \
+    ZMO(zmoiFilterGaussianBorder_##type##_C1R), ZMO(zmoiFilterGaussianBorder_##type##_C3R), \
+        ZMO(zmoiFilterGaussian_##type##_C1R_L), ZMO(zmoiFilterGaussian_##type##_C3R_L)
+#define PIPELINE(Base, types) \
+    ZMO(zmoiFilter##Base##Pipeline_##types##_C1R), ZMO(zmoiFilter##Base##Pipeline_##types##_C3R)
+
+using Functions = std::vector<kit::Function>;
+const Functions separables = {SEPARABLE(8u), SEPARABLE(8u16s), SEPARABLE(16s), SEPARABLE(16u),
+                              SEPARABLE(32f)};
+const Functions gaussians = {GAUSSIAN(8u), GAUSSIAN(16u), GAUSSIAN(16s), GAUSSIAN(32f)};
+const Functions pipelines = {
+    PIPELINE(RowBorder, 8u16s), PIPELINE(RowBorder, 16u),     PIPELINE(RowBorder, 16s),
+    PIPELINE(RowBorder, 32f),   PIPELINE(RowBorder, Low_16s), PIPELINE(Column, 16u),
+    PIPELINE(Column, 16s),      PIPELINE(Column, 16s8u),      PIPELINE(Column, 16s8s),
+    PIPELINE(Column, 32f),      PIPELINE(Column, Low_16s)};
+
+const std::vector<ZmoiSize> longRows = {{530, 2}, {600, 1}};
+
+TEST(Filters, Separable) {
+    kit::forEachCase({34, 1, longRows}, separables, separableCase);
+}
+TEST(Filters, Gaussian) {
+    kit::forEachCase({35, 1, longRows}, gaussians, gaussianCase);
+}
+TEST(Filters, FixedMasks) {
+    kit::forEachCase({36, 3, longRows}, masks, maskCase);
+}
+TEST(Filters, Pipelines) {
+    kit::forEachCase({37, 1, longRows}, pipelines, pipelineCase);
+}
+
+TEST(Filters, ImagesBeyondTwoGigabytes) {
+    kit::Random random(38);
+    for (const auto& function : separables) {
+        separableCase(random, function, {37, 6}, {}, 60).expectWithFarRows();
+    }
+    for (const auto& function : gaussians) {
+        if (function.large()) gaussianCase(random, function, {37, 6}, {}, 60).expectWithFarRows();
     }
 }
 
-template <bool rows, bool divided, class S, class D, class Run>
-Filter<S, D> pipeline(const char* name, int channels, Run run) {
-    Filter<S, D> f{name, channels};
-    if (!rows) f.borders = {zmoiBorderInMem};
-    f.pixel = pipelinePixel<rows, !divided, S, D>;
-    f.run = [=](const auto& c, size_t turn) {
-        const oracle::Taps taps = pipelineTaps<rows>(turn);
-        const auto& integers = rows ? taps.row : taps.column;
-        const auto weights = [&] {
-            if constexpr (std::is_same_v<S, float>)
-                return floats(integers);
-            else
-                return integers;
-        }();
-        const int count = static_cast<int>(weights.size());
-        kit::Buffer buffer = kit::bufferOf(
-            rows ? zmoiFilterRowBorderPipelineGetBufferSize : zmoiFilterColumnPipelineGetBufferSize,
-            c.roi, count, kit::typeOf<S>, channels);
-        std::vector<const S*> from;
-        std::vector<D*> to;
-        for (int y = 0; y < c.roi.height; ++y) to.push_back(c.dst[y]);
-        for (int y = 0; y < c.roi.height + count - 1; ++y) {
-            from.push_back(c.src[y - taps.anchor.y]);
-        }
-        // Not all functions have a divisor.
-        const auto call = [&](auto... divisor) {
-            if constexpr (rows) {
-                kit::succeed(run, c.src, kit::Pointer<D*>{to.data(), c.dst.block}, c.roi,
-                             weights.data(), count, taps.anchor.x, divisor..., c.border, c.pValue,
-                             buffer);
-            } else {
-                kit::succeed(run, from.data(), c.dst, c.roi, weights.data(), count, divisor...,
-                             buffer);
-            }
-        };
-        if constexpr (divided) {
-            call(taps.divisor);
-        } else {
-            call();
-        }
-    };
-    return f;
-}
-
-#define EXPECT_KERNEL(fn, channels) expectOracle(kernelFilter(#fn, channels, fn))
-#define EXPECT_SEPARABLE(types)                            \
-    EXPECT_KERNEL(zmoiFilterSeparable_##types##_C1R_L, 1); \
-    EXPECT_KERNEL(zmoiFilterSeparable_##types##_C3R_L, 3); \
-    EXPECT_KERNEL(zmoiFilterSeparable_##types##_C4R_L, 4)
-#define EXPECT_GAUSSIAN(type)                                \
-    EXPECT_KERNEL(zmoiFilterGaussianBorder_##type##_C1R, 1); \
-    EXPECT_KERNEL(zmoiFilterGaussianBorder_##type##_C3R, 3); \
-    EXPECT_KERNEL(zmoiFilterGaussian_##type##_C1R_L, 1);     \
-    EXPECT_KERNEL(zmoiFilterGaussian_##type##_C3R_L, 3)
-#define EXPECT_MASK(Base, types, kind)                                                     \
-    expectOracle(                                                                          \
-        fixedMask(#Base #types, oracle::Mask::kind, zmoiFilter##Base##BorderGetBufferSize, \
-                  zmoiFilter##Base##Border_##types##_C1R),                                 \
-        3)
-#define EXPECT_PIPELINE(Base, rows, divided, S, D, types)                               \
-    expectOracle(pipeline<rows, divided, S, D>(#Base #types, 1, Base##_##types##_C1R)); \
-    expectOracle(pipeline<rows, divided, S, D>(#Base #types, 3, Base##_##types##_C3R))
-#define EXPECT_ROWS(...) EXPECT_PIPELINE(zmoiFilterRowBorderPipeline, true, __VA_ARGS__)
-#define EXPECT_COLUMNS(...) EXPECT_PIPELINE(zmoiFilterColumnPipeline, false, __VA_ARGS__)
-
-TEST(Filters, Separable) {
-    EXPECT_SEPARABLE(8u);
-    EXPECT_SEPARABLE(8u16s);
-    EXPECT_SEPARABLE(16s);
-    EXPECT_SEPARABLE(16u);
-    EXPECT_SEPARABLE(32f);
-}
-
-TEST(Filters, Gaussian) {
-    EXPECT_GAUSSIAN(8u);
-    EXPECT_GAUSSIAN(16u);
-    EXPECT_GAUSSIAN(16s);
-    EXPECT_GAUSSIAN(32f);
-}
-
-TEST(Filters, FixedMasks) {
-    EXPECT_MASK(SobelVert, 8u16s, vert);
-    EXPECT_MASK(SobelHoriz, 8u16s, horiz);
-    EXPECT_MASK(Laplacian, 8u16s, laplacian);
-    EXPECT_MASK(Lowpass, 8u, lowpass);
-    EXPECT_MASK(SobelVert, 32f, vert);
-    EXPECT_MASK(SobelHoriz, 32f, horiz);
-    EXPECT_MASK(SobelCross, 32f, cross);
-    EXPECT_MASK(Laplacian, 32f, laplacian);
-    EXPECT_MASK(Lowpass, 32f, lowpass);
-}
-
-TEST(Filters, Pipelines) {
-    EXPECT_ROWS(true, Zmo8u, Zmo16s, 8u16s);
-    EXPECT_ROWS(true, Zmo16u, Zmo16u, 16u);
-    EXPECT_ROWS(true, Zmo16s, Zmo16s, 16s);
-    EXPECT_ROWS(false, Zmo32f, Zmo32f, 32f);
-    EXPECT_ROWS(false, Zmo16s, Zmo16s, Low_16s);
-    EXPECT_COLUMNS(true, Zmo16u, Zmo16u, 16u);
-    EXPECT_COLUMNS(true, Zmo16s, Zmo16s, 16s);
-    EXPECT_COLUMNS(true, Zmo16s, Zmo8u, 16s8u);
-    EXPECT_COLUMNS(true, Zmo16s, Zmo8s, 16s8s);
-    EXPECT_COLUMNS(false, Zmo32f, Zmo32f, 32f);
-    EXPECT_COLUMNS(false, Zmo16s, Zmo16s, Low_16s);
-}
-
-kit::Wrong unknownBorder(size_t place) {
-    return {place, 4, zmoStsBorderErr};
-}
-kit::Wrong noValue(size_t border) {
-    return {{{border, zmoiBorderConst}, {border + 1, nullptr}}, zmoStsNullPtrErr};
-}
-
 TEST(Filters, BadArguments) {
-    const ZmoiSize roi{20, 3};
-    const ZmoiSizeL large{20, 3};
-    kit::Image<Zmo16s> src(roi, {}, 6, 3);
-    src.fill([] { return 5; });
-    kit::Image<Zmo16s> dst(roi, {}, 0, 3);
-    kit::Image<Zmo8u> grey(roi, {}, 6);
-    kit::Image<Zmo16s> derivative(roi);
-    Prepared gauss = prepareGaussian<Zmo16s>(0, large, 3);
-    Prepared greyGauss = prepareGaussian<Zmo16s>(0, large, 1);
-    Prepared floatGauss = prepareGaussian<Zmo32f>(0, large, 3);
-    Prepared separable = prepareSeparable<Zmo16s, Zmo16s>(tapsOf(0, false), large, 3);
-    kit::Buffer buffer(100000);
-    const Zmo16s value[3] = {};
-    const auto border = kit::exempt(&value[0]);
-    kit::expectBadArguments(
-        zmoiFilterGaussianBorder_16s_C3R,
-        {noValue(5),
-         unknownBorder(5),
-         {7,
-          {greyGauss.state.as<ZmoiGaussianState>(), floatGauss.state.as<ZmoiGaussianState>()},
-          zmoStsStateErr}},
-        src, dst, roi, zmoiBorderMirror, border, gauss.state, buffer);
-    kit::expectBadArguments(
-        zmoiFilterSeparable_16s_C3R_L,
-        {noValue(5), unknownBorder(5), {7, gauss.state.as<ZmoiSeparableState>(), zmoStsStateErr}},
-        src, dst, large, zmoiBorderMirror, border, separable.state, buffer);
-    kit::expectBadArguments(zmoiFilterLaplacianBorder_8u16s_C1R,
-                            {noValue(6), {5, 4, zmoStsMaskSizeErr}, unknownBorder(6)}, grey,
-                            derivative, roi, zmoiMask5x5, zmoiBorderMirror,
-                            kit::exempt<Zmo8u*>(nullptr), buffer);
+    kit::Random random(39);
+    const auto stateOf = [&](const auto& make, const Functions& from, std::string_view name) {
+        for (const auto& function : from) {
+            if (function.isNamed(name)) return make(random, function, {20, 3}, {}, 62);
+        }
+        throw std::invalid_argument(std::string(name));
+    };
+    kit::Case gauss = stateOf(gaussianCase, gaussians, "Border_16s_C3R");
+    kit::Case grey = stateOf(gaussianCase, gaussians, "Border_16s_C1R");
+    kit::Case real = stateOf(gaussianCase, gaussians, "Border_32f_C3R");
+    kit::Case separable = stateOf(separableCase, separables, "_16s_C3R");
+    const auto state = [](kit::Case& c) { return c.memory("pState").ptr(); };
+    gauss.expectBadArguments({{"pState", {state(grey), state(real)}, zmoStsStateErr}});
+    separable.expectBadArguments({{"pState", state(gauss), zmoStsStateErr}});
+    maskCase(random, masks[2], {20, 3}, {}, 62)
+        .expectBadArguments({{"mask", 4, zmoStsMaskSizeErr}});
 
     const Zmo16s kernel[31] = {10, 20, 30, 20, 10, 100, 0, 32000, 800};
-    const auto to = dst.rows();
-    Zmo16s* rows[] = {to[0], to[1], to[2]};
-    const Zmo16s* from[] = {src.rows()[0], src.rows()[1], src.rows()[2], nullptr};
-    kit::expectBadArguments(zmoiFilterRowBorderPipeline_16s_C3R,
-                            {noValue(8),
-                             {5, 0, zmoStsMaskSizeErr},
-                             {6, {-1, 9}, zmoStsAnchorErr},
-                             {7, 0, zmoStsRangeErr},
-                             {5, 9, zmoStsRangeErr},
-                             unknownBorder(8)},
-                            src, kit::Pointer<Zmo16s*>{rows, &dst}, roi, &kernel[0], 5, 2, 2,
-                            zmoiBorderMirror, border, buffer);
+    const kit::Named fewTaps = {
+        {"pKernel", &kernel[0]}, {"kernelSize", 5}, {"anchor", 2}, {"divisor", 2}};
+    kit::Case rows = stateOf(pipelineCase, pipelines, "RowBorderPipeline_16s_C3R");
+    rows.with(fewTaps).expectBadArguments({{"kernelSize", 0, zmoStsMaskSizeErr},
+                                           {"anchor", {-1, 9}, zmoStsAnchorErr},
+                                           {"divisor", 0, zmoStsRangeErr},
+                                           {"kernelSize", 9, zmoStsRangeErr}});
+    kit::Case columns = stateOf(pipelineCase, pipelines, "ColumnPipeline_16s_C3R");
+    columns.with(fewTaps).with("kernelSize", 1);
+    columns.setRows(0, 3);
     // With two taps the fourth row is missed.
-    kit::expectBadArguments(
-        zmoiFilterColumnPipeline_16s_C3R,
-        {{{{3, roi}, {5, 2}}, zmoStsNullPtrErr}, {5, 0, zmoStsMaskSizeErr}, {6, 0, zmoStsRangeErr}},
-        &from[0], dst, roi, &kernel[0], 1, 2, buffer);
+    columns.expectBadArguments({{{{"roi", columns.roi()}, {"kernelSize", 2}}, zmoStsNullPtrErr},
+                                {"kernelSize", 0, zmoStsMaskSizeErr},
+                                {"divisor", 0, zmoStsRangeErr}});
 }
 
 TEST(Filters, BadStates) {
-    const Zmo16s kernel[31] = {10, 20, 30, 20, 10, 100, 0, 32000, 800};
-    const Zmo32f floatKernel[] = {1, 2, 3, 2, 1, HUGE_VALF};
-    const ZmoiSizeL roi{20, 3};
-    const auto mask = kit::exempt(ZmoiSize{5, 5});
-    kit::Buffer state(4096);
-    kit::expectBadArguments(zmoiFilterGaussianInit_L,
-                            {{0, 4, zmoStsMaskSizeErr},
-                             {1, 0, zmoStsRangeErr},
-                             {2, zmo64f, zmoStsDataTypeErr},
-                             {3, 2, zmoStsChannelsErr}},
-                            5, 1, zmo16u, 3, state);
-    kit::expectBadArguments(zmoiFilterSeparableInit_16s_L,
-                            {{2, {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr},
-                             {3, ZmoiPoint{2, 300}, zmoStsAnchorErr},
-                             {4, 0, zmoStsRangeErr},
-                             {2, ZmoiSize{9, 5}, zmoStsRangeErr},
-                             {{{5, zmo64f}, {6, zmo64f}}, zmoStsDataTypeErr},
-                             {7, 2, zmoStsChannelsErr}},
-                            &kernel[0], &kernel[0], mask, ZmoiPoint{2, 2}, 2, zmo16u, zmo16u, 3,
-                            state);
-    kit::expectBadArguments(zmoiFilterSeparableInit_32f_L,
-                            {{2, {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr},
-                             {3, ZmoiPoint{2, 300}, zmoStsAnchorErr},
-                             {2, ZmoiSize{6, 5}, zmoStsRangeErr},
-                             {4, 2, zmoStsChannelsErr}},
-                            &floatKernel[0], &floatKernel[0], mask, ZmoiPoint{2, 2}, 3, state);
-    int64_t sizes[] = {-1, -1};
-    const ZmoiSizeL beyond{INT64_MAX / 4, 3};
-    kit::expectBadArguments(zmoiFilterGaussianGetSize_L,
-                            {{1, 4, zmoStsMaskSizeErr},
-                             {2, zmo64f, zmoStsDataTypeErr},
-                             {3, 2, zmoStsChannelsErr},
-                             {0, beyond, zmoStsTooLargeErr}},
-                            roi, 5, zmo16u, 3, &sizes[0], &sizes[1]);
-    kit::expectBadArguments(zmoiFilterSeparableGetSize_L,
-                            {{1, {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr},
-                             {{{2, zmo64f}, {3, zmo64f}}, zmoStsDataTypeErr},
-                             {4, 2, zmoStsChannelsErr},
-                             {0, beyond, zmoStsTooLargeErr}},
-                            roi, mask, zmo16u, zmo16u, 3, &sizes[0], &sizes[1]);
-    int size = -1;
-    for (auto* const query :
-         {zmoiFilterSobelVertBorderGetBufferSize, zmoiFilterSobelHorizBorderGetBufferSize,
-          zmoiFilterSobelCrossBorderGetBufferSize, zmoiFilterLaplacianBorderGetBufferSize,
-          zmoiFilterLowpassBorderGetBufferSize}) {
-        const bool isCross = query == zmoiFilterSobelCrossBorderGetBufferSize;
-        kit::expectBadArguments(query,
-                                {{1, 4, zmoStsMaskSizeErr},
-                                 {2, isCross ? zmo8u : zmo16s, zmoStsDataTypeErr},
-                                 {3, 2, zmoStsChannelsErr},
-                                 {0, ZmoiSize{INT32_MAX, 3}, zmoStsTooLargeErr}},
-                                ZmoiSize{20, 3}, zmoiMask5x5, isCross ? zmo32f : zmo8u, 1, &size);
+    static constexpr Zmo16s kernel[31] = {10, 20, 30, 20, 10, 100, 0, 32000, 800};
+    static constexpr Zmo32f floatKernel[] = {1, 2, 3, 2, 1, HUGE_VALF};
+    const kit::Named gaussian = {
+        {"kernelSize", 5}, {"sigma", 1}, {"type", zmo16u}, {"channels", 3}};
+    const kit::Named separable = {{"kernelSize", ZmoiSize{5, 5}},
+                                  {"anchor", ZmoiPoint{2, 2}},
+                                  {"divisor", 2},
+                                  {"srcType", zmo16u},
+                                  {"dstType", zmo16u},
+                                  {"channels", 3}};
+    const std::vector<kit::Wrong> wrongGaussian = {{"kernelSize", 4, zmoStsMaskSizeErr},
+                                                   {"type", zmo64f, zmoStsDataTypeErr}};
+    const kit::Wrong sizes{"kernelSize", {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr};
+    const kit::Wrong types{{{"srcType", zmo64f}, {"dstType", zmo64f}}, zmoStsDataTypeErr};
+    const kit::Wrong anchor{"anchor", ZmoiPoint{2, 300}, zmoStsAnchorErr};
+    const kit::Buffer state(4096);
+    kit::Case(ZMO(zmoiFilterGaussianInit_L))
+        .with(gaussian)
+        .give("pState", state)
+        .expectBadArguments({wrongGaussian[0], {"sigma", 0, zmoStsRangeErr}, wrongGaussian[1]});
+    kit::Case(ZMO(zmoiFilterSeparableInit_16s_L))
+        .with(separable)
+        .with({{"pRowKernel", &kernel[0]}, {"pColumnKernel", &kernel[0]}})
+        .give("pState", state)
+        .expectBadArguments({sizes,
+                             anchor,
+                             {"divisor", 0, zmoStsRangeErr},
+                             {"kernelSize", ZmoiSize{9, 5}, zmoStsRangeErr},
+                             types});
+    kit::Case(ZMO(zmoiFilterSeparableInit_32f_L))
+        .with(separable)
+        .with({{"pRowKernel", &floatKernel[0]}, {"pColumnKernel", &floatKernel[0]}})
+        .give("pState", state)
+        .expectBadArguments({sizes, anchor, {"kernelSize", ZmoiSize{6, 5}, zmoStsRangeErr}});
+    kit::Case(ZMO(zmoiFilterGaussianGetSize_L)).with(gaussian).expectBadArguments(wrongGaussian);
+    kit::Case(ZMO(zmoiFilterSeparableGetSize_L)).with(separable).expectBadArguments({sizes, types});
+    for (const auto& query :
+         {ZMO(zmoiFilterSobelVertBorderGetBufferSize), ZMO(zmoiFilterSobelHorizBorderGetBufferSize),
+          ZMO(zmoiFilterSobelCrossBorderGetBufferSize), ZMO(zmoiFilterLaplacianBorderGetBufferSize),
+          ZMO(zmoiFilterLowpassBorderGetBufferSize)}) {
+        const bool isCross = query.isNamed("Cross");
+        kit::Case(query)
+            .with({{"mask", zmoiMask5x5}, {"type", isCross ? zmo32f : zmo8u}, {"channels", 1}})
+            .expectBadArguments({{"mask", 4, zmoStsMaskSizeErr},
+                                 {"type", isCross ? zmo8u : zmo16s, zmoStsDataTypeErr}});
     }
 }
 

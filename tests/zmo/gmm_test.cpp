@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "call.h"
+#include "case.h"
 #include "zmocv.h"
 
 namespace {
@@ -98,20 +98,50 @@ class Definition {
 
 using Picture = kit::Image<Zmo8u>;
 
-kit::Buffer newState(ZmoiSize size, const Rules& r, int misalign) {
-    kit::Buffer state(kit::bufferOf(zmoiFGMMGetSize, size, r.components, zmo8u, 3).size(),
-                      misalign);
-    kit::succeed(zmoiFGMMInit, size, r.components, r.rate, r.threshold, r.share, r.complexity,
-                 r.variance, zmo8u, 3, state);
-    return state;
+kit::Case initOf(ZmoiSize size, const Rules& r) {
+    return kit::Case(ZMO(zmoiFGMMInit), size)
+        .with({{"maxComponents", r.components},
+               {"learningRate", r.rate},
+               {"matchThreshold", r.threshold},
+               {"backgroundShare", r.share},
+               {"complexity", r.complexity},
+               {"initialVariance", r.variance},
+               {"type", zmo8u},
+               {"channels", 3}})
+        .sized(ZMO(zmoiFGMMGetSize));
 }
 
-void learn(const Picture& src, Picture& mask, kit::Buffer& state) {
-    kit::succeed(zmoiFGMMForeground_8u_C3R, src, mask, src.size(), state);
-}
-void recall(Picture& dst, kit::Buffer& state) {
-    kit::succeed(zmoiFGMMBackground_8u_C3R, dst, dst.size(), state);
-}
+// A model that learns pictures, and tells what is still in them; states may be moved.
+class Model {
+  public:
+    Model(ZmoiSize size, const Rules& rules, kit::Layout layout = {})
+        : m_learning(ZMO(zmoiFGMMForeground_8u_C3R), size, layout, {{"pDst", {}, 0, 1}}),
+          m_recalling(ZMO(zmoiFGMMBackground_8u_C3R), size, layout) {
+        kit::Case init = initOf(size, rules);
+        EXPECT_EQ(init.run(), zmoStsNoErr);
+        m_learning.give("pState", init.memory("pState"));
+    }
+    const kit::AnyImage& learn(const Picture& picture) {
+        m_learning.src().as<Zmo8u>().fill(
+            [&](int x, int y, int k) { return picture.get(x, y, k); });
+        EXPECT_EQ(m_learning.run(), zmoStsNoErr);
+        return m_learning.dst();
+    }
+    const kit::AnyImage& recall() {
+        const kit::Buffer& state = m_learning.memory("pState");
+        kit::Buffer moved(state.size(), 9);
+        std::memcpy(moved.ptr(), state.ptr(), static_cast<size_t>(state.size()));
+        m_recalling.give("pState", moved);
+        EXPECT_EQ(m_recalling.run(), zmoStsNoErr);
+        return m_recalling.dst();
+    }
+    kit::Case& learning() { return m_learning; }
+    kit::Case& recalling() { return m_recalling; }
+
+  private:
+    kit::Case m_learning;
+    kit::Case m_recalling;
+};
 
 // Each value stays for some pictures, with noise and now and then something else.
 std::vector<Picture> film(ZmoiSize size, kit::Layout layout, int frames, kit::Random& random) {
@@ -130,13 +160,13 @@ std::vector<Picture> film(ZmoiSize size, kit::Layout layout, int frames, kit::Ra
 
 const Rules usual{4, 0.005F, 9, 0.9F, 0.05F, 225};
 
-struct Case {
+struct Film {
     ZmoiSize size;
     Rules rules;
     int frames;
 };
 
-const Case cases[] = {{{37, 5}, usual, 20},
+const Film films[] = {{{37, 5}, usual, 20},
                       {{16, 3}, {8, 0.05F, 4, 0.7F, 0.01F, 900}, 40},
                       {{40, 3}, {4, 0.3F, 16, 0.8F, 0.3F, 400}, 60},
                       {{33, 2}, {3, 0.2F, 1, 0.5F, 0.2F, 100}, 40},
@@ -149,44 +179,35 @@ TEST(Gmm, FollowsItsDefinition) {
     kit::Random random(92);
     size_t turn = 0;
     size_t most = 0;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.size << " rate " << c.rules.rate);
+    for (const Film& f : films) {
+        SCOPED_TRACE(testing::Message() << f.size << " rate " << f.rules.rate);
         const kit::Layout layout = kit::layouts()[turn++ % 4];
-        const std::vector<Picture> pictures = film(c.size, layout, c.frames, random);
-        std::vector<Definition> model(static_cast<size_t>(c.size.width * c.size.height),
-                                      Definition(c.rules));
+        const std::vector<Picture> pictures = film(f.size, layout, f.frames, random);
+        std::vector<Definition> model(static_cast<size_t>(f.size.width * f.size.height),
+                                      Definition(f.rules));
         std::vector<Picture> masks;
         std::vector<Picture> backgrounds;
         for (const Picture& picture : pictures) {
             const auto at = [&](int x, int y) -> Definition& {
-                return model[kit::indexIn(c.size, x, y)];
+                return model[kit::indexIn(f.size, x, y)];
             };
-            masks.emplace_back(c.size).fill([&](int x, int y) {
+            masks.emplace_back(f.size).fill([&](int x, int y) {
                 const auto value = [&](int k) { return picture.get(x, y, k); };
                 return at(x, y).isForeground({value(0), value(1), value(2)}) ? 255 : 0;
             });
-            backgrounds.emplace_back(c.size, kit::Layout(), 0, 3).fill([&](int x, int y, int k) {
+            backgrounds.emplace_back(f.size, kit::Layout(), 0, 3).fill([&](int x, int y, int k) {
                 return at(x, y).background(k);
             });
             for (const Definition& pixel : model) most = std::max(most, pixel.count());
         }
         kit::forEachLevel([&] {
-            kit::Buffer state = newState(c.size, c.rules, layout.misalign);
-            Picture mask(c.size, {layout.misalign + 2, layout.padding});
-            Picture back(c.size, {layout.misalign + 5, layout.padding}, 0, 3);
-            recall(back, state);
-            kit::expectPixels(back, [](int, int, int) { return 0; });
+            Model learner(f.size, f.rules, layout);
+            const Picture black = Picture(f.size, {}, 0, 3).fill([] { return 0; });
+            learner.recall().expect(black);
             for (size_t i = 0; i < pictures.size(); ++i) {
                 SCOPED_TRACE(testing::Message() << "picture " << i);
-                learn(pictures[i], mask, state);
-                if (i == 5) {  // states may be moved
-                    kit::Buffer moved = newState(c.size, c.rules, layout.misalign + 9);
-                    std::memcpy(moved.ptr(), state.ptr(), static_cast<size_t>(moved.size()));
-                    state = moved;
-                }
-                recall(back, state);
-                kit::expectPixels(mask, masks[i]);
-                kit::expectPixels(back, backgrounds[i]);
+                learner.learn(pictures[i]).expect(masks[i]);
+                learner.recall().expect(backgrounds[i]);
             }
         });
     }
@@ -201,11 +222,10 @@ TEST(Gmm, TellsWhatMoves) {
     const auto isSquare = [](int x, int y, int frame) {
         return y >= 5 && y < 12 && (x + 480 - frame) % 40 < 3;
     };
-    kit::forEachLevel([&] {
+    kit::forLevels([&] {
         for (const Rules& rules :
              {Rules{4, 0.02F, 9, 0.8F, 0.05F, 225}, Rules{4, 0.5F, 9, 0.8F, 0, 225}}) {
-            kit::Buffer state = newState(size, rules, 3);
-            Picture mask(size);
+            Model model(size, rules);
             Picture picture(size, {}, 0, 3);
             const bool walks = rules.rate < 0.1F;
             for (int frame = 0; frame < 400; ++frame) {
@@ -213,46 +233,39 @@ TEST(Gmm, TellsWhatMoves) {
                     const bool other = walks ? isSquare(x, y, frame) : frame < 3;
                     return other ? 250 : ground(x, y);
                 });
-                learn(picture, mask, state);
+                model.learn(picture);
             }
-            kit::expectPixels(mask,
+            kit::expectPixels(model.learning().dst().as<Zmo8u>(),
                               [&](int x, int y) { return walks && isSquare(x, y, 399) ? 255 : 0; });
-            recall(picture, state);
-            kit::expectPixels(picture, ground);
+            kit::expectPixels(model.recall().as<Zmo8u>(), ground);
         }
     });
 }
 
 TEST(Gmm, BadArguments) {
     const ZmoiSize size{12, 4};
-    Picture src(size, {}, 0, 3);
-    Picture mask(size);
-    kit::Buffer state = newState(size, usual, 0);
-    kit::Buffer none(64);
-    const auto* const noState = none.as<ZmoiFGMMState>();
-    kit::expectBadArguments(zmoiFGMMForeground_8u_C3R,
-                            {{4, ZmoiSize{12, 3}, zmoStsStateErr}, {5, noState, zmoStsStateErr}},
-                            src, mask, size, state);
-    kit::expectBadArguments(zmoiFGMMBackground_8u_C3R,
-                            {{2, ZmoiSize{12, 3}, zmoStsStateErr}, {3, noState, zmoStsStateErr}},
-                            src, size, state);
-    kit::expectBadArguments(zmoiFGMMInit,
-                            {{1, {0, 9}, zmoStsRangeErr},
-                             {2, {0, NAN}, zmoStsRangeErr},
-                             {3, 0, zmoStsThresholdErr},
-                             {4, 1.5F, zmoStsRangeErr},
-                             {5, -0.1F, zmoStsRangeErr},
-                             {6, 3, zmoStsRangeErr},
-                             {7, zmo16u, zmoStsDataTypeErr},
-                             {8, 1, zmoStsChannelsErr}},
-                            size, 4, 0.005F, 9, 0.9F, 0.05F, 225, zmo8u, 3, state);
-    int bytes = -1;
-    kit::expectBadArguments(zmoiFGMMGetSize,
-                            {{1, 0, zmoStsRangeErr},
-                             {2, zmo16u, zmoStsDataTypeErr},
-                             {3, 1, zmoStsChannelsErr},
-                             {0, ZmoiSize{1 << 16, 1 << 14}, zmoStsTooLargeErr}},
-                            size, 4, zmo8u, 3, &bytes);
+    const Zmo64u noState[8] = {};
+    const std::vector<kit::Wrong> wrong = {{"roi", ZmoiSize{12, 3}, zmoStsStateErr},
+                                           {"pState", &noState[0], zmoStsStateErr}};
+    Model model(size, usual);
+    model.learning().expectBadArguments(wrong);
+    model.recall();
+    model.recalling().expectBadArguments({wrong[0]});
+    initOf(size, usual)
+        .expectBadArguments({{"maxComponents", {0, 9}, zmoStsRangeErr},
+                             {"learningRate", {0, NAN}, zmoStsRangeErr},
+                             {"matchThreshold", 0, zmoStsThresholdErr},
+                             {"backgroundShare", 1.5F, zmoStsRangeErr},
+                             {"complexity", -0.1F, zmoStsRangeErr},
+                             {"initialVariance", 3, zmoStsRangeErr},
+                             {"type", zmo16u, zmoStsDataTypeErr},
+                             {"channels", 1, zmoStsChannelsErr}});
+    kit::Case(ZMO(zmoiFGMMGetSize), size)
+        .with({{"maxComponents", 4}, {"type", zmo8u}, {"channels", 3}})
+        .expectBadArguments({{"maxComponents", 0, zmoStsRangeErr},
+                             {"type", zmo16u, zmoStsDataTypeErr},
+                             {"channels", 1, zmoStsChannelsErr},
+                             {"roi", ZmoiSize{1 << 16, 1 << 14}, zmoStsTooLargeErr}});
 }
 
 }  // namespace

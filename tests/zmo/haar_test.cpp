@@ -2,7 +2,7 @@
 #include <cmath>
 #include <vector>
 
-#include "call.h"
+#include "case.h"
 #include "zmocv.h"
 
 namespace {
@@ -23,23 +23,29 @@ struct Stage {
 };
 
 template <class T>
-auto initOf() {
-    if constexpr (isFloat<T>) {
-        return zmoiHaarInit_32f;
-    } else {
-        return zmoiHaarInit_32s;
-    }
-}
-
-// On an odd address, as a state may lie.
+const kit::Function apply = ZMO(zmoiApplyHaarClassifier_32f_C1R);
+template <>
+const kit::Function apply<Zmo32s> = ZMO(zmoiApplyHaarClassifier_32s_C1RSfs);
 template <class T>
-kit::Buffer stateOf(const Stage<T>& s) {
-    const int classifiers = static_cast<int>(s.low.size());
-    kit::Buffer state = kit::bufferOf(zmoiHaarGetSize, classifiers,
-                                      static_cast<int>(s.rects.size()), kit::typeOf<T>);
-    kit::succeed(initOf<T>(), s.rects.data(), s.weights.data(), s.counts.data(),
-                 s.thresholds.data(), s.low.data(), s.high.data(), classifiers, s.tilted, state);
-    return state;
+const kit::Function init = ZMO(zmoiHaarInit_32f);
+template <>
+const kit::Function init<Zmo32s> = ZMO(zmoiHaarInit_32s);
+
+// What has a stage makes a state of it.
+template <class T>
+kit::Case& withStage(kit::Case& c, const Stage<T>& s) {
+    return c
+        .with({{"pRects", s.rects.data()},
+               {"pWeights", s.weights.data()},
+               {"pRectCounts", s.counts.data()},
+               {"pThresholds", s.thresholds.data()},
+               {"pLow", s.low.data()},
+               {"pHigh", s.high.data()},
+               {"classifiers", s.low.size()},
+               {"rectangles", s.rects.size()},
+               {"tilted", s.tilted}})
+        .sized(ZMO(zmoiHaarGetSize))
+        .prepared(init<T>);
 }
 
 // Largest values of the parts of a random stage and its data; `unit` divides all numbers.
@@ -113,53 +119,51 @@ Real votes(const Stage<T>& s, const kit::Image<T>& table, T deviation, int x, in
     return sum;
 }
 
+// The integral image reaches beyond the windows.
+template <class T>
+kit::Case caseOf(const Stage<T>& stage, ZmoiSize size, kit::Layout layout, int beyond,
+                 double threshold, int scaleFactor) {
+    kit::Case c(apply<T>, size, layout, {{"pSrc", {size.width + beyond, size.height + beyond}}});
+    withStage(c, stage);
+    return c.with({{"threshold", threshold}, {"scaleFactor", scaleFactor}});
+}
+
 template <class T>
 void expectOracle(const Range& range) {
     using Real = std::conditional_t<isFloat<T>, float, double>;
     double allSelected = 0;
     double allPositive = 0;
-    kit::forEachCase(91, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
-        const int density = std::array{100, 0, 4, 60}[turn / 3 % 4];
-        const auto stage =
-            randomStage<T>(random, range, static_cast<int>(turn) / 3 % 9 + 1, turn / 3 % 2 == 1);
-        kit::Buffer state = stateOf(stage);
-        kit::Image<T> table({size.width + reach, size.height + reach}, layout);
-        kit::Image<T> deviations(size, layout);
-        kit::Image<Zmo8u> mask(size, layout);
-        table.fill([&] { return drawn<T>(random, range.sum, range); });
-        deviations.fill([&] { return drawn<T>(random, range.deviation, range); });
-        mask.fill(
-            [&] { return random.between(0, 99) < density ? random.between(1, 255) : int64_t{0}; });
-        const T threshold = drawn<T>(random, range.value, range);
-        const auto divisor = static_cast<int64_t>(turn % 3 + 1);
-        const int scale = isFloat<T> ? 0 : static_cast<int>(random.between(-31, 31) / divisor);
-        const kit::Image<Zmo8u> before = mask;
-        int count = -1;
-        const auto run = [&](auto function, auto... scaleFactor) {
-            return kit::run(function, table, deviations, mask, size, threshold, &count, state,
-                            scaleFactor...);
-        };
-        ZmoStatus status = zmoStsNoErr;
-        if constexpr (isFloat<T>) {
-            status = run(zmoiApplyHaarClassifier_32f_C1R);
-        } else {
-            status = run(zmoiApplyHaarClassifier_32s_C1RSfs, scale);
-        }
-        int selected = 0;
-        int positive = 0;
-        kit::expectPixels(mask, [&](int x, int y) {
-            if (before.get(x, y) == 0) return Zmo8u{0};
-            ++selected;
-            const Real sum = votes<T, Real>(stage, table, deviations.get(x, y), x, y, scale);
-            if (sum < static_cast<Real>(threshold)) return Zmo8u{0};
-            ++positive;
-            return before.get(x, y);
+    kit::forEachCase(
+        {91, 4}, apply<T>,
+        [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+            const int density = std::array{100, 0, 4, 60}[turn / 3 % 4];
+            const auto stage = randomStage<T>(random, range, static_cast<int>(turn) / 3 % 9 + 1,
+                                              turn / 3 % 2 == 1);
+            const T threshold = drawn<T>(random, range.value, range);
+            const auto divisor = static_cast<int64_t>(turn % 3 + 1);
+            const int scale = isFloat<T> ? 0 : static_cast<int>(random.between(-31, 31) / divisor);
+            kit::Case c = caseOf(stage, size, layout, reach, threshold, scale);
+            c.src().fill([&] { return drawn<T>(random, range.sum, range); });
+            c.image("pSrc2").fill([&] { return drawn<T>(random, range.deviation, range); });
+            c.mask().fill([&] {
+                return random.between(0, 99) < density ? random.between(1, 255) : int64_t{0};
+            });
+            int selected = 0;
+            int positive = 0;
+            c.want("pMask", [&](int x, int y) {
+                if (c.mask().get(x, y) == 0) return Zmo8u{0};
+                ++selected;
+                const Real sum = votes<T, Real>(stage, c.src().as<T>(),
+                                                c.image(1).as<T>().get(x, y), x, y, scale);
+                if (sum < static_cast<Real>(threshold)) return Zmo8u{0};
+                ++positive;
+                return c.mask().get(x, y);
+            });
+            allSelected += selected;
+            allPositive += positive;
+            return c.wantResult("pPositive", positive)
+                .wantStatus(selected == 0 ? zmoStsEmptyMask : zmoStsNoErr);
         });
-        EXPECT_EQ(status, selected == 0 ? zmoStsEmptyMask : zmoStsNoErr);
-        EXPECT_EQ(count, positive);
-        allSelected += selected;
-        allPositive += positive;
-    });
     EXPECT_GT(allPositive, 0.1 * allSelected);
     EXPECT_LT(allPositive, 0.9 * allSelected);
 }
@@ -175,78 +179,65 @@ TEST(Haar, Oracle32s) {
     expectOracle<Zmo32s>({int64_t{1} << 33, 3, int64_t{1} << 33, 1 << 21, 2, 1});
 }
 
+template <class T>
+Stage<T> oneRectangle(ZmoiRect rect, T threshold, T low) {
+    return {{rect}, {1}, {1}, {threshold}, {low}, {1}};
+}
+
 // What is not a number lies below no threshold: every window gets the high value.
 TEST(Haar, NoNumbersIn32f) {
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    const Stage<Zmo32f> stage{{{0, 0, 3, 2}}, {1}, {1}, {1}, {-1}, {1}};
-    kit::Buffer state = stateOf(stage);
-    kit::forEachLevel([&] {
-        kit::Image<Zmo32f> table({40, 3});
-        kit::Image<Zmo8u> mask({37, 1});
-        table.fill([] { return infinity; });
-        mask.fill([] { return 5; });
-        int count = -1;
-        EXPECT_EQ(kit::runUnwatched(zmoiApplyHaarClassifier_32f_C1R, table, table, mask,
-                                    mask.size(), 1, &count, state),
-                  zmoStsNoErr);
-        EXPECT_EQ(count, 37);
-    });
+    kit::Case c = caseOf(oneRectangle<Zmo32f>({0, 0, 3, 2}, 1, -1), {37, 1}, {}, 3, 1, 0);
+    const auto infinite = [] { return HUGE_VAL; };
+    c.fillAll(infinite, [] { return 5; });
+    c.want("pMask", [](int, int) { return 5; }).wantResult("pPositive", 37);
+    kit::expectSameAtAllLevels(c);
 }
 
 // The rectangle's 2 + 3 columns more than there are windows are missed only when it is placed.
-template <class T, class... P, class... Scale>
-void expectBadArguments(ZmoStatus (*function)(P...), kit::Buffer foreign,
-                        std::vector<kit::Wrong> wrong, Scale... scale) {
-    kit::Buffer state = stateOf(Stage<T>{{{2, 1, 3, 2}}, {1}, {1}, {1}, {0}, {1}});
-    const kit::Image<T> table({17, 7});
-    const kit::Image<T> deviations({12, 4});
-    kit::Image<Zmo8u> mask({12, 4});
-    mask.fill([] { return 1; });
-    int count = -1;
-    const auto* const other = foreign.as<ZmoiHaarState>();
-    wrong.insert(wrong.end(),
-                 {{1, 69, zmoStsStepErr}, {9, other, zmoStsStateErr}, {1, 64, zmoStsRectErr}});
-    kit::expectBadArguments(function, wrong, table.ptr(), table.step(), deviations, mask,
-                            mask.size(), 2, &count, state, scale...);
+template <class T, class Other>
+void expectBadArguments(std::vector<kit::Wrong> wrong) {
+    constexpr ZmoiRect rect{2, 1, 3, 2};
+    kit::Case c = caseOf(oneRectangle<T>(rect, 1, 0), {12, 4}, {}, 5, 2, 0);
+    kit::Case other = caseOf(oneRectangle<Other>(rect, 1, 0), {12, 4}, {}, 5, 2, 0);
+    c.setRowNeeded("pSrc", 12);
+    wrong.push_back({"pState", other.memory("pState").ptr(), zmoStsStateErr});
+    wrong.push_back({{{"srcStep", 64}, {"pState", c.memory("pState").ptr()}}, zmoStsRectErr});
+    c.expectBadArguments(wrong);
 }
 
 TEST(Haar, BadArguments) {
-    expectBadArguments<Zmo32f>(zmoiApplyHaarClassifier_32f_C1R,
-                               stateOf(Stage<Zmo32s>{{{2, 1, 3, 2}}, {1}, {1}, {1}, {0}, {1}}),
-                               {{7, std::numeric_limits<float>::infinity(), zmoStsThresholdErr}});
-    expectBadArguments<Zmo32s>(zmoiApplyHaarClassifier_32s_C1RSfs,
-                               stateOf(Stage<Zmo32f>{{{2, 1, 3, 2}}, {1}, {1}, {1}, {0}, {1}}),
-                               {{10, {-32, 32}, zmoStsScaleErr}}, 0);
+    expectBadArguments<Zmo32f, Zmo32s>({{"threshold", HUGE_VAL, zmoStsThresholdErr}});
+    expectBadArguments<Zmo32s, Zmo32f>({});
 }
 
 template <class T>
 void expectBadStages(T badNumber) {
-    static constexpr ZmoiRect rects[] = {{2, 1, 2, 2}, {3, 0, 1, 2}};
-    static constexpr ZmoiRect badRects[][2] = {
-        {{1, 1, 2, 2}, {}}, {rects[0], {3, -1, 1, 2}}, {{2, 1, 2, 0}, {}}, {{2, 1, 65537, 2}, {}}};
-    const T numbers[] = {1, -1};
+    static constexpr ZmoiRect badRects[][2] = {{{1, 1, 2, 2}, {}},
+                                               {{2, 1, 2, 2}, {3, -1, 1, 2}},
+                                               {{2, 1, 2, 0}, {}},
+                                               {{2, 1, 65537, 2}, {}}};
+    static constexpr int noCounts[] = {0};
+    static constexpr int manyCounts[] = {65537};
     const T badNumbers[] = {badNumber, 1};
-    const int counts[] = {2};
-    const int noCounts[] = {0};
-    const int manyCounts[] = {65537};
-    kit::Buffer state(1024);
-    kit::expectBadArguments(
-        initOf<T>(),
-        {{6, {0, 65537}, zmoStsRangeErr},
-         {2, {noCounts, manyCounts}, zmoStsRangeErr},
-         {0, {badRects[0], badRects[1], badRects[2], badRects[3]}, zmoStsRectErr},
-         {1, badNumbers, zmoStsRangeErr},
-         {3, badNumbers, zmoStsRangeErr}},
-        &rects[0], &numbers[0], &counts[0], &numbers[0], &numbers[0], &numbers[0], 1, 1, state);
-    int size = -1;
-    kit::expectBadArguments(
-        zmoiHaarGetSize,
-        {{0, {0, 3}, zmoStsRangeErr}, {1, 65537, zmoStsRangeErr}, {2, zmo16s, zmoStsDataTypeErr}},
-        1, 2, kit::typeOf<T>, &size);
+    const Stage<T> stage{{{2, 1, 2, 2}, {3, 0, 1, 2}}, {1, -1}, {2}, {1}, {1}, {1}, true};
+    kit::Case c(init<T>);
+    withStage(c.with("type", kit::typeOf<T>), stage)
+        .expectBadArguments({{"classifiers", {0, 65537}, zmoStsRangeErr},
+                             {"pRectCounts", {&noCounts[0], &manyCounts[0]}, zmoStsRangeErr},
+                             {"pRects",
+                              {&badRects[0][0], &badRects[1][0], &badRects[2][0], &badRects[3][0]},
+                              zmoStsRectErr},
+                             {"pWeights", &badNumbers[0], zmoStsRangeErr},
+                             {"pThresholds", &badNumbers[0], zmoStsRangeErr}});
+    kit::Case(ZMO(zmoiHaarGetSize))
+        .with({{"classifiers", 1}, {"rectangles", 2}, {"type", kit::typeOf<T>}})
+        .expectBadArguments({{"classifiers", {0, 3}, zmoStsRangeErr},
+                             {"rectangles", 65537, zmoStsRangeErr},
+                             {"type", zmo16s, zmoStsDataTypeErr}});
 }
 
 TEST(Haar, BadStages) {
-    expectBadStages<Zmo32f>(std::numeric_limits<float>::quiet_NaN());
+    expectBadStages<Zmo32f>(NAN);
     expectBadStages<Zmo32s>(-(1 << 21) - 1);
 }
 

@@ -3,7 +3,7 @@
 #include <numbers>
 #include <vector>
 
-#include "call.h"
+#include "case.h"
 #include "zmocv.h"
 
 namespace {
@@ -14,7 +14,7 @@ struct Region {
 };
 
 // All lines, strongest first.
-std::vector<ZmoiPolar> expectedLines(const kit::Image<Zmo8u>& src, const Region& region,
+std::vector<ZmoiPolar> expectedLines(const kit::AnyImage& src, const Region& region,
                                      int threshold) {
     const auto [low, high] = region.limits;
     const ZmoiPolar delta = region.delta;
@@ -63,57 +63,64 @@ const Region regions[] = {{{{-300, 0}, {300, pi}}, {1, pi / 60}},
                           {{{-20, -4}, {100, 9}}, {7, 0.5F}},
                           {{{2.5F, 0}, {2.5F, 0}}, {1, 1}}};
 
+const kit::Function function = ZMO(zmoiHoughLine_Region_8u32f_C1R);
+const kit::Function query = ZMO(zmoiHoughLine_RegionGetBufferSize);
+
+kit::Case caseOf(ZmoiSize size, kit::Layout layout, const Region& region, int threshold, int room) {
+    return kit::Case(function, size, layout)
+        .with({{"limits", &region.limits[0]},
+               {"delta", region.delta},
+               {"threshold", threshold},
+               {"maxLines", room}})
+        .sized(query);
+}
+
 // A density of 100 fills more than one portion of pixels.
 TEST(Hough, Oracle) {
     int many = 0;
-    kit::forEachCase(111, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
-        const Region& region = regions[turn % 4];
-        const int density = std::array{5, 0, 100, 20, 40}[turn % 5];
-        kit::Image<Zmo8u> src(size, layout);
-        src.fill([&] { return random.between(0, 99) < density ? random.between(1, 255) : 0; });
-        const int threshold = turn % 4 == 3 ? 0 : std::array{0, 4, 9}[turn % 3];
-        const int room = std::array{7, 1, 5000}[turn / 4 % 3];
-        const std::vector<ZmoiPolar> lines = expectedLines(src, region, threshold);
-        many += lines.size() > 7;
-        kit::Buffer buffer = kit::bufferOf(zmoiHoughLine_RegionGetBufferSize, size, region.limits,
-                                           region.delta, room, zmo8u, 1);
-        kit::expectList(lines, room, [&](ZmoiPolar* list, int* count) {
-            return zmoiHoughLine_Region_8u32f_C1R(src.ptr(), src.step(), list, size, region.limits,
-                                                  region.delta, threshold, room, count,
-                                                  buffer.ptr());
-        });
-        buffer.expectSurroundingsUntouched();
-    });
-    EXPECT_GT(many, 10);
+    kit::forEachCase({111, 4}, function,
+                     [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
+                         const Region& region = regions[turn % 4];
+                         const int density = std::array{5, 0, 100, 20, 40}[turn % 5];
+                         const int threshold = turn % 4 == 3 ? 0 : std::array{0, 4, 9}[turn % 3];
+                         const int room = std::array{7, 1, 5000}[turn / 4 % 3];
+                         kit::Case c = caseOf(size, layout, region, threshold, room);
+                         c.src().fill([&] {
+                             return random.between(0, 99) < density ? random.between(1, 255) : 0;
+                         });
+                         const std::vector<ZmoiPolar> lines =
+                             expectedLines(c.src(), region, threshold);
+                         many += lines.size() > 7;
+                         return c.wantList("pLines", lines, room);
+                     });
+    EXPECT_GT(many, kit::sanitized ? 0 : 10);
 }
 
 TEST(Hough, BadArguments) {
-    const ZmoiSize size{12, 4};
-    kit::Image<Zmo8u> src(size);
-    kit::Image<ZmoiPolar> lines({10, 1});
-    kit::Buffer buffer(1 << 17);
-    int count = -1;
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-    const ZmoiPolar good[] = {{0, 0}, {9, 1}};
+    const Region good{{{0, 0}, {9, 1}}, {1, 1}};
     const ZmoiPolar crossed[] = {{10, 0}, {9, 1}};
     const ZmoiPolar crossedAngles[] = {{0, 2}, {9, 1}};
-    const ZmoiPolar noNumber[] = {{0, 0}, {9, nan}};
-    kit::expectBadArguments(zmoiHoughLine_Region_8u32f_C1R,
-                            {{4, {crossed, crossedAngles, noNumber}, zmoStsRangeErr},
-                             {5, {ZmoiPolar{0, 1}, ZmoiPolar{1, -1}}, zmoStsRangeErr},
-                             {6, -1, zmoStsThresholdErr},
-                             {7, 0, zmoStsRangeErr},
-                             {5, ZmoiPolar{1e-9F, 1}, zmoStsTooLargeErr}},
-                            src, lines.withoutStep(), size, &good[0], ZmoiPolar{1, 1}, 0, 10,
-                            &count, buffer);
-    kit::expectBadArguments(zmoiHoughLine_RegionGetBufferSize,
-                            {{2, ZmoiPolar{1, 0}, zmoStsRangeErr},
-                             {3, 0, zmoStsRangeErr},
-                             {4, zmo16u, zmoStsDataTypeErr},
-                             {5, 3, zmoStsChannelsErr},
-                             {3, INT32_MAX, zmoStsTooLargeErr},
-                             {0, ZmoiSize{65536, 32768}, zmoStsTooLargeErr}},
-                            size, &good[0], ZmoiPolar{1, 1}, 10, zmo8u, 1, &count);
+    const ZmoiPolar noNumber[] = {{0, 0}, {9, NAN}};
+    caseOf({12, 4}, {}, good, 0, 10)
+        .give("pLines", kit::Buffer(10 * sizeof(ZmoiPolar)))
+        .expectBadArguments(
+            {{"limits", {&crossed[0], &crossedAngles[0], &noNumber[0]}, zmoStsRangeErr},
+             {"delta", {ZmoiPolar{0, 1}, ZmoiPolar{1, -1}}, zmoStsRangeErr},
+             {"threshold", -1, zmoStsThresholdErr},
+             {"maxLines", 0, zmoStsRangeErr},
+             {"delta", ZmoiPolar{1e-9F, 1}, zmoStsTooLargeErr}});
+    kit::Case(query)
+        .with({{"limits", &good.limits[0]},
+               {"delta", good.delta},
+               {"maxLines", 10},
+               {"type", zmo8u},
+               {"channels", 1}})
+        .expectBadArguments({{"delta", ZmoiPolar{1, 0}, zmoStsRangeErr},
+                             {"maxLines", 0, zmoStsRangeErr},
+                             {"type", zmo16u, zmoStsDataTypeErr},
+                             {"channels", 3, zmoStsChannelsErr},
+                             {"maxLines", INT32_MAX, zmoStsTooLargeErr},
+                             {"roi", ZmoiSize{65536, 32768}, zmoStsTooLargeErr}});
 }
 
 }  // namespace

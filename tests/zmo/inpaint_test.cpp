@@ -1,18 +1,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "call.h"
+#include "case.h"
 #include "zmocv.h"
 
 namespace {
-
-constexpr auto functionFor(int channels) {
-    return channels == 1 ? zmoiInpaint_8u_C1R : zmoiInpaint_8u_C3R;
-}
-
-kit::Buffer bufferFor(ZmoiSize size, int channels) {
-    return kit::bufferOf(zmoiInpaintGetBufferSize, size, zmo8u, channels);
-}
 
 // A plane of numbers, and which of them count.
 struct Plane {
@@ -83,27 +75,28 @@ Plane timesFor(const kit::Image<Zmo8u>& mask, float radius) {
         return kit::contains(size, x, y) && mask.get(x, y) != 0;
     };
     kit::Image<Zmo8u> away(size);
-    kit::Image<Zmo32f> arrival(size);
     away.fill([&](int x, int y) {
         const bool touches =
             selected(x - 1, y) || selected(x + 1, y) || selected(x, y - 1) || selected(x, y + 1);
         return selected(x, y) || !touches;
     });
-    kit::Buffer buffer = kit::bufferOf(zmoiFastMarchingGetBufferSize, size, zmo8u, 1);
-    kit::succeed(zmoiFastMarching_8u32f_C1R, away, arrival, size, 1e30F, buffer);
+    kit::Case march(ZMO(zmoiFastMarching_8u32f_C1R), size);
+    march.with("radius", 1e30F).sized(ZMO(zmoiFastMarchingGetBufferSize));
+    march.src().as<Zmo8u>() = away;
+    const kit::AnyImage arrival = march.tried();
     Plane times(size);
     times.known.fill([&](int x, int y) { return !selected(x, y); });
     times.value.fill([&](int x, int y) {
-        const float time = arrival.get(x, y);
+        const auto time = static_cast<float>(arrival.get(x, y));
         return selected(x, y) ? time : -std::min(time, radius);
     });
     return times;
 }
 
-kit::Image<Zmo8u> inpainted(const kit::Image<Zmo8u>& src, const kit::Image<Zmo8u>& mask,
-                            float radius, ZmoiInpaintFlag flag) {
+kit::Image<Zmo8u> inpainted(kit::Case& call, float radius, ZmoiInpaintFlag flag) {
+    const auto& src = call.src().as<Zmo8u>();
     kit::Image<Zmo8u> result = src;
-    Plane times = timesFor(mask, radius);
+    Plane times = timesFor(call.mask(), radius);
     std::vector<ZmoiPoint> order;
     kit::forEachPixel(src.size(), [&](int x, int y) {
         if (!times.knows(x, y)) order.push_back({x, y});
@@ -129,48 +122,43 @@ kit::Image<Zmo8u> inpainted(const kit::Image<Zmo8u>& src, const kit::Image<Zmo8u
     return result;
 }
 
+const std::vector<kit::Function> functions = {ZMO(zmoiInpaint_8u_C1R), ZMO(zmoiInpaint_8u_C3R)};
+
+kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layout, float radius,
+                 ZmoiInpaintFlag flag) {
+    return kit::Case(function, size, layout)
+        .with({{"radius", radius}, {"flag", flag}})
+        .sized(ZMO(zmoiInpaintGetBufferSize));
+}
+
 // Masks with nothing, with single pixels, with areas, and with everything.
 TEST(Inpaint, Oracle) {
-    kit::forEachTurn(131, [](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
-        const int selected = std::array{0, 150, 900, 1000}[(turn + turn / 4) % 4];
-        for (const int channels : {1, 3}) {
-            const float radius = random.pick<float>({1, 2.5F, 1.4F, 6, 64});
-            const auto flag =
-                random.pick<ZmoiInpaintFlag>({zmoiInpaintMarching, zmoiInpaintDiffusion});
-            SCOPED_TRACE(testing::Message() << "C" << channels << " " << flag << " " << radius);
-            kit::Image<Zmo8u> src(size, layout, 0, channels);
-            src.fill([&] { return random.between(0, 3) ? random.between(100, 110) : 255; });
-            kit::Image<Zmo8u> mask(size, {layout.misalign + 1, layout.padding + 2});
+    kit::forEachCase(
+        {131, 4}, functions,
+        [](auto& random, const auto& function, ZmoiSize size, kit::Layout layout, size_t turn) {
+            const int selected = std::array{0, 150, 900, 1000}[(turn + turn / 4) % 4];
+            const auto radius = random.template pick<float>({1, 2.5F, 1.4F, 6, 64});
+            const auto flag = random.between(0, 1) ? zmoiInpaintMarching : zmoiInpaintDiffusion;
+            kit::Case c = caseOf(function, size, layout, radius, flag);
+            c.src().fill([&] { return random.between(0, 3) ? random.between(100, 110) : 255; });
             bool any = false;
-            mask.fill([&] {
+            c.mask().fill([&] {
                 const bool selects = random.between(0, 999) < selected;
                 any |= selects;
                 return selects ? random.between(1, 255) : 0;
             });
-            const auto dst = kit::atAllLevels([&] {
-                kit::Image<Zmo8u> image(size, {layout.misalign + 2, layout.padding}, 0, channels);
-                kit::Buffer buffer = bufferFor(size, channels);
-                EXPECT_EQ(
-                    kit::run(functionFor(channels), src, mask, image, size, radius, flag, buffer),
-                    any ? zmoStsNoErr : zmoStsEmptyMask);
-                return image;
-            });
-            kit::expectPixels(dst, inpainted(src, mask, radius, flag));
-        }
-    });
+            const kit::Image<Zmo8u> want = inpainted(c, radius, flag);
+            return c.wantStatus(any ? zmoStsNoErr : zmoStsEmptyMask)
+                .want("pDst", [&](int x, int y, int k) { return want.get(x, y, k); });
+        });
 }
 
 TEST(Inpaint, BadArguments) {
-    const ZmoiSize size{12, 4};
-    for (const int channels : {1, 3}) {
-        kit::Image<Zmo8u> src(size, {}, 0, channels);
-        kit::Image<Zmo8u> mask(size);
-        mask.fill([](int x, int y) { return x == 3 && y == 3; });
-        kit::Image<Zmo8u> dst(size, {}, 0, channels);
-        kit::Buffer buffer = bufferFor(size, channels);
-        kit::expectBadArguments(functionFor(channels),
-                                {{7, {0.99F, 64.01F, NAN}, zmoStsRangeErr}, {8, 2, zmoStsFlagErr}},
-                                src, mask, dst, size, 3, zmoiInpaintDiffusion, buffer);
+    for (const auto& function : functions) {
+        kit::Case c = caseOf(function, {12, 4}, {}, 3, zmoiInpaintDiffusion);
+        c.mask().fill([](int x, int y) { return x == 3 && y == 3; });
+        c.expectBadArguments(
+            {{"radius", {0.99F, 64.01F, NAN}, zmoStsRangeErr}, {"flag", 2, zmoStsFlagErr}});
     }
 }
 

@@ -1,6 +1,5 @@
 #include "kit.h"
 
-#include <sys/mman.h>
 #include <xmmintrin.h>
 
 #include <cfenv>
@@ -60,15 +59,15 @@ constexpr size_t guardBytes = 256;
 }  // namespace
 
 Block::Block(int64_t bytes, int misalign, Own rows)
-    : m_rows(rows), m_storage(static_cast<size_t>(bytes) + 2 * guardBytes + 64) {
+    : m_rows(rows),
+      m_start(guardBytes + static_cast<size_t>(misalign)),
+      m_storage(static_cast<size_t>(bytes) + 2 * guardBytes + 64) {
     // Fixed values that no function leaves behind by chance.
     unsigned char next = 0x5a;
     for (unsigned char& byte : m_storage) {
         byte = next;
         next = static_cast<unsigned char>(next * 5 + 37);
     }
-    const auto address = reinterpret_cast<uintptr_t>(m_storage.data()) + guardBytes;
-    m_start = guardBytes + (64 - address % 64) % 64 + static_cast<size_t>(misalign);
     snapshot();
 }
 
@@ -88,22 +87,21 @@ void Block::expectUntouched(const std::string& name) const {
     EXPECT_TRUE(m_storage == m_before) << name << " was written";
 }
 
-FarRows::FarRows() {
-    void* const memory = mmap(nullptr, size_t{count} * step, PROT_READ | PROT_WRITE,
-                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    m_memory = memory == MAP_FAILED ? nullptr : static_cast<char*>(memory);
-}
-
-FarRows::~FarRows() {
-    if (m_memory != nullptr) munmap(m_memory, size_t{count} * step);
-}
-
 const std::vector<LevelInfo>& allLevels() {
     static const std::vector<LevelInfo> levels = {{"sse2", ZMO_LEVEL_SSE2},
                                                   {"sse42", ZMO_LEVEL_SSE42},
                                                   {"avx2", ZMO_LEVEL_AVX2},
                                                   {"avx512", ZMO_LEVEL_AVX512}};
     return levels;
+}
+
+size_t levelsHere() {
+    static const size_t count = [] {
+        size_t found = 0;
+        forEachLevel([&] { ++found; });
+        return found;
+    }();
+    return count;
 }
 
 void forEachLevel(const std::function<void()>& body) {

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <new>
 #include <ostream>
 #include <string>
 #include <tuple>
@@ -28,6 +29,15 @@ inline std::ostream& operator<<(std::ostream& out, ZmoiSize size) {
 }
 
 namespace kit {
+
+// Tests that walk over many cases take fewer under the sanitizers.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#elif defined(__has_feature)
+constexpr bool sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool sanitized = false;
+#endif
 
 // The seed of this run: ZMO_TEST_SEED from the environment, or a fresh one. It is printed once.
 uint64_t runSeed();
@@ -65,6 +75,17 @@ std::vector<Layout> layouts();
 // Regions that are small, narrow, and just around the lengths of vectors.
 std::vector<ZmoiSize> sizes();
 
+// Copies of a block lie as it does.
+template <class T>
+struct OnCacheLines {
+    using value_type = T;
+    T* allocate(size_t n) {
+        return static_cast<T*>(::operator new (n * sizeof(T), std::align_val_t{64}));
+    }
+    void deallocate(T* memory, size_t) { ::operator delete (memory, std::align_val_t{64}); }
+    bool operator==(const OnCacheLines&) const = default;
+};
+
 // Memory with a fixed pattern around the rows that belong to the test.
 class Block {
   public:
@@ -74,6 +95,8 @@ class Block {
     void expectSurroundingsUntouched(const std::string& name) const;
     // No byte at all changed since the snapshot.
     void expectUntouched(const std::string& name) const;
+    // The content of the snapshot again.
+    void restore() { m_storage = m_before; }
     int64_t rowBytes() const { return m_rows.bytes; }
 
   protected:
@@ -91,30 +114,9 @@ class Block {
   private:
     Own m_rows;
     size_t m_start;
-    std::vector<unsigned char> m_storage;
-    mutable std::vector<unsigned char> m_before;
-};
-
-// What a call may be given for a block: an address into it, or its rows with a step of their own.
-template <class T>
-struct Pointer {
-    T* address;
-    const Block* block;
-
-    std::tuple<T*> arguments() const { return {address}; }
-};
-template <class T>
-struct Rows {
-    T* first;
-    int64_t step;
-    const Block* block;
-
-    std::tuple<T*, int64_t> arguments() const { return {first, step}; }
-    Rows every(int n) const { return {first, n * step, block}; }
-    T* operator[](int y) const {
-        using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
-        return reinterpret_cast<T*>(reinterpret_cast<Byte*>(first) + y * step);
-    }
+    using Bytes = std::vector<unsigned char, OnCacheLines<unsigned char>>;
+    Bytes m_storage;
+    mutable Bytes m_before;
 };
 
 // body(x, y) for all pixels, in reading order.
@@ -145,12 +147,6 @@ class Image : public Block {
     int step() const { return m_stepElements * static_cast<int>(sizeof(T)); }
     T* ptr() { return reinterpret_cast<T*>(data() + offset(0, 0, 0)); }
     const T* ptr() const { return reinterpret_cast<const T*>(data() + offset(0, 0, 0)); }
-    // What a call is given.
-    std::tuple<T*, int> arguments() { return {ptr(), step()}; }
-    std::tuple<const T*, int> arguments() const { return {ptr(), step()}; }
-    Pointer<T> withoutStep() { return {ptr(), this}; }
-    Rows<T> rows() { return {ptr(), step(), this}; }
-    Rows<const T> rows() const { return {ptr(), step(), this}; }
 
     T get(int x, int y, int channel = 0) const {
         T value;
@@ -218,23 +214,9 @@ class Buffer : public Block {
     explicit Buffer(int64_t size, int misalign = 1)
         : Block(size, misalign, {0, size, size, 1}), m_size(static_cast<int>(size)) {}
     Zmo8u* ptr() { return data(); }
-    template <class State>
-    State* as() {
-        return reinterpret_cast<State*>(data());
-    }
+    const Zmo8u* ptr() const { return data(); }
     int size() const { return m_size; }
     void expectSurroundingsUntouched() const { Block::expectSurroundingsUntouched("buffer"); }
-    void expectUntouched() const { Block::expectUntouched("buffer"); }
-
-    // For a call, whatever the state is.
-    struct Address {
-        void* first;
-        template <class T>
-        operator T*() const {
-            return static_cast<T*>(first);
-        }
-    };
-    std::tuple<Address> arguments() { return {Address{data()}}; }
 
   private:
     int m_size;
@@ -243,59 +225,12 @@ class Buffer : public Block {
 // The code of the element type.
 template <class T>
 inline constexpr ZmoDataType typeOf = std::is_same_v<T, Zmo8u>    ? zmo8u
+                                      : std::is_same_v<T, Zmo8s>  ? zmo8s
                                       : std::is_same_v<T, Zmo16u> ? zmo16u
                                       : std::is_same_v<T, Zmo16s> ? zmo16s
                                       : std::is_same_v<T, Zmo32s> ? zmo32s
                                       : std::is_same_v<T, Zmo32f> ? zmo32f
                                                                   : zmo64f;
-
-// Rows more than 2^31 bytes apart; memory between them is never touched and costs nothing. False when
-// there is no address space for them.
-class FarRows {
-  public:
-    static constexpr int count = 6;
-    static constexpr int64_t step = (int64_t{1} << 31) + 4096;
-    static constexpr const char* whyNot = "no address space for images of 12 GB";
-
-    FarRows();
-    ~FarRows();
-    FarRows(const FarRows&) = delete;
-    FarRows& operator=(const FarRows&) = delete;
-    explicit operator bool() const { return m_memory != nullptr; }
-
-    template <class T>
-    T* first() const {
-        return reinterpret_cast<T*>(m_memory);
-    }
-    template <class T>
-    Rows<T> rows() const {
-        return {first<T>(), step, nullptr};
-    }
-    // Copies the region's rows.
-    template <class T>
-    void take(const Image<T>& image) {
-        eachRow(image, [](char* far, const T* row, size_t bytes) { std::memcpy(far, row, bytes); });
-    }
-    // The rows are those of the region.
-    template <class T>
-    void expect(const Image<T>& image) const {
-        eachRow(image, [](char* far, const T* row, size_t bytes) {
-            EXPECT_EQ(std::memcmp(far, row, bytes), 0);
-        });
-    }
-
-  private:
-    template <class T, class Visit>
-    void eachRow(const Image<T>& image, Visit visit) const {
-        const char* const near = reinterpret_cast<const char*>(image.ptr());
-        for (int y = 0; y < image.size().height; ++y) {
-            visit(m_memory + y * step, reinterpret_cast<const T*>(near + y * image.step()),
-                  static_cast<size_t>(image.size().width * image.channels()) * sizeof(T));
-        }
-    }
-
-    char* m_memory;
-};
 
 // Runs body at every level that the processor has, and says which ones it lacks. The library is at
 // its best level afterwards.
@@ -304,15 +239,16 @@ struct LevelInfo {
     Zmo64u mask;
 };
 const std::vector<LevelInfo>& allLevels();
+// How many of them the processor has.
+size_t levelsHere();
 void forEachLevel(const std::function<void()>& body);
+// Of long tests: under the sanitizers at the best level only.
+inline void forLevels(const std::function<void()>& body) {
+    sanitized ? body() : forEachLevel(body);
+}
 
 // Makes a call and checks that it raises no floating-point flag but "inexact".
 ZmoStatus watched(const std::function<ZmoStatus()>& call);
-
-// The same, for calls that must succeed.
-inline void succeed(const std::function<ZmoStatus()>& call) {
-    EXPECT_EQ(watched(call), zmoStsNoErr);
-}
 
 template <class T>
 bool sameBits(T a, T b) {
@@ -341,35 +277,6 @@ void expectPixels(const Image<T>& image, Expected expected) {
 template <class T>
 void expectPixels(const Image<T>& image, const Image<T>& want) {
     expectPixels(image, [&](int x, int y, int c) { return want.get(x, y, c); });
-}
-
-// The image that make() gives, which has the same bits at all levels.
-template <class Make>
-auto atAllLevels(Make make) {
-    std::vector<decltype(make())> images;
-    forEachLevel([&] {
-        images.push_back(make());
-        expectPixels(images.back(), images[0]);
-    });
-    return images[0];
-}
-
-// body(random, size, layout, turn) for all sizes and layouts; turn counts them.
-template <class Body>
-void forEachTurn(uint64_t stream, Body body) {
-    Random random(stream);
-    size_t turn = 0;
-    for (const ZmoiSize size : sizes()) {
-        for (const Layout layout : layouts()) {
-            SCOPED_TRACE(testing::Message() << size << " " << layout << " turn " << turn);
-            body(random, size, layout, turn++);
-        }
-    }
-}
-// The same at each level.
-template <class Body>
-void forEachCase(uint64_t stream, Body body) {
-    forEachLevel([&] { forEachTurn(stream, body); });
 }
 
 }  // namespace kit

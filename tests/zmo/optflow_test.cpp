@@ -2,13 +2,12 @@
 #include <climits>
 #include <cmath>
 
-#include "call.h"
+#include "case.h"
 #include "zmocv.h"
 
 namespace {
 
 using Point = ZmoiPoint32f;
-using Points = kit::Image<Point>;  // one row
 
 // Pictures as functions of the place, in 0 ... 1.
 using Texture = double (*)(double x, double y);
@@ -151,105 +150,126 @@ struct Definition {
     }
 };
 
-// Calls body(function, element of the type) for each type.
+template <class T>
+const kit::Function flow = ZMO(zmoiOpticalFlowPyrLK_8u_C1R);
+template <>
+const kit::Function flow<Zmo16u> = ZMO(zmoiOpticalFlowPyrLK_16u_C1R);
+template <>
+const kit::Function flow<Zmo32f> = ZMO(zmoiOpticalFlowPyrLK_32f_C1R);
+
+// body(element of the type) for each type.
 template <class Body>
 void forEachType(Body body) {
-    const auto traced = [&](const char* name, auto function, auto element) {
-        SCOPED_TRACE(name);
-        body(function, element);
-    };
-    traced("8u", zmoiOpticalFlowPyrLK_8u_C1R, Zmo8u());
-    traced("16u", zmoiOpticalFlowPyrLK_16u_C1R, Zmo16u());
-    traced("32f", zmoiOpticalFlowPyrLK_32f_C1R, Zmo32f());
+    body(Zmo8u());
+    body(Zmo16u());
+    body(Zmo32f());
 }
 
-// The lists of a call in guarded memory.
-struct Lists {
-    Lists(const std::vector<Point>& points, const std::vector<Point>& start,
-          kit::Layout layout = {})
-        : size{static_cast<int>(points.size()), 1},
-          from(size, layout),
-          to(size, {layout.misalign + 1, 0}),
-          found(size),
-          error(size, layout) {
-        from.fill([&](int i, int) { return points[static_cast<size_t>(i)]; });
-        to.fill([&](int i, int) { return start[static_cast<size_t>(i)]; });
-    }
-    // call(function, arguments...)
-    template <class Call, class Function, class T>
-    ZmoStatus with(Call call, Function function, const std::vector<kit::Image<T>>& first,
-                   const std::vector<kit::Image<T>>& second, const Rules& r) {
-        const ZmoiPyramidLevels a = levelsOf(first);
-        const ZmoiPyramidLevels b = levelsOf(second);
-        kit::Buffer buffer =
-            kit::bufferOf(zmoiOpticalFlowPyrLKGetBufferSize, r.window, kit::typeOf<T>, 1);
-        return call(function, &a, &b, from.withoutStep(), to.withoutStep(), found.withoutStep(),
-                    error.withoutStep(), size.width, r.window, r.maxLevel, r.maxIterations,
-                    r.epsilon, buffer);
-    }
+kit::Buffer memoryOf(const std::vector<Point>& points) {
+    kit::Buffer memory(static_cast<int64_t>(points.size() * sizeof(Point)));
+    std::memcpy(memory.ptr(), points.data(), points.size() * sizeof(Point));
+    return memory;
+}
 
-    ZmoiSize size;
-    Points from;
-    Points to;
-    kit::Image<Zmo8u> found;
-    kit::Image<float> error;
+// Layers and points that one call takes; it holds what the call points to.
+template <class T>
+struct Tracking {
+    Tracking(const std::vector<kit::Image<T>>& a, const std::vector<kit::Image<T>>& b,
+             const std::vector<Point>& points, const std::vector<Point>& begin, const Rules& r)
+        : first(a), second(b), pFirst(levelsOf(first)), pSecond(levelsOf(second)), start(begin) {
+        const auto count = static_cast<int64_t>(points.size());
+        for (auto& image : first) image.snapshot();
+        for (auto& image : second) image.snapshot();
+        c.with({{"pFirst", &pFirst},
+                {"pSecond", &pSecond},
+                {"count", count},
+                {"windowSize", r.window},
+                {"maxLevel", r.maxLevel},
+                {"maxIterations", r.maxIterations},
+                {"epsilon", r.epsilon},
+                {"type", kit::typeOf<T>},
+                {"channels", 1}})
+            .give("pFrom", memoryOf(points))
+            .give("pTo", memoryOf(begin))
+            .give("pFound", kit::Buffer(count))
+            .give("pError", kit::Buffer(4 * count))
+            .sized(ZMO(zmoiOpticalFlowPyrLKGetBufferSize));
+    }
+    Tracking(const Tracking&) = delete;
+    Tracking& operator=(const Tracking&) = delete;
+
+    void run(bool isWatched = true) {
+        c.give("pTo", memoryOf(start));
+        EXPECT_EQ(isWatched ? c.run() : c.runUnwatched(), zmoStsNoErr);
+        for (auto& image : first) image.expectUntouched("first");
+        for (auto& image : second) image.expectUntouched("second");
+    }
+    template <class Result>
+    Result at(const char* list, size_t i) {
+        Result result;
+        std::memcpy(&result, c.memory(list).ptr() + i * sizeof(Result), sizeof(Result));
+        return result;
+    }
+    Point to(size_t i) { return at<Point>("pTo", i); }
+    bool found(size_t i) { return at<Zmo8u>("pFound", i) != 0; }
+
+    std::vector<kit::Image<T>> first;
+    std::vector<kit::Image<T>> second;
+    ZmoiPyramidLevels pFirst;
+    ZmoiPyramidLevels pSecond;
+    std::vector<Point> start;
+    kit::Case c{flow<T>};
 };
 
-// The function called so, watched or not.
-const auto watched = [](auto&&... given) { return kit::run(given...); };
-const auto unwatched = [](auto&&... given) { return kit::runUnwatched(given...); };
-
-struct Case {
+struct Scene {
     ZmoiSize size;
     Texture texture;
     Rules rules;
 };
 
-const Case cases[] = {{{97, 71}, waves, {15, 2, 6, 0.01F}},  {{64, 48}, waves, {7, 3, 3, 0.3F}},
-                      {{65, 33}, chessboard, {9, 1, 4, 0}},  {{40, 30}, chessboard, {3, 0, 2, 0}},
-                      {{33, 70}, waves, {31, 1, 1, 0}},      {{30, 29}, waves, {127, 0, 2, 0}},
-                      {{17, 1}, waves, {5, 1, 2, 0}},        {{1, 1}, waves, {3, 0, 2, 0}},
-                      {{50, 50}, stripes, {11, 1, 3, 0.1F}}, {{50, 50}, flat, {11, 1, 3, 0}}};
+const Scene scenes[] = {{{97, 71}, waves, {15, 2, 6, 0.01F}},  {{64, 48}, waves, {7, 3, 3, 0.3F}},
+                        {{65, 33}, chessboard, {9, 1, 4, 0}},  {{40, 30}, chessboard, {3, 0, 2, 0}},
+                        {{33, 70}, waves, {31, 1, 1, 0}},      {{30, 29}, waves, {127, 0, 2, 0}},
+                        {{17, 1}, waves, {5, 1, 2, 0}},        {{1, 1}, waves, {3, 0, 2, 0}},
+                        {{50, 50}, stripes, {11, 1, 3, 0.1F}}, {{50, 50}, flat, {11, 1, 3, 0}}};
 
 TEST(OpticalFlow, FollowsItsDefinition) {
     kit::Random random(91);
-    forEachType([&](auto function, auto element) {
+    forEachType([&](auto element) {
         using T = decltype(element);
         size_t turn = 0;
         int foundPoints = 0;
-        for (const Case& c : cases) {
-            SCOPED_TRACE(testing::Message() << c.size << " window " << c.rules.window);
+        for (const Scene& s : scenes) {
+            SCOPED_TRACE(testing::Message() << s.size << " window " << s.rules.window);
             const kit::Layout layout = kit::layouts()[turn++ % 4];
-            const auto first = layersOf<T>(c.size, c.rules.maxLevel + 1, c.texture, 0, 0, layout);
-            const auto second = layersOf<T>(c.size, c.rules.maxLevel + 1, c.texture, 1.4, -0.8,
+            const auto first = layersOf<T>(s.size, s.rules.maxLevel + 1, s.texture, 0, 0, layout);
+            const auto second = layersOf<T>(s.size, s.rules.maxLevel + 1, s.texture, 1.4, -0.8,
                                             {layout.misalign + 1, layout.padding + 2});
             // Inside, over each edge, on whole pixels, and nowhere.
             std::vector<Point> from{{0, 0}, {3e9F, 1}, {-0.25F, 0.25F}, {1, -1e30F}};
             std::vector<Point> to{{0, 0}, {3, 1}, {0, 0}, {1, 1}};
             while (from.size() < 16) {
-                from.push_back({static_cast<float>(random.uniform(-2, c.size.width + 1)),
-                                static_cast<float>(random.uniform(-2, c.size.height + 1))});
+                from.push_back({static_cast<float>(random.uniform(-2, s.size.width + 1)),
+                                static_cast<float>(random.uniform(-2, s.size.height + 1))});
                 to.push_back({from.back().x + static_cast<float>(random.between(-2, 2)),
                               from.back().y + static_cast<float>(random.uniform(-2, 2))});
             }
             std::vector<Definition<T>> want;
             for (size_t i = 0; i < from.size(); ++i) {
-                want.emplace_back(c.rules, first, second, from[i], to[i]);
+                want.emplace_back(s.rules, first, second, from[i], to[i]);
                 foundPoints += want[i].found ? 1 : 0;
             }
+            Tracking<T> tracking(first, second, from, to, s.rules);
             kit::forEachLevel([&] {
-                Lists lists(from, to, layout);
-                EXPECT_EQ(lists.with(watched, function, first, second, c.rules), zmoStsNoErr);
-                for (int i = 0; i < lists.size.width; ++i) {
-                    const Definition<T>& one = want[static_cast<size_t>(i)];
-                    EXPECT_TRUE(kit::sameBits(lists.to.get(i, 0), one.to) &&
-                                lists.found.get(i, 0) == one.found &&
-                                kit::sameBits(lists.error.get(i, 0), one.error))
-                        << "point " << i << " ZMO_TEST_SEED=" << kit::runSeed();
+                tracking.run();
+                for (size_t i = 0; i < want.size(); ++i) {
+                    EXPECT_TRUE(
+                        kit::sameBits(tracking.to(i), want[i].to) &&
+                        tracking.found(i) == want[i].found &&
+                        kit::sameBits(tracking.template at<float>("pError", i), want[i].error))
+                        << "point " << i << " " << tracking.c.text();
                 }
             });
-            for (const auto& image : first) image.expectUntouched("first");
-            for (const auto& image : second) image.expectUntouched("second");
         }
         EXPECT_GE(foundPoints, 40);
     });
@@ -262,57 +282,49 @@ TEST(OpticalFlow, OddNumbersLoseTheirPointOnly) {
     second[0].set(39, 20, NAN);  // beside the last window, but not beside whole vectors
     const std::vector<Point> from{{NAN, 5}, {60, 20}, {20, 20}, {30, 20}, {60, 20}};
     const std::vector<Point> to{{5, 5}, {HUGE_VALF, 20}, {20, 20}, {30, 20}, {60, -HUGE_VALF}};
+    Tracking<Zmo32f> tracking(first, second, from, to, {11, 0, 9, 0.01F});
     kit::forEachLevel([&] {
-        Lists lists(from, to);
-        EXPECT_EQ(lists.with(unwatched, zmoiOpticalFlowPyrLK_32f_C1R, first, second,
-                             Rules{11, 0, 9, 0.01F}),
-                  zmoStsNoErr);
-        for (int i = 0; i < 5; ++i) {
-            EXPECT_EQ(lists.found.get(i, 0), i == 3);
-            EXPECT_EQ(kit::sameBits(lists.to.get(i, 0), to[static_cast<size_t>(i)]), i != 3);
+        tracking.run(false);
+        for (size_t i = 0; i < 5; ++i) {
+            EXPECT_EQ(tracking.found(i), i == 3);
+            EXPECT_EQ(kit::sameBits(tracking.to(i), to[i]), i != 3);
         }
-        EXPECT_NEAR(lists.to.get(3, 0).x, 30.5F, 0.02F);
+        EXPECT_NEAR(tracking.to(3).x, 30.5F, 0.02F);
     });
 }
 
 TEST(OpticalFlow, BadArguments) {
-    forEachType([&](auto function, auto element) {
-        const auto layers = layersOf<decltype(element)>({24, 20}, 3, waves);
-        std::vector<ZmoiPyramidLevels> bad(5, levelsOf(layers));
+    forEachType([&](auto element) {
+        using T = decltype(element);
+        const auto layers = layersOf<T>({24, 20}, 3, waves);
+        const std::vector<Point> points(2, Point{9, 9});
+        Tracking<T> tracking(layers, layers, points, points, {5, 1, 3, 0.1F});
+        std::vector<ZmoiPyramidLevels> bad(5, tracking.pFirst);
         bad[0].pImage[1] = nullptr;
         bad[1].roi[1].height = 0;
         ++bad[2].roi[0].width;
         bad[3].step[0] = 24 * sizeof(element) - 1;
         bad[4].step[1] = 0;
-        const auto expect = [&](auto run, auto&&... given) {
-            kit::expectBadArguments(run,
-                                    {{1, &bad[0], zmoStsNullPtrErr},
-                                     {0, &bad[1], zmoStsSizeErr},
-                                     {1, &bad[2], zmoStsSizeErr},
-                                     {6, 0, zmoStsSizeErr},
-                                     {0, &bad[3], zmoStsStepErr},
-                                     {1, &bad[4], zmoStsStepErr},
-                                     {7, {4, 1, 129}, zmoStsMaskSizeErr},
-                                     {8, 3, zmoStsRangeErr},
-                                     {9, 0, zmoStsRangeErr},
-                                     {10, {-0.1F, NAN}, zmoStsThresholdErr}},
-                                    given...);
-            return ZmoStatus{};
-        };
-        const std::vector<Point> points(2, Point{9, 9});
-        Lists lists(points, points);
-        lists.with(expect, function, layers, layers, Rules{5, 1, 3, 0.1F});
+        tracking.c.expectBadArguments({{"pSecond", &bad[0], zmoStsNullPtrErr},
+                                       {"pFirst", &bad[1], zmoStsSizeErr},
+                                       {"pSecond", &bad[2], zmoStsSizeErr},
+                                       {"count", 0, zmoStsSizeErr},
+                                       {"pFirst", &bad[3], zmoStsStepErr},
+                                       {"pSecond", &bad[4], zmoStsStepErr},
+                                       {"windowSize", {4, 1, 129}, zmoStsMaskSizeErr},
+                                       {"maxLevel", 3, zmoStsRangeErr},
+                                       {"maxIterations", 0, zmoStsRangeErr},
+                                       {"epsilon", {-0.1F, NAN}, zmoStsThresholdErr}});
         // No layer is looked at then.
         for (const int level : {-1, 16, INT_MAX}) {
-            EXPECT_EQ(lists.with(watched, function, layers, layers, Rules{5, level, 3, 0.1F}),
-                      zmoStsRangeErr);
+            EXPECT_EQ(tracking.c.with("maxLevel", level).run(), zmoStsRangeErr);
         }
     });
-    int size = -1;
-    kit::expectBadArguments(
-        zmoiOpticalFlowPyrLKGetBufferSize,
-        {{0, 6, zmoStsMaskSizeErr}, {1, zmo8s, zmoStsDataTypeErr}, {2, 3, zmoStsChannelsErr}}, 5,
-        zmo8u, 1, &size);
+    kit::Case(ZMO(zmoiOpticalFlowPyrLKGetBufferSize))
+        .with({{"windowSize", 5}, {"type", zmo8u}, {"channels", 1}})
+        .expectBadArguments({{"windowSize", 6, zmoStsMaskSizeErr},
+                             {"type", zmo8s, zmoStsDataTypeErr},
+                             {"channels", 3, zmoStsChannelsErr}});
 }
 
 }  // namespace

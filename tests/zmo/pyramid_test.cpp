@@ -1,13 +1,9 @@
 // Layers of pyramids.
-#include "filter.h"
+#include "bordered.h"
 #include "oracle/filter.h"
 #include "zmoi.h"
 
 namespace {
-
-using filters::expectOracle;
-using filters::Filter;
-using filters::Prepared;
 
 const struct {
     std::vector<Zmo16s> kernel;
@@ -19,95 +15,101 @@ const struct {
                 {{1, 2, 1}, 2},
                 {{9, 8, 7, 6, 5, 4, 3, 2, 1}, 8}};
 
-template <class T, class Step, class Size>
-Filter<T, T> layer(const char* name, int channels, bool up,
-                   ZmoStatus (*run)(const T*, Step, Size, T*, Step, Size, const ZmoiPyramidState*,
-                                    Zmo8u*)) {
-    Filter<T, T> f{name, channels};
-    f.isLarge = sizeof(Step) == 8;
-    // Every third turn, a side of the larger layer is no multiple of the rate.
-    f.srcSize = [=](ZmoiSize roi, size_t turn) {
-        const int rate = pyramids[turn % 5].rate;
-        const auto side = [=](int n) {
-            return up ? (n + rate - 1) / rate : n * rate - (turn % 3 == 2 ? rate - 1 : 0);
-        };
-        return ZmoiSize{side(roi.width), side(roi.height)};
+struct Row {
+    kit::Function function;
+
+    bool up() const { return function.isNamed("Up"); }
+};
+
+#define ROWS(types)                                                                       \
+    {ZMO(zmoiPyramidLayerDown_##types##_C1R)}, {ZMO(zmoiPyramidLayerDown_##types##_C3R)}, \
+        {ZMO(zmoiPyramidLayerUp_##types##_C1R)}, {                                        \
+        ZMO(zmoiPyramidLayerUp_##types##_C3R)                                             \
+    }
+const std::vector<Row> rows = {ROWS(8u),
+                               ROWS(16u),
+                               ROWS(32f),
+                               {ZMO(zmoiPyramidLayerDown_32f_C1R_L)},
+                               {ZMO(zmoiPyramidLayerUp_32f_C1R_L)}};
+
+// Every third turn, a side of the larger layer is no multiple of the rate.
+ZmoiSize srcSize(const Row& row, ZmoiSize roi, size_t turn) {
+    const int rate = pyramids[turn % 5].rate;
+    const auto side = [&](int n) {
+        return row.up() ? (n + rate - 1) / rate : n * rate - (turn % 3 == 2 ? rate - 1 : 0);
     };
-    f.run = [=](const auto& c, size_t turn) {
-        const auto& chosen = pyramids[turn % 5];
-        const ZmoiSize large = up ? c.roi : c.srcRoi;
-        Zmo32f values[4] = {};
-        for (int i = 0; i < channels && c.pValue != nullptr; ++i)
-            values[i] = static_cast<Zmo32f>(c.pValue[i]);
-        Prepared p(zmoiPyramidGetSize_L, ZmoiSizeL{large.width, large.height}, kit::typeOf<T>,
-                   channels);
-        kit::succeed(zmoiPyramidInit, chosen.isUsual ? nullptr : chosen.kernel.data(),
-                     static_cast<int>(chosen.kernel.size()), chosen.rate, c.border, &values[0],
-                     kit::typeOf<T>, channels, p.state);
-        kit::succeed(run, c.src, Size{c.srcRoi.width, c.srcRoi.height}, c.dst,
-                     Size{c.roi.width, c.roi.height}, p.state, p.buffer);
-    };
-    f.pixel = [=](const auto& a, int x, int y, size_t turn) {
-        const auto& chosen = pyramids[turn % 5];
-        return oracle::layer(a, oracle::met(chosen.kernel, chosen.rate, up, x),
-                             oracle::met(chosen.kernel, chosen.rate, up, y));
-    };
-    return f;
+    return {side(roi.width), side(roi.height)};
 }
 
-#define EXPECT_LAYERS(types)                                                           \
-    expectOracle(layer("down " #types, 1, false, zmoiPyramidLayerDown_##types##_C1R)); \
-    expectOracle(layer("down " #types, 3, false, zmoiPyramidLayerDown_##types##_C3R)); \
-    expectOracle(layer("up " #types, 1, true, zmoiPyramidLayerUp_##types##_C1R));      \
-    expectOracle(layer("up " #types, 3, true, zmoiPyramidLayerUp_##types##_C3R))
+kit::Case caseOf(kit::Random& random, const Row& row, ZmoiSize roi, kit::Layout layout,
+                 size_t turn) {
+    const auto& chosen = pyramids[turn % 5];
+    const auto border = static_cast<ZmoiBorderType>(turn % 4);
+    const ZmoiSize from = srcSize(row, roi, turn);
+    kit::Case c(row.function, roi, layout, {{"pSrc", from, 12}});
+    kit::Image<Zmo32f> values({4, 1}, {1, 0});
+    kit::AnyImage drawn = c.src().alike([] { return 0; });
+    kit::drawWide(random, turn, c.src(), drawn);
+    values.fill([&](int k, int) { return drawn.get(0, 0, k % drawn.channels()); });
+    c.with({{"pKernel", chosen.isUsual ? nullptr : chosen.kernel.data()},
+            {"kernelSize", chosen.kernel.size()},
+            {"rate", chosen.rate},
+            {"border", border},
+            {"pBorderValue", values.ptr()},
+            {"srcRoi", from}});
+    // Sizes are told for the larger layer.
+    c.with("roi", row.up() ? roi : from).sized(ZMO(zmoiPyramidGetSize_L)).with("roi", roi);
+    c.prepared(ZMO(zmoiPyramidInit));
+    return kit::wantBordered(
+        c, border, [&](int k) { return values.get(k, 0); },
+        [&](const auto& a, int x, int y) {
+            return oracle::layer(a, oracle::met(chosen.kernel, chosen.rate, row.up(), x),
+                                 oracle::met(chosen.kernel, chosen.rate, row.up(), y));
+        });
+}
 
 TEST(Pyramid, Layers) {
-    EXPECT_LAYERS(8u);
-    EXPECT_LAYERS(16u);
-    EXPECT_LAYERS(32f);
-    expectOracle(layer("down _L", 1, false, zmoiPyramidLayerDown_32f_C1R_L));
-    expectOracle(layer("up _L", 1, true, zmoiPyramidLayerUp_32f_C1R_L));
+    kit::forEachCase({31, 2, {{530, 2}, {600, 1}}}, rows, caseOf);
+}
+
+TEST(Pyramid, ImagesBeyondTwoGigabytes) {
+    kit::Random random(32);
+    for (const Row& row : rows) {
+        // Turn 60 has a rate of 2.
+        if (row.function.large()) caseOf(random, row, {37, 3}, {}, 60).expectWithFarRows();
+    }
 }
 
 TEST(Pyramid, BadArguments) {
-    const ZmoiSize large{8, 5};
-    const ZmoiSize small{4, 3};
-    kit::Image<Zmo8u> a(large);
-    kit::Image<Zmo8u> b(small);
-    kit::Buffer state(256);
-    kit::Buffer colour(256);
-    kit::Buffer buffer(10000);
-    const Zmo16s kernel[] = {10, 20, 30, 20, 10, 100, 0};
-    kit::expectBadArguments(zmoiPyramidInit_L,
-                            {{{{3, zmoiBorderConst}, {4, nullptr}}, zmoStsNullPtrErr},
-                             {1, 4, zmoStsMaskSizeErr},
-                             {2, {1, 6}, zmoStsRangeErr},
-                             {1, 7, zmoStsRangeErr},
-                             {3, 4, zmoStsBorderErr},
-                             {5, zmo64f, zmoStsDataTypeErr},
-                             {6, 2, zmoStsChannelsErr}},
-                            kit::exempt(&kernel[0]), 5, 2, zmoiBorderMirror,
-                            kit::exempt<Zmo32f*>(nullptr), zmo8u, 3, colour);
-    kit::succeed(zmoiPyramidInit, nullptr, 0, 2, zmoiBorderMirror, nullptr, zmo8u, 1, state);
-    const auto* const other = colour.as<ZmoiPyramidState>();
-    kit::expectBadArguments(zmoiPyramidLayerDown_8u_C1R, {{6, other, zmoStsStateErr}}, a, large, b,
-                            small, state, buffer);
-    kit::expectBadArguments(zmoiPyramidLayerUp_8u_C1R, {{6, other, zmoStsStateErr}}, b, small, a,
-                            large, state, buffer);
-    // The layers must fit each other.
-    for (const ZmoiSize unfit : {ZmoiSize{4, 2}, {3, 3}}) {
-        EXPECT_EQ(kit::run(zmoiPyramidLayerDown_8u_C1R, a, large, b, unfit, state, buffer),
-                  zmoStsSizeErr);
-        EXPECT_EQ(kit::run(zmoiPyramidLayerUp_8u_C1R, b, unfit, a, large, state, buffer),
-                  zmoStsSizeErr);
+    kit::Random random(33);
+    kit::Case colour = caseOf(random, rows[1], {4, 3}, {}, 60);
+    for (const Row& row : {rows[0], rows[2]}) {
+        kit::Case c = caseOf(random, row, {4, 3}, {}, 60);
+        c.expectBadArguments({{"pState", colour.memory("pState").ptr(), zmoStsStateErr}});
+        // The layers must fit each other.
+        for (const ZmoiSize unfit : {ZmoiSize{4, 2}, {3, 3}}) {
+            c.with(row.up() ? "srcRoi" : "roi", unfit);
+            EXPECT_EQ(c.run(), zmoStsSizeErr);
+        }
     }
-    int64_t stateSize = -1;
-    int64_t bufferSize = -1;
-    kit::expectBadArguments(zmoiPyramidGetSize_L,
-                            {{1, zmo64f, zmoStsDataTypeErr},
-                             {2, 2, zmoStsChannelsErr},
-                             {0, ZmoiSizeL{INT64_MAX / 4, 3}, zmoStsTooLargeErr}},
-                            ZmoiSizeL{20, 3}, zmo16u, 3, &stateSize, &bufferSize);
+    const Zmo16s kernel[] = {10, 20, 30, 20, 10, 100, 0};
+    kit::Case init(ZMO(zmoiPyramidInit_L));
+    init.allowNull("pKernel");
+    init.with({{"pKernel", &kernel[0]},
+               {"kernelSize", 5},
+               {"rate", 2},
+               {"border", zmoiBorderMirror},
+               {"pBorderValue", nullptr},
+               {"type", zmo8u},
+               {"channels", 3}})
+        .give("pState", kit::Buffer(256))
+        .expectBadArguments({{"kernelSize", 4, zmoStsMaskSizeErr},
+                             {"rate", {1, 6}, zmoStsRangeErr},
+                             {{{"kernelSize", 7}, {"rate", 2}}, zmoStsRangeErr},
+                             {"type", zmo64f, zmoStsDataTypeErr}});
+    kit::Case(ZMO(zmoiPyramidGetSize_L))
+        .with({{"type", zmo16u}, {"channels", 3}})
+        .expectBadArguments({{"type", zmo64f, zmoStsDataTypeErr}});
 }
 
 }  // namespace

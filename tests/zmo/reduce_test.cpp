@@ -1,116 +1,86 @@
 // Norms, extremes, means and deviations, of images and of what a mask selects.
 #include <cmath>
-#include <map>
 
-#include "anycall.h"
+#include "case.h"
 #include "oracle/reduce.h"
 #include "zmocv.h"
 
 namespace {
 
-class Case;
+// The numbers that a function sees: a channel of one image, or of two.
+struct Seen {
+    explicit Seen(const kit::Case& own, int coi)
+        : c(own),
+          channel(own.src().channels() == 1 ? 0 : coi - 1),
+          whole(own.src().most() != 0),
+          selection{own.roi(), [&own](int x, int y) { return own.selects(x, y); }} {}
 
-struct Expected {
-    ZmoStatus status;
-    std::vector<kit::Slot> results;
+    auto image(size_t i) const {
+        return [this, i](int x, int y) { return c.image(i).get(x, y, channel); };
+    }
+
+    const kit::Case& c;
+    int channel;
+    bool whole;
+    oracle::Selection selection;
 };
 
 struct Row {
     kit::Function function;
-    Expected (*formula)(const Case&, ZmoNormType);
+    void (*formula)(kit::Case&, const Seen&, ZmoNormType);
     ZmoNormType kind = zmoNormInf;
-};
 
-class Case : public kit::AnyCall {
-  public:
-    // coi is not looked at by functions of one channel.
-    Case(const Row& r, ZmoiSize size, kit::Layout layout, int chosen)
-        : AnyCall(r.function, size, layout),
-          row(r),
-          coi(chosen),
-          whole(!r.function.isNamed("_32f_")) {
-        if (!r.function.values().empty()) setValue(0, coi);
-    }
-
-    template <class Draw>
-    void draw(Draw drawPixel, kit::Masked how, kit::Random& random) {
-        fillAll(drawPixel, drawPixel);
-        if (function().masked()) kit::drawMask(mask(), how, random);
-    }
-
-    oracle::Selection selection() const {
-        return {roi(), [this](int x, int y) { return selects(x, y); }};
-    }
-    auto source(size_t i) const {
-        return [this, i](int x, int y) { return get(i, x, y, coi - 1); };
-    }
-
-    Expected expected() const { return row.formula(*this, row.kind); }
-    void expectOracle() { expect(expected()); }
-    void expect(const Expected& want) {
-        EXPECT_EQ(run(), want.status);
-        EXPECT_EQ(results(), want.results) << "ZMO_TEST_SEED=" << kit::runSeed();
-    }
-
-    const Row& row;
-    int coi;
-    bool whole;
+    bool ofFloats() const { return function.isNamed("_32f_"); }
 };
 
 // ---- What the functions tell
 
-ZmoStatus statusOf(const Case& c) {
-    return c.selection().count() == 0 ? zmoStsEmptyMask : zmoStsNoErr;
+void norm(kit::Case& c, const Seen& s, ZmoNormType kind) {
+    c.wantResult("pNorm", oracle::norm(kind, s.whole, s.selection, s.image(0)));
+}
+double difference(const Seen& s, ZmoNormType kind) {
+    return oracle::norm(kind, s.whole, s.selection,
+                        [&](int x, int y) { return s.image(0)(x, y) - s.image(1)(x, y); });
+}
+void normDiff(kit::Case& c, const Seen& s, ZmoNormType kind) {
+    c.wantResult("pNorm", difference(s, kind));
+}
+void normRel(kit::Case& c, const Seen& s, ZmoNormType kind) {
+    const double apart = difference(s, kind);
+    const double divisor = oracle::norm(kind, s.whole, s.selection, s.image(1));
+    const bool divides = divisor != 0;
+    c.wantResult("pNorm", divides ? apart / divisor : apart == 0 ? 0.0 : HUGE_VAL);
+    if (!divides && s.selection.count() != 0) c.wantStatus(zmoStsDivByZero);
 }
 
-Expected norm(const Case& c, ZmoNormType kind) {
-    return {statusOf(c), {kit::Slot::of(oracle::norm(kind, c.whole, c.selection(), c.source(0)))}};
-}
-double difference(const Case& c, ZmoNormType kind) {
-    return oracle::norm(kind, c.whole, c.selection(),
-                        [&](int x, int y) { return c.source(0)(x, y) - c.source(1)(x, y); });
-}
-Expected normDiff(const Case& c, ZmoNormType kind) {
-    return {statusOf(c), {kit::Slot::of(difference(c, kind))}};
-}
-Expected normRel(const Case& c, ZmoNormType kind) {
-    const double apart = difference(c, kind);
-    const double divisor = oracle::norm(kind, c.whole, c.selection(), c.source(1));
-    if (statusOf(c) != zmoStsNoErr) return {statusOf(c), {kit::Slot::of(0.0)}};
-    if (divisor == 0) return {zmoStsDivByZero, {kit::Slot::of(apart == 0 ? 0.0 : HUGE_VAL)}};
-    return {zmoStsNoErr, {kit::Slot::of(apart / divisor)}};
-}
-
-Expected minMaxIndx(const Case& c, ZmoNormType) {
+void minMaxIndx(kit::Case& c, const Seen& s, ZmoNormType) {
     float min = 0;
     float max = 0;
     ZmoiPoint minPos{0, 0};
     ZmoiPoint maxPos{0, 0};
     bool first = true;
-    c.selection().forEach([&](int x, int y) {
-        const auto v = static_cast<float>(c.source(0)(x, y));
+    s.selection.forEach([&](int x, int y) {
+        const auto v = static_cast<float>(s.image(0)(x, y));
         if (first || v < min) min = v, minPos = {x, y};
         if (first || v > max) max = v, maxPos = {x, y};
         first = false;
     });
-    return {statusOf(c),
-            {kit::Slot::of(min), kit::Slot::of(max), kit::Slot::of(minPos), kit::Slot::of(maxPos)}};
+    c.wantResult("pMin", min).wantResult("pMax", max);
+    c.wantResult("pMinPos", minPos).wantResult("pMaxPos", maxPos);
 }
-Expected mean(const Case& c, ZmoNormType) {
-    return {statusOf(c), {kit::Slot::of(oracle::mean(c.whole, c.selection(), c.source(0)))}};
+void mean(kit::Case& c, const Seen& s, ZmoNormType) {
+    c.wantResult("pMean", oracle::mean(s.whole, s.selection, s.image(0)));
 }
-Expected meanStdDev(const Case& c, ZmoNormType) {
-    Expected expected = mean(c, {});
-    expected.results.push_back(
-        kit::Slot::of(oracle::deviation(c.whole, c.selection(), c.source(0))));
-    return expected;
+void meanStdDev(kit::Case& c, const Seen& s, ZmoNormType) {
+    mean(c, s, {});
+    c.wantResult("pStdDev", oracle::deviation(s.whole, s.selection, s.image(0)));
 }
 
 // ---- The functions
 
-#define ROW(fn, ...)           \
-    Row {                      \
-        {#fn, fn}, __VA_ARGS__ \
+#define ROW(fn, ...)         \
+    Row {                    \
+        ZMO(fn), __VA_ARGS__ \
     }
 #define MASKED(base, type, ...) \
     ROW(zmoi##base##_##type##_C1MR, __VA_ARGS__), ROW(zmoi##base##_##type##_C3CMR, __VA_ARGS__)
@@ -127,19 +97,32 @@ Expected meanStdDev(const Case& c, ZmoNormType) {
 
 const std::vector<Row> rows = {ROWS(8u), ROWS(16u), ROWS(32f)};
 
-bool ofFloats(const Row& row) {
-    return row.function.isNamed("_32f_");
+// ---- Comparison
+
+// coi is not looked at by functions of one channel.
+kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout = {}, int coi = 1) {
+    return kit::Case(row.function, size, layout).with("coi", coi);
 }
 
-// ---- Comparison
+kit::Case& wantFormula(kit::Case& c, const Row& row, int coi = 1) {
+    const Seen seen(c, coi);
+    c.wantStatus(seen.selection.count() == 0 ? zmoStsEmptyMask : zmoStsNoErr);
+    row.formula(c, seen, row.kind);
+    return c;
+}
+
+template <class Draw>
+void fill(kit::Case& c, kit::Random& random, kit::Masked how, Draw draw) {
+    c.fillAll(draw, draw);
+    if (c.function().masked()) kit::drawMask(c.mask(), how, random);
+}
 
 // Integers over their whole range, or at its ends only; floats of an ordinary size, or large, or of
 // few different values, so that extremes have several places and zeros of either sign are among them.
 enum class Draw { any, ends, few };
 
-double drawn(const Row& row, Draw how, kit::Random& random) {
-    if (!ofFloats(row)) {
-        const int64_t most = row.function.isNamed("_8u_") ? 255 : 65535;
+double drawn(const kit::Case& c, Draw how, kit::Random& random) {
+    if (const auto most = static_cast<int64_t>(c.src().most()); most != 0) {
         return static_cast<double>(how == Draw::any ? random.between(0, most)
                                                     : random.between(0, 1) * most);
     }
@@ -149,54 +132,56 @@ double drawn(const Row& row, Draw how, kit::Random& random) {
 }
 
 TEST(Reduce, Oracle) {
-    auto sizes = kit::sizes();
     // Longer than the blocks that rows are cut into.
-    sizes.insert(sizes.end(), {{513, 3}, {776, 2}});
-    kit::forEachRow(
-        41, rows, sizes,
-        [](kit::Random& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t turn) {
-            Case c(row, size, layout, 1 + static_cast<int>(turn) / 2 % row.function.channels(0));
-            c.draw([&] { return drawn(row, static_cast<Draw>(turn % 3), random); },
-                   static_cast<kit::Masked>(turn / 3 % 4), random);
-            c.expectOracle();
+    kit::forEachCase(
+        {41, 1, {{513, 3}, {776, 2}}}, rows,
+        [](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t turn) {
+            const int coi = 1 + static_cast<int>(turn) / 2 % row.function.srcChannels();
+            kit::Case c = caseOf(row, size, layout, coi);
+            fill(c, random, static_cast<kit::Masked>(turn / 3 % 4),
+                 [&] { return drawn(c, static_cast<Draw>(turn % 3), random); });
+            return wantFormula(c, row, coi);
         });
 }
 
 // What is not selected, or in another channel, may be anything.
 TEST(Reduce, UnselectedFloatsHaveNoInfluence) {
     const std::vector<double> odd = {NAN, HUGE_VAL, -HUGE_VAL, 3e38};
-    kit::forEachRow(44, rows, [&](kit::Random& random, const Row& row) {
-        if (!ofFloats(row)) return;
-        const int channels = row.function.channels(0);
-        Case c(row, {300, 5}, {1, 3}, channels);
-        c.draw([&] { return random.uniform(-9, 9); }, kit::Masked::some, random);
-        const size_t sources = row.function.images().size() - (row.function.masked() ? 1 : 0);
-        for (int channel = 0; channel < channels; ++channel) {
+    kit::Random random(44);
+    for (const Row& row : rows) {
+        if (!row.ofFloats()) continue;
+        const int coi = row.function.srcChannels();
+        kit::Case c = caseOf(row, {300, 5}, {1, 3}, coi);
+        fill(c, random, kit::Masked::some, [&] { return random.uniform(-9, 9); });
+        const size_t sources = c.imageCount() - (row.function.masked() ? 1 : 0);
+        for (int channel = 0; channel < coi; ++channel) {
             kit::forEachPixel(c.roi(), [&](int x, int y) {
-                if (c.selects(x, y) && channel == c.coi - 1) return;
-                for (size_t s = 0; s < sources; ++s) c.set(s, x, y, channel, random.pick(odd));
+                if (c.selects(x, y) && channel == coi - 1) return;
+                for (size_t s = 0; s < sources; ++s) {
+                    c.image(s).set(x, y, channel, random.pick(odd));
+                }
             });
         }
-        c.expectOracle();
-    });
+        kit::expectAtAllLevels(wantFormula(c, row, coi));
+    }
 }
 
 // Infinities give what the formula tells where it gives a number, not-a-numbers the same bits at all
 // levels.
 TEST(Reduce, InfiniteAndNotANumber) {
-    std::map<const Row*, std::vector<kit::Slot>> first;
-    kit::forEachRow(45, rows, [&](kit::Random& random, const Row& row) {
-        if (!ofFloats(row)) return;
-        Case c(row, {70, 3}, {}, 1);
-        c.draw([&] { return random.uniform(1, 9); }, kit::Masked::all, random);
-        c.set(0, 37, 1, 0, -HUGE_VAL);
-        const Expected want = c.expected();
-        if (!std::isnan(want.results.back().as<double>())) c.expectOracle();
-        c.set(0, 5, 2, 0, NAN);
-        // Not watched: a NaN may raise flags.
-        EXPECT_EQ(kit::runUnwatched(c.call()), zmoStsNoErr);
-        EXPECT_EQ(c.results(), first.try_emplace(&row, c.results()).first->second);
-    });
+    kit::Random random(45);
+    for (const Row& row : rows) {
+        if (!row.ofFloats()) continue;
+        kit::Case c = caseOf(row, {70, 3});
+        fill(c, random, kit::Masked::all, [&] { return random.uniform(1, 9); });
+        kit::Case odd = c;
+        c.src().set(37, 1, 0, -HUGE_VAL);
+        wantFormula(c, row);
+        if (row.formula != meanStdDev) kit::expectAtAllLevels(c);
+        odd.src().set(37, 1, 0, -HUGE_VAL);
+        odd.src().set(5, 2, 0, NAN);
+        kit::expectSameAtAllLevels(odd);
+    }
 }
 
 // Integer sums beyond 2^53, where a sum in double precision would have lost its last bits, and a
@@ -205,35 +190,32 @@ TEST(Reduce, LongIntegerSumsAreExact) {
     for (const Row& row : rows) {
         const bool deviation = row.function.isNamed("StdDev_16u_C1");
         if (!deviation && !row.function.isNamed("_L2_16u_C1")) continue;
-        SCOPED_TRACE(row.function.name());
         kit::Random random(46);
-        Case c(row, {2600, 2048}, {}, 1);
-        c.draw([&] { return deviation ? 65535 : random.between(65000, 65535); }, kit::Masked::all,
-               random);
-        c.set(0, 1000, 1000, 0, 65534);
-        const Expected want = c.expected();
-        kit::forEachLevel([&] { c.expect(want); });
+        kit::Case c = caseOf(row, {2600, 2048});
+        fill(c, random, kit::Masked::all,
+             [&] { return deviation ? 65535 : random.between(65000, 65535); });
+        c.src().set(1000, 1000, 0, 65534);
+        wantFormula(c, row);
+        kit::forLevels([&] { c.expect(); });
     }
 }
 
 TEST(Reduce, RelativeToNothing) {
-    kit::forEachRow(47, rows, [](kit::Random& random, const Row& row) {
-        if (row.formula != normRel) return;
-        Case c(row, {19, 4}, {}, row.function.channels(0));
+    kit::Random random(47);
+    for (const Row& row : rows) {
+        if (row.formula != normRel) continue;
         for (const int first : {5, 0}) {
-            c.draw([=] { return first; }, kit::Masked::single, random);
-            c.fill(1, [] { return 0; });
-            c.expectOracle();
-            EXPECT_EQ(c.results()[0].as<double>(), first == 0 ? 0 : HUGE_VAL);
+            kit::Case c = caseOf(row, {19, 4}, {}, row.function.srcChannels());
+            fill(c, random, kit::Masked::single, [=] { return first; });
+            c.image(1).fill([] { return 0; });
+            c.wantStatus(zmoStsDivByZero).wantResult("pNorm", first == 0 ? 0 : HUGE_VAL);
+            kit::expectAtAllLevels(c);
         }
-    });
+    }
 }
 
 TEST(Reduce, BadArguments) {
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.function.name());
-        Case(row, {12, 4}, {}, 1).expectBadArguments({{0, {0, 4}, zmoStsCoiErr}});
-    }
+    for (const Row& row : rows) caseOf(row, {12, 4}).expectBadArguments();
 }
 
 }  // namespace

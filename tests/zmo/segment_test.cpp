@@ -3,58 +3,47 @@
 #include <set>
 #include <tuple>
 
-#include "call.h"
+#include "case.h"
 #include "oracle/region.h"
 #include "zmocv.h"
 
 namespace {
 
-// flood or grow is null.
-template <class S, class M>
-struct Function {
-    const char* name;
-    int channels;
-    ZmoStatus (*flood)(const S*, int, M*, int, ZmoiSize, int, int, Zmo8u*);
-    ZmoStatus (*grow)(const S*, int, M*, int, ZmoiSize, int, Zmo8u*);
+const std::vector<kit::Function> functions = {
+    ZMO(zmoiSegmentWatershed_8u_C1IR), ZMO(zmoiSegmentWatershed_8u16u_C1IR),
+    ZMO(zmoiSegmentWatershed_32f16u_C1IR), ZMO(zmoiSegmentGradient_8u_C1IR),
+    ZMO(zmoiSegmentGradient_8u_C3IR)};
 
-    kit::Buffer bufferFor(ZmoiSize size) const {
-        return kit::bufferOf(
-            flood ? zmoiSegmentWatershedGetBufferSize : zmoiSegmentGradientGetBufferSize, size,
-            kit::typeOf<S>, channels);
-    }
-};
+// The others grow segments from pixel to pixel.
+bool floods(const kit::Function& function) {
+    return function.isNamed("Watershed");
+}
 
-const Function<Zmo32f, Zmo16u> flood32f = {"Watershed_32f16u", 1, zmoiSegmentWatershed_32f16u_C1IR,
-                                           nullptr};
-
-template <class Body>
-void forEachFunction(Body body) {
-    using Bytes = Function<Zmo8u, Zmo8u>;
-    body(Bytes{"Watershed_8u", 1, zmoiSegmentWatershed_8u_C1IR, nullptr});
-    body(Function<Zmo8u, Zmo16u>{"Watershed_8u16u", 1, zmoiSegmentWatershed_8u16u_C1IR, nullptr});
-    body(flood32f);
-    body(Bytes{"Gradient_8u_C1", 1, nullptr, zmoiSegmentGradient_8u_C1IR});
-    body(Bytes{"Gradient_8u_C3", 3, nullptr, zmoiSegmentGradient_8u_C3IR});
+kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layout, int connectivity,
+                 int drawLines) {
+    kit::Case c(function, size, layout, {{"pSrcDst", {}, 0, 1}});
+    c.with({{"connectivity", connectivity}, {"drawLines", drawLines}});
+    return c.sized(floods(function) ? ZMO(zmoiSegmentWatershedGetBufferSize)
+                                    : ZMO(zmoiSegmentGradientGetBufferSize));
 }
 
 // Pixels that wait: level, turn, place, label.
-using Waiting = std::tuple<double, int, int, int, int>;
+using Waiting = std::tuple<double, int, int, int, double>;
 
 // Segments by the definition: everything that waits stands in one ordered set.
-template <class S, class M>
 class Oracle {
   public:
-    Oracle(const Function<S, M>& function, const kit::Image<S>& src, const kit::Image<M>& markers,
-           int connectivity, bool drawLines)
-        : m_floods(function.flood != nullptr),
-          m_src(src),
-          m_segments(markers),
-          m_size(src.size()),
+    Oracle(const kit::Case& c, int connectivity, bool drawLines)
+        : m_floods(floods(c.function())),
+          m_src(c.src()),
+          m_segments(c.dst()),
+          m_size(c.roi()),
           m_connectivity(connectivity),
-          m_drawLines(drawLines && m_floods) {}
+          m_drawLines(drawLines && m_floods),
+          m_lineValue(m_segments.most()) {}
 
-    kit::Image<M> run() {
-        const kit::Image<M> markers = m_segments;
+    const kit::AnyImage& run() {
+        const kit::AnyImage markers = m_segments;
         kit::forEachPixel(m_size, [&](int x, int y) {
             if (isLabel(markers.get(x, y))) offer(x, y);
         });
@@ -63,16 +52,16 @@ class Oracle {
             m_waiting.erase(m_waiting.begin());
             m_level = level;
             const bool line = m_drawLines && meetsOther(x, y, label);
-            m_segments.set(x, y, line ? lineValue : static_cast<M>(label));
+            m_segments.set(x, y, 0, line ? m_lineValue : label);
             if (!line) offer(x, y);
         }
         return m_segments;
     }
 
   private:
-    static constexpr M lineValue = std::numeric_limits<M>::max();
-
-    bool isLabel(M value) const { return value != 0 && !(m_drawLines && value == lineValue); }
+    bool isLabel(double value) const {
+        return value != 0 && !(m_drawLines && value == m_lineValue);
+    }
 
     template <class Body>
     void forEachNeighbour(int x, int y, Body body) const {
@@ -80,11 +69,10 @@ class Oracle {
     }
 
     double levelOf(int x, int y, int fromX, int fromY) const {
-        if (m_floods) return std::max<double>(m_level, m_src.get(x, y));
-        int step = 0;
+        if (m_floods) return std::max(m_level, m_src.get(x, y));
+        double step = 0;
         for (int c = 0; c < m_src.channels(); ++c) {
-            const int a = static_cast<int>(m_src.get(x, y, c));
-            step = std::max(step, std::abs(a - static_cast<int>(m_src.get(fromX, fromY, c))));
+            step = std::max(step, std::fabs(m_src.get(x, y, c) - m_src.get(fromX, fromY, c)));
         }
         return step;
     }
@@ -104,105 +92,65 @@ class Oracle {
         });
     }
 
-    bool meetsOther(int x, int y, int label) const {
+    bool meetsOther(int x, int y, double label) const {
         bool other = false;
         forEachNeighbour(x, y, [&](int toX, int toY) {
-            const M value = m_segments.get(toX, toY);
+            const double value = m_segments.get(toX, toY);
             other |= isLabel(value) && value != label;
         });
         return other;
     }
 
     bool m_floods;
-    const kit::Image<S>& m_src;
-    kit::Image<M> m_segments;
+    const kit::AnyImage& m_src;
+    kit::AnyImage m_segments;
     ZmoiSize m_size;
     int m_connectivity;
     bool m_drawLines;
+    double m_lineValue;
     std::set<Waiting> m_waiting;
     int m_turn = 0;
-    double m_level = -std::numeric_limits<double>::infinity();
+    double m_level = -HUGE_VAL;
 };
 
-template <class S>
-S drawn(kit::Random& random, bool few) {
-    if constexpr (std::is_same_v<S, float>) {
-        constexpr float infinity = std::numeric_limits<float>::infinity();
-        constexpr float values[] = {0, -0.0F, 1, -1.5F, 3e38F, -infinity, infinity, 1e-30F};
-        if (few) return values[random.between(0, 7)];
-        return static_cast<float>(random.uniform(-1e6, 1e6));
-    } else {
-        return static_cast<S>(few ? 85 * random.between(0, 3) : random.between(0, 255));
-    }
-}
-
-// What the function makes of the markers, which is the same at all levels.
-template <class S, class M>
-kit::Image<M> segments(const Function<S, M>& function, const kit::Image<S>& src,
-                       const kit::Image<M>& markers, int connectivity, int drawLines) {
-    return kit::atAllLevels([&] {
-        kit::Image<M> image = markers;
-        kit::Buffer buffer = function.bufferFor(src.size());
-        if (function.flood) {
-            kit::succeed(function.flood, src, image, src.size(), connectivity, drawLines, buffer);
-        } else {
-            kit::succeed(function.grow, src, image, src.size(), connectivity, buffer);
-        }
-        return image;
-    });
+double drawn(const kit::AnyImage& src, kit::Random& random, bool few) {
+    constexpr double values[] = {0, -0.0, 1, -1.5, 3e38, -HUGE_VAL, HUGE_VAL, 1e-30};
+    if (src.most() == 0) return few ? values[random.between(0, 7)] : random.uniform(-1e6, 1e6);
+    return static_cast<double>(few ? 85 * random.between(0, 3) : random.between(0, 255));
 }
 
 // Few markers, many, none, and all; labels at both ends of their range.
 TEST(Segment, Oracle) {
-    forEachFunction([]<class S, class M>(const Function<S, M>& function) {
-        SCOPED_TRACE(function.name);
-        kit::forEachTurn(101, [&](kit::Random& random, ZmoiSize size, kit::Layout layout,
-                                  size_t turn) {
+    kit::forEachCase(
+        {101, 4}, functions,
+        [](auto& random, const auto& function, ZmoiSize size, kit::Layout layout, size_t turn) {
             const int density = std::array{0, 5, 100, 1000}[(turn + turn / 4) % 4];
             const int connectivity = turn % 3 == 0 ? 8 : 4;
             const int drawLines = std::array{6, 7, 0, 0, 0}[turn % 5];
-            kit::Image<S> src(size, layout, 0, function.channels);
-            src.fill([&] { return drawn<S>(random, turn % 2 == 0); });
-            kit::Image<M> markers(size, {layout.misalign + 2, layout.padding});
-            markers.fill([&] {
-                const M last = std::numeric_limits<M>::max();
-                return random.between(0, 999) < density ? random.pick<M>({1, 2, 200, last}) : M(0);
+            kit::Case c = caseOf(function, size, layout, connectivity, drawLines);
+            c.src().fill([&] { return drawn(c.src(), random, turn % 2 == 0); });
+            c.dst().fill([&] {
+                const double label = random.template pick<double>({1, 2, 200, c.dst().most()});
+                return random.between(0, 999) < density ? label : 0;
             });
-            if (density > 0) markers.set(size.width / 2, size.height / 2, 1);
-            kit::expectPixels(segments(function, src, markers, connectivity, drawLines),
-                              Oracle(function, src, markers, connectivity, drawLines).run());
+            if (density > 0) c.dst().set(size.width / 2, size.height / 2, 0, 1);
+            Oracle oracle(c, connectivity, drawLines != 0);
+            const kit::AnyImage& want = oracle.run();
+            return c.want("pSrcDst", [&](int x, int y) { return want.get(x, y); });
         });
-    });
 }
 
 // Where a relief is not a number the order is left open, but it is the same everywhere.
 TEST(Segment, ReliefThatIsNotANumber) {
     kit::Random random(102);
-    kit::Image<Zmo32f> src({33, 9});
-    src.fill([&] { return random.between(0, 2) ? random.uniform(-1, 1) : NAN; });
-    kit::Image<Zmo16u> markers({33, 9});
-    markers.fill([&] { return random.between(0, 20) ? 0 : random.between(1, 9); });
-    segments(flood32f, src, markers, 4, 0);
+    kit::Case c = caseOf(functions[2], {33, 9}, {}, 4, 0);
+    c.src().fill([&] { return random.between(0, 2) ? random.uniform(-1, 1) : NAN; });
+    c.dst().fill([&] { return random.between(0, 20) ? 0 : random.between(1, 9); });
+    kit::expectSameAtAllLevels(c);
 }
 
 TEST(Segment, BadArguments) {
-    forEachFunction([]<class S, class M>(const Function<S, M>& function) {
-        SCOPED_TRACE(function.name);
-        kit::Image<S> src({12, 4}, {}, 0, function.channels);
-        kit::Image<M> markers(src.size());
-        kit::Buffer buffer = function.bufferFor(src.size());
-        src.fill([] { return 3; });
-        markers.fill([] { return 1; });
-        const auto expect = [&](auto run, auto... drawLines) {
-            kit::expectBadArguments(run, {{5, {6, 0}, zmoStsConnectivityErr}}, src, markers,
-                                    src.size(), 4, drawLines..., buffer);
-        };
-        if (function.flood) {
-            expect(function.flood, 1);
-        } else {
-            expect(function.grow);
-        }
-    });
+    for (const auto& function : functions) caseOf(function, {12, 4}, {}, 4, 1).expectBadArguments();
 }
 
 }  // namespace

@@ -1,37 +1,7 @@
 // Each processor level has kernels of its own, and the library takes them from the level in use.
 #include "common/level.h"
+#include "kernel_tables.h"
 #include "kit.h"
-#include "zmocore.h"
-#include "zmocv/bound.h"
-#include "zmocv/canny.h"
-#include "zmocv/chamfer.h"
-#include "zmocv/copysubpix.h"
-#include "zmocv/corner.h"
-#include "zmocv/fastn.h"
-#include "zmocv/flood.h"
-#include "zmocv/gmm.h"
-#include "zmocv/haar.h"
-#include "zmocv/hough.h"
-#include "zmocv/inpaint.h"
-#include "zmocv/label.h"
-#include "zmocv/linesuppression.h"
-#include "zmocv/marching.h"
-#include "zmocv/morph.h"
-#include "zmocv/norm.h"
-#include "zmocv/optflow.h"
-#include "zmocv/reconstruct.h"
-#include "zmocv/sampleline.h"
-#include "zmocv/segment.h"
-#include "zmocv/speckles.h"
-#include "zmocv/stat.h"
-#include "zmocv/truedist.h"
-#include "zmocv/undistort.h"
-#include "zmoi/convert.h"
-#include "zmoi/mask.h"
-#include "zmoi/pipeline.h"
-#include "zmoi/pyramid.h"
-#include "zmoi/rotate.h"
-#include "zmoi/separable.h"
 
 namespace {
 
@@ -61,18 +31,8 @@ void expectOwnKernels(const zmo::LevelTables<Kernels>& tables) {
 }
 
 TEST(LevelTables, HoldDifferentKernelsAtEachLevel) {
-    using namespace zmo;
     const auto expectAll = [](const auto&... tables) { (expectOwnKernels(tables), ...); };
-    expectAll(boundKernelsByLevel, cannyKernelsByLevel, chamferKernelsByLevel,
-              convertKernelsByLevel, copySubpixKernelsByLevel, cornerKernelsByLevel,
-              fastNKernelsByLevel, floodKernelsByLevel, gmmKernelsByLevel, haarKernelsByLevel,
-              houghKernelsByLevel, inpaintKernelsByLevel, labelKernelsByLevel,
-              lineSuppressionKernelsByLevel, marchingKernelsByLevel, maskKernelsByLevel,
-              normKernelsByLevel, flowKernelsByLevel, pipelineKernelsByLevel, pyramidKernelsByLevel,
-              morphKernelsByLevel, reconstructKernelsByLevel, rotateKernelsByLevel,
-              sampleLineKernelsByLevel, segmentKernelsByLevel, separableKernelsByLevel,
-              specklesKernelsByLevel, statKernelsByLevel, trueDistanceKernelsByLevel,
-              undistortKernelsByLevel);
+    expectAll(ZMO_KERNEL_TABLES);
 }
 
 TEST(LevelTables, FollowTheLevelInUse) {

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "call.h"
+#include "case.h"
 #include "zmocv.h"
 
 namespace {
@@ -19,8 +19,7 @@ ZmoiPoint32f distorted(int x, int y, const Zmo32f* camera, const Zmo32f* lens) {
     return {camera[2] + camera[0] * du, camera[3] + camera[1] * dv};
 }
 
-template <class T>
-T interpolated(const kit::Image<T>& src, ZmoiPoint32f at, int c) {
+double interpolated(const kit::AnyImage& src, ZmoiPoint32f at, int c) {
     const int lastX = src.size().width - 1;
     const int lastY = src.size().height - 1;
     const bool inside = at.x >= 0 && at.y >= 0 && at.x <= static_cast<float>(lastX) &&
@@ -35,8 +34,7 @@ T interpolated(const kit::Image<T>& src, ZmoiPoint32f at, int c) {
                a * static_cast<float>(src.get(std::min(x + 1, lastX), row, c));
     };
     const float value = (1 - b) * line(y) + b * line(std::min(y + 1, lastY));
-    if constexpr (std::is_same_v<T, float>) return value;
-    return static_cast<T>(std::nearbyint(value));
+    return src.most() == 0 ? value : std::nearbyint(value);
 }
 
 struct Optics {
@@ -55,87 +53,66 @@ std::vector<Optics> opticsFor(ZmoiSize size) {
             {{9, 9, -1e4F, 3}, {0.5F, 0, 0, 0}}};
 }
 
-template <class T>
-using Radial = ZmoStatus (*)(const T*, int, T*, int, ZmoiSize, const Zmo32f*, Zmo32f, Zmo32f,
-                             Zmo8u*);
+#define RADIAL(type) ZMO(zmoiUndistortRadial_##type##_C1R), ZMO(zmoiUndistortRadial_##type##_C3R)
 
-template <class T>
-T drawn(kit::Random& random, bool extreme) {
-    if constexpr (std::is_same_v<T, float>) {
-        return static_cast<float>(random.uniform(-1000, 1000) * (extreme ? 1e34 : 1));
-    } else {
-        constexpr int most = std::numeric_limits<T>::max();
-        return static_cast<T>(extreme ? random.between(0, 1) * most : random.between(0, most));
+const std::vector<kit::Function> radials = {RADIAL(8u), RADIAL(16u), RADIAL(32f)};
+const kit::Function createMap = ZMO(zmoiCreateMapCameraUndistort_32f_C1R);
+
+kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layout,
+                 const Optics& optics) {
+    kit::Case c(function, size, layout);
+    c.with({{"k1", optics.lens[0]}, {"k2", optics.lens[1]}});
+    for (const auto& [name, values] : {std::pair("camera", optics.camera), {"lens", optics.lens}}) {
+        kit::Buffer memory(sizeof(optics.lens));
+        std::memcpy(memory.ptr(), values, sizeof(optics.lens));
+        c.give(name, memory);
     }
-}
-
-// Calls body(function, channels, T()) for each function of UndistortRadial.
-template <class Body>
-void forEachRadial(Body body) {
-    body(zmoiUndistortRadial_8u_C1R, 1, Zmo8u());
-    body(zmoiUndistortRadial_8u_C3R, 3, Zmo8u());
-    body(zmoiUndistortRadial_16u_C1R, 1, Zmo16u());
-    body(zmoiUndistortRadial_16u_C3R, 3, Zmo16u());
-    body(zmoiUndistortRadial_32f_C1R, 1, Zmo32f());
-    body(zmoiUndistortRadial_32f_C3R, 3, Zmo32f());
-}
-
-template <class T>
-kit::Buffer bufferFor(ZmoiSize size, int channels) {
-    return kit::bufferOf(zmoiUndistortRadialGetBufferSize, size, kit::typeOf<T>, channels);
+    if (function.has("pBuffer")) c.sized(ZMO(zmoiUndistortRadialGetBufferSize));
+    return c;
 }
 
 TEST(UndistortRadial, Oracle) {
-    forEachRadial([]<class T>(Radial<T> function, int channels, T) {
-        SCOPED_TRACE(testing::Message() << "C" << channels << " of " << sizeof(T));
-        kit::forEachCase(
-            91, [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
-                Optics optics = opticsFor(size)[turn % 5];
-                kit::Image<T> src(size, layout, 0, channels);
-                src.fill([&] { return drawn<T>(random, turn % 3 == 0); });
-                kit::Image<T> dst(size, {layout.misalign + 2, layout.padding}, 0, channels);
-                kit::Buffer buffer = bufferFor<T>(size, channels);
-                kit::succeed(function, src, dst, size, &optics.camera[0], optics.lens[0],
-                             optics.lens[1], buffer);
-                optics.lens[2] = optics.lens[3] = 0;
-                kit::expectPixels(dst, [&](int x, int y, int c) {
-                    return interpolated(src, distorted(x, y, optics.camera, optics.lens), c);
-                });
+    kit::forEachCase(
+        {91, 4}, radials,
+        [](auto& random, const auto& function, ZmoiSize size, kit::Layout layout, size_t turn) {
+            Optics optics = opticsFor(size)[turn % 5];
+            kit::Case c = caseOf(function, size, layout, optics);
+            const bool extreme = turn % 3 == 0;
+            c.src().fill([&, most = static_cast<int64_t>(c.src().most())]() -> double {
+                if (most == 0) return random.uniform(-1000, 1000) * (extreme ? 1e34 : 1);
+                return static_cast<double>(extreme ? random.between(0, 1) * most
+                                                   : random.between(0, most));
             });
-    });
+            optics.lens[2] = optics.lens[3] = 0;
+            return c.want("pDst", [&](int x, int y, int k) {
+                return interpolated(c.src(), distorted(x, y, optics.camera, optics.lens), k);
+            });
+        });
 }
 
 TEST(CreateMapCameraUndistort, Oracle) {
-    kit::forEachCase(93, [](kit::Random&, ZmoiSize size, kit::Layout layout, size_t turn) {
-        const Optics optics = opticsFor(size)[turn % 5];
-        kit::Image<Zmo32f> mapX(size, layout);
-        kit::Image<Zmo32f> mapY(size, {layout.misalign + 1, layout.padding + 3});
-        kit::succeed(zmoiCreateMapCameraUndistort_32f_C1R, mapX, mapY, size, &optics.camera[0],
-                     &optics.lens[0]);
-        const auto at = [&](int x, int y) { return distorted(x, y, optics.camera, optics.lens); };
-        kit::expectPixels(mapX, [&](int x, int y) { return at(x, y).x; });
-        kit::expectPixels(mapY, [&](int x, int y) { return at(x, y).y; });
-    });
+    kit::forEachCase({93, 4}, createMap,
+                     [](kit::Random&, ZmoiSize size, kit::Layout layout, size_t turn) {
+                         const Optics optics = opticsFor(size)[turn % 5];
+                         const auto at = [&](int x, int y) {
+                             return distorted(x, y, optics.camera, optics.lens);
+                         };
+                         return caseOf(createMap, size, layout, optics)
+                             .want("pDst", [&](int x, int y) { return at(x, y).x; })
+                             .want("pDst2", [&](int x, int y) { return at(x, y).y; });
+                     });
 }
 
 // Whatever they become, they become the same everywhere.
 TEST(UndistortRadial, NotANumberAndInfinity) {
     const ZmoiSize size{100, 31};
-    const Optics optics = opticsFor(size)[1];
     kit::Random random(92);
-    kit::Image<Zmo32f> src(size);
-    src.fill([&] {
+    kit::Case c = caseOf(radials[4], size, {}, opticsFor(size)[1]);
+    c.src().fill([&] {
         const auto drawn = static_cast<size_t>(random.between(0, 15));
         return drawn < 4 ? std::array{INFINITY, -INFINITY, NAN, -NAN}[drawn] : 1.0F;
     });
-    kit::atAllLevels([&] {
-        kit::Image<Zmo32f> dst(size);
-        kit::Buffer buffer = bufferFor<Zmo32f>(size, 1);
-        EXPECT_EQ(kit::runUnwatched(zmoiUndistortRadial_32f_C1R, src, dst, size, &optics.camera[0],
-                                    optics.lens[0], optics.lens[1], buffer),
-                  zmoStsNoErr);
-        return dst;
-    });
+    kit::expectSameAtAllLevels(c);
 }
 
 // With each value in turn not a number, infinite, or, of those that must be positive, not that.
@@ -152,32 +129,19 @@ std::vector<std::array<Zmo32f, 4>> wrongFour(std::array<Zmo32f, 4> good, size_t 
 }
 
 TEST(Undistort, BadArguments) {
-    const ZmoiSize size{12, 4};
-    const std::array<Zmo32f, 4> camera{9, 9, 5, 2};
-    const std::array<Zmo32f, 4> lens{0.1F, 0.1F, 0, 0};
-    const auto badCameras = wrongFour(camera, 2);
-    const auto badLenses = wrongFour(lens, 0);
-    std::vector<kit::Wrong> wrong;
-    for (const auto& bad : badCameras) wrong.push_back({5, bad.data(), zmoStsRangeErr});
-    std::vector<kit::Wrong> wrongRadial = wrong;
-    for (const size_t place : {6U, 7U}) {
-        for (const float k : {NAN, INFINITY, -INFINITY}) {
-            wrongRadial.push_back({place, k, zmoStsRangeErr});
-        }
+    const Optics good{{9, 9, 5, 2}, {0.1F, 0.1F, 0, 0}};
+    const auto badCameras = wrongFour({9, 9, 5, 2}, 2);
+    const auto badLenses = wrongFour({0.1F, 0.1F, 0, 0}, 0);
+    std::vector<kit::Wrong> wrongMap;
+    for (const auto& bad : badCameras) wrongMap.push_back({"camera", bad.data(), zmoStsRangeErr});
+    std::vector<kit::Wrong> wrong = wrongMap;
+    for (const char* const name : {"k1", "k2"}) {
+        wrong.push_back({name, {NAN, INFINITY, -INFINITY}, zmoStsRangeErr});
     }
-    for (const auto& bad : badLenses) wrong.push_back({6, bad.data(), zmoStsRangeErr});
-    forEachRadial([&]<class T>(Radial<T> function, int channels, T) {
-        kit::Image<T> src(size, {}, 0, channels);
-        src.fill([] { return 3; });
-        kit::Image<T> dst(size, {}, 0, channels);
-        kit::Buffer buffer = bufferFor<T>(size, channels);
-        kit::expectBadArguments(function, wrongRadial, src, dst, size, camera.data(), lens[0],
-                                lens[1], buffer);
-    });
-    kit::Image<Zmo32f> mapX(size);
-    kit::Image<Zmo32f> mapY(size);
-    kit::expectBadArguments(zmoiCreateMapCameraUndistort_32f_C1R, wrong, mapX, mapY, size,
-                            camera.data(), lens.data());
+    for (const auto& bad : badLenses) wrongMap.push_back({"lens", bad.data(), zmoStsRangeErr});
+    for (const auto& function : radials)
+        caseOf(function, {12, 4}, {}, good).expectBadArguments(wrong);
+    caseOf(createMap, {12, 4}, {}, good).expectBadArguments(wrongMap);
 }
 
 }  // namespace

@@ -8,21 +8,6 @@
 
 namespace oracle {
 
-template <class D>
-D saturated(int64_t value) {
-    const int64_t low = std::numeric_limits<D>::min();  // NOLINT(bugprone-signed-char-misuse)
-    const int64_t high = std::numeric_limits<D>::max();
-    return static_cast<D>(std::min(std::max(value, low), high));
-}
-template <class D>
-D fromFloat(float value) {
-    if constexpr (std::is_same_v<D, float>) {
-        return value;
-    } else {
-        return saturated<D>(static_cast<int64_t>(std::nearbyint(static_cast<double>(value))));
-    }
-}
-
 // term(i) for i from 0 to taps-1, added in this order without a zero to start with.
 template <class Term>
 float sumInOrder(int taps, Term term) {
@@ -42,17 +27,17 @@ struct Taps {
     }
 };
 
-template <class D, class S>
-D separable(const Extended<S>& a, int x, int y, const Taps& taps) {
+template <class S>
+int64_t separable(const Extended<S>& a, int x, int y, const Taps& taps) {
     int64_t sum = 0;
     for (int j = 0; j < taps.size().height; ++j) {
         for (int i = 0; i < taps.size().width; ++i) {
             const int64_t weight = taps.column[static_cast<size_t>(j)] *
                                    static_cast<int64_t>(taps.row[static_cast<size_t>(i)]);
-            sum += weight * a(x + i - taps.anchor.x, y + j - taps.anchor.y);
+            sum += weight * static_cast<int64_t>(a(x + i - taps.anchor.x, y + j - taps.anchor.y));
         }
     }
-    return saturated<D>(roundedQuotient(sum, taps.divisor));
+    return roundedQuotient(sum, taps.divisor);
 }
 
 template <class S>
@@ -101,7 +86,7 @@ inline Met met(const std::vector<Zmo16s>& kernel, int rate, bool up, int x) {
 }
 
 template <class T>
-T layer(const Extended<T>& a, const Met& xs, const Met& ys) {
+double layer(const Extended<T>& a, const Met& xs, const Met& ys) {
     if constexpr (std::is_same_v<T, float>) {
         const auto weight = [](const Met& m, int i) {
             return static_cast<float>(m.weights[static_cast<size_t>(i)]) /
@@ -117,10 +102,11 @@ T layer(const Extended<T>& a, const Met& xs, const Met& ys) {
         int64_t sum = 0;
         for (size_t j = 0; j < ys.at.size(); ++j) {
             for (size_t i = 0; i < xs.at.size(); ++i) {
-                sum += int64_t{xs.weights[i]} * ys.weights[j] * a(xs.at[i], ys.at[j]);
+                sum += int64_t{xs.weights[i]} * ys.weights[j] *
+                       static_cast<int64_t>(a(xs.at[i], ys.at[j]));
             }
         }
-        return saturated<T>(roundedQuotient(sum, int64_t{xs.sum} * ys.sum));
+        return static_cast<double>(roundedQuotient(sum, int64_t{xs.sum} * ys.sum));
     }
 }
 

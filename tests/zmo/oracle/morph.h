@@ -1,7 +1,6 @@
 // Morphology by its definition, one pixel and one point of the element at a time.
 #pragma once
 
-#include <limits>
 #include <vector>
 
 #include "border.h"
@@ -11,120 +10,101 @@ namespace oracle {
 enum class MorphOp { erode, dilate, open, close, gradient, tophat, blackhat };
 
 // A channel of an image, extended by a border; with the border in memory, also its margin.
-template <class V>
 struct Plane {
     ZmoiSize size;
     ZmoiSize margin;
-    std::vector<V> pixels;
+    std::vector<double> pixels;
 
     Plane(ZmoiSize s, ZmoiSize m)
         : size(s),
           margin(m),
           pixels(static_cast<size_t>(s.width + 2 * m.width) *
                  static_cast<size_t>(s.height + 2 * m.height)) {}
-    V& at(int x, int y) {
+    double& at(int x, int y) {
         const auto row = static_cast<size_t>(y + margin.height);
         return pixels[row * static_cast<size_t>(size.width + 2 * margin.width) +
                       static_cast<size_t>(x + margin.width)];
     }
-    V extended(int x, int y, ZmoiBorderType border, V value) {
+    double extended(int x, int y, ZmoiBorderType border, double value) {
         const bool inside = x >= -margin.width && x < size.width + margin.width &&
                             y >= -margin.height && y < size.height + margin.height;
         if (inside) return at(x, y);
         if (border == zmoiBorderConst) return value;
         return at(folded(x, size.width, border), folded(y, size.height, border));
     }
+    // body(x, y) for the region and its margin.
+    template <class Body>
+    void forEach(Body body) const {
+        for (int y = -margin.height; y < size.height + margin.height; ++y) {
+            for (int x = -margin.width; x < size.width + margin.width; ++x) body(x, y);
+        }
+    }
+};
+
+// What a function works with. counts(pixel, point, dilates) tells whether a point of the element
+// counts, and changes the pixel to what it counts under that point.
+struct Element {
+    ZmoiSize size;
+    ZmoiPoint anchor;
+    std::function<bool(double& pixel, size_t point, bool dilates)> counts;
+    ZmoiBorderType border;
+    double outside;
 };
 
 // One erosion or dilation, also of the part of the margin from which the element does not reach beyond
-// the source's margin. value(pixel, point) is what a pixel counts under a point of the element.
-template <class V, class Value>
-Plane<V> pass(Plane<V>& a, bool dilates, ZmoiSize mask, ZmoiPoint anchor, ZmoiBorderType border,
-              V outside, Value value) {
-    Plane<V> result(a.size, {std::max(0, a.margin.width - mask.width),
-                             std::max(0, a.margin.height - mask.height)});
-    for (int y = -result.margin.height; y < a.size.height + result.margin.height; ++y) {
-        for (int x = -result.margin.width; x < a.size.width + result.margin.width; ++x) {
-            bool first = true;
-            V best{};
-            for (int j = 0; j < mask.height; ++j) {
-                for (int i = 0; i < mask.width; ++i) {
-                    const int dx = dilates ? anchor.x - i : i - anchor.x;
-                    const int dy = dilates ? anchor.y - j : j - anchor.y;
-                    V pixel = a.extended(x + dx, y + dy, border, outside);
-                    if (!value(pixel, j * mask.width + i)) continue;
-                    if (first || (dilates ? pixel > best : pixel < best)) best = pixel;
-                    first = false;
-                }
+// the source's margin.
+inline Plane pass(Plane& a, bool dilates, const Element& e) {
+    Plane result(a.size, {std::max(0, a.margin.width - e.size.width),
+                          std::max(0, a.margin.height - e.size.height)});
+    result.forEach([&](int x, int y) {
+        bool first = true;
+        double best = 0;
+        for (int j = 0; j < e.size.height; ++j) {
+            for (int i = 0; i < e.size.width; ++i) {
+                const int dx = dilates ? e.anchor.x - i : i - e.anchor.x;
+                const int dy = dilates ? e.anchor.y - j : j - e.anchor.y;
+                double pixel = a.extended(x + dx, y + dy, e.border, e.outside);
+                if (!e.counts(pixel, kit::indexIn(e.size, i, j), dilates)) continue;
+                if (first || (dilates ? pixel > best : pixel < best)) best = pixel;
+                first = false;
             }
-            result.at(x, y) = best;
         }
-    }
+        result.at(x, y) = best;
+    });
     return result;
 }
 
-template <class T>
-using MorphValue = std::conditional_t<std::is_same_v<T, float>, double, int64_t>;
-
-// margin: how far `pixel` may be asked beyond the region. value: as for pass.
-template <class T, class Pixel, class Value>
-std::vector<T> morph(MorphOp op, ZmoiSize size, ZmoiSize margin, ZmoiSize mask, ZmoiPoint anchor,
-                     ZmoiBorderType border, T outside, Pixel pixel, Value value) {
-    using V = MorphValue<T>;
-    Plane<V> source(size, margin);
-    for (int y = -margin.height; y < size.height + margin.height; ++y) {
-        for (int x = -margin.width; x < size.width + margin.width; ++x)
-            source.at(x, y) = static_cast<V>(pixel(x, y));
-    }
-    const auto run = [&](Plane<V>& a, bool dilates) {
-        return pass(a, dilates, mask, anchor, border, static_cast<V>(outside), value);
-    };
+// The results before they are stored, in reading order.
+inline std::vector<double> morph(MorphOp op, Plane source, const Element& e) {
     const auto twice = [&](bool dilatesFirst) {
-        Plane<V> first = run(source, dilatesFirst);
-        return run(first, !dilatesFirst);
+        Plane first = pass(source, dilatesFirst, e);
+        return pass(first, !dilatesFirst, e);
     };
-    Plane<V> a(size, {});
-    Plane<V> b(size, {});
-    switch (op) {
-        case MorphOp::erode:
-            a = run(source, false);
-            break;
-        case MorphOp::dilate:
-            a = run(source, true);
-            break;
-        case MorphOp::open:
-            a = twice(false);
-            break;
-        case MorphOp::close:
-            a = twice(true);
-            break;
-        case MorphOp::gradient:
-            a = run(source, true);
-            b = run(source, false);
-            break;
-        case MorphOp::tophat:
-            a = source;
-            b = twice(false);
-            break;
-        case MorphOp::blackhat:
-            a = twice(true);
-            b = source;
-            break;
-    }
-    std::vector<T> result;
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            V v = a.at(x, y);
-            if (op >= MorphOp::gradient) {
-                v -= b.at(x, y);
-                if (std::is_integral_v<T>) {
-                    v = std::clamp(v, static_cast<V>(std::numeric_limits<T>::lowest()),
-                                   static_cast<V>(std::numeric_limits<T>::max()));
-                }
-            }
-            result.push_back(static_cast<T>(v));
+    const auto both = [&]() -> std::pair<Plane, Plane> {
+        const Plane none(source.size, {});
+        switch (op) {
+            case MorphOp::erode:
+                return {pass(source, false, e), none};
+            case MorphOp::dilate:
+                return {pass(source, true, e), none};
+            case MorphOp::open:
+                return {twice(false), none};
+            case MorphOp::close:
+                return {twice(true), none};
+            case MorphOp::gradient:
+                return {pass(source, true, e), pass(source, false, e)};
+            case MorphOp::tophat:
+                return {source, twice(false)};
+            case MorphOp::blackhat:
+                break;
         }
-    }
+        return {twice(true), source};
+    };
+    auto [a, b] = both();
+    std::vector<double> result;
+    kit::forEachPixel(source.size, [&, &from = a, &less = b](int x, int y) {
+        result.push_back(from.at(x, y) - (op < MorphOp::gradient ? 0 : less.at(x, y)));
+    });
     return result;
 }
 

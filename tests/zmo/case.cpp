@@ -1,0 +1,602 @@
+#include "case.h"
+
+#include <sys/mman.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <list>
+#include <sstream>
+#include <stdexcept>
+
+#include "zmocore.h"
+
+namespace kit {
+
+// ---- Prototypes
+
+namespace {
+
+bool isWord(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+
+// The last word of a text, which may be followed by the bounds of an array.
+std::string lastWord(std::string_view text) {
+    text = text.substr(0, text.find('['));
+    while (!text.empty() && !isWord(text.back())) text.remove_suffix(1);
+    size_t begin = text.size();
+    while (begin > 0 && isWord(text[begin - 1])) --begin;
+    return std::string(text.substr(begin));
+}
+
+using Prototypes = std::map<std::string, std::vector<std::string>, std::less<>>;
+
+void addPrototypes(const std::filesystem::path& header, Prototypes& prototypes) {
+    std::ostringstream text;
+    text << std::ifstream(header).rdbuf();
+    constexpr std::string_view mark = "\nZMO_API ";
+    const std::string all = text.str();
+    for (size_t at = all.find(mark); at != std::string::npos; at = all.find(mark, at + 1)) {
+        const size_t open = all.find('(', at);
+        std::istringstream list(all.substr(open + 1, all.find(");", open) - open - 1));
+        auto& names = prototypes[lastWord(std::string_view(all).substr(at, open - at))];
+        for (std::string one; std::getline(list, one, ',');) names.push_back(lastWord(one));
+    }
+}
+
+const std::vector<std::string>& parameterNames(const std::string& function) {
+    static const Prototypes prototypes = [] {
+        Prototypes found;
+        for (const auto& entry : std::filesystem::directory_iterator(ZMO_HEADERS)) {
+            addPrototypes(entry.path(), found);
+        }
+        return found;
+    }();
+    return prototypes.at(function);
+}
+
+// The region that the steps and sizes of a call are about.
+bool isRegion(const Parameter& p) {
+    return p.fromSize != nullptr && (p.name == "roi" || p.name == "srcRoi");
+}
+
+}  // namespace
+
+Function::Function(const char* name, std::vector<Parameter> parameters,
+                   std::function<ZmoStatus(const Arguments&)> run) {
+    Own own{name, std::move(parameters), std::move(run)};
+    const auto& names = parameterNames(own.name);
+    for (size_t i = 0; i < own.parameters.size(); ++i) own.parameters[i].name = names.at(i);
+    for (size_t at = own.name.find("_C"); at != std::string::npos;
+         at = own.name.find("_C", at + 1)) {
+        const char digit = own.name[at + 2];
+        if (digit < '1' || digit > '4') continue;
+        own.srcChannels = own.dstChannels = digit - '0';
+        if (own.name.substr(at + 3, 2) == "C1") own.dstChannels = 1;
+    }
+    m_own = std::make_shared<const Own>(std::move(own));
+}
+
+std::vector<std::string> Function::values() const {
+    std::vector<std::string> names;
+    for (const Parameter& p : parameters()) {
+        if (p.fromNumber != nullptr && !p.name.ends_with("Step")) names.push_back(p.name);
+    }
+    return names;
+}
+
+bool Function::has(std::string_view parameter) const {
+    return std::ranges::find(parameters(), parameter, &Parameter::name) != parameters().end();
+}
+
+size_t Function::placeOf(std::string_view parameter) const {
+    const auto found = std::ranges::find(parameters(), parameter, &Parameter::name);
+    if (found == parameters().end()) {
+        throw std::invalid_argument(name() + " has no " + std::string(parameter));
+    }
+    return static_cast<size_t>(found - parameters().begin());
+}
+
+// ---- Values
+
+std::ostream& operator<<(std::ostream& out, const Slot& slot) {
+    return out << slot.as<double>() << " (64f), " << slot.as<float>() << " (32f), "
+               << slot.as<ZmoiPoint>().x << ", " << slot.as<ZmoiPoint>().y << " (point)";
+}
+
+Slot Value::as(const Parameter& p) const {
+    if (p.fromNumber != nullptr) return p.fromNumber(m_number);
+    return p.fromSize != nullptr ? p.fromSize(m_size.width, m_size.height) : m_slot;
+}
+
+std::string Value::text(const Parameter& p) const {
+    std::ostringstream out;
+    if (p.fromNumber != nullptr) {
+        out << m_number;
+    } else if (p.fromSize != nullptr) {
+        out << m_size.width << "x" << m_size.height;
+    } else if (p.pointer) {
+        out << (as(p) == Slot() ? "null" : "pointer");
+    } else {
+        out << "record " << as(p);
+    }
+    return out.str();
+}
+
+double AnyImage::most() const {
+    return std::visit(
+        []<class T>(const Image<T>&) -> double {
+            return std::is_integral_v<T> ? static_cast<double>(std::numeric_limits<T>::max()) : 0;
+        },
+        m_image);
+}
+
+double AnyImage::least() const {
+    return std::visit(
+        []<class T>(const Image<T>&) -> double {
+            return std::is_integral_v<T> ? static_cast<double>(std::numeric_limits<T>::min()) : 0;
+        },
+        m_image);
+}
+
+double AnyImage::stored(double value) const {
+    return most() == 0 ? value : std::clamp(std::nearbyint(value), least(), most());
+}
+
+// ---- Cases
+
+namespace {
+
+// Rows more than 2^31 bytes apart; memory between them is never touched and costs nothing.
+class FarRows {
+  public:
+    const int64_t step;
+
+    FarRows(AnyImage& image, int times)
+        : step(times * ((int64_t{1} << 31) + 4096)),
+          m_bytes(static_cast<size_t>(image.size().height * step)),
+          m_memory(mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {
+        for (int y = 0; *this && y < image.size().height; ++y) {
+            std::memcpy(first() + y * step, image.ptr(y), bytesOf(image));
+        }
+    }
+    ~FarRows() {
+        if (*this) munmap(m_memory, m_bytes);
+    }
+    FarRows(const FarRows&) = delete;
+    FarRows& operator=(const FarRows&) = delete;
+
+    // False when there is no address space for them.
+    explicit operator bool() const { return m_memory != MAP_FAILED; }
+    char* first() const { return static_cast<char*>(m_memory); }
+    void expect(AnyImage& image) const {
+        for (int y = 0; y < image.size().height; ++y) {
+            EXPECT_EQ(std::memcmp(first() + y * step, image.ptr(y), bytesOf(image)), 0)
+                << "row " << y;
+        }
+    }
+
+  private:
+    static size_t bytesOf(AnyImage& image) { return static_cast<size_t>(image.block().rowBytes()); }
+
+    size_t m_bytes;
+    void* m_memory;
+};
+
+}  // namespace
+
+Case::Case(Function function, ZmoiSize roi, Layout layout, const std::vector<Shape>& shapes)
+    : m_function(std::move(function)), m_roi(roi), m_rowCount(roi.height) {
+    const auto& all = m_function.parameters();
+    for (size_t i = 0; i < all.size(); ++i) {
+        const Parameter& p = all[i];
+        if (isRegion(p)) m_values.try_emplace(p.name, roi);
+        const auto shape = std::ranges::find(shapes, p.name, &Shape::name);
+        const bool shaped = shape != shapes.end();
+        const bool stepped = i + 1 < all.size() && all[i + 1].name.ends_with("Step");
+        if (p.image == nullptr) continue;
+        if (p.name == "pBorderValue") m_border = p.image({1, 1}, {1, 0}, 0, 4);
+        if (!stepped && !shaped && !p.rows) continue;
+        // No two images lie alike.
+        const int k = static_cast<int>(m_images.size());
+        const Layout own{layout.misalign * (2 * k + 1) % 64,
+                         layout.padding == 0 ? 0 : layout.padding + k};
+        int channels = p.constant ? m_function.srcChannels() : m_function.dstChannels();
+        if (p.name == "pMask") channels = 1;
+        if (shaped && shape->channels != 0) channels = shape->channels;
+        const ZmoiSize size = shaped && shape->size.width > 0 ? shape->size : roi;
+        AnyImage image = p.image(size, own, shaped ? shape->margin : 0, channels);
+        image.fill([] { return 1; });
+        if (p.name == "pSrc" && m_function.has("srcRoi")) with("srcRoi", size);
+        m_images.push_back(
+            {p.name, std::move(image), p.constant, stepped, size.width * channels, {}});
+    }
+}
+
+// "srcStep" of "pSrc".
+std::string Case::stepOf(const std::string& image) {
+    return static_cast<char>(std::tolower(image[1])) + image.substr(2) + "Step";
+}
+
+Case::Own& Case::find(std::string_view name) {
+    const auto found = std::ranges::find(m_images, name, &Own::name);
+    if (found == m_images.end()) throw std::invalid_argument("no image " + std::string(name));
+    return *found;
+}
+
+AnyImage& Case::image(std::string_view name) {
+    return find(name).image;
+}
+
+bool Case::selects(int x, int y) const {
+    const auto found = std::ranges::find(m_images, "pMask", &Own::name);
+    return found == m_images.end() || found->image.as<Zmo8u>().get(x, y) != 0;
+}
+
+Case& Case::with(std::string_view name, Value value) {
+    m_values.insert_or_assign(std::string(name), value);
+    return *this;
+}
+
+Case& Case::with(const Named& values) {
+    for (const auto& [name, value] : values) with(name, value);
+    return *this;
+}
+
+Case& Case::give(std::string_view name, Buffer memory) {
+    m_memory.insert_or_assign(std::string(name), std::move(memory));
+    return *this;
+}
+
+void Case::setRowNeeded(std::string_view image, int elements) {
+    find(image).row = elements;
+}
+
+// What an argument of this name is here, whatever its type in another function.
+std::optional<Slot> Case::own(const Parameter& p) {
+    const auto value = m_values.find(p.name);
+    if (value != m_values.end()) return value->second.as(p);
+    const auto memory = m_memory.find(p.name);
+    if (memory != m_memory.end()) return Slot::of(memory->second.ptr());
+    if (p.name == "pBorderValue" && m_border) return Slot::of(m_border->ptr());
+    if (m_images.empty()) return {};
+    if (p.name == "type" || p.name == "srcType") return p.fromNumber(src().type());
+    if (p.name == "dstType") return p.fromNumber(dst().type());
+    if (p.name == "channels") return p.fromNumber(src().channels());
+    return {};
+}
+
+Slot Case::told(const Parameter& p) {
+    const auto found = own(p);
+    if (!found) throw std::invalid_argument("no value for " + p.name);
+    return *found;
+}
+
+Case& Case::sized(const Function& query) {
+    Arguments arguments;
+    std::map<std::string, int64_t> sizes;
+    for (const Parameter& p : query.parameters()) {
+        const bool size = p.pointer && p.name.ends_with("ize");
+        arguments.push_back(size ? Slot::of(&sizes[p.name]) : told(p));
+    }
+    EXPECT_EQ(query(arguments), zmoStsNoErr) << query.name();
+    for (const auto& [name, bytes] : sizes) {
+        const bool state = name == "pStateSize" || (name == "pSize" && m_function.has("pState") &&
+                                                    !m_function.has("pBuffer"));
+        EXPECT_GE(bytes, 64) << query.name();
+        give(state ? "pState" : "pBuffer", Buffer(bytes, state ? 3 : 1));
+    }
+    return *this;
+}
+
+Case& Case::prepared(const Function& init, ZmoStatus status) {
+    Arguments arguments;
+    for (const Parameter& p : init.parameters()) arguments.push_back(told(p));
+    Buffer& state = memory("pState");
+    state.snapshot();
+    EXPECT_EQ(watched([&] { return init(arguments); }), status) << init.name();
+    state.expectSurroundingsUntouched();
+    state.snapshot();
+    return *this;
+}
+
+Arguments Case::arguments() {
+    Arguments arguments;
+    m_rows.clear();
+    for (const Parameter& p : m_function.parameters()) {
+        const auto image = std::ranges::find(m_images, p.name, &Own::name);
+        if (image == m_images.end()) {
+            const bool result = p.pointer && !p.constant && !own(p);
+            if (result) m_results.try_emplace(p.name);
+            arguments.push_back(result ? Slot::of(m_results[p.name].bytes.data()) : told(p));
+        } else if (p.rows) {
+            for (int y = 0; y < m_rowCount; ++y) m_rows.push_back(image->image.ptr(m_firstRow + y));
+            m_rows.push_back(nullptr);
+            arguments.push_back(Slot::of(m_rows.data()));
+        } else {
+            arguments.push_back(Slot::of(image->image.ptr()));
+            if (image->stepped) with(stepOf(p.name), image->image.step());
+        }
+    }
+    return arguments;
+}
+
+std::vector<Case::Guard> Case::guards() {
+    std::vector<Guard> guards;
+    for (Own& own : m_images) guards.push_back({own.name, &own.image.block(), own.constant});
+    for (auto& [name, memory] : m_memory) {
+        const auto p = std::ranges::find(m_function.parameters(), name, &Parameter::name);
+        if (p != m_function.parameters().end()) guards.push_back({name, &memory, p->constant});
+    }
+    if (m_border) guards.push_back({"pBorderValue", &m_border->block(), true});
+    return guards;
+}
+
+ZmoStatus Case::runUnwatched() {
+    const Arguments all = arguments();
+    for (auto& [name, result] : m_results) result = Slot();
+    const auto blocks = guards();
+    for (const Guard& guard : blocks) guard.block->snapshot();
+    const ZmoStatus status = m_function(all);
+    for (const Guard& guard : blocks) {
+        if (guard.constant) {
+            guard.block->expectUntouched(guard.name);
+        } else {
+            guard.block->expectSurroundingsUntouched(guard.name);
+        }
+    }
+    return status;
+}
+
+ZmoStatus Case::run() {
+    return watched([this] { return runUnwatched(); });
+}
+
+void Case::putBack() {
+    for (Own& own : m_images) {
+        if (!own.constant) own.image.block().restore();
+    }
+}
+
+Case& Case::wantEntries(std::string_view name, std::span<const std::byte> entries, size_t count) {
+    m_wantEntries[std::string(name)] = {entries.begin(),
+                                        entries.begin() + static_cast<ptrdiff_t>(count)};
+    return give(name, Buffer(static_cast<int64_t>(count)));
+}
+
+void Case::compare(ZmoStatus status) {
+    EXPECT_EQ(status, m_wantStatus);
+    for (const auto& [name, want] : m_wantEntries) {
+        const auto made = std::as_bytes(std::span(memory(name).ptr(), want.size()));
+        EXPECT_TRUE(std::ranges::equal(made, want)) << name;
+    }
+    for (const Own& own : m_images) {
+        SCOPED_TRACE(own.name);
+        EXPECT_TRUE(own.constant || own.want) << "nobody tells what is wanted";
+        if (own.want) own.image.expect(*own.want);
+    }
+    for (const auto& [name, result] : m_results) {
+        const auto want = m_want.find(name);
+        if (want == m_want.end()) {
+            ADD_FAILURE() << "nobody tells which " << name << " is wanted";
+        } else {
+            EXPECT_EQ(result, want->second) << name;
+        }
+    }
+}
+
+void Case::expect() {
+    SCOPED_TRACE(text());
+    compare(run());
+    putBack();
+}
+
+void Case::expectSameBits() {
+    SCOPED_TRACE(text());
+    const ZmoStatus status = runUnwatched();
+    for (Own& own : m_images) {
+        if (!own.constant && !own.want) own.want = own.image;
+    }
+    for (const auto& [name, result] : m_results) m_want.try_emplace(name, result);
+    compare(status);
+    putBack();
+}
+
+AnyImage Case::tried() {
+    EXPECT_EQ(runUnwatched(), m_wantStatus);
+    AnyImage made = dst();
+    putBack();
+    return made;
+}
+
+void Case::expectWithFarRows(int times) {
+    SCOPED_TRACE(text());
+    Arguments far = arguments();
+    std::list<FarRows> memories;
+    for (Own& own : m_images) {
+        const FarRows& memory = memories.emplace_back(own.image, times);
+        if (!memory) GTEST_SKIP() << "no address space for an image of 12 GB";
+        const size_t place = m_function.placeOf(own.name);
+        far[place] = Slot::of(memory.first());
+        far[place + 1] = Slot::of(memory.step);
+    }
+    EXPECT_EQ(run(), zmoStsNoErr);
+    EXPECT_EQ(m_function(far), zmoStsNoErr);
+    auto memory = memories.begin();
+    for (Own& own : m_images) (memory++)->expect(own.image);
+    putBack();
+}
+
+std::string Case::text() const {
+    std::ostringstream out;
+    out << m_function.name() << " " << m_roi;
+    for (const Parameter& p : m_function.parameters()) {
+        const auto value = m_values.find(p.name);
+        if (value == m_values.end() || p.name.ends_with("Step") || p.pointer) continue;
+        out << " " << p.name << " " << value->second.text(p);
+    }
+    out << "; ZMO_TEST_SEED=" << runSeed();
+    return out.str();
+}
+
+void expectAtAllLevels(std::vector<Case>& cases) {
+    const size_t levels = levelsHere();
+    size_t level = 0;
+    forEachLevel([&] {
+        for (size_t i = 0; i < cases.size(); ++i) {
+            if (!sanitized || i % levels == level) cases[i].expect();
+        }
+        ++level;
+    });
+}
+
+// ---- Bad arguments
+
+// What can be wrong with the arguments of a case.
+class Faults {
+  public:
+    explicit Faults(Case& c) : m_case(c), m_good(c.arguments()) {}
+
+    void expect(const std::vector<Wrong>& wrong) {
+        addUsual(wrong);
+        for (const Wrong& one : wrong) {
+            if (!one.inTurn) add(one.arguments, one.status);
+            for (size_t i = 0; one.inTurn && i < one.arguments.size(); ++i) {
+                add({one.arguments[i]}, one.status);
+            }
+        }
+        placeUsual();
+        for (const auto& guard : m_case.guards()) guard.block->snapshot();
+        for (auto& [name, result] : m_case.m_results) result.bytes.fill(0x5a);
+        for (size_t i = 0; i < m_faults.size(); ++i) expectFault(i);
+        EXPECT_EQ(statusWith({}), zmoStsNoErr);
+        m_case.putBack();
+    }
+
+  private:
+    struct Fault {
+        std::string name;
+        size_t place;  // of the last argument that it changes
+        ZmoStatus status;
+        std::vector<std::pair<size_t, Slot>> changes;
+        bool usual;
+    };
+
+    const std::vector<Parameter>& parameters() const { return m_case.m_function.parameters(); }
+    size_t placeOf(std::string_view name) const { return m_case.m_function.placeOf(name); }
+
+    void add(const std::vector<Wrong::Argument>& arguments, ZmoStatus status, bool usual = false) {
+        Fault fault{"", 0, status, {}, usual};
+        for (const auto& [name, value] : arguments) {
+            const size_t place = placeOf(name);
+            fault.place = std::max(fault.place, place);
+            fault.changes.push_back({place, value.as(parameters()[place])});
+            fault.name += std::string(name) + " " + value.text(parameters()[place]) + ": ";
+        }
+        fault.name += zmoGetStatusString(status);
+        m_faults.push_back(std::move(fault));
+    }
+    void addUsual(const char* name, std::initializer_list<Value> values, ZmoStatus status) {
+        if (!m_case.m_function.has(name)) return;
+        for (const Value& value : values) add({{name, value}}, status, true);
+    }
+
+    // What functions refuse by the names of their arguments.
+    void addUsual(const std::vector<Wrong>& wrong) {
+        for (const Parameter& p : parameters()) {
+            const char* const name = p.name.c_str();
+            const bool nullable =
+                name == std::string("pBorderValue") ||
+                std::ranges::find(m_case.m_nullable, p.name) != m_case.m_nullable.end();
+            if (p.pointer && !nullable) addUsual(name, {nullptr}, zmoStsNullPtrErr);
+            if (isRegion(p)) {
+                const ZmoiSizeL roi{m_case.m_roi.width, m_case.m_roi.height};
+                addUsual(name, {ZmoiSizeL{0, roi.height}, ZmoiSizeL{roi.width, -roi.height}},
+                         zmoStsSizeErr);
+            }
+        }
+        for (const auto& own : m_case.m_images) {
+            if (!own.stepped) continue;
+            const int64_t element = parameters()[placeOf(own.name)].element;
+            const int64_t row = own.row * element;
+            const std::string step = Case::stepOf(own.name);
+            addUsual(step.c_str(), {row - element, -row}, zmoStsStepErr);
+            if (element > 1) addUsual(step.c_str(), {row + 1}, zmoStsStepErr);
+        }
+        if (m_case.m_function.has("pBorderValue")) {
+            add({{"border", zmoiBorderConst}, {"pBorderValue", nullptr}}, zmoStsNullPtrErr, true);
+        }
+        addUsual("border", {4}, zmoStsBorderErr);
+        addUsual("connectivity", {6, 0}, zmoStsConnectivityErr);
+        addUsual("scaleFactor", {-32, 32}, zmoStsScaleErr);
+        addUsual("coi", {0, m_case.m_function.srcChannels() + 1}, zmoStsCoiErr);
+        addUsual("channels", {2}, zmoStsChannelsErr);
+        // A state that nobody made.
+        static const Zmo64u nothing[1000] = {};
+        if (m_case.m_function.has("pState") && parameters()[placeOf("pState")].constant) {
+            addUsual("pState", {&nothing[0]}, zmoStsStateErr);
+        }
+        const bool toldLarge =
+            std::ranges::count(wrong, ZmoStatus{zmoStsTooLargeErr}, &Wrong::status) != 0;
+        if (m_case.m_function.isNamed("Size") && !toldLarge) {
+            addUsual("roi", {ZmoiSizeL{parameters()[0].most, 4}}, zmoStsTooLargeErr);
+        }
+    }
+
+    // Pointers, sizes and steps first; an usual fault before those told of arguments behind its own.
+    void placeUsual() {
+        std::vector<Fault> placed;
+        for (const Fault& fault : m_faults) {
+            auto place = placed.begin();
+            for (auto at = place; at != placed.end(); ++at) {
+                const bool told = !fault.usual && !at->usual;
+                const bool after = fault.usual || told || at->place <= fault.place;
+                if (rank(*at) < rank(fault) || (rank(*at) == rank(fault) && after)) place = at + 1;
+            }
+            placed.insert(place, fault);
+        }
+        m_faults = placed;
+    }
+    int rank(const Fault& fault) const {
+        static constexpr ZmoStatus first[] = {zmoStsNullPtrErr, zmoStsSizeErr, zmoStsStepErr};
+        const auto found = std::ranges::find(first, fault.status) - first;
+        if (found < 3) return static_cast<int>(found);
+        if (fault.status == zmoStsTooLargeErr) return 5;
+        return parameters()[fault.place].name == "pState" ? 4 : 3;
+    }
+
+    ZmoStatus statusWith(const std::vector<const Fault*>& applied) const {
+        Arguments bad = m_good;
+        for (const Fault* fault : applied) {
+            for (const auto& [place, slot] : fault->changes) bad[place] = slot;
+        }
+        return watched([&] { return m_case.m_function(bad); });
+    }
+
+    // Alone it gives its status; of two faults the earlier one decides; and nothing is written.
+    void expectFault(size_t i) const {
+        SCOPED_TRACE(m_case.m_function.name() + " " + m_faults[i].name);
+        EXPECT_EQ(statusWith({&m_faults[i]}), m_faults[i].status);
+        for (size_t j = i + 1; j < m_faults.size(); ++j) {
+            EXPECT_EQ(statusWith({&m_faults[j], &m_faults[i]}), m_faults[i].status)
+                << m_faults[j].name;
+        }
+        for (const auto& guard : m_case.guards()) guard.block->expectUntouched(guard.name);
+        for (const auto& [name, result] : m_case.m_results) {
+            EXPECT_TRUE(std::ranges::all_of(result.bytes, [](int b) { return b == 0x5a; }))
+                << name << " was written";
+        }
+    }
+
+    Case& m_case;
+    Arguments m_good;
+    std::vector<Fault> m_faults;
+};
+
+void Case::expectBadArguments(const std::vector<Wrong>& wrong) {
+    Faults(*this).expect(wrong);
+}
+
+}  // namespace kit
