@@ -538,11 +538,31 @@ class Faults {
         if (m_case.m_function.has("pState") && parameters()[placeOf("pState")].constant) {
             addUsual("pState", {&nothing[0]}, zmoStsStateErr);
         }
-        const bool toldLarge =
-            std::ranges::count(wrong, ZmoStatus{zmoStsTooLargeErr}, &Wrong::status) != 0;
-        if (m_case.m_function.isNamed("Size") && !toldLarge) {
+        if (std::ranges::count(wrong, ZmoStatus{zmoStsTooLargeErr}, &Wrong::status) == 0) {
+            addUnbounded();
+        }
+    }
+
+    // A region that needs more memory than a query can tell, with steps that hold it.
+    void addUnbounded() {
+        const Function& function = m_case.m_function;
+        if (function.isNamed("Size")) {
             addUsual("roi", {ZmoiSizeL{parameters()[0].most, 4}}, zmoStsTooLargeErr);
         }
+        if (!function.has("pBuffer") || !function.has("roi") || function.large() ||
+            m_case.m_takesAnySize) {
+            return;
+        }
+        constexpr int64_t most = std::numeric_limits<int>::max();
+        int64_t width = most;
+        std::vector<Wrong::Argument> arguments;
+        for (const auto& own : m_case.m_images) {
+            const int64_t pixel = parameters()[placeOf(own.name)].element * own.image.channels();
+            width = std::min(width, most / 8 * 8 / pixel);
+            arguments.push_back({parameters()[placeOf(own.name) + 1].name.c_str(), most / 8 * 8});
+        }
+        arguments.push_back({"roi", ZmoiSizeL{width, most}});
+        add(arguments, zmoStsTooLargeErr, true);
     }
 
     // Pointers, sizes and steps first; an usual fault before those told of arguments behind its own.

@@ -300,6 +300,8 @@ class Case {
     Buffer& memory(std::string_view name) { return m_memory.find(name)->second; }
     // Null pointers are right there.
     void allowNull(const char* name) { m_nullable.push_back(name); }
+    // The function does not look whether the region needs more memory than a query can tell.
+    void allowAnySize() { m_takesAnySize = true; }
     // Elements that an image's step must hold, if not a row of the image.
     void setRowNeeded(std::string_view image, int elements);
     // The rows that pointers to rows tell; behind them stands a null pointer.
@@ -402,6 +404,7 @@ class Case {
     std::map<std::string, std::vector<std::byte>> m_wantEntries;
     std::vector<const char*> m_nullable;
     std::vector<char*> m_rows;
+    bool m_takesAnySize = false;
     int m_firstRow = 0;
     int m_rowCount;
     ZmoStatus m_wantStatus = zmoStsNoErr;

@@ -68,14 +68,16 @@ Own ownOf(const Row& row, size_t turn) {
 }
 
 kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout, const Own& own) {
-    return kit::Case(row.function, size, layout, {{"pSrc", {}, 10}, {"pDst", {}, 0, row.floats()}})
-        .with({{"kernel", own.kernel},
-               {"kernelSize", own.kernelSize},
-               {"windowSize", own.windowSize},
-               {"k", own.k},
-               {"scale", own.scale},
-               {"border", own.border}})
+    kit::Case c(row.function, size, layout, {{"pSrc", {}, 10}, {"pDst", {}, 0, row.floats()}});
+    c.with({{"kernel", own.kernel},
+            {"kernelSize", own.kernelSize},
+            {"windowSize", own.windowSize},
+            {"k", own.k},
+            {"scale", own.scale},
+            {"border", own.border}})
         .sized(row.query);
+    c.allowAnySize();
+    return c;
 }
 
 // The tensors of all pixels, each window summed anew.

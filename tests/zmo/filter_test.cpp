@@ -53,6 +53,7 @@ ZmoiBorderType borderOf(size_t turn) {
 kit::Case caseOf(kit::Random& random, const kit::Function& function, ZmoiSize size,
                  kit::Layout layout, size_t turn) {
     kit::Case c(function, size, layout, {{"pSrc", {}, margin}, {"ppSrc", {}, margin}});
+    c.allowAnySize();
     kit::drawWide(random, turn, c.src());
     if (function.has("border")) kit::drawWide(random, turn, c.borderValue());
     return c.with("border", borderOf(turn));

@@ -47,6 +47,7 @@ kit::Case caseOf(kit::Random& random, const Row& row, ZmoiSize roi, kit::Layout 
     const auto border = static_cast<ZmoiBorderType>(turn % 4);
     const ZmoiSize from = srcSize(row, roi, turn);
     kit::Case c(row.function, roi, layout, {{"pSrc", from, 12}});
+    c.allowAnySize();
     kit::Image<Zmo32f> values({4, 1}, {1, 0});
     kit::AnyImage drawn = c.src().alike([] { return 0; });
     kit::drawWide(random, turn, c.src(), drawn);

@@ -68,6 +68,8 @@ kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layou
         c.give(name, memory);
     }
     if (function.has("pBuffer")) c.sized(ZMO(zmoiUndistortRadialGetBufferSize));
+    // Wider pixels in a row of 2^31 bytes need less.
+    if (!function.isNamed("_8u_C1R")) c.allowAnySize();
     return c;
 }
 
