@@ -197,7 +197,7 @@ Case::Case(Function function, ZmoiSize roi, Layout layout, const std::vector<Sha
         const bool shaped = shape != shapes.end();
         const bool stepped = i + 1 < all.size() && all[i + 1].name.ends_with("Step");
         if (p.image == nullptr) continue;
-        if (p.name == "pBorderValue") m_border = p.image({1, 1}, {1, 0}, 0, 4);
+        if (p.name == "pBorderValue") m_border = p.image({1, 1}, {}, 0, 4);
         if (!stepped && !shaped && !p.rows) continue;
         // No two images lie alike.
         const int k = static_cast<int>(m_images.size());

@@ -64,9 +64,9 @@ const std::vector<Row> rows = {
     {ZMO(zmoiDistanceTransform_3x3_8u32f_C1R), {{1, 1.25}, {0.75, 1}}},
     {ZMO(zmoiDistanceTransform_5x5_8u32f_C1R), {{1, 1.25, 2.25}, {0.75, 1, 1.75}}}};
 
-// On any address.
+// Of the type that the function takes.
 kit::Buffer metricsOf(const kit::Function& function, const std::vector<double>& metrics) {
-    kit::Buffer memory(static_cast<int64_t>(4 * metrics.size()));
+    kit::Buffer memory(static_cast<int64_t>(4 * metrics.size()), 0);
     for (size_t i = 0; i < metrics.size(); ++i) {
         const auto whole = static_cast<Zmo32s>(metrics[i]);
         const auto real = static_cast<Zmo32f>(metrics[i]);

@@ -36,7 +36,7 @@ std::vector<float> floats(const std::vector<Zmo16s>& weights) {
 kit::Buffer memoryOf(const kit::Function& function, const std::vector<Zmo16s>& weights) {
     const auto copied = [](const auto& values) {
         const auto bytes = std::as_bytes(std::span(values));
-        kit::Buffer memory(static_cast<int64_t>(bytes.size()));
+        kit::Buffer memory(static_cast<int64_t>(bytes.size()), 0);
         std::memcpy(memory.ptr(), bytes.data(), bytes.size());
         memory.snapshot();
         return memory;

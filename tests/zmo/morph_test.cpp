@@ -207,11 +207,14 @@ void expectWideMasks(const std::vector<Row>& rows, kit::Random& random) {
                                 rectangle("1025x1", {1025, 1}, {3, 0}),
                                 rectangle("1151x2", {1151, 2}, {575, 1})};
     std::vector<kit::Case> cases;
+    size_t turn = 0;
     for (const Row& row : rows) {
         if (row.op > MorphOp::dilate || row.isGray() || row.function.large()) continue;
         if (row.function.isNamed("_16s_")) continue;
         const int usual = !row.isBits() ? 100 : row.op == MorphOp::erode ? 0xff : 0;
         for (const Mask& mask : wide) {
+            // Under the sanitizers the masks take turns.
+            if (++turn; kit::sanitized && turn % 4 != 0) continue;
             MorphCase made(row, mask, {1300, 1}, {1, 3}, zmoiBorderReplicate);
             made.fill([&] { return random.between(0, 299) == 0 ? random.between(0, 255) : usual; });
             cases.push_back(made.wantOracle());

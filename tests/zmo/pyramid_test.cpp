@@ -48,7 +48,7 @@ kit::Case caseOf(kit::Random& random, const Row& row, ZmoiSize roi, kit::Layout 
     const ZmoiSize from = srcSize(row, roi, turn);
     kit::Case c(row.function, roi, layout, {{"pSrc", from, 12}});
     c.allowAnySize();
-    kit::Image<Zmo32f> values({4, 1}, {1, 0});
+    kit::Image<Zmo32f> values({4, 1});
     kit::AnyImage drawn = c.src().alike([] { return 0; });
     kit::drawWide(random, turn, c.src(), drawn);
     values.fill([&](int k, int) { return drawn.get(0, 0, k % drawn.channels()); });

@@ -190,6 +190,8 @@ TEST(Reduce, LongIntegerSumsAreExact) {
     for (const Row& row : rows) {
         const bool deviation = row.function.isNamed("StdDev_16u_C1");
         if (!deviation && !row.function.isNamed("_L2_16u_C1")) continue;
+        // The sums of one image will do under the sanitizers.
+        if (kit::sanitized && row.function.has("pSrc2")) continue;
         kit::Random random(46);
         kit::Case c = caseOf(row, {2600, 2048});
         fill(c, random, kit::Masked::all,

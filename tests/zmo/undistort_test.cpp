@@ -63,7 +63,7 @@ kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layou
     kit::Case c(function, size, layout);
     c.with({{"k1", optics.lens[0]}, {"k2", optics.lens[1]}});
     for (const auto& [name, values] : {std::pair("camera", optics.camera), {"lens", optics.lens}}) {
-        kit::Buffer memory(sizeof(optics.lens));
+        kit::Buffer memory(sizeof(optics.lens), 0);
         std::memcpy(memory.ptr(), values, sizeof(optics.lens));
         c.give(name, memory);
     }
