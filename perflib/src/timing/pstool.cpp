@@ -311,25 +311,28 @@ psResult psTool::_funcLoop(int n, long long* clocks) {
 
 // One run
 
-// `out` brings the clock budget of a statistic function and takes the raw clocks.
-void psTool::runTimFunc(int n, double* out, bool loopOnly) {
-    const auto budget = static_cast<long long>(*out);
-    int made = n;
-    for (int pass = 0; pass < 2; ++pass) {
-        made = n;
-        m_clocks = 0;
-        updateResult(callOnce(&made, budget, loopOnly));
-        if (m_clocks >= 1 || m_result >= PS_ACCURFAIL) break;
-    }
-    *out = static_cast<double>(m_clocks);
-    m_numLoops = made;
-    m_funcClocks = *out;
+// A run that shows no clocks is made once more.
+psTool::Run psTool::runTimFunc(const Order& order) {
+    Run run = callOnce(order);
+    if (run.clocks < 1 && m_result < PS_ACCURFAIL) run = callOnce(order);
+    m_funcClocks = static_cast<double>(run.clocks);
+    return run;
 }
 
-psResult psTool::callOnce(int* n, long long budget, bool loopOnly) {
-    if (m_callMode)
-        return loopOnly ? timCall_Loop(*n, &m_clocks, true) : timCall_Stat(n, &m_clocks, true);
-    return callFunctions(n, budget, loopOnly);
+// The clocks of one call.
+psTool::Run psTool::runTimFuncStat(const Order& order) {
+    const Run run = callOnce(order);
+    m_funcClocks = perLoop(static_cast<double>(run.clocks), run.loops);
+    return run;
+}
+
+psTool::Run psTool::callOnce(const Order& order) {
+    m_clocks = 0;
+    const Run run = m_callMode ? callAlone(order) : callFunctions(order);
+    m_clocks = run.clocks;
+    m_numLoops = run.loops;
+    updateResult(run.code);
+    return run;
 }
 
 void psTool::initOnce() const {
@@ -338,43 +341,32 @@ void psTool::initOnce() const {
     psGuarded([this] { m_funcInit(); });
 }
 
-psResult psTool::callFunctions(int* n, long long budget, bool loopOnly) {
+// Set-and-use: the engine's own loops, which reset the vectors.
+psTool::Run psTool::callAlone(const Order& order) {
+    Run run{order.loops, order.budget};
+    run.code = order.use == Use::loop ? timCall_Loop(run.loops, &run.clocks, true)
+                                      : timCall_Stat(&run.loops, &run.clocks, true);
+    return run;
+}
+
+psTool::Run psTool::callFunctions(const Order& order) {
     initOnce();
-    psResult code = PS_UNDEFINED;
     const psTraceScope trace("zmoFunctionCalls");
     const GuardScope guards;
     const psPriorityScope priority(m_priority);
-    if (!loopOnly && m_funcStat) {
-        m_clocks = budget;
-        psGuarded([&] { code = m_funcStat(n, &m_clocks, numIntLoops); });
+    Run run{order.loops, order.budget};
+    if (order.use != Use::loop && m_funcStat) {
+        psGuarded([&] { run.code = m_funcStat(&run.loops, &run.clocks, numIntLoops); });
+    } else if (order.use == Use::statistic) {
+        run.code = timCall_Stat(&run.loops, &run.clocks, false);
     } else if (m_funcLoop) {
-        psGuarded([&] { code = m_funcLoop(*n, &m_clocks); });
+        psGuarded([&] { run.code = m_funcLoop(run.loops, &run.clocks); });
     } else if (m_funcCall) {
-        code = timCall_Loop(*n, &m_clocks, false);
+        run.code = timCall_Loop(run.loops, &run.clocks, false);
     } else {
-        code = internalFail(__LINE__);
+        run.code = internalFail(__LINE__);
     }
-    return code;
-}
-
-void psTool::runTimFuncStat(long long budget, int* calls, double* out) {
-    m_clocks = budget;
-    psResult code = PS_UNDEFINED;
-    if (m_callMode) {
-        code = timCall_Stat(calls, &m_clocks, true);
-    } else {
-        initOnce();
-        const psTraceScope trace("zmoFunctionCalls");
-        const GuardScope guards;
-        const psPriorityScope priority(m_priority);
-        if (m_funcStat)
-            psGuarded([&] { code = m_funcStat(calls, &m_clocks, numIntLoops); });
-        else
-            code = timCall_Stat(calls, &m_clocks, false);
-    }
-    updateResult(code);
-    m_numLoops = *calls;
-    *out = perLoop(static_cast<double>(m_clocks), *calls);
+    return run;
 }
 
 int psTool::warmUp() const {
@@ -442,7 +434,7 @@ psResult psTool::timCall_Stat(int* n, long long* clocks, bool resetVectors) {
 void psTool::customLoopTiming() {
     m_collected += "    Manual method: \n";
     note("numLoops   = ", psText(m_manualLoops));
-    runTimFunc(m_manualLoops, &m_funcClocks, true);
+    runTimFunc({m_manualLoops, Use::loop});
     m_accuracy = 0;
     m_perfInfo += "nLps=" + psText(m_manualLoops);
     note("funcClocks = ", psText(m_funcClocks));
@@ -454,8 +446,7 @@ void psTool::statisticTiming() {
     m_collected += "    Statistical method:\n";
     note("minCalls   = ", psText(m_statCalls));
     note("maxClocks  = ", clockStr(m_statClocks));
-    int calls = m_statCalls;
-    runTimFuncStat(m_statClocks, &calls, &m_funcClocks);
+    const int calls = runTimFuncStat({m_statCalls, Use::statistic, m_statClocks}).loops;
     m_accuracy = 0;
     m_perfInfo += "nCalls=" + psText(calls);
     note("numCalls   = ", psText(calls));
@@ -511,9 +502,8 @@ bool psTool::priorMeasurement(int n, int& maxLoops, long long minClocks) {
 }
 
 psResult psTool::startIterations(int n, long long minClocks) {
-    m_funcClocks = 0;
-    runTimFunc(n, &m_funcClocks, true);
-    m_funcClocks = perLoop(m_funcClocks, n);
+    const Run run = runTimFunc({n, Use::loop});
+    m_funcClocks = perLoop(static_cast<double>(run.clocks), n);
     if (m_result > PS_WRN) return m_result;
     if (m_funcClocks <= 0) return PS_ACCURFAIL;
     return m_funcClocks * n < static_cast<double>(minClocks) ? PS_ACCURWRN : PS_OK;
@@ -551,8 +541,8 @@ psResult psTool::continueIterations(int startLoops, int maxLoops) {
 psResult psTool::continueLoops(int startLoops, int maxLoops) {
     double previous = m_funcClocks;
     for (int loops = std::min(startLoops, maxLoops);;) {
-        runTimFunc(loops, &m_funcClocks, false);
-        m_funcClocks = perLoop(m_funcClocks, m_numLoops);
+        const Run run = runTimFunc({loops});
+        m_funcClocks = perLoop(static_cast<double>(run.clocks), run.loops);
         if (m_funcClocks <= 0) return PS_ACCURFAIL;
         m_accuracy = 2 * std::abs(m_funcClocks - previous) / (m_funcClocks + previous);
         if (statusDisturbed()) {
@@ -569,8 +559,8 @@ psResult psTool::continueLoops(int startLoops, int maxLoops) {
 
 psResult psTool::continueCalls() {
     numIntLoops = tResolution * 100 / m_funcClocks < 2 ? 1 : 100;
-    double budget = psCpuTicker::getFreq() * 100.0 * m_numMilliseconds;
-    runTimFunc(m_minNumLoops, &budget, false);
+    const double budget = psCpuTicker::getFreq() * 100.0 * m_numMilliseconds;
+    runTimFunc({m_minNumLoops, Use::either, static_cast<long long>(budget)});
     if (m_funcClocks <= 0) return PS_ACCURFAIL;
     m_accuracy = 0;
     return statusDisturbed() ? PS_BADSTSWRN : PS_OK;
@@ -583,7 +573,7 @@ psResult psTool::repeatTiming(int loops, int count) {
     if (m_numLoops == loops) clocks[first++] = m_funcClocks;
     for (std::size_t i = first; i < clocks.size(); ++i) {
         if (count < 1) break;
-        runTimFunc(m_numLoops, &clocks[i], false);
+        clocks[i] = static_cast<double>(runTimFunc({m_numLoops}).clocks);
         note(countWord(), psText(m_numLoops));
         note("numClocks  = ", psText(m_clocks));
         note("funcClocks = ", psText(m_funcClocks));

@@ -93,12 +93,31 @@ class psTool {
   private:
     enum class Next { iterate, finish, avoidBadStatus, failed };
 
-    void runTimFunc(int n, double* out, bool loopOnly);
-    psResult callOnce(int* n, long long budget, bool loopOnly);
-    psResult callFunctions(int* n, long long budget, bool loopOnly);
+    // Which function a run goes through: the loop; the statistic one where there
+    // is one, else the loop; the statistic one or the engine's own in its place.
+    enum class Use { loop, either, statistic };
+
+    // What is asked of one run: loops, or calls at least, and the clocks that a
+    // statistic function is to spend.
+    struct Order {
+        int loops = 0;
+        Use use = Use::either;
+        long long budget = 0;
+    };
+    // What it made, and the raw clocks that it took.
+    struct Run {
+        int loops = 0;
+        long long clocks = 0;
+        psResult code = PS_UNDEFINED;
+    };
+
+    Run runTimFunc(const Order& order);
+    Run runTimFuncStat(const Order& order);
+    Run callOnce(const Order& order);
+    Run callAlone(const Order& order);
+    Run callFunctions(const Order& order);
     void initOnce() const;
     int warmUp() const;
-    void runTimFuncStat(long long budget, int* calls, double* out);
     void customLoopTiming();
     void statisticTiming();
     void bestTiming(int start, int maxLoops, long long minClocks);
