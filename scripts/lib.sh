@@ -97,4 +97,4 @@ build_preset() {
 }
 
 # The C and C++ sources of the tree, one a line.
-sources() { find bench perf perflib tests zmo -name '*.[ch]' -o -name '*.cpp' -o -name '*.inc' | sort; }
+sources() { find bench perf perflib tests zmo -name '*.[ch]' -o -name '*.cpp' | sort; }
