@@ -163,10 +163,7 @@ psString psReportFormat::getPieceItem(psString& text, int room) {
 
 psString psReportFormat::getTimeStr(double seconds) {
     constexpr int longest = 128;
-    const double whole = std::floor(std::max(seconds, 0.0));
-    const psString text = psFormat("%02.0f:%02d:%02d", std::floor(whole / 3600),
-                                   static_cast<int>(std::fmod(whole, 3600) / 60),
-                                   static_cast<int>(std::fmod(whole, 60)));
+    const psString text = psTimeText(seconds);
     return text.length() > longest ? psString("UNKNOWN (Very large value)") : text;
 }
 

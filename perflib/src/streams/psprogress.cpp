@@ -13,11 +13,6 @@ constexpr int maxWidth = 79;
 
 psProgress* s_current = nullptr;
 
-psString clockText(double seconds) {
-    const auto s = static_cast<long long>(seconds);
-    return psFormat("%02lld:%02lld:%02lld", s / 3600, s / 60 % 60, s % 60);
-}
-
 }  // namespace
 
 psProgress::psProgress(int total) : m_total(total), m_terminal(isatty(STDERR_FILENO) != 0) {
@@ -41,9 +36,9 @@ psProgress::~psProgress() {
 psString psProgress::line(int number, int total, const psString& function, double elapsed) {
     const int done = number - 1;
     const psString remaining =
-        done > 0 ? clockText(elapsed / done * (total - done)) : psString("unknown");
+        done > 0 ? psTimeText(elapsed / done * (total - done)) : psString("unknown");
     const psString before = psFormat("test %d of %d, ", number, total);
-    const psString after = ", elapsed " + clockText(elapsed) + ", remaining " + remaining;
+    const psString after = ", elapsed " + psTimeText(elapsed) + ", remaining " + remaining;
     const int room = std::max(0, maxWidth - before.length() - after.length());
     return before + function.substr(0, std::min(room, function.length())) + after;
 }

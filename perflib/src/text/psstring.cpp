@@ -222,10 +222,9 @@ int psString::parse(psString& first, psString& second, psString& third,
                     const psString& separators) const {
     psStringList words;
     const int count = parse(words, separators);
-    for (psString* out : {&first, &second, &third}) {
-        const psString* word = out == &first ? words.first() : words.next();
-        *out = word ? *word : psString();
-    }
+    auto word = words.begin();
+    for (psString* out : {&first, &second, &third})
+        *out = word != words.end() ? *word++ : psString();
     return count;
 }
 
@@ -373,6 +372,13 @@ psString psFormat(const char* format, ...) {
     }
     va_end(again);
     return text;
+}
+
+psString psTimeText(double seconds) {
+    const double whole = std::floor(std::max(seconds, 0.0));
+    return psFormat("%02.0f:%02d:%02d", std::floor(whole / 3600),
+                    static_cast<int>(std::fmod(whole, 3600) / 60),
+                    static_cast<int>(std::fmod(whole, 60)));
 }
 
 psString psText(int value) {

@@ -138,6 +138,10 @@ psString psText(double value);  // %g
 psString psText(bool value);    // 0 or 1
 psString psText(const void* value);
 
+// Whole seconds as hh:mm:ss, the hours with as many digits as they need; less than
+// none counts as none.
+psString psTimeText(double seconds);
+
 // The value of a whole text (blanks around it are allowed); false leaves the
 // value alone.
 bool psFromText(const psString& text, int& value);
