@@ -77,7 +77,7 @@ class PpBmpFile : public testing::Test {
     }
     bool load(const psString& path) {
         m_image.deleteVector();
-        MessageCapture messages(static_cast<int>(MessageLevel::ERR));
+        MessageCapture messages(showErrors);
         const bool loaded = m_image.loadImage(path);
         m_messages = messages.text();
         return loaded;
@@ -182,11 +182,11 @@ TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
         bmp.*field = value;
         return bmp;
     };
-    const std::pair<Bmp, const char*> told[] = {
+    const std::pair<Bmp, const char*> messages[] = {
         {with(&Bmp::magic, "PM"), "Bitmap files are valid only"},
         {with(&Bmp::compression, 1), "Compression is not valid"},
         {with(&Bmp::bits, 2), "Bitmap header is corrupted: biBitCount is invalid"}};
-    for (const auto& [bmp, message] : told) {
+    for (const auto& [bmp, message] : messages) {
         EXPECT_FALSE(load(bmp)) << message;
         EXPECT_EQ(m_messages,
                   "--- Can't load file " + str(m_dir / "x.bmp") + ": " + message + "\n");

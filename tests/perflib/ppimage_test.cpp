@@ -22,7 +22,7 @@ class PpImage : public testing::Test {
     }
     void TearDown() override {
         EXPECT_EQ(psMallocFirst(nullptr, nullptr), nullptr) << "a block is left";
-        g_ostrm.setOutLevel(static_cast<int>(MessageLevel::ERR));
+        g_ostrm.setOutLevel(showErrors);
     }
 };
 

@@ -203,7 +203,7 @@ TEST_F(PpVector, EmptyOrRefusedVectorsDoNothing) {
     EXPECT_FALSE(v.setConst() || v.setRandom() || v.setIndex(0, SET_ONE, 0, 0));
     EXPECT_FALSE(v.reserveCopy() || v.setReservedCopy());
     EXPECT_TRUE(v.getString().empty() && v.getPointerAt(3) == nullptr);
-    MessageCapture messages(1);
+    MessageCapture messages(showErrors);
     const std::tuple<ppVector&, int, const char*> cases[] = {
         {v, 0, "0"}, {v, -3, "-3"}, {wide, INT_MAX, "34359738352"}};
     for (const auto& [vector, length, bytes] : cases) {

@@ -148,7 +148,7 @@ TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
     EXPECT_NE(text.find("CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n"), std::string::npos)
         << text;
     release(g_cstrm);
-    const std::string table = readFile(m_dir + "/bin/t.csv");
+    const std::string table = support::readFile(m_dir + "/bin/t.csv");
     EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1) << table;
 }
 

@@ -64,7 +64,7 @@ TEST(CommandWords, ArePairedIntoKeysAndArguments) {
 }
 
 TEST(OptionFile, IsExpandedWhereItStands) {
-    MessageCapture messages(1);
+    MessageCapture messages(showErrors);
     const TempDir dir;
     const auto key = [&](const char* name, const std::string& content) {
         return "-@" + str(dir.write(name, content));

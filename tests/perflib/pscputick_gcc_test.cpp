@@ -96,10 +96,10 @@ TEST_F(Clock, FrequencyFromTheEnvironment) {
             "-- PSCV_FREQ_MHZ=\"" + unusable +
             "\" is ignored: it must be a whole number of MHz from 1 to 100000\n";
         EXPECT_EQ(exitCode([&] {
-                      MessageCapture out(1);
+                      MessageCapture out(showErrors);
                       setenv("PSCV_FREQ_MHZ", unusable.c_str(), 1);
                       const bool given = psCpuTicker::given() || psCpuTicker::given();
-                      return !given && out.text() == line;  // told once
+                      return !given && out.text() == line;  // reported once
                   }),
                   0)
             << unusable;

@@ -72,7 +72,7 @@ TEST_F(Table, PostponedLinesComeLaterInTheirOrder) {
 }
 
 TEST_F(Table, NamesTheFirstPairOfEqualLines) {
-    MessageCapture messages(3);
+    MessageCapture messages(showWarnings);
     EXPECT_FALSE(m_table.identicalLinesStop()) << "never started";
     fill("title|title");
     m_table << "\n";

@@ -87,7 +87,7 @@ TEST_F(FakeGuards, AccumulateUntilCleared) {
 }
 
 TEST_F(FakeGuards, CheckReportsOnceAndClears) {
-    MessageCapture out(7);
+    MessageCapture out(showResults);
     bool bad87 = false;
     bool badSSX = false;
     const struct {

@@ -55,7 +55,7 @@ TEST(PsData, PlacesBlocksByShiftAndOffset) {
 }
 
 TEST(PsData, RefusedSizesGiveOneMessageAndNull) {
-    MessageCapture messages(1);
+    MessageCapture messages(showErrors);
     for (int size : {INT_MAX, INT_MAX - 300, -1000}) {
         void* p = &size;
         EXPECT_TRUE(psMalloc(p, size, 0, 0) == nullptr && p == nullptr);

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -78,7 +79,7 @@ TEST(PsIniFile, ClosedOnceAndFailuresNameThePath) {
     EXPECT_TRUE(ini.close()) << "nothing is open any more";
     EXPECT_EQ(dir.read("x.ini"), "\n[s]\nk=old\t// c\n");
 
-    MessageCapture messages(1);
+    MessageCapture messages(showErrors);
     const std::pair<psString, int> unusable[] = {{dir / "", EISDIR}, {path + "/x", ENOTDIR}};
     for (const auto& [bad, reason] : unusable) {
         for (const bool write : {false, true}) {
@@ -117,7 +118,7 @@ TEST(PsIniFile, WritesOnlyIniFilesAndWhereItCan) {
     for (const auto& [text, refusal, mode] : cases) {
         const psString path = dir.write("x.ini", text);
         std::filesystem::permissions(str(path), mode);
-        MessageCapture messages(1);
+        MessageCapture messages(showErrors);
         psIniFile ini;
         {
             const AsUser user;
@@ -130,7 +131,7 @@ TEST(PsIniFile, WritesOnlyIniFilesAndWhereItCan) {
     }
 }
 
-TEST(PsIniFile, AFullDiskIsTold) {
+TEST(PsIniFile, AFullDiskIsReported) {
     const TempDir dir;
     std::filesystem::create_symlink("/dev/full", dir.path() + "/full");
     // /dev/full reads as endless zeros, so the file is exchanged after opening.
@@ -138,7 +139,7 @@ TEST(PsIniFile, AFullDiskIsTold) {
     psIniFile ini;
     ASSERT_TRUE(ini.open(dir / "x.ini", true));
     std::filesystem::rename(dir.path() + "/full", dir.path() + "/x.ini");
-    MessageCapture messages(1);
+    MessageCapture messages(showErrors);
     EXPECT_FALSE(ini.close());
     EXPECT_EQ(messages.text(), str("-- Can't write " + (dir / "x.ini") + ": " +
                                    std::strerror(ENOSPC) + "; no more output goes there\n"));

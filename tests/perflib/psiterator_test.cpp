@@ -172,7 +172,7 @@ class CacheIterator : public testing::Test, protected psObject {
 
     static inline int cacheSize = 0;
     int size = 0;
-    MessageCapture messages{7};
+    MessageCapture messages(showResults);
 };
 
 TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {
@@ -217,7 +217,7 @@ TEST_F(CacheIterator, CountsAllTestDataWithoutAnOwner) {
     const psOutLevelGuard terse(1);
     ASSERT_TRUE(iterator.firstValue() && iterator.validateSize());
     EXPECT_EQ(messages.text(), "      inCache: cacheParm=128000 totalSize=128000\n")
-        << "told where the level hides the set's own line";
+        << "written where the level hides the set's own line";
     psFree(block);
 }
 

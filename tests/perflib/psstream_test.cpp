@@ -42,7 +42,7 @@ TEST(PsOStream, PassesLevelsByTheirBits) {
 TEST(PsOStream, TellsWhichFileCannotBeOpened) {
     const TempDir dir;
     const std::string file = str(dir.write("file", "")) + "/x";
-    MessageCapture messages(1);
+    MessageCapture messages(showErrors);
     psOStream stream;
     EXPECT_FALSE(stream.addStream(file.c_str(), false) || stream.addStream("", false));
     EXPECT_TRUE(stream.empty());
@@ -72,7 +72,7 @@ TEST(PsSinkList, AFileThatFillsUpEndsWithItsLastWholeLineAndTheOthersGoOn) {
     std::signal(SIGXFSZ, SIG_IGN);
     for (const auto& c : cases) {
         const TempDir dir;
-        MessageCapture messages(1);
+        MessageCapture messages(showErrors);
         psSinkList sinks;
         ASSERT_TRUE(sinks.addStream(dir.write("full", c.before), true));
         ASSERT_TRUE(sinks.addStream(dir / "other", false));
@@ -119,7 +119,7 @@ TEST(IStream, ReadsLinesOfAnyLength) {
 
 TEST(Trace, IndentsByTheOpenNames) {
     psTrace::flush();
-    MessageCapture messages(23);
+    MessageCapture messages(showResults | static_cast<int>(MessageLevel::TRACE));
     psTrace::traceIn("a");
     psTrace::traceIn("b");
     EXPECT_EQ(str(psTrace::getCurName()), "b");

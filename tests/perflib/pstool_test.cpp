@@ -22,7 +22,7 @@ using Numbers = std::vector<int>;
 using StatRuns = std::vector<std::tuple<int, long long, int>>;  // calls, budget, inner loops
 
 // The tested function and its wrappers: each run is written down, and a script
-// tells the clocks and the outcome.
+// gives the clocks and the outcome.
 struct Script {
     Numbers loops;  // n of each loop run
     StatRuns stats;
@@ -90,7 +90,7 @@ void expectPart(const std::string& text, const std::string& part) {
 }
 
 TEST_F(Engine, MethodsNeedTheirFunctions) {
-    MessageCapture out(3);
+    MessageCapture out(showWarnings);
     EXPECT_EQ(tool.timing(nullptr, nullptr, nullptr, funcInit), PS_FAIL);
     expectPart(out.take(), "No one of funcLoop, funcStat or funcCall is registered in the test.\n");
     EXPECT_STREQ(tool.message().c_str(), "fail");
@@ -132,7 +132,7 @@ TEST_F(Engine, ManualGivesTheClocksOfTheRunAndStatisticThoseOfACall) {
     }
 }
 
-TEST_F(Engine, RunsAreChosenByWhatTheOnesBeforeTold) {
+TEST_F(Engine, RunsAreChosenByTheClocksOfTheOnesBefore) {
     const struct {
         std::vector<double> perLoop;  // clocks of the runs, the last one repeating
         int stop;                     // of setMethodBest; 0: Auto
@@ -163,7 +163,7 @@ TEST_F(Engine, RunsAreChosenByWhatTheOnesBeforeTold) {
         {{300}, 0, PS_ACCURFAIL, {1, 10}, PS_ACCURFAIL, "", "accuracy fail"},
     };
     for (const auto& c : cases) {
-        MessageCapture out(1);
+        MessageCapture out(showErrors);
         script = {};
         std::size_t run = 0;
         script.loopClocks = [&](int n) {
@@ -240,7 +240,7 @@ TEST_F(Engine, ABadStatusIsAvoidedByHalfTheLoops) {
         {2, false, false, "    Auto method: stop\n", true},
     };
     for (const auto& c : cases) {
-        MessageCapture out(15);
+        MessageCapture out(showResults | static_cast<int>(MessageLevel::INFO));
         script = {};
         fake = {};
         psInitCtrlStatus();

@@ -5,11 +5,11 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "process.h"
 #include "ps.h"
 #include "pscputick_gcc.h"
 #include "psistream.h"
@@ -18,11 +18,6 @@
 #include "pstool.h"
 
 using Words = std::vector<std::string>;
-
-inline std::string readFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // Closes what a session opened.
 inline void release(psSinkList& stream) {
@@ -57,7 +52,7 @@ class SessionTest : public testing::Test {
         g_istrm.dataList().clear();
         for (psSinkList* stream : std::vector<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm})
             release(*stream);
-        g_ostrm.setOutLevel(1);
+        g_ostrm.setOutLevel(showErrors);
         psGlobalTool() = psTool();
         psTool::m_numMilliseconds = 100;
         psTool::m_minNumLoops = psTool::m_numExtLoops = 8;
@@ -96,7 +91,7 @@ class SessionTest : public testing::Test {
         return testing::internal::GetCapturedStdout();
     }
     void file(const std::string& name, const std::string& content) const {
-        std::ofstream(m_dir + "/" + name, std::ios::binary) << content;
+        support::writeFile(m_dir + "/" + name, content);
     }
 
     std::string m_dir = testing::TempDir() + "ps_test_" + std::to_string(getpid());

@@ -118,7 +118,7 @@ Process::Process(Command command) : m_command(std::move(command)), m_start(Clock
             execve(argv[0], argv.data(), envp.data());
         }
         const int reason = errno;
-        [[maybe_unused]] const ssize_t told = write(started.write, &reason, sizeof reason);
+        [[maybe_unused]] const ssize_t sent = write(started.write, &reason, sizeof reason);
         _exit(127);
     }
     closeEnd(in.read);

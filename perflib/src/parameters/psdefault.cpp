@@ -146,7 +146,7 @@ void psParameter::fromIStream() {
     if (m_name.empty()) return;
     psOutLevelGuard level;
     if (m_input) {
-        if (g_istrm.hasConsole()) g_ostrm.setOutLevel(7);
+        if (g_istrm.hasConsole()) g_ostrm.setOutLevel(showResults);
         while (!takeValue() && g_istrm.canAskAgain()) {
         }
     }

@@ -41,7 +41,7 @@ class psIniFile {
     // The whole content as it stands in a file.
     psString writeText() const;
 
-    // Rewrites the file when it was opened for writing. A failure is told by a
+    // Rewrites the file when it was opened for writing. A failure is reported by a
     // message with the path.
     bool updateFile();
     // updateFile(), then forgets the content. Harmless when nothing is open.

@@ -177,7 +177,7 @@ void psCacheIterator::noteTry(long long size, const char* relation, long long li
 
 bool psCacheIterator::reached(long long size) {
     m_info = "      " + comment() + ": " + tryText(size);
-    if (g_ostrm.getOutLevel() <= 3) g_ostrm << ERR << m_info << "\n" << END;
+    if (g_ostrm.getOutLevel() <= showWarnings) g_ostrm << ERR << m_info << "\n" << END;
     return true;
 }
 

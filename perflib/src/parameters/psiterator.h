@@ -147,7 +147,7 @@ class psIterator : public psIterator_NSC<T> {
 };
 
 // Lists, and ranges from first to last by adding, subtracting or multiplying.
-// A list of exactly three values whose third is negative cannot be told from a
+// A list of exactly three values whose third is negative cannot be distinguished from a
 // range by its text.
 template <class T>
 class psStepIterator : public psIterator<T> {

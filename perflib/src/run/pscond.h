@@ -30,7 +30,7 @@ class RunCondition {
     const psString pattern;
 };
 
-// The form of a key's argument, as getCondition() tells it.
+// The form of a key's argument, as getCondition() gives it.
 enum class psConditionForm { plain = 0, with = 1, without = 2, equal = 3, empty = 4 };
 
 // Strips the sign '+', '-' or '=' from the argument and returns the form it

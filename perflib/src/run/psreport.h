@@ -1,4 +1,4 @@
-// What a run tells about itself: title, each test's title and result, closing
+// What a run reports of itself: title, each test's title and result, closing
 // counts, and the list of functions. Every report can go to the message stream
 // (framed box), the performance table (cells) and the summary stream (csv).
 #pragma once

@@ -301,7 +301,7 @@ bool psTest::callTooLong() const {
     return true;
 }
 
-// By the clock of the system: what the engine tells depends on its method.
+// By the clock of the system: what the engine reports depends on its method.
 void psTest::noteCall() {
     const bool inCache = m_cacheIter && m_cacheIter->value() == psCacheIterator::IN_CACHE;
     if (!inCache || !m_funcCall || isFailure(m_currentResult)) return;
@@ -332,7 +332,7 @@ psResult psTest::measureSet() {
     {
         const psOutLevelGuard level;
         psInitCtrlStatus();
-        if (level.saved() == static_cast<int>(ERR) + static_cast<int>(WARN)) g_ostrm.setOutLevel(7);
+        if (level.saved() == showWarnings) g_ostrm.setOutLevel(showResults);
         timing = runTiming();
     }
     if (timing == PS_UNDEFINED) {
@@ -496,7 +496,7 @@ namespace {
 
 // The levels beyond PERF write lines of their own while a set is measured.
 bool showsCourse() {
-    return g_ostrm.getOutLevel() > 7;
+    return g_ostrm.getOutLevel() > showResults;
 }
 
 }  // namespace

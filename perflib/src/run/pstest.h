@@ -139,7 +139,7 @@ class psTest {
     void regCacheParm(std::unique_ptr<psCacheIterator> iterator);
     // With -C the length is varied until the owner's data (without an owner all data
     // together) fit into the cache, and then until they do not. `check` makes the
-    // data of a new length and tells whether it could.
+    // data of a new length and returns whether it could.
     void regCacheParm(psIterator<int>& length, const psObject* owner,
                       std::function<bool(int)> check);
     bool setDeprecatedFlag(bool on);

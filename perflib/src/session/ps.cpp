@@ -28,10 +28,6 @@ bool psSession::m_optionFile = false;
 
 namespace {
 
-// The words ERR, WARN and PERF together: what a run shows until its own level
-// takes over.
-constexpr OutputLevel allResults = 7;
-
 void titleWords(std::initializer_list<const char*> words) {
     for (const char* word : words) g_cstrm.setNextColm(word);
 }
@@ -234,7 +230,8 @@ bool psSession::parseCommandLine(int argc, char** argv) {
     setExitLevel();
     setDefaults();
 
-    g_ostrm.setOutLevel(allResults);
+    // What a run shows until its own level takes over.
+    g_ostrm.setOutLevel(showResults);
     const bool filesRead = m_commandList->expandFiles();
     for (const psString& line : m_commandList->remarks()) remarkOption(line);
     applyKeys();
@@ -330,10 +327,6 @@ int psSession::run(int argc, char** argv) {
     if (parseCommandLine(argc, argv) && startSession() && !hintOutput()) {
         initLibrary();
         registerLibraryVersions();
-        if (!pTestList) {
-            g_ostrm << "Fail! pTestList is NULL\n";
-            return 0;
-        }
         result = runSession();
     }
     pTestList->endTime = std::time(nullptr);
@@ -381,7 +374,7 @@ int psSession::runTests() {
     if (s_parmFunc) s_parmFunc();
     selectCommonParms();
 
-    g_ostrm.setOutLevel(allResults);
+    g_ostrm.setOutLevel(showResults);
     readCommonData();
     g_ostrm.setOutLevel(m_levelMode);
     g_istrm.setIStream((m_askMode & askAll) ? &c_in : nullptr);

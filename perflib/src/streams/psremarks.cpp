@@ -23,7 +23,7 @@ void psRemarks::print() {
     while (!remarks().empty()) {
         psStringList lines;
         lines.swap(remarks());
-        for (const psString& line : lines) psTell(line + "\n");
+        for (const psString& line : lines) psAnnounce(line + "\n");
         g_ostrm.flush();
     }
 }

@@ -11,6 +11,7 @@ class psRemarks {
     // again. To be called at any time from the reading of the keys on.
     static void add(const psString& line);
 
-    // Tells the lines whatever the output level is, and forgets them; the session calls it when all other output has been written.
+    // Writes the lines whatever the output level is, and forgets them; the session
+    // calls it when all other output has been written.
     static void print();
 };

@@ -75,10 +75,10 @@ void io_stream::close() {
 }
 
 void io_stream::reportOpenFailure(const psString& path, int mode, int error) {
-    psTell("-- Can't open file" +
-           (path.empty() ? psString(". Wrong filename (NULL) ") : " " + path) +
-           ((mode & READ) ? " to read: " : " to write: ") +
-           (path.empty() ? "it has no name" : std::strerror(error)) + "\n");
+    psAnnounce("-- Can't open file" +
+               (path.empty() ? psString(". Wrong filename (NULL) ") : " " + path) +
+               ((mode & READ) ? " to read: " : " to write: ") +
+               (path.empty() ? "it has no name" : std::strerror(error)) + "\n");
 }
 
 void (*o_stream::beforeConsole)() = nullptr;
@@ -89,13 +89,13 @@ o_stream::o_stream(std::FILE* handle)
       m_terminal(isConsole() && isatty(m_handle) != 0) {}
 
 o_stream::o_stream(const psString& name, int mode, bool report) : io_stream(name, mode, report) {
-    m_told = !isOpen();
+    m_lossReported = !isOpen();
     if (!isOpen()) return;
     m_handle = fileno(m_file);
     m_startsLine = !(mode & APPEND) || endsWithNewline(m_path);
 }
 
-// Text that is lost here has no one left to tell it to: close() was the place.
+// Text that is lost here has no one left to report it to: close() was the place.
 o_stream::~o_stream() {
     if (m_error == 0) writeOut(m_text.size());
 }
@@ -141,7 +141,7 @@ void o_stream::cutBack() const {
 
 bool o_stream::flush() {
     if (m_error == 0 && m_handle >= 0) writeOut(m_text.size());
-    tellLoss();
+    reportLoss();
     return m_error == 0;
 }
 
@@ -149,18 +149,18 @@ bool o_stream::close() {
     const bool kept = flush();
     if (m_file && m_owned && std::fclose(std::exchange(m_file, nullptr)) != 0 && kept) {
         m_error = errno;
-        tellLoss();
+        reportLoss();
     }
     io_stream::close();
     m_handle = -1;
     return m_error == 0;
 }
 
-void o_stream::tellLoss() {
-    if (m_error == 0 || std::exchange(m_told, true)) return;
+void o_stream::reportLoss() {
+    if (m_error == 0 || std::exchange(m_lossReported, true)) return;
     const psString name = isConsole() ? psString("standard output") : m_path;
     const psString reason = std::strerror(m_error);
-    psTell("-- Can't write " + name + ": " + reason + "; no more output goes there\n");
+    psAnnounce("-- Can't write " + name + ": " + reason + "; no more output goes there\n");
     psRemarks::add("Incomplete output: " + name + " (" + reason + ")");
     if (isConsole() && m_error == EPIPE) psNoteInterrupt(SIGPIPE);
 }
@@ -282,7 +282,7 @@ void psOStream::put(const psString& text) {
     write(text);
 }
 
-void psTell(const psString& lines) {
+void psAnnounce(const psString& lines) {
     g_ostrm << ERR << lines << END;
     const int console = c_out.error();
     if (console != 0 && console != EPIPE) std::fputs(lines.c_str(), stderr);
@@ -296,8 +296,8 @@ void psHoldStandardStreams() {
     }
 }
 
-psErrorPreface::psErrorPreface(std::function<void()> tell) {
-    g_ostrm.setErrorPreface(std::move(tell));
+psErrorPreface::psErrorPreface(std::function<void()> preface) {
+    g_ostrm.setErrorPreface(std::move(preface));
 }
 
 psErrorPreface::~psErrorPreface() {

@@ -27,6 +27,11 @@ enum class MessageLevel : int {
 // A set of MessageLevel bits.
 using OutputLevel = int;
 
+// What is shown: errors; warnings too; results too.
+constexpr OutputLevel showErrors = static_cast<int>(MessageLevel::ERR);
+constexpr OutputLevel showWarnings = showErrors | static_cast<int>(MessageLevel::WARN);
+constexpr OutputLevel showResults = showWarnings | static_cast<int>(MessageLevel::PERF);
+
 // One open file, or the console. A file that could not be opened, or is closed,
 // takes no output and gives no input.
 class io_stream {
@@ -43,7 +48,7 @@ class io_stream {
     // standard output.
     explicit io_stream(std::FILE* handle)
         : m_file(handle), m_owned(false), m_console(handle == nullptr) {}
-    // Opens a file; a failure leaves isOpen() false and, with `report`, tells
+    // Opens a file; a failure leaves isOpen() false and, with `report`, names
     // the path at level ERR.
     io_stream(const psString& name, int mode, bool report = true);
     io_stream(const io_stream&) = delete;
@@ -59,7 +64,7 @@ class io_stream {
     int error() const { return m_error; }
     void close();
 
-    // Tells at level ERR that a file cannot be opened, and why (an errno).
+    // Reports at level ERR that a file cannot be opened, and why (an errno).
     static void reportOpenFailure(const psString& path, int mode, int error);
 
   protected:
@@ -86,7 +91,7 @@ class o_stream : public io_stream {
 
     // A loss shows at the next flush: text is written in the middle of lines.
     void write(const psString& text);
-    // False when this or an earlier write has lost text. That is told once, with
+    // False when this or an earlier write has lost text. That is reported once, with
     // the path and the reason, then and at the end of the run; nothing more is
     // written. Where the console's reader has gone, the run is interrupted.
     bool flush();
@@ -96,12 +101,12 @@ class o_stream : public io_stream {
   private:
     void writeOut(std::size_t size);
     void cutBack() const;
-    void tellLoss();
+    void reportLoss();
 
     int m_handle = -1;  // the system's
     bool m_terminal = false;
     bool m_startsLine = true;
-    bool m_told = false;
+    bool m_lossReported = false;
     std::size_t m_unfinished = 0;  // bytes of the last line that are written
     std::string m_text;
 };
@@ -115,7 +120,7 @@ class i_stream : public io_stream {
     // One line of any length without its line feed; false at the end of the file.
     bool getline(psString& line);
     // True when reading has failed for another reason than the end of the file;
-    // after getline() error() tells which.
+    // after getline() error() says which.
     bool readError() const { return m_file && std::ferror(m_file) != 0; }
 };
 
@@ -164,7 +169,7 @@ class psOStream : public psSinkList {
     void endMessageFlush();
 
     void put(const psString& text);
-    void setErrorPreface(std::function<void()> tell) { m_errorPreface = std::move(tell); }
+    void setErrorPreface(std::function<void()> preface) { m_errorPreface = std::move(preface); }
 
   private:
     OutputLevel m_outLevel = static_cast<int>(MessageLevel::ERR);
@@ -195,17 +200,17 @@ inline psOStream& g_ostrm = psMessageStream();
 inline psUStream& g_ustrm = psSummaryStream();
 
 // Writes lines at level ERR, and to standard error when the console has failed.
-void psTell(const psString& lines);
+void psAnnounce(const psString& lines);
 
 // Puts something in the place of standard streams that are closed: a file opened
 // later must not get the console's number, and with it the console's text.
 void psHoldStandardStreams();
 
-// While it lives, `tell` is called once before the first message at level ERR:
+// While it lives, `preface` is called once before the first message at level ERR:
 // it writes what the message is about.
 class psErrorPreface {
   public:
-    explicit psErrorPreface(std::function<void()> tell);
+    explicit psErrorPreface(std::function<void()> preface);
     psErrorPreface(const psErrorPreface&) = delete;
     psErrorPreface& operator=(const psErrorPreface&) = delete;
     ~psErrorPreface();
@@ -240,7 +245,7 @@ class psTrace {
 };
 
 // Traces a scope; an exception that leaves it keeps the name in the record, so
-// that a report can still tell where it came from.
+// that a report can still say where it came from.
 class psTraceScope {
   public:
     explicit psTraceScope(const char* name);
