@@ -1,8 +1,8 @@
 // canny_clocks [width height [columns rows]]
 //
 // Clocks per pixel of both Canny functions, measured without the harness: the same shared objects
-// (dlopen by plain name), data prepared in the same way, a timed loop of its own. The figures of the
-// harness should agree within 5 %.
+// (dlopen by plain name), data prepared in the same way, a timed loop of its own. The figures of
+// the harness should agree within 5 %.
 #include <dlfcn.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// The harness's own floor: what the timing wrappers and the engine tell about a
+// The harness's own floor: what the timing wrappers and the engine give for a
 // function that does nothing. A measured figure holds about this much of the
 // harness; of figures near it only differences mean something.
 #include <cstdio>

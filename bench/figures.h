@@ -45,7 +45,7 @@ inline void require(ZmoStatus status, const char* what) {
         throw std::runtime_error(std::string(what) + ": " + zmoGetStatusString(status));
 }
 
-// Makes the work buffer at least as large as a query tells through its last argument.
+// Makes the work buffer at least as large as a query says through its last argument.
 template <class Query, class... Args>
 void growBy(std::vector<Zmo8u>& buffer, const char* name, Query query, Args... args) {
     int bytes = 0;

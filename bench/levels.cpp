@@ -1,8 +1,8 @@
 // levels [width height [group...]]
 //
 // Clocks per pixel of each function at each processor level, and how many times faster that is than
-// the baseline, or than the function's plain loop of one pixel after the other where it has one. The
-// level is switched within the run, call by call of zmoSetCpuFeatures.
+// the baseline, or than the function's plain loop of one pixel after the other where it has one.
+// The level is switched within the run, call by call of zmoSetCpuFeatures.
 #include "levels.h"
 
 namespace levels {

@@ -1,5 +1,5 @@
-// Two pictures, the second one moved, with their layers, for the programs that measure optical flow;
-// a short film for mixtures of Gaussians; and the calls.
+// Two pictures, the second one moved, with their layers, for the programs that measure optical
+// flow; a short film for mixtures of Gaussians; and the calls.
 #pragma once
 
 #include <cmath>

@@ -1,5 +1,5 @@
-// Edges and corners by their definition, one pixel after the other, for packed planes and a replicated
-// border.
+// Edges and corners by their definition, one pixel after the other, for packed planes and a
+// replicated border.
 #pragma once
 
 #include "zmotypes.h"

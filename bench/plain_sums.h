@@ -1,5 +1,5 @@
-// Differences, accumulation, reductions and tables of sums as loops of one pixel after the other, for
-// packed planes.
+// Differences, accumulation, reductions and tables of sums as loops of one pixel after the other,
+// for packed planes.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 // scaling [width height [group...]]
 //
-// Clocks of a call as something of it grows, in thousands, and their ratio to the first of the line.
+// Clocks of a call as something of it grows, in thousands, and their ratio to the first of the
+// line.
 #include "scaling.h"
 
 namespace {

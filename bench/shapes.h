@@ -1,4 +1,5 @@
-// Turned rectangles and their edges, for the programs that measure corners and lines, and the calls.
+// Turned rectangles and their edges, for the programs that measure corners and lines, and the
+// calls.
 #pragma once
 
 #include <array>

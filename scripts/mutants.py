@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tells how many small faults the tests catch: plants one at a time in a copy of the tree under
+"""Counts how many small faults the tests catch: plants one at a time in a copy of the tree under
 build/mutants and runs the tests that the fault can reach.
 
     scripts/mutants.py                            100 faults in the newest commit
@@ -34,7 +34,7 @@ SHARES = {
     "perf": (0.15, ["perf", "cli"]),
     "zmo/src": (0.40, ["zmo", "perf", "cli"]),
 }
-# What the tests of a folder run: when none of it differs, they cannot tell the fault.
+# What the tests of a folder run: when none of it differs, they cannot see the fault.
 PROGRAMS = {"perflib": ["tests/perflib_tests"], "host": ["tests/programs/host"], "cli": ["pscv", "lib/*.so"],
             "perf": ["tests/module_tests", "lib/*.so"], "zmo": ["tests/zmo_tests", "lib/*.so"]}
 TEST_CPU_SECONDS = 30  # ten times the slowest test

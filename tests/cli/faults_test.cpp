@@ -107,7 +107,7 @@ TEST_F(Faulty, NamesTheObjectsThatAreMeasured) {
     EXPECT_FALSE(has(outcome.out, "come from different folders")) << outcome.out;
 }
 
-TEST_F(Faulty, InitialisationThatFailsIsTold) {
+TEST_F(Faulty, InitialisationThatFailsIsReported) {
     const Outcome outcome = runWith("init", {"-TAVX2"});
     EXPECT_TRUE(has(outcome.out,
                     "--ZMO FAIL. status = -21: stand-in error\n--calling zmoInit()\n"

@@ -93,8 +93,8 @@ TEST(Selection, PatternsChooseFromTheList) {
     }
 }
 
-// What was asked for and is not there is told behind everything else.
-TEST(Selection, NamesThatNothingHasAreToldAtTheEnd) {
+// What was asked for and is not there is named behind everything else.
+TEST(Selection, NamesThatNothingHasStandAtTheEnd) {
     const Pscv pscv;
     const std::pair<Words, const char*> cases[] = {
         {{"-e", "-fcanny"}, "no function has 'canny' in its name; 5 have 'Canny'\n"},

@@ -7,8 +7,8 @@
  *   status      returns an error
  *   note        returns a note
  *   fpstate     returns with other control words and exception flags set
- *   hang        tells so on standard error and never returns
- * The 32f one tells on standard error once which floating-point state it meets
+ *   hang        says so on standard error and never returns
+ * The 32f one reports on standard error once which floating-point state it meets
  * and at which priority it runs, so that a test sees what a fault has left. */
 #include <stdint.h>
 #include <stdio.h>

@@ -1,5 +1,5 @@
 // Whole runs of the host program: its tests have known behaviour, so what every
-// file of a run holds can be foretold.
+// file of a run holds can be foreseen.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -306,13 +306,13 @@ TEST(HostKeys, ARunWithoutFiguresTellsHowToSeeThem) {
         "No figure was shown: -LP shows them here, -r writes them to a table\n";
     const std::pair<std::vector<std::string>, bool> cases[] = {
         {{"-LW"}, true}, {{"-LP"}, false}, {{"-r"}, false}, {{"-q"}, true}, {{"-q", "-Q"}, false}};
-    for (const auto& [keys, told] : cases) {
+    for (const auto& [keys, hinted] : cases) {
         const TempDir dir;
         std::vector<std::string> words{"-B", "-f=hostFast"};
         words.insert(words.end(), keys.begin(), keys.end());
         const Outcome outcome = support::run(command(dir, words));
-        EXPECT_EQ(outcome.out.ends_with("+\n" + hint), told) << outcome.out;
-        EXPECT_EQ(support::has(outcome.out, hint), told) << outcome.out;
+        EXPECT_EQ(outcome.out.ends_with("+\n" + hint), hinted) << outcome.out;
+        EXPECT_EQ(support::has(outcome.out, hint), hinted) << outcome.out;
     }
 }
 

@@ -172,7 +172,7 @@ class CacheIterator : public testing::Test, protected psObject {
 
     static inline int cacheSize = 0;
     int size = 0;
-    MessageCapture messages(showResults);
+    MessageCapture messages{showResults};
 };
 
 TEST_F(CacheIterator, FindsSizesInsideAndOutsideTheCache) {

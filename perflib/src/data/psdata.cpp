@@ -232,6 +232,20 @@ void psResetAllVectors() {
     visitOwners([](psObject& object) { object.setReservedCopy(); });
 }
 
+const Address* AddressList::first() {
+    m_next = begin();
+    return next();
+}
+
+const Address* AddressList::next() {
+    return m_next == end() ? nullptr : &*m_next++;
+}
+
+void AddressList::erase(iterator block) {
+    if (m_next == block) ++m_next;
+    psList<Address>::erase(block);
+}
+
 AddressList::iterator AddressList::findBlock(const void* p) {
     return std::find_if(begin(), end(), [p](const Address& block) { return block.pointer == p; });
 }

@@ -75,4 +75,13 @@ class AddressList : public psList<Address> {
   public:
     iterator findBlock(const void* p);
     psString memInfo(const void* p);  // empty for an unknown block
+
+    // A walk that goes on behind the block it stands on when that is erased; null
+    // at the end.
+    const Address* first();
+    const Address* next();
+    void erase(iterator block);
+
+  private:
+    iterator m_next = end();
 };

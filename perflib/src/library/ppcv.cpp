@@ -91,8 +91,8 @@ bool drawPicture(ppImage& image, int shift) {
     return true;
 }
 
-// How far each pixel lies from a few objects: those up to a level are the objects, which grow with it.
-// In integers, so that masks are the same on every processor.
+// How far each pixel lies from a few objects: those up to a level are the objects,
+// which grow with it. In integers, so that masks are the same on every processor.
 class ObjectField {
   public:
     ObjectField(int width, int height) : m_x(parts(width)), m_y(parts(height)) {}

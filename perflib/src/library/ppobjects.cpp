@@ -145,7 +145,7 @@ bool isNowhere(const Object& object) {
     return object.error.startsWith(psString(object.name) + ":");
 }
 
-// The message tells which file does not load; of a needed one that is missing the
+// The message names the file that does not load; of a needed one that is missing the
 // loader does not say who needs it.
 void nameFile(Object& object, const psString& why) {
     if (!object.error.startsWith(object.path)) object.error = object.path + ": " + object.error;

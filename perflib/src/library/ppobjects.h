@@ -6,7 +6,7 @@
 
 #include "psstring.h"
 
-// Opens them, once in a process, tells why one is not open and lists all for the
+// Opens them, once in a process, reports why one is not open and lists all for the
 // header.
 void ppOpenObjects();
 

@@ -40,7 +40,7 @@ DynamicTables tablesOf(const link_map& map) {
     return tables;
 }
 
-// The symbol table carries no length of its own; the hash tables tell it: the
+// The symbol table carries no length of its own; the hash tables give it: the
 // older one as its number of chains, the GNU one as the end of its last chain.
 std::uint32_t symbolCount(const DynamicTables& tables) {
     if (tables.hash) return tables.hash[1];

@@ -34,8 +34,8 @@ class ppTest : public psTest {
         return !isFailure(checkStatus(service(args...), service.name()));
     }
 
-    // Makes a work buffer, or a state and a work buffer, of the sizes that a service function stores
-    // through its last arguments, of int or of int64_t.
+    // Makes a work buffer, or a state and a work buffer, of the sizes that a service
+    // function stores through its last arguments, of int or of int64_t.
     template <class Query, class... Args>
     static bool createBufferBy(ppBuffer& buffer, const Query& query, Args... args) {
         using Int = std::conditional_t<std::is_invocable_v<Query, Args..., int*>, int, int64_t>;
@@ -79,14 +79,14 @@ class ppTest : public psTest {
     virtual void printVectorBlock(ppVector* vector);
     virtual void printByteBlock(void* block, int size);
 
-    // One line that tells what the data of the current set made the function do
+    // One line about what the data of the current set made the function do
     // (share of edge pixels, filled area, corners found); shown at level INFO.
     virtual psString dataFigure();
 
     using psTest::regCacheParm;
     // With -C the size is varied until the image (or all data together) fits into
     // the cache and then until it does not. `check` makes the data of a new size and
-    // tells whether it could; without one flushData() and initData() do.
+    // returns whether it could; without one flushData() and initData() do.
     using CheckSize = std::function<bool(const ZmoiSize&)>;
     void regCacheParm(psIterator<ZmoiSize>& size, const ppImage& image, CheckSize check = {});
     void regCacheParm(psIterator<ZmoiSize>& size, CheckSize check = {});

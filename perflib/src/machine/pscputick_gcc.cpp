@@ -95,7 +95,7 @@ void waitOneSecond(std::time_t (*now)(std::time_t*)) {
     }
 }
 
-// 0 when the variable is not set or holds no usable value; the latter is told.
+// 0 when the variable is not set or holds no usable value; the latter is reported.
 int freqFromEnvironment() {
     constexpr int highest = 100000;
     const char* text = std::getenv(freqVariable);

@@ -177,7 +177,7 @@ std::array<Zmo32u, 4> psCpuid(Zmo32u leaf) {
     return zmo_GetCpuFeatures(&features, leaf, regs.data()) >= 0 ? regs : cpuidDirect(leaf);
 }
 
-// False when the library does not tell them.
+// False when the library does not report them.
 static bool readFeatures(Zmo64u& features) {
     return zmo_GetCpuFeatures(&features, 0, nullptr) >= 0;
 }

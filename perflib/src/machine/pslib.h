@@ -62,7 +62,7 @@ class psCpuFeatures {
     // A line that names the unknown ones, or says that there is none at all;
     // empty when each label is known.
     static psString unknownText(const psString& list);
-    // Lines that tell what the processor lacks of the wanted features, what it has
+    // Lines on what the processor lacks of the wanted features, what it has
     // and which code paths it runs.
     static psString processorText(Zmo64u wanted);
     // The label, the description and the number of a code path; of another row, or

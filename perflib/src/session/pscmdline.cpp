@@ -70,9 +70,9 @@ psCommandList::iterator psCommandList::endMark() {
 }
 
 void psCommandList::setArgs(int count, char** words) {
-    psStringList list;
-    for (int i = 0; i < count; ++i) list.push_back(words[i]);
-    setArgs(list);
+    psStringList all;
+    for (int i = 0; i < count; ++i) all.push_back(words[i]);
+    setArgs(all);
 }
 
 void psCommandList::setArgs(const char* text) {

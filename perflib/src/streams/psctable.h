@@ -34,7 +34,7 @@ class psCStream : public psSinkList {
     void linePostponeDrop() { m_postponed.clear(); }
 
     // Compares the first n cells of all lines written until the stop, which
-    // tells whether two were equal and names the first such pair at level WARN.
+    // returns whether two were equal and names the first such pair at level WARN.
     void identicalLinesStart(int n);
     bool identicalLinesStop();
 

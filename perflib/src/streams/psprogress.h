@@ -1,4 +1,4 @@
-// One line on standard error that tells how far a long run has come. It shows
+// One line on standard error that shows how far a long run has come. It shows
 // only when standard error is a terminal, and is never part of the output.
 #pragma once
 
@@ -22,7 +22,7 @@ class psProgress {
     static void refresh();
 
     // "test 3 of 438, zmoiCanny_16s8u_C1R, elapsed 00:00:12, remaining 00:29:00",
-    // at most 79 characters. The tests before this one tell the remaining time;
+    // at most 79 characters. The tests before this one give the remaining time;
     // before the second test it is unknown.
     static psString line(int number, int total, const psString& function, double elapsed);
 

@@ -30,7 +30,7 @@ constexpr bool isFailure(psResult result) {
 
 struct psResultTexts {
     const char* name;  // short word, as the summary prints it
-    const char* word;  // how the timing engine tells it
+    const char* word;  // how the timing engine writes it
 };
 
 constexpr psResultTexts psTextsOf(psResult result) {

@@ -53,7 +53,7 @@ int orDefault(int value, int byDefault) {
 // that the numbers of loops stay comparable between functions.
 long long loopsFactor(long long minClocks, long long clocks) {
     constexpr long long highest = 1LL << 30;
-    // No clocks wanted can be told from half of all there are.
+    // No clocks wanted can be distinguished from half of all there are.
     const long long wanted = 2 * std::min(minClocks, std::numeric_limits<long long>::max() / 2);
     const long long factor = wanted / clocks;
     if (factor < 1 || factor > highest) return std::min(factor, 2 * highest);

@@ -312,7 +312,7 @@ class MorphRun {
     ptrdiff_t resultBytes() const { return m_region.width * m_setting.format.bytes; }
     char* dstRow(ptrdiff_t y) const { return m_call.dst.data + y * m_call.dst.step; }
 
-    // Of words a copy, else the image's own row.
+    // The row itself; of bits, a copy that is spread into words.
     const char* sourceRow(ptrdiff_t y) const {
         if (!isBits()) return m_call.src.data + y * m_call.src.step;
         loadPixels(m_setting.format, m_call.src, 0, y, m_region.width, m_source);
