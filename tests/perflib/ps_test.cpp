@@ -23,9 +23,10 @@ TEST(SessionPaths, DirectoriesLieBehindTheExecutablesAndNamesGetTheExtension) {
         {"/opt/ps/pscv", "C:x", "C:x/"},   {"pscv", "", ""},
         {"pscv", "out/", "out/"},          {"/pscv", "", "/"},
         {"b\\pscv", "out\\", "b\\out\\"},  {"", "", ""}};
-    const psString oldPath = psSession::m_exePath, oldName = psSession::m_defName;
+    psSettings settings;
     for (const auto& [exe, dir, path] : directories) {
-        psSession::m_exePath = exe;
+        settings.exePath = exe;
+        psPublish(settings);
         EXPECT_EQ(psSession::genDirName(dir), psString(path)) << exe << " " << dir;
     }
     const std::tuple<const char*, const char*, const char*> files[] = {
@@ -37,8 +38,7 @@ TEST(SessionPaths, DirectoriesLieBehindTheExecutablesAndNamesGetTheExtension) {
         psSession::setDefName(defName);
         EXPECT_EQ(psSession::genPathName("d/", name, ".txt"), psString(path)) << name;
     }
-    psSession::m_exePath = oldPath;
-    psSession::setDefName(oldName);
+    psPublish({});
 }
 
 TEST_F(SessionTest, TheExitLevelIsKnownBeforeAnyKeyActs) {
@@ -50,7 +50,7 @@ TEST_F(SessionTest, TheExitLevelIsKnownBeforeAnyKeyActs) {
         const std::string echo = parse(session, keys);
         EXPECT_EQ(psSession::m_exitLevel, level) << echo;
         EXPECT_EQ(echo.find("-B: ignored because of ") != std::string::npos, level > 0) << echo;
-        EXPECT_TRUE(session.batMode());
+        EXPECT_TRUE(g_settings.batMode);
     }
 }
 
@@ -63,7 +63,7 @@ TEST_F(SessionTest, OptionFilesAreAppliedInPlaceButSetNoDefaults) {
     EXPECT_EQ(psSession::m_defName, "title");
     EXPECT_EQ(psSession::getInPath(), "bin/");
     EXPECT_EQ(psSession::m_exitLevel, 0);
-    EXPECT_EQ(session.enumMode(), 0);
+    EXPECT_EQ(g_settings.enumMode, 0);
     EXPECT_NE(echo.find("-nother: ignored: -n does not act in an option file\n"
                         "-p/in: ignored: -p does not act in an option file\n"
                         "-e: enumerate tested functions and exit\n"

@@ -27,7 +27,9 @@ class Keys : public SessionTest {
         qKeys = true;
         zmoEnvironment = [] {};
         pCmdList = &list;
-        psSession::m_exePath = "/opt/ps/pscv";
+        psSettings settings;
+        settings.exePath = "/opt/ps/pscv";
+        psPublish(settings);
         psSession::setInDir("");
         psSession::setOutDir(m_dir.c_str());
         psSession::setDefName("run");
@@ -43,8 +45,9 @@ class Keys : public SessionTest {
     }
     // `text` with @ for the output directory.
     std::string expand(std::string text) const {
-        const std::size_t at = text.find('@');
-        return at == std::string::npos ? text : text.replace(at, 1, m_dir + "/");
+        for (std::size_t at; (at = text.find('@')) != std::string::npos;)
+            text.replace(at, 1, m_dir + "/");
+        return text;
     }
 
     psCommandList list;
@@ -60,37 +63,38 @@ std::string number(long long value) {
 }
 
 // Every setting that a key can change, as "name=value".
-std::vector<std::string> settings(const psSession& s) {
-    std::string conditions, data;
-    for (const RunCondition* c : *s.conditions())
-        conditions += number(c->target) + number(c->kind) + c->pattern.c_str() + " ";
-    for (const char* name : {"a b", "n", "N"}) {
-        psString value;
-        if (g_istrm.dataList().get(name, value))
-            data += std::string(name) + "<" + value.c_str() + ">";
-    }
-    return {"batch=" + number(s.batMode()),
-            "ask=" + number(s.askMode()),
+std::vector<std::string> texts(const psSettings& s) {
+    std::string patterns, data, files;
+    for (const psGivenPattern& given : s.patterns)
+        patterns += number(given.target) + given.text.c_str() + " ";
+    for (const psGivenValue& given : s.data) data += str(given.name) + "<" + str(given.value) + ">";
+    for (const psOutputFile& file : s.files)
+        files += number(file.content) + (file.append ? ">>" : ">") + str(file.path) + " ";
+    return {"batch=" + number(s.batMode),
+            "ask=" + number(s.askMode),
             "data=" + data,
-            std::string("ini=") + s.iniName().c_str() + (s.iniWrite() ? " w" : " r"),
-            "pressing=" + number(psTest::m_pressing),
-            "level=" + number(s.levelMode()),
-            "ext=" + number(psTool::m_numExtLoops),
-            "ms=" + number(psTool::m_numMilliseconds),
-            "loops=" + number(psTool::m_minNumLoops),
-            std::string("signal=") + s.signalName().c_str(),
-            "conditions=" + conditions,
-            "logic=" + number(s.conditions()->logic),
-            std::string("start=") + psTestList::m_startFunc().c_str(),
-            "priority=" + number(psTool::m_priority),
-            "hot=" + number(psTest::m_hot),
-            "features=" + number(static_cast<long long>(s.cpuFeatures())),
-            "call=" + number(psGlobalTool().callMode()),
-            "cache=" + number(psTest::m_cache),
-            "noSort=" + number(s.noSort()),
-            "enum=" + number(s.enumMode()),
-            "unopened=" + number(s.unopened()),
-            "names=" + number(psCStream::m_nameMode)};
+            "ini=" + str(s.iniName) + (s.iniWrite ? " w" : " r"),
+            "pressing=" + number(s.pressing),
+            "files=" + files,
+            "level=" + number(s.levelMode),
+            "ext=" + number(s.numExtLoops),
+            "ms=" + number(s.numMilliseconds),
+            "loops=" + number(s.minNumLoops),
+            "signal=" + str(s.signalName),
+            "patterns=" + patterns,
+            "logic=" + number(s.logic),
+            "start=" + str(s.startFunc),
+            "priority=" + number(s.priority),
+            "hot=" + number(s.hot),
+            "unmask=" + number(s.unmask),
+            "features=" + number(static_cast<long long>(s.cpuFeatures)),
+            "call=" + number(s.setAndUse),
+            "cache=" + number(s.cache),
+            "noSort=" + number(s.noSort),
+            "enum=" + number(s.enumMode),
+            "version=" + number(s.version),
+            "help=" + number(s.helpArg) + (s.hideHidden ? "" : "?"),
+            "names=" + number(s.nameMode)};
 }
 
 // Words apart by '|', what the echo of the last one begins with (@ stands for the
@@ -104,35 +108,36 @@ const struct {
     {"ATIMING", "ask timing method, data misalignment from console", "ask=5 "},
     {"AAll", "ask timing method, common parameters, data mis", "ask=15 "},
     {"d a b = 1;2 ", "set PS parameter  a b = 1;2 ", "data=a b<1;2> "},
-    {"dn=1|dn=x=y", "", "data=n<x=y> "},
+    {"dn=1|dn=x=y", "", "data=n<1>n<x=y> "},
     {"dsize", "ignored: incorrect data format", ""},
     {"d  =1", "ignored", ""},
     {"Ia|ib", "", "ini=/opt/ps/b.ini r "},
     {"ia.b|I", "write PS parameters to /opt/ps/run.ini and exit", "ini=/opt/ps/run.ini w "},
     {"Px", "", "pressing=1 ", "x"},
-    {"ox.lst", "write console output to @x.lst", ""},
-    {"Oy", "add console output to @y.txt", ""},
+    {"ox.lst", "write console output to @x.lst", "files=0>@x.lst  "},
+    {"Oy", "add console output to @y.txt", "files=0>>@y.txt  "},
     {"L|Linfo|Lx", "ignored: incorrect level of console output", ""},
     {"LDATA", "write fails,notes,performance results,tracing info,data info to console",
      "level=87 "},
     {"J0|J1.5|J12", "set the number of external measurement loops to (12)", "ext=12 "},
     {"c7|c99999999999", "ignored", "ms=7 "},
     {"j9|j|j 4|j-3", "ignored: incorrect number of loops", "loops=9 "},
-    {"r|R", "add performance result table to @run.csv", ""},
-    {"r/dev/null/x", "", "unopened=1 "},
-    {"q", "write function parameter name lines to @run_name.csv", "names=2 "},
+    {"r|R", "add performance result table to @run.csv", "files=1>@run.csv 1>>@run.csv  "},
+    {"q", "write function parameter name lines to @run_name.csv",
+     "files=2>@run_name.csv  names=2 "},
     {"q+", "ignored because -r or -R options are not present in command line", "names=1 "},
     {"Q", "ignored because -q option is not present in command line", ""},
-    {"u", "write summary table to @run_sum.csv", ""},
-    {"Us.x", "add summary table to @s.x", ""},
+    {"u", "write summary table to @run_sum.csv", "files=3>@run_sum.csv  "},
+    {"Us.x", "add summary table to @s.x", "files=3>>@s.x  "},
     {"ga|g", "create file @run.end at the end of PS work", "signal=@run.end "},
     {"nt", "name ini-file and output files as t.<proper-ext>", ""},
     {"pin", "open test data files & ini-file in /opt/ps/in/", ""},
     {"l/o/", "open output files in /o/", ""},
-    {"fA|f-B|t=C|m+D|f+|t|f-", "ignored: empty function pattern", "conditions=01A 00B 12C 20D  "},
-    {"f+C", "don't test functions without 'C' in the name", "conditions=00C  "},
-    {"t=T", "run test equal to 'T'", "conditions=12T  "},
-    {"m=", "ignored: empty file pattern", ""},
+    {"fA|f-B|t=C|m+D|f+|t|f-", "ignored: empty function pattern",
+     "patterns=0A 0-B 1=C 2+D 0+ 1 0-  "},
+    {"f+C", "don't test functions without 'C' in the name", "patterns=0+C  "},
+    {"t=T", "run test equal to 'T'", "patterns=1=T  "},
+    {"m=", "ignored: empty file pattern", "patterns=2=  "},
     {"kor", "keys composition: -f<conditions> OR ", "logic=1 "},
     {"ko|k", "keys composition: -f<conditions> AND ", ""},
     {"kOR", "keys composition: -f<conditions> AND ", "", "OR"},
@@ -151,18 +156,19 @@ const struct {
     {"e+", "enumerate applied and not applied library functions and exit", "enum=1 "},
     {"e-", "enumerate not applied", "enum=-1 "},
     {"@x", "ignored: option files cannot be nested", ""},
-    {"h?", "type extended help for -? key and exit", ""},
-    {"??", "type extended help with hidden keys and exit", ""},
+    {"h?", "type extended help for -? key and exit", "help=63 "},
+    {"??", "type extended help with hidden keys and exit", "help=63? "},
+    {"W=", "unmask floating-point exceptions", "unmask=1 "},
+    {"v", "type the version number of the Performance System and exit", "version=1 "},
     {"z1", "ignored: incorrect option key", ""},
 };
 
 TEST_F(Keys, EchoWhatTheyUnderstandAndChangeNothingElse) {
-    std::set<char> seen{'v', 'W'};  // below
+    std::set<char> seen;
     for (const auto& c : keyCases) {
-        putBack();
         psSession fresh;
         fresh.initSession();
-        const std::vector<std::string> before = settings(fresh);
+        const std::vector<std::string> before = texts({});
         psStringList words;
         psString(c.words).parse(words, "|");
         int echoed = 0;
@@ -175,7 +181,7 @@ TEST_F(Keys, EchoWhatTheyUnderstandAndChangeNothingElse) {
         EXPECT_EQ(line.find("-" + str(words.back()) + ": " + echo), 0U) << line << echo;
         EXPECT_EQ(has(line, ": ignored"), echo.starts_with("ignored")) << line;
         std::string changed;
-        const std::vector<std::string> after = settings(fresh);
+        const std::vector<std::string> after = texts(fresh.settings());
         for (std::size_t i = 0; i < after.size(); ++i)
             if (after[i] != before[i]) changed += after[i] + " ";
         EXPECT_EQ(changed, expand(c.changed)) << c.words;
@@ -195,7 +201,8 @@ TEST_F(Keys, EchoOfNameKeysDependsOnTheirPartners) {
               "-q+: add function parameter name lines to csv files defined by -r & -R keys\n");
     EXPECT_EQ(echo('Q', ""),
               "-Q: exit after function parameter name table creation and don't run tests\n");
-    EXPECT_TRUE(psCStream::m_nameExit && psCStream::m_nameMode == 1 && g_qstrm.empty());
+    EXPECT_TRUE(session.settings().nameExit && session.settings().nameMode == 1 &&
+                session.settings().files.empty());
 }
 
 TEST_F(Keys, ExitKeysSilenceTheEchoOfTheOthers) {
@@ -203,7 +210,9 @@ TEST_F(Keys, ExitKeysSilenceTheEchoOfTheOthers) {
                                    "ignored because of -h option", "ignored because of -v option"};
     const std::string selecting = "ftmse";
     for (int level = 1; level <= 3; ++level) {
-        psSession::m_exitLevel = level;
+        psSettings settings = g_settings;
+        settings.exitLevel = level;
+        psPublish(settings);
         for (const psOption* option : session.options()) {
             const char key = option->key;
             if (key == '@') continue;
@@ -214,17 +223,18 @@ TEST_F(Keys, ExitKeysSilenceTheEchoOfTheOthers) {
         }
     }
     EXPECT_EQ(echo('o', "seen"), "-oseen: ignored because of -v option\n");
-    EXPECT_TRUE(std::filesystem::exists(m_dir + "/seen.txt")) << "the key acts all the same";
+    EXPECT_EQ(session.settings().files.size(), 1U) << "the key acts all the same";
 }
 
 // In a process of its own: nothing takes the key back.
-TEST_F(Keys, UnmaskingTakesEffectWithTheNextGuard) {
+TEST_F(SessionTest, UnmaskingTakesEffectWithTheNextGuard) {
     const auto masksAreOpen = [this] {
-        const bool echoed = echo('W', "") == "-W: unmask floating-point exceptions\n";
+        psSession session;
+        parse(session, {"-W"});
         psInitCtrlStatus();
         const bool x87 = (ps87::instance().base().getCW() & PS_FP_ALL) == PS_FP_INEXACT;
         const bool sse = (psSSX::instance().base().get() & 0x1f80) == 0x1000;
-        std::_Exit(echoed && x87 && sse ? 0 : 1);
+        std::_Exit(x87 && sse ? 0 : 1);
     };
     EXPECT_EXIT(masksAreOpen(), testing::ExitedWithCode(0), "");
 }

@@ -55,7 +55,9 @@ struct LengthTest : psTest {
 
 TEST(PsTest, LengthIsVariedForTheCacheWhenAsked) {
     for (const bool asked : {false, true}) {
-        psTest::m_cache = asked;
+        psSettings settings;
+        settings.cache = asked;
+        psPublish(settings);
         LengthTest test;
         test.startAndStop();
         ASSERT_EQ(test.cacheIter() != nullptr, asked);
@@ -67,7 +69,7 @@ TEST(PsTest, LengthIsVariedForTheCacheWhenAsked) {
         EXPECT_EQ(psMallocTotal(), 800) << "the first above a tenth of the cache";
         psCacheIterator::maxCacheSize = nullptr;
     }
-    psTest::m_cache = false;
+    psPublish({});
 }
 
 }  // namespace

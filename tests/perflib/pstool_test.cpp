@@ -76,7 +76,7 @@ class Engine : public testing::Test {
     ~Engine() override {
         zmo_FpuSsx4TS = psFpuSsx4TS;
         psTool::m_pCheckStatus = nullptr;
-        psTool::m_priority = 0;
+        psPublish({});
         psCpuTicker::m_freqMHz = 0;
         psClearCtrlStatus();
         psMaskExceptions();
@@ -353,7 +353,9 @@ TEST_F(Engine, LoopsOverTheCallFunction) {
 TEST_F(Engine, FaultsLeaveEverythingAsItWas) {
     psException::currentName = psTrace::getCurName;
     const int before = getpriority(PRIO_PROCESS, 0);
-    psTool::m_priority = 3;
+    psSettings lowest;
+    lowest.priority = 3;
+    psPublish(lowest);
     const std::tuple<psTool::FuncLoop, psTool::FuncStat, psTool::FuncCall, int, bool> cases[] = {
         {funcLoop, nullptr, nullptr, psTool::AUTO, false},
         {funcLoop, nullptr, nullptr, psTool::MANUAL, false},

@@ -48,18 +48,13 @@ class SessionTest : public testing::Test {
 
     // What keys change outside the session, as before the first.
     static void putBack() {
+        psPublish({});
         g_istrm.close();
         g_istrm.dataList().clear();
         for (psSinkList* stream : std::vector<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm})
             release(*stream);
         g_ostrm.setOutLevel(showErrors);
         psGlobalTool() = psTool();
-        psTool::m_numMilliseconds = 100;
-        psTool::m_minNumLoops = psTool::m_numExtLoops = 8;
-        psTool::m_priority = 0;
-        psTestList::m_startFunc() = "";
-        psSession::m_exitLevel = psCStream::m_nameMode = psTest::m_hot = 0;
-        psCStream::m_nameExit = psTest::m_cache = psTest::m_pressing = false;
     }
 
     // Hands the words to the operation as main's are.

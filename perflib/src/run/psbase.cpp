@@ -98,11 +98,6 @@ psTestList::~psTestList() {
     for (psTest* test : *this) delete test;
 }
 
-psString& psTestList::m_startFunc() {
-    static psString name;
-    return name;
-}
-
 bool aless(psTest*& a, psTest*& b) {
     return a && b && a->compareFunc(b) < 0;
 }
@@ -151,14 +146,12 @@ void psTestList::plus(psResult result) {
 }
 
 // A function that -P leaves out is not run; its test has nothing to count.
-psList<psTest*> psTestList::selectTests(psConditions& conditions) const {
+psList<psTest*> psTestList::selectTests(psConditions& conditions) {
     psList<psTest*> selected;
     for (psTest* test : *this) {
         if (!test->tobeRun(conditions)) continue;
-        if (!m_startFunc().empty()) {
-            if (!test->funcName().contains(m_startFunc())) continue;
-            m_startFunc().free();
-        }
+        started = started || test->funcName().contains(m_startFunc);
+        if (!started) continue;
         if (!test->leftOut()) selected.push_back(test);
     }
     return selected;

@@ -7,6 +7,7 @@
 
 #include "pslist.h"
 #include "psresult.h"
+#include "pssettings.h"
 #include "psstring.h"
 
 class psConditions;
@@ -33,16 +34,17 @@ class psTestList : public psList<psTest*> {
 
     std::time_t startTime = 0;
     std::time_t endTime = 0;
+    bool started = false;  // some selected test has the function of -F
     int numRun = 0;
     psSetCounts sets;  // of all tests
     // By result; warnings are also counted at WRN and failures at FAIL.
     std::array<int, 12> countByResult{};
 
-    static psString& m_startFunc();  // -F; empty: start at the first test
+    static constexpr const psString& m_startFunc = g_settings.startFunc;
     static psTest* m_pCurrentTest;
 
   private:
-    psList<psTest*> selectTests(psConditions& conditions) const;
+    psList<psTest*> selectTests(psConditions& conditions);
 };
 
 // True when the first test's function sorts before the second's.

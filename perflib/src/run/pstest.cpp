@@ -21,9 +21,6 @@
 using enum MessageLevel;
 
 psResult psTest::m_currentResult = PS_UNDEFINED;
-int psTest::m_hot = 0;
-bool psTest::m_cache = false;
-bool psTest::m_pressing = false;
 int psTest::m_numParmsColm = 9;
 int psTest::m_numResultColm = 5;
 int psTest::m_vectorNum = 0;

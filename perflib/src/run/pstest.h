@@ -9,6 +9,7 @@
 #include "psctrl87.h"
 #include "pslist.h"
 #include "psresult.h"
+#include "pssettings.h"
 #include "psstream.h"
 #include "psstring.h"
 #include "pstool.h"
@@ -77,12 +78,12 @@ class psTest {
     psCacheIterator* cacheIter() const { return m_cacheIter.get(); }
 
     static psResult m_currentResult;  // worst result over the sets of the running test
-    static int m_hot;                 // 0 none, 1 -H, 2 -HONLY
-    static bool m_cache;              // -C
-    static bool m_pressing;           // -P
-    static int m_numParmsColm;        // function and parameter columns of the table
-    static int m_numResultColm;       // result columns of the table
-    static int m_vectorNum;           // vectors printed in the current set
+    static constexpr const int& m_hot = g_settings.hot;
+    static constexpr const bool& m_cache = g_settings.cache;
+    static constexpr const bool& m_pressing = g_settings.pressing;
+    static int m_numParmsColm;   // function and parameter columns of the table
+    static int m_numResultColm;  // result columns of the table
+    static int m_vectorNum;      // vectors printed in the current set
 
     // A result is folded into the running test's; it never gets better.
     static void raiseResult(psResult result);

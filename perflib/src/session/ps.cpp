@@ -5,24 +5,23 @@
 #include <algorithm>
 #include <ctime>
 #include <initializer_list>
+#include <utility>
 
 #include "pscmdline.h"
 #include "pscputest.h"
+#include "psctrl87.h"
 #include "psexcept.h"
 #include "psinterrupt.h"
 #include "psistream.h"
 #include "pslib.h"
 #include "psremarks.h"
 #include "psreport.h"
+#include "pstool.h"
 
 using enum MessageLevel;
 
 psSession* pSession = nullptr;
 
-psString& psSession::m_exePath = psCStream::m_exePath;
-int& psSession::m_nameMode = psCStream::m_nameMode;
-bool& psSession::m_nameExit = psCStream::m_nameExit;
-int psSession::m_exitLevel = 0;
 bool psSession::m_libraryWanted = false;
 bool psSession::m_optionFile = false;
 
@@ -62,6 +61,44 @@ void registerLibraryVersions() {
     g_ostrm << "Morva ZMO libraries information has been set into PS\n";
 }
 
+psSinkList& streamOf(psOutputFile::Content content) {
+    switch (content) {
+        case psOutputFile::table:
+            return g_cstrm;
+        case psOutputFile::names:
+            return g_qstrm;
+        case psOutputFile::summary:
+            return g_ustrm;
+        default:
+            return g_ostrm;
+    }
+}
+
+// Every file that can be opened is; false when one could not.
+bool openFiles() {
+    bool opened = true;
+    for (const psOutputFile& file : g_settings.files)
+        opened = streamOf(file.content).addStream(file.path, file.append) && opened;
+    return opened;
+}
+
+bool openIniFile() {
+    const psString& name = g_settings.iniName;
+    const bool write = g_settings.iniWrite;
+    if (name.empty() || g_istrm.setIniFile(name, write) || !write) return true;
+    g_ostrm << "FATAL FAIL: can't open ini-file for writing\n";
+    return false;
+}
+
+// While the streams that a loss is told through are alive. The listing stays open
+// for what comes after the session.
+void closeFiles() {
+    g_istrm.close();
+    for (psSinkList* files : std::initializer_list<psSinkList*>{&g_cstrm, &g_qstrm, &g_ustrm})
+        files->close();
+    g_ostrm.flush();
+}
+
 }  // namespace
 
 bool psRegSession(psSession* session) {
@@ -80,11 +117,7 @@ psSession::~psSession() {
 
 void psSession::initSession() {
     m_conditions = std::make_unique<psConditions>();
-    m_batMode = false;
-    m_askMode = 0;
-    m_noSort = false;
-    m_enumMode = runMode;
-    m_levelMode = static_cast<int>(ERR);
+    m_settings = {};
     psRegisterKeys(*this);
 }
 
@@ -109,26 +142,9 @@ void psSession::applyOption(char key, const psString& arg) {
         return;
     }
     m_optionsLine += option->info(arg) + "\n";
-    if (const psString line = psSuperfluous(key, arg); !line.empty()) remarkOption(line);
-    if (option->apply) option->apply(arg, this);
-}
-
-void psSession::setIniMode(const psString& path, bool write) {
-    m_iniName = path;
-    m_iniWrite = write;
-}
-
-void psSession::addCondition(RunCondition* condition) {
-    if (condition) m_conditions->add(std::unique_ptr<RunCondition>(condition));
-}
-
-void psSession::logicCondition(int logic) {
-    m_conditions->logic = logic;
-}
-
-void psSession::setHelp(char arg, bool hideHidden) {
-    m_helpArg = arg;
-    m_hideHidden = hideHidden;
+    if (const psString line = psSuperfluous(key, arg); !line.empty())
+        m_optionRemarks.push_back(line);
+    if (option->apply) option->apply(arg, m_settings);
 }
 
 psString psSession::getExitInfo() {
@@ -144,68 +160,6 @@ psString psSession::getExitInfo() {
     }
 }
 
-void psSession::resetKeys() {
-    m_askMode = 0;
-    m_batMode = false;
-    m_noSort = false;
-    m_enumMode = runMode;
-    m_nameMode = 0;
-    m_nameExit = false;
-    m_unopened = false;
-    m_iniName = "";
-    m_optionsLine = "Command line options: ";
-    m_optionRemarks.clear();
-}
-
-bool psSession::readCfgFile(psString& line, psString& path) {
-    constexpr std::size_t maxLength = 1023;
-    constexpr const char* cfgRule =
-        "only the first line is read, up to 1023 characters and no NUL byte";
-    const psString name = m_exePath.getFileTitle() + ".cfg";
-    for (const psString& candidate : {name, genDirName("") + name}) {
-        i_stream file(candidate, io_stream::READ | io_stream::NAME_AS_GIVEN, false);
-        if (!file.isOpen()) continue;
-        file.getline(line);
-        if (file.readError()) continue;  // a directory
-        line = psWithoutByteOrderMark(line.view());
-        const auto end = std::min(line.view().find('\0'), maxLength);
-        psString rest = line.view().substr(std::min(end, line.view().size()));
-        line = line.view().substr(0, end);
-        for (psString more; file.getline(more);) rest += more.trim();
-        if (!rest.empty()) remarkOption(candidate + ": " + cfgRule);
-        path = candidate;
-        return true;
-    }
-    return false;
-}
-
-// Arguments win over the configuration file, and that over the command line
-// that is compiled in.
-void psSession::readKeys(int argc, char** argv) {
-    psString line;
-    psString path;
-    if (argc > 1) {
-        m_commandList->setArgs(argc - 1, argv + 1);
-        m_optionsLine += "\n";
-    } else if (readCfgFile(line, path)) {
-        m_commandList->setArgs(line.c_str());
-        m_optionsLine += "read from " + path + " file\n";
-    } else if (pCmdLine) {
-        m_commandList->setArgs(pCmdLine->c_str());
-        m_optionsLine += "set by _FORCE_CMDLINE preprocessor definition\n";
-    } else {
-        m_optionsLine = "";
-    }
-}
-
-void psSession::setExitLevel() {
-    const psCommandList& keys = *m_commandList;
-    m_exitLevel = keys.isKey('?') || keys.isKey('h') ? 2
-                  : keys.isKey('e')                  ? 1
-                  : keys.isKey('v')                  ? 3
-                                                     : 0;
-}
-
 void psSession::setDefaults() {
     psString arg;
     setInDir(m_commandList->getArg('p', arg) ? arg : psString());
@@ -214,32 +168,33 @@ void psSession::setDefaults() {
     setDefName(named ? arg : m_exePath.getFileTitle());
 }
 
-bool psSession::openIniFile() {
-    if (m_iniName.empty() || g_istrm.setIniFile(m_iniName, m_iniWrite) || !m_iniWrite) return true;
-    g_ostrm << "FATAL FAIL: can't open ini-file for writing\n";
-    return false;
-}
-
 bool psSession::parseCommandLine(int argc, char** argv) {
-    m_exePath = argc > 0 ? argv[0] : "";
-    resetKeys();
+    m_settings = {};
+    m_settings.exePath = argc > 0 ? argv[0] : "";
+    psPublish(m_settings);
+    m_optionRemarks.clear();
     m_commandList = std::make_unique<psCommandList>();
     pCmdList = m_commandList.get();
-    readKeys(argc, argv);
+    m_optionsLine = m_commandList->readKeys(argc, argv);
     // These come from the command line itself: option files cannot change them.
-    setExitLevel();
+    m_settings.exitLevel = m_commandList->exitLevel();
+    psPublish(m_settings);
     setDefaults();
+    m_settings = g_settings;
 
     // What a run shows until its own level takes over.
     g_ostrm.setOutLevel(showResults);
     const bool filesRead = m_commandList->expandFiles();
-    for (const psString& line : m_commandList->remarks()) remarkOption(line);
+    m_optionRemarks = m_commandList->remarks();
     applyKeys();
+    psPublish(m_settings);
+    useSettings();
+    const bool filesOpened = openFiles();
     printOptions();
 
     if (!filesRead) g_ostrm << "FATAL FAIL: can't open option file for reading\n";
-    if (m_unopened) g_ostrm << "FATAL FAIL: can't open output file for writing\n";
-    if (!filesRead || m_unopened || !openIniFile()) return false;
+    if (!filesOpened) g_ostrm << "FATAL FAIL: can't open output file for writing\n";
+    if (!filesRead || !filesOpened || !openIniFile()) return false;
     updateOptions();
     return true;
 }
@@ -253,6 +208,21 @@ void psSession::applyKeys() {
     m_optionFile = false;
 }
 
+// What others keep of the settings.
+void psSession::useSettings() {
+    g_istrm.dataList().clear();
+    for (const psGivenValue& given : g_settings.data)
+        g_istrm.dataList().set(given.name, given.value);
+    for (const psGivenPattern& given : g_settings.patterns) {
+        const auto target = static_cast<RunCondition::Target>(given.target);
+        if (auto condition = psMakeCondition(target, given.text))
+            m_conditions->add(std::move(condition));
+    }
+    m_conditions->logic = g_settings.logic;
+    psGlobalTool().setCallMode(g_settings.setAndUse);
+    if (g_settings.unmask) psSetExceptionValues();
+}
+
 void psSession::printOptions() {
     g_ostrm << m_optionsLine << ERR;
     m_optionsLine = "";
@@ -263,10 +233,6 @@ void psSession::printOptions() {
 void psSession::updateOptions() {
     if (psOption* option = getOption('T'))
         psInsertIntoDescription(*option, psCpuFeatures::optimizedList());
-    if (m_batMode)
-        m_askMode = 0;
-    else if (m_askMode == 0)
-        m_askMode = askTiming | askParams;
 }
 
 bool psSession::startSession() {
@@ -275,14 +241,10 @@ bool psSession::startSession() {
 
 // ---- help -----------------------------------------------------------------
 
-psString psSession::banner() {
-    return psString("Morva ZMO Performance System 2.0, ") + __DATE__;
-}
-
 bool psSession::hintOutput() {
-    if (m_helpArg == '\0' && !m_version) return false;
-    g_ostrm << "\n" << banner() << "\n";
-    if (m_helpArg != '\0') hint(m_helpArg, m_hideHidden);
+    if (g_settings.helpArg == '\0' && !g_settings.version) return false;
+    g_ostrm << "\n" << psBanner() << "\n";
+    if (g_settings.helpArg != '\0') hint(g_settings.helpArg, g_settings.hideHidden);
     return true;
 }
 
@@ -320,7 +282,7 @@ int psSession::run(int argc, char** argv) {
     g_ostrm.push_back(&c_out);
     setZmoEnvironment();
     initSession();
-    addCpuTest();
+    psRegTest(new __psMorvaCpuTest);
     pTestList->startTime = std::time(nullptr);
 
     int result = 0;
@@ -334,12 +296,8 @@ int psSession::run(int argc, char** argv) {
     psRemarks::print();
     outputSignal();
     psRemarks::print();
-    destroyTests();
+    delete std::exchange(pTestList, nullptr);
     return result;
-}
-
-void psSession::addCpuTest() {
-    psRegTest(new __psMorvaCpuTest);
 }
 
 void psSession::initLibrary() {
@@ -350,21 +308,21 @@ void psSession::initLibrary() {
         const psOutLevelGuard errorsOnly(static_cast<int>(ERR));
         setZmoEnvironment();
     }
-    psZmoCpuSetup(m_cpuFeatures != 0, m_cpuFeatures);
-    if (!m_featureText.empty())
-        g_ostrm << ERR << m_featureText << psCpuFeatures::processorText(0) << END;
+    psZmoCpuSetup(g_settings.cpuFeatures != 0, g_settings.cpuFeatures);
+    if (!g_settings.featureText.empty())
+        g_ostrm << ERR << g_settings.featureText << psCpuFeatures::processorText(0) << END;
 }
 
 int psSession::runSession() {
-    if (!m_noSort) {
+    if (!g_settings.noSort) {
         g_ostrm << "Sorting functions...";
         pTestList->sortFunc();
         g_ostrm << "\n";
     }
     pTestList->startWithCpuTest();
     outputHeader();
-    if (m_enumMode <= 1) {
-        listTests(m_enumMode);
+    if (g_settings.enumMode <= 1) {
+        listTests(g_settings.enumMode);
         return 0;
     }
     return runTests();
@@ -372,18 +330,20 @@ int psSession::runSession() {
 
 int psSession::runTests() {
     if (s_parmFunc) s_parmFunc();
-    selectCommonParms();
+    // Finding out which common parameters the chosen tests use asks nothing.
+    g_istrm.setIStream(nullptr);
+    if (g_pParmList) pTestList->selectCommonParms(*m_conditions, *g_pParmList);
 
     g_ostrm.setOutLevel(showResults);
     readCommonData();
-    g_ostrm.setOutLevel(m_levelMode);
-    g_istrm.setIStream((m_askMode & askAll) ? &c_in : nullptr);
+    g_ostrm.setOutLevel(g_settings.levelMode);
+    g_istrm.setIStream((g_settings.asked() & psSettings::askAll) ? &c_in : nullptr);
 
     if (!g_pHotList) g_pHotList = new psStringList;
     psTest::m_numResultColm = psTest::m_hot ? 6 : 5;
     putTableTitle();
     g_ostrm.flush();
-    const bool shown = (m_levelMode & static_cast<int>(PERF)) != 0 || !g_cstrm.empty();
+    const bool shown = (g_settings.levelMode & static_cast<int>(PERF)) != 0 || !g_cstrm.empty();
     const int result = pTestList->runTests(*m_conditions);
     pTestList->endTime = std::time(nullptr);
     if (pTestList->sets.measured > 0 && !shown)
@@ -391,32 +351,6 @@ int psSession::runTests() {
     outputFooter();
     psRemarkUnmet(*this, *pTestList, true);
     return result;
-}
-
-// Finding out which common parameters the chosen tests use asks nothing.
-void psSession::selectCommonParms() {
-    if (!g_pParmList) return;
-    const int ask = m_askMode;
-    const bool bat = m_batMode;
-    m_askMode = 0;
-    m_batMode = true;
-    pTestList->selectCommonParms(*m_conditions, *g_pParmList);
-    m_askMode = ask;
-    m_batMode = bat;
-}
-
-// While the streams that a loss is told through are alive. The listing stays open
-// for what comes after the session.
-void psSession::closeFiles() {
-    g_istrm.close();
-    for (psSinkList* files : std::initializer_list<psSinkList*>{&g_cstrm, &g_qstrm, &g_ustrm})
-        files->close();
-    g_ostrm.flush();
-}
-
-void psSession::destroyTests() {
-    delete pTestList;
-    pTestList = nullptr;
 }
 
 // ---- output ---------------------------------------------------------------
@@ -462,8 +396,8 @@ void psSession::outputFooter() {
 }
 
 void psSession::outputSignal() {
-    if (m_signalName.empty()) return;
-    o_stream file(m_signalName, io_stream::WRITE | io_stream::NAME_AS_GIVEN);
+    if (g_settings.signalName.empty()) return;
+    o_stream file(g_settings.signalName, io_stream::WRITE | io_stream::NAME_AS_GIVEN);
     const double elapsed = std::difftime(pTestList->endTime, pTestList->startTime);
     file.write(psReportFormat::getTimeStr(elapsed) + "\n");
     file.write(psString(std::ctime(&pTestList->endTime)) + "\n");

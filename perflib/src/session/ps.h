@@ -10,6 +10,7 @@
 #include "pshelp.h"
 #include "pslist.h"
 #include "psoption.h"
+#include "pssettings.h"
 #include "psstream.h"
 #include "psstring.h"
 
@@ -52,53 +53,20 @@ class psSession {
     virtual void outputSignal();
     virtual void readCommonData();
 
-    // Bits of the ask mode: what the console is asked for. With askAll the tests
-    // ask for their own parameters, too.
-    enum Ask { askTiming = 1, askParams = 2, askMisalign = 4, askAll = 8 };
-    static constexpr int runMode = 100;  // enumMode of a run that measures
-
     // The registered keys, in registration order; owned by the session. The key
     // is the first character of a one-letter text.
     void initOption(const char* key, const psString& help, psOption::Info info,
                     psOption::Apply apply, const psString& description, bool hidden = false);
     psOption* getOption(char key) const;  // null when no such key is registered
     const psOptionList& options() const { return m_options; }
-    // Adds the key's echo to the options line and lets it act.
+    // Adds the key's echo to the options line and lets it act on the settings.
     void applyOption(char key, const psString& arg);
-    // Lines that stand behind the options block: what of the keys had no effect.
-    void remarkOption(const psString& line) { m_optionRemarks.push_back(line); }
 
-    // For the apply functions of the keys.
-    void addAskMode(int mode) { m_askMode |= mode; }
-    void setBatMode(bool on) { m_batMode = on; }
-    void setQuickMode(bool noSort) { m_noSort = noSort; }
-    void setEnumMode(int mode) { m_enumMode = mode; }
-    void addLevelMode(OutputLevel level) { m_levelMode |= level; }
-    void setIniMode(const psString& path, bool write);
-    void addCondition(RunCondition* condition);  // takes it over; null adds nothing
-    void logicCondition(int logic);
-    void unopenedFile() { m_unopened = true; }
-    void setSignalName(const psString& path) { m_signalName = path; }
-    // -h and -?: psShortHelp, 'h' or '?' for all of it, or a key.
-    void setHelp(char arg, bool hideHidden);
-    void setVersion() { m_version = true; }                                 // -v
-    void setCpuFeatures(unsigned long long mask) { m_cpuFeatures = mask; }  // -T; 0: none
-    void addFeatureText(const psString& text) { m_featureText += text; }
-
-    int askMode() const { return m_askMode; }
-    bool batMode() const { return m_batMode; }
-    bool noSort() const { return m_noSort; }
-    int enumMode() const { return m_enumMode; }
-    OutputLevel levelMode() const { return m_levelMode; }
-    bool unopened() const { return m_unopened; }
-    const psString& iniName() const { return m_iniName; }
-    bool iniWrite() const { return m_iniWrite; }
-    const psString& signalName() const { return m_signalName; }
+    // As the keys have left them so far; g_settings once all have been applied.
+    const psSettings& settings() const { return m_settings; }
     const psString& optionsLine() const { return m_optionsLine; }
-    unsigned long long cpuFeatures() const { return m_cpuFeatures; }
     psConditions* conditions() const { return m_conditions.get(); }
 
-    // The exit level is 1 with -e, 2 with -h or -?, 3 with -v, else 0.
     static bool isExit(int level) { return m_exitLevel >= level; }
     static psString getExitInfo();
     // True while a key of an option file is applied.
@@ -120,8 +88,6 @@ class psSession {
 
     // A title framed by stars, 80 columns wide.
     static psString getEnterTitle(const psString& text);
-    // Product, version and build date in one line.
-    static psString banner();
 
     // False until the keys have been applied and the run goes on to measure or
     // to enumerate. A registered environment function is called three times:
@@ -130,13 +96,13 @@ class psSession {
     // and after the library's initialisation, to bind again.
     static bool libraryWanted() { return m_libraryWanted; }
 
-    static psString& m_exePath;  // argv[0]
-    static psString m_inDir;
-    static psString m_outDir;
-    static psString m_defName;
-    static int m_exitLevel;
-    static int& m_nameMode;
-    static bool& m_nameExit;
+    static constexpr const psString& m_exePath = g_settings.exePath;
+    static constexpr const psString& m_inDir = g_settings.inDir;
+    static constexpr const psString& m_outDir = g_settings.outDir;
+    static constexpr const psString& m_defName = g_settings.defName;
+    static constexpr const int& m_exitLevel = g_settings.exitLevel;
+    static constexpr const int& m_nameMode = g_settings.nameMode;
+    static constexpr const bool& m_nameExit = g_settings.nameExit;
 
   protected:
     // The three dialogues of readCommonData(); each returns whether it asked.
@@ -145,42 +111,21 @@ class psSession {
     virtual bool readDataOffset();
 
   private:
-    void resetKeys();
     void applyKeys();
     void printOptions();
-    void readKeys(int argc, char** argv);
-    bool readCfgFile(psString& line, psString& path);
-    void setExitLevel();
     void setDefaults();
-    bool openIniFile();
+    void useSettings();
     bool hintOutput();
-    void addCpuTest();
     void initLibrary();
     int runSession();
     int runTests();
-    void selectCommonParms();
-    void closeFiles();
-    void destroyTests();
 
     std::unique_ptr<psConditions> m_conditions;
     psOptionList m_options;
     std::unique_ptr<psCommandList> m_commandList;
-    int m_askMode = 0;
-    bool m_batMode = false;
-    OutputLevel m_levelMode = 1;
-    bool m_noSort = false;
-    int m_enumMode = runMode;
-    bool m_unopened = false;
-    psString m_iniName;
-    bool m_iniWrite = false;
+    psSettings m_settings;
     psString m_optionsLine;
-    psStringList m_optionRemarks;
-    psString m_signalName;
-    char m_helpArg = '\0';
-    bool m_hideHidden = true;
-    bool m_version = false;
-    unsigned long long m_cpuFeatures = 0;
-    psString m_featureText;  // what -T did not understand; told once the library is set up
+    psStringList m_optionRemarks;  // what of the keys had no effect; behind the options block
 
     static bool m_libraryWanted;
     static bool m_optionFile;

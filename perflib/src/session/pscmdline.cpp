@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "ps.h"
+#include "psbase.h"
 #include "psstream.h"
 
 psCommandList* pCmdList = nullptr;
@@ -147,6 +149,49 @@ bool psCommandList::readFile(const psString& file, psString& text) {
     // A directory opens, but does not read.
     io_stream::reportOpenFailure(file, io_stream::READ, stream.error());
     return false;
+}
+
+bool psCommandList::readCfgFile(psString& line, psString& path) {
+    constexpr std::size_t maxLength = 1023;
+    constexpr const char* cfgRule =
+        "only the first line is read, up to 1023 characters and no NUL byte";
+    const psString name = g_settings.exePath.getFileTitle() + ".cfg";
+    for (const psString& candidate : {name, psSession::genDirName("") + name}) {
+        i_stream file(candidate, io_stream::READ | io_stream::NAME_AS_GIVEN, false);
+        if (!file.isOpen()) continue;
+        file.getline(line);
+        if (file.readError()) continue;  // a directory
+        line = psWithoutByteOrderMark(line.view());
+        const auto end = std::min(line.view().find('\0'), maxLength);
+        psString rest = line.view().substr(std::min(end, line.view().size()));
+        line = line.view().substr(0, end);
+        for (psString more; file.getline(more);) rest += more.trim();
+        if (!rest.empty()) m_remarks.push_back(candidate + ": " + cfgRule);
+        path = candidate;
+        return true;
+    }
+    return false;
+}
+
+psString psCommandList::readKeys(int argc, char** argv) {
+    const psString title("Command line options: ");
+    psString line;
+    psString path;
+    if (argc > 1) {
+        setArgs(argc - 1, argv + 1);
+        return title + "\n";
+    }
+    if (readCfgFile(line, path)) {
+        setArgs(line.c_str());
+        return title + "read from " + path + " file\n";
+    }
+    if (!pCmdLine) return {};
+    setArgs(pCmdLine->c_str());
+    return title + "set by _FORCE_CMDLINE preprocessor definition\n";
+}
+
+int psCommandList::exitLevel() const {
+    return isKey('?') || isKey('h') ? 2 : isKey('e') ? 1 : isKey('v') ? 3 : 0;
 }
 
 bool psCommandList::expandFiles() {

@@ -52,6 +52,11 @@ class psCommandList : public psList<psCommandKey> {
     void insertArgs(const psStringList& words, iterator position);
     void insertArg(const psString& word, const psString& separateArg, iterator position);
 
+    // Takes the keys of main's arguments; without any those of the configuration file
+    // <title of the program>.cfg, else those of the command line that is compiled in.
+    // Returns what the echo of the keys begins with.
+    psString readKeys(int argc, char** argv);
+
     // Inserts the keys of an option file, all its lines joined; false, and a
     // message, when it cannot be read. The name is taken as given. A NUL byte ends
     // the text of its line.
@@ -61,6 +66,7 @@ class psCommandList : public psList<psCommandKey> {
     // are not searched again. False when one could not be read.
     bool expandFiles();
 
+    int exitLevel() const;  // psSettings::exitLevel
     bool isKey(char key) const;
     bool getArg(char key, psString& arg) const;  // of the last entry with the key
 
@@ -71,6 +77,7 @@ class psCommandList : public psList<psCommandKey> {
     iterator endMark();
     void remarkLost(const psString& word, const psString& behind);
     bool readFile(const psString& file, psString& text);
+    bool readCfgFile(psString& line, psString& path);
 
     psStringList m_remarks;
     bool m_fromFile = false;

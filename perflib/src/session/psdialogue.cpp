@@ -92,7 +92,8 @@ void readIterative(Dialogue& dialogue, psTool& tool) {
 }  // namespace
 
 bool psSession::readTimingMethod() {
-    Dialogue dialogue((m_askMode & askTiming) != 0, "Specify timing method, please");
+    Dialogue dialogue((g_settings.asked() & psSettings::askTiming) != 0,
+                      "Specify timing method, please");
     psTool& tool = psGlobalTool();
     psMapDefault<int> method("Method", "Timing method",
                              {{psTool::AUTO, "Auto"},
@@ -123,7 +124,7 @@ bool psSession::readTimingMethod() {
 }
 
 bool psSession::readTestParameters() {
-    Dialogue dialogue((m_askMode & askParams) != 0,
+    Dialogue dialogue((g_settings.asked() & psSettings::askParams) != 0,
                       "Specify common parameters of all tests, please");
     if (!g_pParmList) return false;
     for (psParameter* parm : *g_pParmList) dialogue.read(*parm);
@@ -131,7 +132,8 @@ bool psSession::readTestParameters() {
 }
 
 bool psSession::readDataOffset() {
-    Dialogue dialogue((m_askMode & askMisalign) != 0, "Specify vectors alignment, please");
+    Dialogue dialogue((g_settings.asked() & psSettings::askMisalign) != 0,
+                      "Specify vectors alignment, please");
     psMapDefault<bool> by("AlignVectorsBy", "Align vectors by",
                           {{false, "element"}, {true, "byte"}}, psGetAlignByByte());
     dialogue.read(by);

@@ -326,6 +326,10 @@ const psKeyText& psTextOfKey(char key) {
     return found == std::end(keyTexts) ? none : *found;
 }
 
+psString psBanner() {
+    return psString("Morva ZMO Performance System 2.0, ") + __DATE__;
+}
+
 psString psQuickHelp(const psOptionList& options, bool hideHidden) {
     psString text = psString("QUICK HELP") + hiddenNote(hideHidden);
     for (const psOption* option : options) {

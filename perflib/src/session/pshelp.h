@@ -13,6 +13,9 @@ struct psKeyText {
 // A key without texts gets empty ones; the help calls it deprecated then.
 const psKeyText& psTextOfKey(char key);
 
+// Product, version and build date in one line.
+psString psBanner();
+
 // What the session's help is asked for when no key is named.
 constexpr char psShortHelp = 1;
 

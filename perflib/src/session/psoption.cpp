@@ -6,8 +6,6 @@
 #include "ps.h"
 #include "pscmdline.h"
 #include "pscputick_gcc.h"
-#include "psctable.h"
-#include "psctrl87.h"
 #include "pshelp.h"
 #include "psinterrupt.h"
 #include "psistream.h"
@@ -15,7 +13,6 @@
 #include "psremarks.h"
 #include "psstream.h"
 #include "pstest.h"
-#include "pstool.h"
 
 namespace {
 
@@ -45,58 +42,58 @@ bool beginsWith(const psString& arg, char c) {
     return !arg.empty() && arg[0] == c;
 }
 
-void applyNothing(const psString&, psSession*) {}
+void applyNothing(const psString&, psSettings&) {}
+
+// Of a key whose argument says nothing more.
+template <auto member, auto value = true>
+void applyValue(const psString&, psSettings& settings) {
+    settings.*member = value;
+}
 
 // Questions and values
 
 psString infoBatch(const psString&) {
     return "batch mode";
 }
-void applyBatch(const psString&, psSession* session) {
-    session->setBatMode(true);
-}
 
 int askBits(const psString& arg) {
     int bits = 0;
-    if (arg.contains("T")) bits |= psSession::askTiming;
-    if (arg.contains("P")) bits |= psSession::askParams;
-    if (arg.contains("M")) bits |= psSession::askMisalign;
-    constexpr int all =
-        psSession::askTiming | psSession::askParams | psSession::askMisalign | psSession::askAll;
+    if (arg.contains("T")) bits |= psSettings::askTiming;
+    if (arg.contains("P")) bits |= psSettings::askParams;
+    if (arg.contains("M")) bits |= psSettings::askMisalign;
+    constexpr int all = psSettings::askTiming | psSettings::askParams | psSettings::askMisalign |
+                        psSettings::askAll;
     return bits ? bits : all;
 }
 psString infoAsk(const psString& arg) {
     const int bits = askBits(arg);
     psString items;
-    if (bits & psSession::askTiming) items += ", timing method";
-    if (bits & psSession::askParams) items += ", common parameters";
-    if (bits & psSession::askMisalign) items += ", data misalignment";
-    if (bits & psSession::askAll) items += ", each test parameters";
+    if (bits & psSettings::askTiming) items += ", timing method";
+    if (bits & psSettings::askParams) items += ", common parameters";
+    if (bits & psSettings::askMisalign) items += ", data misalignment";
+    if (bits & psSettings::askAll) items += ", each test parameters";
     return psString("ask") + items.substr(1) + " from console";
 }
-void applyAsk(const psString& arg, psSession* session) {
-    session->addAskMode(askBits(arg));
+void applyAsk(const psString& arg, psSettings& settings) {
+    settings.askMode |= askBits(arg);
 }
 
 // False without a "=" or a name before it.
-bool splitData(const psString& arg, psString& name, psString& value) {
+bool splitData(const psString& arg, psGivenValue& given) {
     const int at = arg.find("=");
     if (at < 0) return false;
-    name = arg.substr(0, at).trim();
-    value = arg.substr(at + 1).trim();
-    return !name.empty();
+    given = {arg.substr(0, at).trim(), arg.substr(at + 1).trim()};
+    return !given.name.empty();
 }
 psString infoData(const psString& arg) {
-    psString name;
-    psString value;
+    psGivenValue given;
     if (arg.empty()) return "ignored: empty data argument";
-    if (!splitData(arg, name, value)) return "ignored: incorrect data format";
+    if (!splitData(arg, given)) return "ignored: incorrect data format";
     return "set PS parameter " + arg;
 }
-void applyData(const psString& arg, psSession*) {
-    psString name;
-    psString value;
-    if (splitData(arg, name, value)) g_istrm.dataList().set(name, value);
+void applyData(const psString& arg, psSettings& settings) {
+    psGivenValue given;
+    if (splitData(arg, given)) settings.data.push_back(given);
 }
 
 psString iniPath(const psString& arg) {
@@ -105,45 +102,39 @@ psString iniPath(const psString& arg) {
 psString infoIniRead(const psString& arg) {
     return "read from " + iniPath(arg);
 }
-void applyIniRead(const psString& arg, psSession* session) {
-    session->setIniMode(iniPath(arg), false);
-}
 psString infoIniWrite(const psString& arg) {
     return "write PS parameters to " + iniPath(arg) + " and exit";
 }
-void applyIniWrite(const psString& arg, psSession* session) {
-    session->setIniMode(iniPath(arg), true);
+template <bool write>
+void applyIni(const psString& arg, psSettings& settings) {
+    settings.iniName = iniPath(arg);
+    settings.iniWrite = write;
 }
 psString infoPressing(const psString&) {
     return "read tested function names from ini-file if any";
-}
-void applyPressing(const psString&, psSession*) {
-    psTest::m_pressing = true;
 }
 
 // Output files
 
 struct Output {
+    psOutputFile::Content kind;
     const char* content;
     const char* extension;
-    psSinkList& (*stream)();
 
     psString path(const psString& arg) const { return psSession::genOutPath(arg, extension); }
 };
-constexpr Output listing{"console output", ".txt", []() -> psSinkList& { return g_ostrm; }};
-constexpr Output results{"performance result table", ".csv",
-                         []() -> psSinkList& { return g_cstrm; }};
-constexpr Output nameLines{"function parameter name lines", "_name.csv",
-                           []() -> psSinkList& { return g_qstrm; }};
-constexpr Output summary{"summary table", "_sum.csv", []() -> psSinkList& { return g_ustrm; }};
+constexpr Output listing{psOutputFile::listing, "console output", ".txt"};
+constexpr Output results{psOutputFile::table, "performance result table", ".csv"};
+constexpr Output nameLines{psOutputFile::names, "function parameter name lines", "_name.csv"};
+constexpr Output summary{psOutputFile::summary, "summary table", "_sum.csv"};
 
 template <const Output& output, bool append = false>
 psString infoOutput(const psString& arg) {
     return psString(append ? "add " : "write ") + output.content + " to " + output.path(arg);
 }
 template <const Output& output, bool append = false>
-void applyOutput(const psString& arg, psSession* session) {
-    if (!output.stream().addStream(output.path(arg), append)) session->unopenedFile();
+void applyOutput(const psString& arg, psSettings& settings) {
+    settings.files.push_back({output.kind, output.path(arg), append});
 }
 
 constexpr int namesIntoTable = 1;
@@ -155,20 +146,20 @@ psString infoNames(const psString& arg) {
         return "ignored because -r or -R options are not present in command line";
     return "add function parameter name lines to csv files defined by -r & -R keys";
 }
-void applyNames(const psString& arg, psSession* session) {
+void applyNames(const psString& arg, psSettings& settings) {
     if (beginsWith(arg, '+')) {
-        psCStream::m_nameMode |= namesIntoTable;
+        settings.nameMode |= namesIntoTable;
         return;
     }
-    psCStream::m_nameMode |= namesIntoFile;
-    applyOutput<nameLines>(arg, session);
+    settings.nameMode |= namesIntoFile;
+    applyOutput<nameLines>(arg, settings);
 }
 psString infoNameExit(const psString&) {
     return isGiven('q') ? "exit after function parameter name table creation and don't run tests"
                         : "ignored because -q option is not present in command line";
 }
-void applyNameExit(const psString&, psSession*) {
-    if (isGiven('q')) psCStream::m_nameExit = true;
+void applyNameExit(const psString&, psSettings& settings) {
+    settings.nameExit = isGiven('q');
 }
 
 psString signalPath(const psString& arg) {
@@ -177,8 +168,8 @@ psString signalPath(const psString& arg) {
 psString infoSignal(const psString& arg) {
     return "create file " + signalPath(arg) + " at the end of PS work";
 }
-void applySignal(const psString& arg, psSession* session) {
-    session->setSignalName(signalPath(arg));
+void applySignal(const psString& arg, psSettings& settings) {
+    settings.signalName = signalPath(arg);
 }
 
 psString infoName(const psString& arg) {
@@ -224,8 +215,8 @@ psString infoLevel(const psString& arg) {
     }
     return text + " to console";
 }
-void applyLevel(const psString& arg, psSession* session) {
-    session->addLevelMode(levelBits(arg));
+void applyLevel(const psString& arg, psSettings& settings) {
+    settings.levelMode |= levelBits(arg);
 }
 
 // Selection of tests
@@ -260,8 +251,8 @@ psString infoCondition(const psString& arg) {
     return echo.before[i] + pattern + echo.behind[i];
 }
 template <RunCondition::Target target>
-void applyCondition(const psString& arg, psSession* session) {
-    session->addCondition(psMakeCondition(target, arg).release());
+void applyCondition(const psString& arg, psSettings& settings) {
+    settings.patterns.push_back({target, arg});
 }
 
 int logicOf(const psString& arg) {
@@ -272,53 +263,50 @@ psString infoLogic(const psString& arg) {
                ? "keys composition: -f<conditions> OR -t<conditions> OR -m<conditiosn>"
                : "keys composition: -f<conditions> AND -t<conditions> AND -m<conditions>";
 }
-void applyLogic(const psString& arg, psSession* session) {
-    session->logicCondition(logicOf(arg));
+void applyLogic(const psString& arg, psSettings& settings) {
+    settings.logic = logicOf(arg);
 }
 
 psString infoStart(const psString& arg) {
     return "start testing from " + arg + " function";
 }
-void applyStart(const psString& arg, psSession*) {
-    psTestList::m_startFunc() = arg;
+void applyStart(const psString& arg, psSettings& settings) {
+    settings.startFunc = arg;
 }
 
 psString infoHot(const psString& arg) {
     return beginsWith(arg, 'O') ? "run tests for hot functions only"
                                 : "add 'Interest' column to table file";
 }
-void applyHot(const psString& arg, psSession*) {
-    psTest::m_hot = beginsWith(arg, 'O') ? 2 : 1;
+void applyHot(const psString& arg, psSettings& settings) {
+    settings.hot = beginsWith(arg, 'O') ? 2 : 1;
 }
 
 psString infoCache(const psString&) {
     return "test data size will be in cache and out of cache if that is supported by test";
-}
-void applyCache(const psString&, psSession*) {
-    psTest::m_cache = true;
 }
 
 psString infoSort(const psString& arg) {
     return beginsWith(arg, '-') ? "don't sort functions" : "sort functions";
 }
 // A plain -s does not take back what an earlier -s- has set.
-void applySort(const psString& arg, psSession* session) {
-    if (beginsWith(arg, '-')) session->setQuickMode(true);
+void applySort(const psString& arg, psSettings& settings) {
+    if (beginsWith(arg, '-')) settings.noSort = true;
 }
 
 // Measurement
 
 struct Count {
-    int* setting;
+    int psSettings::*setting;
     const char* name;
     const char* before;
     const char* behind;
 };
-constexpr Count externalLoops{&psTool::m_numExtLoops, "external loops",
+constexpr Count externalLoops{&psSettings::numExtLoops, "external loops",
                               "set the number of external measurement loops to (", ")"};
-constexpr Count milliseconds{&psTool::m_numMilliseconds, "milliseconds",
+constexpr Count milliseconds{&psSettings::numMilliseconds, "milliseconds",
                              "set measurement loop to (", ") milliseconds"};
-constexpr Count leastLoops{&psTool::m_minNumLoops, "loops",
+constexpr Count leastLoops{&psSettings::minNumLoops, "loops",
                            "set minimun number of measurement loops to (", ")"};
 
 bool readCount(const psString& arg, int& count) {
@@ -336,8 +324,8 @@ psString infoCount(const psString& arg) {
     return psString(what.before) + psText(count) + what.behind;
 }
 template <const Count& what>
-void applyCount(const psString& arg, psSession*) {
-    readCount(arg, *what.setting);
+void applyCount(const psString& arg, psSettings& settings) {
+    readCount(arg, settings.*what.setting);
 }
 
 struct Priority {
@@ -357,15 +345,12 @@ psString infoPriority(const psString& arg) {
     if (!priority) return "ignored: incorrect process priority value";
     return psString("set ") + priority->word + " process priority";
 }
-void applyPriority(const psString& arg, psSession*) {
-    if (const Priority* priority = priorityOf(arg)) psTool::m_priority = priority->level;
+void applyPriority(const psString& arg, psSettings& settings) {
+    if (const Priority* priority = priorityOf(arg)) settings.priority = priority->level;
 }
 
 psString infoUnmask(const psString&) {
     return "unmask floating-point exceptions";
-}
-void applyUnmask(const psString&, psSession*) {
-    psSetExceptionValues();
 }
 
 psString infoFeatures(const psString& arg) {
@@ -373,18 +358,15 @@ psString infoFeatures(const psString& arg) {
     if (psCpuFeatures::cpuFeatures(arg) == 0) return "ignored: incorrect CPU features";
     return "call zmoSetCpuFeatures ( Zmo64u " + arg + " )";
 }
-void applyFeatures(const psString& arg, psSession* session) {
+void applyFeatures(const psString& arg, psSettings& settings) {
     if (!zmoEnvironment) return;
-    session->addFeatureText(psCpuFeatures::unknownText(arg));
+    settings.featureText += psCpuFeatures::unknownText(arg);
     const std::uint64_t mask = psCpuFeatures::cpuFeatures(arg);
-    if (mask) session->setCpuFeatures(mask);
+    if (mask) settings.cpuFeatures = mask;
 }
 
 psString infoSetUse(const psString&) {
     return "include to measurement data set & use time";
-}
-void applySetUse(const psString&, psSession*) {
-    psGlobalTool().setCallMode(true);
 }
 
 // Keys that end the run
@@ -394,17 +376,14 @@ psString infoEnumerate(const psString& arg) {
     if (beginsWith(arg, '-')) return "enumerate not applied library functions and exit";
     return "enumerate tested functions and exit";
 }
-void applyEnumerate(const psString& arg, psSession* session) {
-    session->setEnumMode(beginsWith(arg, '+') ? 1 : beginsWith(arg, '-') ? -1 : 0);
+void applyEnumerate(const psString& arg, psSettings& settings) {
+    settings.enumMode = beginsWith(arg, '+') ? 1 : beginsWith(arg, '-') ? -1 : 0;
 }
 
 psString infoVersion(const psString&) {
     // Level 0: -v stands in an option file, where it acts, too.
     if (psSession::m_exitLevel == 1 || psSession::m_exitLevel == 2) return psSession::getExitInfo();
     return "type the version number of the Performance System and exit";
-}
-void applyVersion(const psString&, psSession* session) {
-    session->setVersion();
 }
 
 template <char all>
@@ -416,14 +395,15 @@ psString infoHelp(const psString& arg) {
     return "type extended help for -" + psString(arg[0]) + " key and exit";
 }
 template <char all>
-void applyHelp(const psString& arg, psSession* session) {
-    session->setHelp(arg.empty() ? psShortHelp : arg[0], all != '?');
+void applyHelp(const psString& arg, psSettings& settings) {
+    settings.helpArg = arg.empty() ? psShortHelp : arg[0];
+    settings.hideHidden = all != '?';
 }
 
 // The table, in the order of the help
 
 struct KeyRow {
-    char key;
+    const char* name;
     Info info;
     psOption::Apply apply;
     // What the argument may be, with '|' between; null: no fixed words.
@@ -431,47 +411,47 @@ struct KeyRow {
 };
 
 constexpr KeyRow keyRows[] = {
-    {'B', unlessExit<infoBatch>, applyBatch, ""},
-    {'A', unlessExit<infoAsk>, applyAsk},
-    {'d', unlessExit<infoData>, applyData},
-    {'i', unlessExit<infoIniRead>, applyIniRead},
-    {'I', unlessExit<infoIniWrite>, applyIniWrite},
-    {'P', unlessExit<infoPressing>, applyPressing, ""},
-    {'o', unlessExit<infoOutput<listing>>, applyOutput<listing>},
-    {'O', unlessExit<infoOutput<listing, true>>, applyOutput<listing, true>},
-    {'L', unlessExit<infoLevel>, applyLevel},
-    {'J', unlessExit<infoCount<externalLoops>>, applyCount<externalLoops>},
-    {'r', unlessExit<infoOutput<results>>, applyOutput<results>},
-    {'R', unlessExit<infoOutput<results, true>>, applyOutput<results, true>},
-    {'q', unlessExit<infoNames>, applyNames},
-    {'Q', unlessExit<infoNameExit>, applyNameExit, ""},
-    {'u', unlessExit<infoOutput<summary>>, applyOutput<summary>},
-    {'U', unlessExit<infoOutput<summary, true>>, applyOutput<summary, true>},
-    {'g', unlessExit<infoSignal>, applySignal},
-    {'n', unlessExit<onCommandLine<infoName, 'n'>>, applyNothing},
-    {'p', unlessExit<onCommandLine<infoInDir, 'p'>>, applyNothing},
-    {'l', unlessExit<onCommandLine<infoOutDir, 'l'>>, applyNothing},
-    {'f', unlessExit<infoCondition<RunCondition::function>, 2>,
+    {"B", unlessExit<infoBatch>, applyValue<&psSettings::batMode>, ""},
+    {"A", unlessExit<infoAsk>, applyAsk},
+    {"d", unlessExit<infoData>, applyData},
+    {"i", unlessExit<infoIniRead>, applyIni<false>},
+    {"I", unlessExit<infoIniWrite>, applyIni<true>},
+    {"P", unlessExit<infoPressing>, applyValue<&psSettings::pressing>, ""},
+    {"o", unlessExit<infoOutput<listing>>, applyOutput<listing>},
+    {"O", unlessExit<infoOutput<listing, true>>, applyOutput<listing, true>},
+    {"L", unlessExit<infoLevel>, applyLevel},
+    {"J", unlessExit<infoCount<externalLoops>>, applyCount<externalLoops>},
+    {"r", unlessExit<infoOutput<results>>, applyOutput<results>},
+    {"R", unlessExit<infoOutput<results, true>>, applyOutput<results, true>},
+    {"q", unlessExit<infoNames>, applyNames},
+    {"Q", unlessExit<infoNameExit>, applyNameExit, ""},
+    {"u", unlessExit<infoOutput<summary>>, applyOutput<summary>},
+    {"U", unlessExit<infoOutput<summary, true>>, applyOutput<summary, true>},
+    {"g", unlessExit<infoSignal>, applySignal},
+    {"n", unlessExit<onCommandLine<infoName, 'n'>>, applyNothing},
+    {"p", unlessExit<onCommandLine<infoInDir, 'p'>>, applyNothing},
+    {"l", unlessExit<onCommandLine<infoOutDir, 'l'>>, applyNothing},
+    {"f", unlessExit<infoCondition<RunCondition::function>, 2>,
      applyCondition<RunCondition::function>},
-    {'t', unlessExit<infoCondition<RunCondition::testClass>, 2>,
+    {"t", unlessExit<infoCondition<RunCondition::testClass>, 2>,
      applyCondition<RunCondition::testClass>},
-    {'m', unlessExit<infoCondition<RunCondition::source>, 2>, applyCondition<RunCondition::source>},
-    {'k', unlessExit<infoLogic>, applyLogic, "and|or"},
-    {'F', unlessExit<infoStart>, applyStart},
-    {'Y', unlessExit<infoPriority>, applyPriority},
-    {'H', unlessExit<infoHot>, applyHot, "ONLY"},
-    {'W', unlessExit<infoUnmask>, applyUnmask, "="},
-    {'T', unlessExit<infoFeatures>, applyFeatures},
-    {'S', unlessExit<infoSetUse>, applySetUse, "U"},
-    {'C', unlessExit<infoCache>, applyCache, ""},
-    {'s', unlessExit<infoSort, 2>, applySort, "-"},
-    {'e', unlessExit<infoEnumerate, 2>, applyEnumerate, "+|-"},
-    {'v', infoVersion, applyVersion, ""},
-    {'@', nullptr, nullptr},
-    {'h', infoHelp<'h'>, applyHelp<'h'>},
-    {'c', unlessExit<infoCount<milliseconds>>, applyCount<milliseconds>},
-    {'j', unlessExit<infoCount<leastLoops>>, applyCount<leastLoops>},
-    {'?', infoHelp<'?'>, applyHelp<'?'>},
+    {"m", unlessExit<infoCondition<RunCondition::source>, 2>, applyCondition<RunCondition::source>},
+    {"k", unlessExit<infoLogic>, applyLogic, "and|or"},
+    {"F", unlessExit<infoStart>, applyStart},
+    {"Y", unlessExit<infoPriority>, applyPriority},
+    {"H", unlessExit<infoHot>, applyHot, "ONLY"},
+    {"W", unlessExit<infoUnmask>, applyValue<&psSettings::unmask>, "="},
+    {"T", unlessExit<infoFeatures>, applyFeatures},
+    {"S", unlessExit<infoSetUse>, applyValue<&psSettings::setAndUse>, "U"},
+    {"C", unlessExit<infoCache>, applyValue<&psSettings::cache>, ""},
+    {"s", unlessExit<infoSort, 2>, applySort, "-"},
+    {"e", unlessExit<infoEnumerate, 2>, applyEnumerate, "+|-"},
+    {"v", infoVersion, applyValue<&psSettings::version>, ""},
+    {"@", nullptr, nullptr},
+    {"h", infoHelp<'h'>, applyHelp<'h'>},
+    {"c", unlessExit<infoCount<milliseconds>>, applyCount<milliseconds>},
+    {"j", unlessExit<infoCount<leastLoops>>, applyCount<leastLoops>},
+    {"?", infoHelp<'?'>, applyHelp<'?'>},
 };
 
 // How many characters the texts begin with alike.
@@ -483,15 +463,15 @@ int commonLength(const psString& a, const psString& b) {
 
 void psRegisterKeys(psSession& session) {
     for (const KeyRow& row : keyRows) {
-        if ((row.key == 'q' || row.key == 'Q') && !qKeys) continue;
-        const char key[] = {row.key, '\0'};
-        const psKeyText& text = psTextOfKey(row.key);
-        session.initOption(key, text.help, row.info, row.apply, text.description, text.hidden);
+        const char key = row.name[0];
+        if ((key == 'q' || key == 'Q') && !qKeys) continue;
+        const psKeyText& text = psTextOfKey(key);
+        session.initOption(row.name, text.help, row.info, row.apply, text.description, text.hidden);
     }
 }
 
 psString psSuperfluous(char key, const psString& arg) {
-    const auto* row = std::ranges::find(keyRows, key, &KeyRow::key);
+    const auto* row = std::ranges::find(keyRows, psString(key), &KeyRow::name);
     if (row == std::end(keyRows) || !row->words) return {};
     psStringList words;
     psString(row->words).parse(words, "|");
@@ -511,8 +491,8 @@ void psRemarkUnmet(const psSession& session, psTestList& tests, bool haveRun) {
     const bool any =
         std::ranges::any_of(tests, [&](psTest* test) { return test->tobeRun(conditions); });
     if (!any && lines.empty()) lines.push_back("no test fits all of -f, -t, -m and -H");
-    if (haveRun && any && !psTestList::m_startFunc().empty())
-        lines.push_back("-F" + psTestList::m_startFunc() +
+    if (haveRun && any && !tests.started)
+        lines.push_back("-F" + psTestList::m_startFunc +
                         ": no selected function has it in its name");
     for (const psString& line : lines) psRemarks::add(line);
     if (!haveRun || !any || psInterrupted()) return;

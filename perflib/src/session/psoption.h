@@ -6,12 +6,14 @@
 
 class psSession;
 class psTestList;
+struct psSettings;
 
 // One key. `help` is the line (or lines) of the short help, `description` the
 // text of the extended help; -@ alone has neither echo nor effect of its own.
+// What a key does is no more than what it writes into the settings.
 struct psOption {
     using Info = psString (*)(const psString& arg);
-    using Apply = void (*)(const psString& arg, psSession* session);
+    using Apply = void (*)(const psString& arg, psSettings& settings);
 
     char key = ' ';
     bool hidden = false;

@@ -1,10 +1,6 @@
 // Where the files of a session lie.
 #include "ps.h"
 
-psString psSession::m_inDir;
-psString psSession::m_outDir;
-psString psSession::m_defName;
-
 namespace {
 
 bool isSeparator(char c) {
@@ -18,6 +14,13 @@ psString exeDir() {
     int length = path.length();
     while (length > 0 && !isSeparator(path[length - 1])) --length;
     return path.substr(0, length);
+}
+
+psString publish(psString psSettings::*setting, const psString& text) {
+    psSettings settings = g_settings;
+    settings.*setting = text;
+    psPublish(settings);
+    return text;
 }
 
 }  // namespace
@@ -48,16 +51,13 @@ psString psSession::genOutPath(const psString& name, const psString& ext) {
 }
 
 psString psSession::setInDir(const psString& dir) {
-    m_inDir = genDirName(dir);
-    return m_inDir;
+    return publish(&psSettings::inDir, genDirName(dir));
 }
 
 psString psSession::setOutDir(const psString& dir) {
-    m_outDir = genDirName(dir);
-    return m_outDir;
+    return publish(&psSettings::outDir, genDirName(dir));
 }
 
 psString psSession::setDefName(const psString& name) {
-    m_defName = name;
-    return m_defName;
+    return publish(&psSettings::defName, name);
 }

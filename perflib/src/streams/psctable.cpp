@@ -4,10 +4,6 @@
 
 using enum MessageLevel;
 
-int psCStream::m_nameMode = 0;
-bool psCStream::m_nameExit = false;
-psString psCStream::m_exePath;
-
 namespace {
 
 std::size_t slot(int index) {

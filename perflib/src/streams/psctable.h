@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "pssettings.h"
 #include "psstream.h"
 
 // Assembles one line as an array of cell texts and writes it to all its files.
@@ -11,12 +12,9 @@ class psCStream : public psSinkList {
   public:
     static constexpr int maxColumns = 32;  // part of the format; a 33rd text is dropped
 
-    // What -q asks for: bit 1 name lines into the tables of -r/-R, bit 2 into
-    // files of their own; and -Q, to end each test after its name line.
-    static int m_nameMode;
-    static bool m_nameExit;
-    // argv[0].
-    static psString m_exePath;
+    static constexpr const int& m_nameMode = g_settings.nameMode;
+    static constexpr const bool& m_nameExit = g_settings.nameExit;
+    static constexpr const psString& m_exePath = g_settings.exePath;
 
     void setColm(int index, const psString& text);
     void setNextColm(const psString& text);

@@ -13,13 +13,9 @@
 
 using enum MessageLevel;
 
-int psTool::m_numMilliseconds = 100;
-int psTool::m_minNumLoops = 8;
-int psTool::m_numExtLoops = 8;
 int psTool::m_extLoopIdx = 100000;
 int psTool::numIntLoops = 1;
 int psTool::tResolution = 4;
-int psTool::m_priority = 0;
 psResult (*psTool::m_pCheckStatus)(int) = nullptr;
 
 namespace {

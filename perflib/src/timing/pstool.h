@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "psresult.h"
+#include "pssettings.h"
 #include "psstring.h"
 
 class psTool {
@@ -81,13 +82,13 @@ class psTool {
     // Values above 2^31 - 1 lose their last digits to zeros.
     static psString clockStr(long long clocks);
 
-    static int m_numMilliseconds;  // -c
-    static int m_minNumLoops;      // -j
-    static int m_numExtLoops;      // -J
+    static constexpr const int& m_numMilliseconds = g_settings.numMilliseconds;
+    static constexpr const int& m_minNumLoops = g_settings.minNumLoops;
+    static constexpr const int& m_numExtLoops = g_settings.numExtLoops;
+    static constexpr const int& m_priority = g_settings.priority;
     static int m_extLoopIdx;
     static int numIntLoops;
     static int tResolution;
-    static int m_priority;                   // -Y: 1 high, 2 normal, 3 low; 0 as it is
     static psResult (*m_pCheckStatus)(int);  // makes a result of a function's status
 
   private:
