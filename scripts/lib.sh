@@ -17,6 +17,7 @@ have_package() {
     case $1 in
         ninja-build) command -v ninja >/dev/null ;;
         libgtest-dev) [ -e /usr/include/gtest/gtest.h ] || [ -e /usr/local/include/gtest/gtest.h ] ;;
+        libclang-rt-14-dev) compgen -G '/usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.asan-x86_64.a' >/dev/null ;;
         *) command -v "$1" >/dev/null ;;
     esac
 }

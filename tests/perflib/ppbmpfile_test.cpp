@@ -8,6 +8,7 @@
 #include <numeric>
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -82,7 +83,7 @@ class PpBmpFile : public testing::Test {
         m_messages = messages.text();
         return loaded;
     }
-    const TempDir m_dir;
+    const TempDir m_dir = {};
     ppImage m_image;
     std::string m_messages;
 };
@@ -177,7 +178,7 @@ TEST_F(PpBmpFile, TakesPixelsFromTheirOffset) {
 TEST_F(PpBmpFile, RefusesWhatItCannotRead) {
     const Bmp good{.palette = greys(256), .pixels = Bytes(8)};
     ASSERT_TRUE(load(good));
-    const auto with = [&](auto field, auto value) {
+    const auto with = [&]<class T>(T Bmp::*field, std::type_identity_t<T> value) {
         Bmp bmp = good;
         bmp.*field = value;
         return bmp;

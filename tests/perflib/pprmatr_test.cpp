@@ -49,7 +49,7 @@ TEST(PprMatrice, FillsAndReadsElements) {
     pprMatrice m(pp32fc);
     ASSERT_TRUE(m.createMatrice(2, 3, SET_SEQUENCE, 1, 7));
     EXPECT_TRUE(m.getMatriceAt(1, 2) == 5 && m.getIndex(5) == 5);  // a row each: 1, 3, 5
-    double re, im;
+    double re = 0, im = 0;
     EXPECT_TRUE(m.setMatriceAt(1, 0, -1, 4) && m.getMatriceAt(1, 0, re, im));
     EXPECT_TRUE(re == -1 && im == 4) << re << im;
     EXPECT_FALSE(m.setMatriceAt(2, 0, 1));
