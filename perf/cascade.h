@@ -1,5 +1,5 @@
-// Data of a cascade that looks for bright discs: the picture, and stages of classifiers that tell the
-// disc in the middle of a window from other ground.
+// Data of a cascade that looks for bright discs: the picture, and stages of classifiers that
+// separate the disc in the middle of a window from other ground.
 #pragma once
 
 #include <cmath>

@@ -66,7 +66,7 @@ class TimcFlood : public RegionTest {
         return createBufferBy(pBuffer, lib_zmoiFloodFillGetBufferSize, roi, dataType(), 1);
     }
 
-    // The timed calls have told the area.
+    // The timed calls have stored the area.
     double getDivisor() override { return std::max(1.0, region.area); }
     psString getUnit() override { return "px"; }
 

@@ -23,7 +23,7 @@ have_package() {
 }
 
 # need_packages PACKAGE...: installs those that are missing, with apt-get, and
-# tells before it does. Rights are asked for only when something is missing.
+# says so before it does. Rights are asked for only when something is missing.
 need_packages() {
     local package missing=() as_root=()
     for package in "$@"; do

@@ -83,9 +83,9 @@ ZMO_API const char* zmoGetStatusString(ZmoStatus status);
 ZMO_API ZmoStatus zmoSetNumThreads(int numThreads);
 ZMO_API ZmoStatus zmoGetNumThreads(int* pNumThreads);
 
-/* Stores the size in bytes of the processor's largest data or unified cache, as CPUID tells it.
+/* Stores the size in bytes of the processor's largest data or unified cache, as CPUID reports it.
  *   zmoStsNullPtrErr      pSize is null
- *   zmoStsUnavailable     the processor does not tell; *pSize is 0
+ *   zmoStsUnavailable     the processor does not report it; *pSize is 0
  *   zmoStsTooLargeErr     the size does not fit; nothing is stored */
 ZMO_API ZmoStatus zmoGetMaxCacheSizeB(int* pSize);
 

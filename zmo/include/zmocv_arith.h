@@ -142,7 +142,7 @@ ZMO_API ZmoStatus zmoiGradientColorToGray_32f_C3C1R(const Zmo32f* pSrc, int srcS
 /* ---- Motion history ----------------------------------------------------------------------------
  *
  * J. W. Davis, A. F. Bobick, "The Representation and Recognition of Human Movement Using Temporal
- * Templates", 1997. A pixel of the history tells when its place moved last:
+ * Templates", 1997. A pixel of the history is the time when its place moved last:
  *
  *   where the silhouette pSrc is not 0          history = timestamp
  *   else, where history < timestamp - duration  history = 0

@@ -22,20 +22,20 @@ extern "C" {
  *   Sobel,  kernelSize 5   S = 1 4 6 4 1,  D = -1 -2 0 2 1
  *   Scharr, kernelSize 3   S = 3 10 3,     D = -1 0 1
  *
- * The sums are not divided by anything. Of 8u pictures a, b and c are exact. Of 32f pictures dx and dy
- * are computed in single precision, as the Sobel filters of zmoi.h do (for Scharr S is
- * 3 (p(-1) + p(1)) + 10 p(0)), the sums in double precision and as running sums: what the window takes
- * in is added and what it leaves behind is subtracted. Each step of the window down or along the
- * picture may leave an error of 2^-52 of the largest a or c so far, and a pixel that is not finite may
- * spoil all results to the right of it and below it.
+ * The sums are not divided by anything. Of 8u pictures a, b and c are exact. Of 32f pictures dx and
+ * dy are computed in single precision, as the Sobel filters of zmoi.h do (for Scharr S is
+ * 3 (p(-1) + p(1)) + 10 p(0)), the sums in double precision and as running sums: what the window
+ * takes in is added and what it leaves behind is subtracted. Each step of the window down or along
+ * the picture may leave an error of 2^-52 of the largest a or c so far, and a pixel that is not
+ * finite may spoil all results to the right of it and below it.
  *
- * Border: the derivatives meet the border of the picture by convention 10, and the window meets that
- * of the derivatives: they are replicated or mirrored like pixels, are 0 outside the region for
- * zmoiBorderConst, and are computed outside the region for zmoiBorderInMem, which reads
+ * Border: the derivatives meet the border of the picture by convention 10, and the window meets
+ * that of the derivatives: they are replicated or mirrored like pixels, are 0 outside the region
+ * for zmoiBorderConst, and are computed outside the region for zmoiBorderInMem, which reads
  * (kernelSize + windowSize) / 2 - 1 pixels around the region. Functions without a border argument
  * replicate.
  *
- * Results are computed in double precision in the order that their formula tells and rounded to
+ * Results are computed in double precision in the order of their formula and rounded to
  * single precision once; what then lies below 2^-126 in size becomes 0.
  *
  *   pSrc, srcStep     picture, one channel
@@ -45,18 +45,19 @@ extern "C" {
  *   kernelSize        3 or, for Sobel, 5
  *   windowSize        odd, 1 to 255
  *   border            border type; pBorderValue: its value, for zmoiBorderConst only
- *   pBuffer           as many bytes as the GetBufferSize query of the same name tells
+ *   pBuffer           as many bytes as the GetBufferSize query of the same name reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     pSrc, pDst or pBuffer is null, or pBorderValue with zmoiBorderConst
  *   zmoStsSizeErr        a side of roi is below 1
  *   zmoStsStepErr        a step is shorter than a row or no multiple of the element size
  *   zmoStsFlagErr        kernel is unknown
- *   zmoStsMaskSizeErr    there is no such size of this kernel, or windowSize is even or outside 1..255
+ *   zmoStsMaskSizeErr    there is no such size of this kernel, or windowSize is even or outside
+ *                        1..255
  *   zmoStsRangeErr       (HarrisCorner) k is not 0 to 0.25, or scale not finite and above 0
  *   zmoStsBorderErr      border is unknown */
 
 /* The smaller eigenvalue of the tensor, by which J. Shi and C. Tomasi, "Good Features to Track"
- * (CVPR 1994), tell corners:
+ * (CVPR 1994), mark corners:
  *
  *   m = (a + c) / 2,  d = (a - c) / 2,  r = sqrt(d d + b b)
  *   dst = m - r, or 0 when that is less than 2^-48 m: then only rounding is left of it */
@@ -100,8 +101,8 @@ ZMO_API ZmoStatus zmoiEigenValsVecsBorder_32f_C1R(const Zmo32f* pSrc, int srcSte
                                                   ZmoiBorderType border, const Zmo32f* pBorderValue,
                                                   Zmo8u* pBuffer);
 
-/* The corner response of C. Harris and M. Stephens, "A Combined Corner and Edge Detector" (Alvey Vision
- * Conference 1988), the determinant less k times the square of the trace:
+/* The corner response of C. Harris and M. Stephens, "A Combined Corner and Edge Detector" (Alvey
+ * Vision Conference 1988), the determinant less k times the square of the trace:
  *
  *   t = a + c,  dst = scale ((a c - b b) - k (t t))
  *

@@ -8,7 +8,7 @@
 extern "C" {
 #endif
 
-/* All functions of this header tell for each pixel how far the nearest zero pixel of the source
+/* All functions of this header compute for each pixel how far the nearest zero pixel of the source
  * inside the region is, in pixels or in the unit of the metrics. The distance of a zero pixel is 0.
  * What lies outside the region has no influence. */
 
@@ -65,7 +65,7 @@ ZMO_API ZmoStatus zmoiDistanceTransform_5x5_8u_C1IR(Zmo8u* pSrcDst, int srcDstSt
  *
  *   pSrc, srcStep      image, one channel; pDst, dstStep: distances
  *   roi                pixels of both
- *   pBuffer            as many bytes as zmoiTrueDistanceTransformGetBufferSize tells
+ *   pBuffer            as many bytes as zmoiTrueDistanceTransformGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr   a pointer is null
  *   zmoStsSizeErr      a side of roi is below 1
@@ -85,10 +85,10 @@ ZMO_API ZmoStatus zmoiTrueDistanceTransformGetBufferSize(ZmoiSize roi, ZmoDataTy
 
 /* ---- Fast marching -----------------------------------------------------------------------------
  *
- * J. Sethian, "A fast marching level set method for monotonically advancing fronts", PNAS 93 (1996):
- * the time T at which a front that starts at the zero pixels arrives with a speed of one pixel. With
- * a the smaller T of the neighbours left and right and b that of those above and below, of those
- * with an earlier time than the pixel's,
+ * J. Sethian, "A fast marching level set method for monotonically advancing fronts", PNAS 93
+ * (1996): the time T at which a front that starts at the zero pixels arrives with a speed of one
+ * pixel. With a the smaller T of the neighbours left and right and b that of those above and below,
+ * of those with an earlier time than the pixel's,
  *
  *   T = (a + b + sqrt(2 - (a - b)^2)) / 2   where |a - b| < 1
  *   T = min(a, b) + 1                       else
@@ -99,7 +99,7 @@ ZMO_API ZmoStatus zmoiTrueDistanceTransformGetBufferSize(ZmoiSize roi, ZmoDataTy
  *   pSrc, srcStep      image, one channel; pDst, dstStep: times
  *   roi                pixels of both
  *   radius             above 0
- *   pBuffer            as many bytes as zmoiFastMarchingGetBufferSize tells
+ *   pBuffer            as many bytes as zmoiFastMarchingGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr   a pointer is null
  *   zmoStsSizeErr      a side of roi is below 1

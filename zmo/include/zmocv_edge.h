@@ -46,7 +46,7 @@ extern "C" {
  *   roi               pixels of all three
  *   low, high         thresholds for m, 0 <= low <= high
  *   norm              zmoiNormL1 or zmoiNormL2
- *   pBuffer           as many bytes as zmoiCannyGetSize tells
+ *   pBuffer           as many bytes as zmoiCannyGetSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr      a pointer is null
  *   zmoStsSizeErr         a side of roi is below 1
@@ -78,16 +78,16 @@ ZMO_API ZmoStatus zmoiCanny_32f8u_C1R_L(const Zmo32f* pSrc, int64_t srcStep, con
 ZMO_API ZmoStatus zmoiCannyGetSize(ZmoiSize roi, int* pSize);
 ZMO_API ZmoStatus zmoiCannyGetSize_L(ZmoiSizeL roi, int64_t* pSize);
 
-/* Canny edges of a picture: dx and dy are its derivatives, exactly, and edges are found from them as
- * zmoiCanny_16s8u_C1R finds them. With a(i,j) the pixel i columns to the right and j rows below,
+/* Canny edges of a picture: dx and dy are its derivatives, exactly, and edges are found from them
+ * as zmoiCanny_16s8u_C1R finds them. With a(i,j) the pixel i columns to the right and j rows below,
  *
  *   dx = sum of S[j] D[i] a(i,j),   dy = sum of D[j] S[i] a(i,j)
  *   Sobel,  3x3   S = 1 2 1,      D = -1 0 1
  *   Sobel,  5x5   S = 1 4 6 4 1,  D = -1 -2 0 2 1
  *   Scharr, 3x3   S = 3 10 3,     D = -1 0 1
  *
- * Border: convention 10, for the derivatives; in memory, 1 (3x3) or 2 (5x5) pixels around the region
- * are read. The size of the gradient outside the region is 0 with every border.
+ * Border: convention 10, for the derivatives; in memory, 1 (3x3) or 2 (5x5) pixels around the
+ * region are read. The size of the gradient outside the region is 0 with every border.
  *
  *   pSrc, srcStep     picture, one channel
  *   pDst, dstStep     edges, one channel
@@ -97,7 +97,7 @@ ZMO_API ZmoStatus zmoiCannyGetSize_L(ZmoiSizeL roi, int64_t* pSize);
  *   low, high         thresholds for the size of the gradient, 0 <= low <= high
  *   norm              zmoiNormL1 or zmoiNormL2
  *   border            border type; pBorderValue: its value, for zmoiBorderConst only
- *   pBuffer           as many bytes as zmoiCannyBorderGetBufferSize tells
+ *   pBuffer           as many bytes as zmoiCannyBorderGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr      pSrc, pDst or pBuffer is null, or pBorderValue with zmoiBorderConst
  *   zmoStsSizeErr         a side of roi is below 1

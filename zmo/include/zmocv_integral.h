@@ -15,19 +15,19 @@ extern "C" {
  *
  *   Integral         T(x,y) = start + sum of a(i,j),         i < x and j < y
  *   TiltedIntegral   T(x,y) = start + sum of a(i,j),         j < y and |i - (x-1)| <= y-1-j
- *   SqrIntegral, TiltedSqrIntegral: the same table, and in pDst2 that of a(i,j) a(i,j), which starts
- *   at sqrStart
+ *   SqrIntegral, TiltedSqrIntegral: the same table, and in pDst2 that of a(i,j) a(i,j), which
+ *   starts at sqrStart
  *
  * F. C. Crow, "Summed-Area Tables for Texture Mapping", 1984; R. Lienhart, J. Maydt, "An Extended
  * Set of Haar-like Features for Rapid Object Detection", 2002. The pixels of a tilted sum fill a
  * triangle that stands on the pixel (x-1, y-1) and grows upward; column 0 and the last column hold
  * what of it lies inside the picture.
  *
- * Sums of 8u are exact, whatever the size. A 32s table keeps their lowest 32 bits, so that differences within a table
- * are right as long as they fit 32 bits. 32f and 64f tables: start is added in double precision, and
- * the result is rounded once to the type of the table. Sums of 32f: the sum of a row up to a column
- * is taken in double precision from left to right, added to the table's value one row above, and
- * rounded to single precision.
+ * Sums of 8u are exact, whatever the size. A 32s table keeps their lowest 32 bits, so that
+ * differences within a table are right as long as they fit 32 bits. 32f and 64f tables: start is
+ * added in double precision, and the result is rounded once to the type of the table. Sums of 32f:
+ * the sum of a row up to a column is taken in double precision from left to right, added to the
+ * table's value one row above, and rounded to single precision.
  *
  *   pSrc, srcStep        source, one channel
  *   pDst, dstStep        table of sums, pDst2, dst2Step: table of squares
@@ -72,8 +72,8 @@ ZMO_API ZmoStatus zmoiTiltedSqrIntegral_8u32f64f_C1R(const Zmo8u* pSrc, int srcS
 /* ---- Deviations in a moving rectangle ----------------------------------------------------------
  *
  * The standard deviation of the n pixels inside a rectangle that moves with the pixel (x, y) of the
- * destination, from a table T of sums and a table Q of squares. S and R are the sums of T and Q over
- * the rectangle; with X = x + rect.x, Y = y + rect.y, w = rect.width and h = rect.height:
+ * destination, from a table T of sums and a table Q of squares. S and R are the sums of T and Q
+ * over the rectangle; with X = x + rect.x, Y = y + rect.y, w = rect.width and h = rect.height:
  *
  *   RectStdDev         n = w h
  *     S = (T(X+w, Y+h) - T(X, Y+h)) - (T(X+w, Y) - T(X, Y))
@@ -94,13 +94,14 @@ ZMO_API ZmoStatus zmoiTiltedSqrIntegral_8u32f64f_C1R(const Zmo8u* pSrc, int srcS
  *   roi                  pixels of the destination
  *   rect                 rectangle, relative to each pixel
  *   scaleFactor          exponent of the scale, -31 to 31
- * Columns from X (tilted: X-h) to X+w and rows from Y to Y+h (tilted: Y+w+h) of both tables are read.
- * Status, in the order of the checks:
+ * Columns from X (tilted: X-h) to X+w and rows from Y to Y+h (tilted: Y+w+h) of both tables are
+ * read. Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsSizeErr        a side of roi is below 1
- *   zmoStsStepErr        a step is shorter than a row of roi.width or no multiple of the element size
- *   zmoStsRectErr        rect.x (tilted: rect.x - rect.height) or rect.y is negative, a side of rect
- *                        is below 1, or the columns that the last pixel needs do not
+ *   zmoStsStepErr        a step is shorter than a row of roi.width or no multiple of the element
+ *                        size
+ *   zmoStsRectErr        rect.x (tilted: rect.x - rect.height) or rect.y is negative, a side of
+ *                        rect is below 1, or the columns that the last pixel needs do not
  *                        fit into the step of a table
  *   zmoStsScaleErr       scaleFactor is outside -31..31 */
 ZMO_API ZmoStatus zmoiRectStdDev_32s_C1RSfs(const Zmo32s* pSrc, int srcStep, const Zmo32s* pSqr,

@@ -11,8 +11,8 @@ extern "C" {
 /* ---- Lens distortion ---------------------------------------------------------------------------
  *
  * D. Brown, "Close-range camera calibration", Photogrammetric Engineering 37 (1971): where the lens
- * has put what belongs at pixel (x, y) of the undistorted image. With the focal lengths fx and fy and
- * the principal point (cx, cy) of the camera, all in pixels,
+ * has put what belongs at pixel (x, y) of the undistorted image. With the focal lengths fx and fy
+ * and the principal point (cx, cy) of the camera, all in pixels,
  *
  *   u = (x - cx) / fx       v = (y - cy) / fy      r2 = u u + v v
  *   g = 1 + r2 (k1 + r2 k2)
@@ -24,8 +24,8 @@ extern "C" {
  * CreateMapCameraUndistort stores mapX and mapY.
  *
  * UndistortRadial, with p1 = p2 = 0, interpolates between the four pixels around (mapX, mapY). With
- * s00 the pixel at (floor(mapX), floor(mapY)), s01 the one to its right, s10 and s11 those below, and
- * the fractions a of mapX and b of mapY,
+ * s00 the pixel at (floor(mapX), floor(mapY)), s01 the one to its right, s10 and s11 those below,
+ * and the fractions a of mapX and b of mapY,
  *
  *   upper = (1 - a) s00 + a s01     lower = (1 - a) s10 + a s11
  *   value = (1 - b) upper + b lower
@@ -40,7 +40,7 @@ extern "C" {
  *   camera            fx, fy, cx, cy: finite, fx and fy above 0
  *   k1, k2            radial distortion, finite
  *   lens              k1, k2 and the tangential distortion p1, p2; finite
- *   pBuffer           as many bytes as zmoiUndistortRadialGetBufferSize tells
+ *   pBuffer           as many bytes as zmoiUndistortRadialGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr  a pointer is null
  *   zmoStsSizeErr     a side of roi is below 1

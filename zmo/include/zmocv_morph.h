@@ -45,7 +45,7 @@ extern "C" {
  *   border            border type; pBorderValue: one element a channel, for zmoiBorderConst only;
  *                     for 1u a byte, of which 0 is the pixel 0 and all else the pixel 1
  *   pState            from zmoiMorphInit with this type and these channels
- *   pBuffer           as many bytes as zmoiMorphGetSize tells
+ *   pBuffer           as many bytes as zmoiMorphGetSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null, or pBorderValue with zmoiBorderConst
  *   zmoStsSizeErr        a side of roi is below 1
@@ -679,7 +679,7 @@ ZMO_API ZmoStatus zmoiGrayMorphInit_32f_C1R(const Zmo32f* pValues, ZmoiSize mask
  *   pSrcDst, srcDstStep   result; what it held has no influence
  *   roi                   pixels of all three
  *   connectivity          4 or 8
- *   pBuffer               as many bytes as zmoiMorphReconstructGetBufferSize tells
+ *   pBuffer               as many bytes as zmoiMorphReconstructGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr         a pointer is null
  *   zmoStsSizeErr            a side of roi is below 1

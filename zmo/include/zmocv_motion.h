@@ -1,5 +1,5 @@
-/* Computer vision: points followed from picture to picture, and a learnt background. The conventions
- * stand in zmotypes.h. */
+/* Computer vision: points followed from picture to picture, and a learnt background. The
+ * conventions stand in zmotypes.h. */
 #ifndef ZMOCV_MOTION_H
 #define ZMOCV_MOTION_H
 
@@ -11,15 +11,15 @@ extern "C" {
 
 /* ---- Optical flow ------------------------------------------------------------------------------
  *
- * J.-Y. Bouguet, "Pyramidal Implementation of the Lucas Kanade Feature Tracker" (Intel, 2000): where
- * the neighbourhoods of points of the first picture lie in the second one. It is found in the
+ * J.-Y. Bouguet, "Pyramidal Implementation of the Lucas Kanade Feature Tracker" (Intel, 2000):
+ * where the neighbourhoods of points of the first picture lie in the second one. It is found in the
  * smallest layers first and refined from layer to layer. Layer k halves the coordinates of layer 0
- * k times, as zmoiPyramidLayerDown makes it. All numbers are 32f, each operation rounded once, but
- * where double precision is told.
+ * k times, as zmoiPyramidLayerDown makes it. All numbers are 32f, each operation rounded once,
+ * but where double precision is stated.
  *
- * Window. S(x, y) is a layer's pixel, coordinates outside replaced by the nearest inside. The window
- * of a layer at the point (px, py) has w = windowSize columns and rows; with r = (w - 1) / 2,
- * left = floor(px) - r, top = floor(py) - r, fx = px - floor(px) and fy = py - floor(py),
+ * Window. S(x, y) is a layer's pixel, coordinates outside replaced by the nearest inside. The
+ * window of a layer at the point (px, py) has w = windowSize columns and rows; with r = (w - 1) /
+ * 2, left = floor(px) - r, top = floor(py) - r, fx = px - floor(px) and fy = py - floor(py),
  *   line(i, j)   = (1 - fx) S(left + i, top + j) + fx S(left + i + 1, top + j)
  *   window(i, j) = (1 - fy) line(i, j) + fy line(i, j + 1)
  *
@@ -30,14 +30,15 @@ extern "C" {
  * the difference d = A - B,
  *   bx = sum of d dx,  by = sum of d dy,  det = gxx gyy - gxy gxy
  *   step = ((gyy bx - gxy by) / det, (gxx by - gxy bx) / det),  q = q + step
- * where det and step are computed in double precision and step is then rounded to 32f; the last time
- * is the one with |step| < epsilon. A sum over a window starts with 0, adds down each
+ * where det and step are computed in double precision and step is then rounded to 32f; the last
+ * time is the one with |step| < epsilon. A sum over a window starts with 0, adds down each
  * column, then the columns by convention 14 as a single row.
  *
- * q starts in layer maxLevel as the given position of the point, halved maxLevel times; from layer to
- * layer it is doubled. A layer fails when
- *   the point or a q, the first included, is not inside the layer: -0.5 <= x <= width - 0.5, y alike
- *   det > 2^-10 (gxx + gyy)^2, in double precision, does not hold: too little texture, or an edge
+ * q starts in layer maxLevel as the given position of the point, halved maxLevel times; from layer
+ * to layer it is doubled. A layer fails when
+ *   the point or a q, the first included, is not inside the layer: -0.5 <= x <= width - 0.5, y
+ *   alike det > 2^-10 (gxx + gyy)^2, in double precision, does not hold: too little texture, or an
+ *   edge
  * A layer above 0 that fails leaves q as it began there. When layer 0 fails the point is lost.
  *
  *   pFirst, pSecond     layers of the two pictures, one channel, at least maxLevel + 1 of them
@@ -52,7 +53,7 @@ extern "C" {
  *   maxLevel            layer to start in, 0 to 15
  *   maxIterations       at least 1
  *   epsilon             pixels of the layer, at least 0
- *   pBuffer             as many bytes as zmoiOpticalFlowPyrLKGetBufferSize tells
+ *   pBuffer             as many bytes as zmoiOpticalFlowPyrLKGetBufferSize reports
  * Status, in the order of the checks; layers above maxLevel are not looked at:
  *   zmoStsNullPtrErr    a pointer, or one in the layers, is null
  *   zmoStsSizeErr       a side of a layer is below 1 or differs between the pictures, or count < 1
@@ -90,14 +91,14 @@ ZMO_API ZmoStatus zmoiOpticalFlowPyrLKGetBufferSize(int windowSize, ZmoDataType 
 /* ---- Mixture of Gaussians ----------------------------------------------------------------------
  *
  * Z. Zivkovic, "Improved Adaptive Gaussian Mixture Model for Background Subtraction", ICPR (2004):
- * the values that a pixel takes in the course of time are described by a few components, each with a
- * weight w, a mean m (three channels) and a variance v; how many of them adapts by itself. They stand
- * in the order of falling weights, components that come in later behind those of the same weight.
- * Everything is computed in 32f, each operation rounded once.
+ * the values that a pixel takes in the course of time are described by a few components, each with
+ * a weight w, a mean m (three channels) and a variance v; how many of them adapts by itself. They
+ * stand in the order of falling weights, components that come in later behind those of the same
+ * weight. Everything is computed in 32f, each operation rounded once.
  *
- * FGMMForeground takes a picture in and tells what does not belong to the background. For a pixel
- * with the value x, and for each component d = (x + 1) - m and D = (d0 d0 + d1 d1) + d2 d2 (means are
- * of values from 1 to 256, which are never denormal):
+ * FGMMForeground takes a picture in and marks what does not belong to the background. For a pixel
+ * with the value x, and for each component d = (x + 1) - m and D = (d0 d0 + d1 d1) + d2 d2 (means
+ * are of values from 1 to 256, which are never denormal):
  *   1. The pixel's own component is the first with D < matchThreshold v.
  *   2. The background are the components for which the sum of the weights before them, added in
  *      their order, is below backgroundShare. The destination is 0 when the own component is one of
@@ -113,9 +114,9 @@ ZMO_API ZmoStatus zmoiOpticalFlowPyrLKGetBufferSize(int windowSize, ZmoDataType 
  *   5. The own or new component moves forward to its place. All weights are multiplied with the
  *      inverse of their sum, which is added in their order.
  *
- * FGMMBackground gives the picture of the background: for each channel the sum of w m over the sum of
- * w, both over the background components in their order, less 1, rounded by convention 13. It is 0
- * before the first picture.
+ * FGMMBackground gives the picture of the background: for each channel the sum of w m over the sum
+ * of w, both over the background components in their order, less 1, rounded by convention 13. It is
+ * 0 before the first picture.
  *
  *   pSrc, srcStep       picture, three channels
  *   pDst, dstStep       Foreground: one channel, 0 or 255; Background: picture, three channels

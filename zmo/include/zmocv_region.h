@@ -27,7 +27,7 @@ extern "C" {
  *   value                 what the region is filled with
  *   minDelta, maxDelta    how much darker and how much brighter a pixel may be; not negative
  *   pRegion               number of pixels filled, their bounding rectangle, and value
- *   pBuffer               as many bytes as zmoiFloodFillGetBufferSize tells
+ *   pBuffer               as many bytes as zmoiFloodFillGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr      a pointer is null
  *   zmoStsSizeErr         a side of roi is below 1
@@ -98,17 +98,17 @@ ZMO_API ZmoStatus zmoiFloodFillGetBufferSize(ZmoiSize roi, ZmoDataType type, int
 
 /* ---- Labels ------------------------------------------------------------------------------------
  *
- * Numbers the connected components of the pixels that are not zero, whatever their values: the first
- * one in reading order gets minLabel, the next one minLabel + 1, and so on to maxLabel. The order is
- * that of the components' first pixels. Pixels of later components, and all zero pixels, become 0.
- * Runs of a row are joined by union-find.
+ * Numbers the connected components of the pixels that are not zero, whatever their values: the
+ * first one in reading order gets minLabel, the next one minLabel + 1, and so on to maxLabel. The
+ * order is that of the components' first pixels. Pixels of later components, and all zero pixels,
+ * become 0. Runs of a row are joined by union-find.
  *
  *   pSrc, srcStep         markers; pDst, dstStep: labels; pSrcDst: both
  *   roi                   pixels of all of them
  *   minLabel, maxLabel    1 <= minLabel <= maxLabel <= largest value of the destination's type
  *   connectivity          4 (neighbours share a side) or 8 (or a corner)
  *   pCount                number of components, also of those that got no label
- *   pBuffer               as many bytes as zmoiLabelMarkersGetBufferSize tells
+ *   pBuffer               as many bytes as zmoiLabelMarkersGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr      a pointer is null
  *   zmoStsSizeErr         a side of roi is below 1
@@ -145,7 +145,7 @@ ZMO_API ZmoStatus zmoiLabelMarkersGetBufferSize(ZmoiSize roi, ZmoDataType type, 
  *   maxSize               1 or more, in pixels
  *   maxDiff               0 or more
  *   connectivity          4 (neighbours share a side) or 8 (or a corner)
- *   pBuffer               as many bytes as zmoiMarkSpecklesGetBufferSize tells
+ *   pBuffer               as many bytes as zmoiMarkSpecklesGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr      a pointer is null
  *   zmoStsSizeErr         a side of roi is below 1

@@ -1,5 +1,5 @@
-/* Computer vision: pixels along a line, and windows at fractional positions. The conventions stand in
- * zmotypes.h. */
+/* Computer vision: pixels along a line, and windows at fractional positions. The conventions stand
+ * in zmotypes.h. */
 #ifndef ZMOCV_SAMPLE_H
 #define ZMOCV_SAMPLE_H
 
@@ -53,8 +53,8 @@ ZMO_API ZmoStatus zmoiSampleLine_32f_C3R(const Zmo32f* pSrc, int srcStep, Zmo32f
  * to integers follow convention 13; Sfs multiplies value by 2^-scaleFactor, rounded once, before.
  *
  * CopySubpix: s00 of pixel (x, y) of the window is pSrc's pixel (x, y), s01 the one to its right,
- * s10 and s11 those below; fx = dx, fy = dy. It reads a column to the right of the region when dx is
- * not 0, and a row below it when dy is not 0.
+ * s10 and s11 those below; fx = dx, fy = dy. It reads a column to the right of the region when dx
+ * is not 0, and a row below it when dy is not 0.
  *
  * CopySubpixIntersect: pixel (x, y) of the window stands at (corner.x + x, corner.y + y) of the
  * image. Its s00 is the image's pixel (floor(corner.x) + x, floor(corner.y) + y); the fractions are

@@ -44,7 +44,8 @@ extern "C" {
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsSizeErr        a side of roi is below 1
- *   zmoStsStepErr        a step is shorter than a row of roi.width or no multiple of the element size
+ *   zmoStsStepErr        a step is shorter than a row of roi.width or no multiple of the element
+ *                        size
  *   zmoStsThresholdErr   32f: threshold is not finite
  *   zmoStsScaleErr       scaleFactor is outside -31..31
  *   zmoStsStateErr       the state is not one of zmoiHaarInit, or of another type
@@ -74,8 +75,8 @@ ZMO_API ZmoStatus zmoiApplyHaarClassifier_32s_C1RSfs(const Zmo32s* pSrc, int src
  *                        pRectCounts is above 65536
  *   zmoStsRectErr        a rectangle has a negative coordinate (tilted: x - height is negative), a
  *                        side below 1, or a coordinate or side above 65536
- *   zmoStsRangeErr       32f: a number is not finite. 32s: the weights of a classifier add up to more
- *                        than 2^21 in size, or a threshold is larger than 2^21 in size */
+ *   zmoStsRangeErr       32f: a number is not finite. 32s: the weights of a classifier add up to
+ *                        more than 2^21 in size, or a threshold is larger than 2^21 in size */
 ZMO_API ZmoStatus zmoiHaarInit_32f(const ZmoiRect* pRects, const Zmo32f* pWeights,
                                    const int* pRectCounts, const Zmo32f* pThresholds,
                                    const Zmo32f* pLow, const Zmo32f* pHigh, int classifiers,
@@ -109,7 +110,7 @@ ZMO_API ZmoStatus zmoiHaarGetSize(int classifiers, int rectangles, ZmoDataType t
  *
  * A line is a cell with A(n, r) > threshold, A(n, r) > A(n-1, r), A(n, r) >= A(n+1, r), A(n, r) >
  * A(n, r-1) and A(n, r) >= A(n, r+1), where cells beyond the limits count 0. The lines come in the
- * order of falling A, those of equal A by n, then by r. The strongest maxLines are told.
+ * order of falling A, those of equal A by n, then by r. The strongest maxLines are stored.
  *
  *   pSrc, srcStep        edges, one channel
  *   pLines               the lines found, rho_r and theta_n rounded to single precision
@@ -119,7 +120,7 @@ ZMO_API ZmoStatus zmoiHaarGetSize(int classifiers, int rectangles, ZmoDataType t
  *   threshold            pixels that a line must exceed
  *   maxLines             room in pLines
  *   pCount               number of lines in pLines
- *   pBuffer              as many bytes as zmoiHoughLine_RegionGetBufferSize tells
+ *   pBuffer              as many bytes as zmoiHoughLine_RegionGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsSizeErr        a side of roi is below 1
@@ -154,8 +155,9 @@ ZMO_API ZmoStatus zmoiHoughLine_RegionGetBufferSize(ZmoiSize roi, const ZmoiPola
  * when there is none, and for pixels less than 3 from the edge of the region. p is a corner when
  * its score exceeds threshold.
  *
- * With suppress not 0 a corner must also have a larger score than its neighbours (x-1, y-1) (x, y-1)
- * (x+1, y-1) (x-1, y), and none below those of the other four; pixels that are no corners count 0.
+ * With suppress not 0 a corner must also have a larger score than its neighbours (x-1, y-1) (x,
+ * y-1) (x+1, y-1) (x-1, y), and none below those of the other four; pixels that are no corners
+ * count 0.
  *
  *   pSrc, srcStep        source, one channel
  *   pDst, dstStep        the scores of corners, 0 elsewhere
@@ -164,7 +166,7 @@ ZMO_API ZmoStatus zmoiHoughLine_RegionGetBufferSize(ZmoiSize roi, const ZmoiPola
  *   threshold            0 to 255
  *   suppress             not 0: keep only the maxima
  *   pCount               number of corners in pDst
- *   pBuffer              as many bytes as zmoiFastNGetBufferSize tells
+ *   pBuffer              as many bytes as zmoiFastNGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsSizeErr        a side of roi is below 1
@@ -203,9 +205,9 @@ ZMO_API ZmoStatus zmoiFastN2DToVec_8u(const Zmo8u* pSrc, int srcStep, ZmoiPoint*
 /* ---- Responses on straight lines ---------------------------------------------------------------
  *
  * Removes the responses of a map of corners or edges that lie on a straight edge or bar of the
- * picture, told by the roundness of W. Foerstner, E. Guelch, "A Fast Operator for Detection and
- * Precise Location of Distinct Points, Corners and Centres of Circular Features", ISPRS 1987. With I
- * the picture, the sums over the (2 radius + 1)^2 pixels around p:
+ * picture, by the roundness of W. Foerstner, E. Guelch, "A Fast Operator for Detection and
+ * Precise Location of Distinct Points, Corners and Centres of Circular Features", ISPRS 1987. With
+ * I the picture, the sums over the (2 radius + 1)^2 pixels around p:
  *
  *   gx = I(x+1, y) - I(x-1, y),  gy = I(x, y+1) - I(x, y-1)
  *   a  = sum of gx gx,  b = sum of gy gy,  c = sum of gx gy
@@ -222,7 +224,7 @@ ZMO_API ZmoStatus zmoiFastN2DToVec_8u(const Zmo8u* pSrc, int srcStep, ZmoiPoint*
  *   roi                  pixels of all three
  *   radius               1 to 15
  *   threshold            0 to 255
- *   pBuffer              as many bytes as zmoiLineSuppressionGetBufferSize tells
+ *   pBuffer              as many bytes as zmoiLineSuppressionGetBufferSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsSizeErr        a side of roi is below 1

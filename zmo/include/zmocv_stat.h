@@ -8,7 +8,7 @@
 extern "C" {
 #endif
 
-/* The descriptor of each function tells which pixels count: C1R those of a region, C1MR those whose
+/* The descriptor of each function says which pixels count: C1R those of a region, C1MR those whose
  * mask is not zero (convention 11), C3CR and C3CMR the same in channel coi of three interleaved
  * ones; the other two channels have no influence. Arguments of all of them:
  *   pSrc, srcStep      image

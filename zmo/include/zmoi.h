@@ -37,7 +37,7 @@ ZMO_API const ZmoLibraryVersion* zmoiGetVersion(void);
  *   roi              pixels of source and destination
  *   mask             zmoiMask3x3 or zmoiMask5x5
  *   border           border type; pBorderValue: its value, for zmoiBorderConst only
- *   pBuffer          as many bytes as the GetBufferSize query of the same name tells
+ *   pBuffer          as many bytes as the GetBufferSize query of the same name reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     pSrc, pDst or pBuffer is null, or pBorderValue with zmoiBorderConst
  *   zmoStsSizeErr        a side of roi is below 1

@@ -11,8 +11,8 @@ extern "C" {
 
 /* ---- Second derivatives and a mean -------------------------------------------------------------
  *
- * With a(i,j) the source pixel i columns to the right and j rows below, extended by the border; i and
- * j run from -1 to 1 (3x3) or -2 to 2 (5x5):
+ * With a(i,j) the source pixel i columns to the right and j rows below, extended by the border; i
+ * and j run from -1 to 1 (3x3) or -2 to 2 (5x5):
  *
  *   SobelCross   sum of D[j] D[i] a(i,j), the derivative along x and y
  *   Laplacian    sum of (S[j] B[i] + B[j] S[i]) a(i,j)
@@ -20,8 +20,8 @@ extern "C" {
  *   S = 1 2 1 or 1 4 6 4 1,  D = -1 0 1 or -1 -2 0 2 1,  B = 1 -2 1 or 1 0 -2 0 1
  *
  * 8u16s is exact, 8u the exact quotient by convention 13. 32f computes in single precision, first
- * along the column, then along the row, then (Laplacian) the sum of the two parts in the order above,
- * or the quotient:
+ * along the column, then along the row, then (Laplacian) the sum of the two parts in the order
+ * above, or the quotient:
  *
  *   S: (a(-1) + a(1)) + 2 a(0)        ((a(-2) + a(2)) + 4 (a(-1) + a(1))) + 6 a(0)
  *   D: a(1) - a(-1)                   (a(2) - a(-2)) + 2 (a(1) - a(-1))
@@ -33,7 +33,7 @@ extern "C" {
  *   roi              pixels of source and destination
  *   mask             zmoiMask3x3 or zmoiMask5x5
  *   border           border type; pBorderValue: its value, for zmoiBorderConst only
- *   pBuffer          as many bytes as the GetBufferSize query of the same name tells
+ *   pBuffer          as many bytes as the GetBufferSize query of the same name reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     pSrc, pDst or pBuffer is null, or pBorderValue with zmoiBorderConst
  *   zmoStsSizeErr        a side of roi is below 1
@@ -85,10 +85,11 @@ ZMO_API ZmoStatus zmoiFilterLowpassBorderGetBufferSize(ZmoiSize roi, ZmoiMaskSiz
  *
  *   dst(x,y) = sum of c[j] r[i] src(x + i - anchor.x, y + j - anchor.y)
  *
- * and the channels are filtered apart from each other. 8u, 8u16s, 16s and 16u have kernels of 16-bit
- * integers and a divisor: the sum is exact, its quotient is rounded and saturated by convention 13.
- * 32f has kernels of floats and computes in single precision: first down each column, then along the
- * row of these sums, each ((w0 a0 + w1 a1) + w2 a2) + ... in the order of the taps.
+ * and the channels are filtered apart from each other. 8u, 8u16s, 16s and 16u have kernels of
+ * 16-bit integers and a divisor: the sum is exact, its quotient is rounded and saturated by
+ * convention 13. 32f has kernels of floats and computes in single precision: first down each
+ * column, then along the row of these sums, each ((w0 a0 + w1 a1) + w2 a2) + ... in the order of
+ * the taps.
  *
  * Border: convention 10; in memory, the region that the taps reach is read.
  *   pSrc, srcStep    source
@@ -96,9 +97,10 @@ ZMO_API ZmoStatus zmoiFilterLowpassBorderGetBufferSize(ZmoiSize roi, ZmoiMaskSiz
  *   roi              pixels of source and destination
  *   border           border type; pBorderValue: one element a channel, for zmoiBorderConst only
  *   pState           kernels, from the Init function for the same types and channels
- *   pBuffer          as many bytes as zmoiFilterSeparableGetSize_L tells
+ *   pBuffer          as many bytes as zmoiFilterSeparableGetSize_L reports
  * Status, in the order of the checks:
- *   zmoStsNullPtrErr     pSrc, pDst, pState or pBuffer is null, or pBorderValue with zmoiBorderConst
+ *   zmoStsNullPtrErr     pSrc, pDst, pState or pBuffer is null, or pBorderValue with
+ *                        zmoiBorderConst
  *   zmoStsSizeErr        a side of roi is below 1
  *   zmoStsStepErr        a step is shorter than a row or no multiple of the element size
  *   zmoStsBorderErr      border is unknown
@@ -184,8 +186,8 @@ ZMO_API ZmoStatus zmoiFilterSeparableGetSize_L(ZmoiSizeL roi, ZmoiSize kernelSiz
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsMaskSizeErr    a side of kernelSize is not 1 to 255
  *   zmoStsAnchorErr      the anchor is not a tap
- *   zmoStsRangeErr       the divisor is below 1, or the sizes of the weights of a kernel add to more
- *                        than 32767; 32f: a weight is not finite
+ *   zmoStsRangeErr       the divisor is below 1, or the sizes of the weights of a kernel add to
+ *                        more than 32767; 32f: a weight is not finite
  *   zmoStsDataTypeErr    there is no filter with such kernels from srcType to dstType
  *   zmoStsChannelsErr    channels is not 1, 3 or 4 */
 ZMO_API ZmoStatus zmoiFilterSeparableInit_16s_L(const Zmo16s* pRowKernel,
@@ -211,7 +213,7 @@ ZMO_API ZmoStatus zmoiFilterSeparableInit_32f_L(const Zmo32f* pRowKernel,
  *
  * Border: convention 10; in memory, n/2 pixels around the region are read.
  * Arguments and status are those of the separable filter; the state is one for the element type and
- * channels, and pBuffer has as many bytes as zmoiFilterGaussianGetSize tells. */
+ * channels, and pBuffer has as many bytes as zmoiFilterGaussianGetSize reports. */
 typedef struct ZmoiGaussianState ZmoiGaussianState;
 
 ZMO_API ZmoStatus zmoiFilterGaussianBorder_8u_C1R(const Zmo8u* pSrc, int srcStep, Zmo8u* pDst,
@@ -313,10 +315,10 @@ ZMO_API ZmoStatus zmoiFilterGaussianInit_L(int kernelSize, Zmo32f sigma, ZmoData
  *   Row      ppDst[y][x] = sum of k[i] src(x + i - anchor, y),  i from 0 to n-1
  *   Column   dst(x,y) = sum of k[j] ppSrc[y + j][x],  j from 0 to n-1
  *
- * Integer sums are exact, divided by the divisor, rounded and saturated by convention 13; kernels of
- * 16u images are signed, too. 32f: ((k0 a0 + k1 a1) + k2 a2) + ... in single precision, no divisor.
- * _Low: s starts at 0 and becomes s + k[i] a in the order of the taps, saturated to 16 bits after
- * each; that is the result.
+ * Integer sums are exact, divided by the divisor, rounded and saturated by convention 13; kernels
+ * of 16u images are signed, too. 32f: ((k0 a0 + k1 a1) + k2 a2) + ... in single precision, no
+ * divisor. _Low: s starts at 0 and becomes s + k[i] a in the order of the taps, saturated to 16
+ * bits after each; that is the result.
  *
  * Border (rows): convention 10, to the left and right; in memory, the pixels are read that the taps
  * reach. The column pipeline has its border in the rows that its pointers name.
@@ -326,15 +328,15 @@ ZMO_API ZmoStatus zmoiFilterGaussianInit_L(int kernelSize, Zmo32f sigma, ZmoData
  *   roi              pixels of the image
  *   pKernel          kernelSize weights; anchor: the tap on the pixel
  *   border           border type; pBorderValue: one element a channel, for zmoiBorderConst only
- *   pBuffer          as many bytes as the GetBufferSize query of the same name tells
+ *   pBuffer          as many bytes as the GetBufferSize query of the same name reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer, or a row's, is null; pBorderValue with zmoiBorderConst only
  *   zmoStsSizeErr        a side of roi is below 1
  *   zmoStsStepErr        the step is shorter than a row or no multiple of the element size
  *   zmoStsMaskSizeErr    kernelSize is not 1 to 255
  *   zmoStsAnchorErr      the anchor is not a tap
- *   zmoStsRangeErr       the divisor is below 1, or the sizes of the weights add to more than 32767;
- *                        _Low has neither limit
+ *   zmoStsRangeErr       the divisor is below 1, or the sizes of the weights add to more than
+ *                        32767; _Low has neither limit
  *   zmoStsBorderErr      border is unknown */
 ZMO_API ZmoStatus zmoiFilterRowBorderPipeline_8u16s_C1R(const Zmo8u* pSrc, int srcStep,
                                                         Zmo16s** ppDst, ZmoiSize roi,

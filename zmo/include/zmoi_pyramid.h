@@ -11,9 +11,9 @@ extern "C" {
 /* ---- Layers of a Gaussian pyramid --------------------------------------------------------------
  *
  * P. J. Burt and E. H. Adelson, "The Laplacian Pyramid as a Compact Image Code", IEEE Transactions
- * on Communications 31 (1983): a layer is the one below it, smoothed and reduced by the rate, and is
- * expanded to the size of the one below it by the same kernel. With the kernel k[-n..n], the rate r
- * and the source a, extended by the border, each channel apart from the others:
+ * on Communications 31 (1983): a layer is the one below it, smoothed and reduced by the rate, and
+ * is expanded to the size of the one below it by the same kernel. With the kernel k[-n..n], the
+ * rate r and the source a, extended by the border, each channel apart from the others:
  *
  *   Down   dst(x,y) = sum of k[j] k[i] a(r x + i, r y + j) / (K K),  i and j from -n to n
  *          K is the sum of the kernel
@@ -25,14 +25,14 @@ extern "C" {
  * weights k[i] / K, k[i] / Kx and k[j] / Ky: first down each column, then along the row of these
  * sums, each ((w0 a0 + w1 a1) + w2 a2) + ... with the taps in the order of i and j.
  *
- * Border: convention 10. In memory, Down reads n pixels on each side of the source, Up n / r of them,
- * rounded up.
+ * Border: convention 10. In memory, Down reads n pixels on each side of the source, Up n / r of
+ * them, rounded up.
  *
  * Of width and height, the smaller layer has those of the larger one divided by r, rounded up.
  *   pSrc, srcStep, srcRoi    source and its pixels
  *   pDst, dstStep, roi       destination and its pixels
  *   pState                   kernel, rate and border, for the same type and channels
- *   pBuffer                  as many bytes as zmoiPyramidGetSize tells
+ *   pBuffer                  as many bytes as zmoiPyramidGetSize reports
  * Status, in the order of the checks:
  *   zmoStsNullPtrErr     a pointer is null
  *   zmoStsSizeErr        a side of srcRoi or roi is below 1
@@ -99,8 +99,8 @@ ZMO_API ZmoStatus zmoiPyramidGetSize_L(ZmoiSizeL roi, ZmoDataType type, int chan
                                        int64_t* pStateSize, int64_t* pBufferSize);
 
 /* Fills a state. A null pKernel stands for the five taps 1 4 6 4 1, and kernelSize is ignored; the
- * usual rate is 2. pBorderValue is one value a channel for zmoiBorderConst, converted to the element
- * type by convention 13. Status, in the order of the checks:
+ * usual rate is 2. pBorderValue is one value a channel for zmoiBorderConst, converted to the
+ * element type by convention 13. Status, in the order of the checks:
  *   zmoStsNullPtrErr     pState is null, or pBorderValue with zmoiBorderConst
  *   zmoStsMaskSizeErr    kernelSize is even or not 1 to 31
  *   zmoStsRangeErr       rate is not 2 to 8; the sizes of the weights add to more than 181; or the

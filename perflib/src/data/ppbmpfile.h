@@ -13,7 +13,7 @@ class ppImage;
 // the order of the channels stays the file's (blue, green, red). Palette files of
 // 1, 4 and 8 bits are looked up; files of 16, 24 and 32 bits are read straight
 // into the image, whose rows are longer than the file's unless they match; one that
-// is cut short loads as far as it goes, and a message tells so.
+// is cut short loads as far as it goes, and a message says so.
 class ppBmpFile {
   public:
     explicit ppBmpFile(ppImage& image) : m_image(image) {}

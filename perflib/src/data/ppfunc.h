@@ -1,4 +1,4 @@
-// What the name of a library function tells about it.
+// What the name of a library function says about it.
 #pragma once
 
 #include "pptype.h"

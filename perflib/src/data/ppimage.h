@@ -6,7 +6,7 @@
 
 #include "ppvector.h"
 
-// The name tells the layout: "_8u_C3" has three channels side by side, "_8u_P3"
+// The name gives the layout: "_8u_C3" has three channels side by side, "_8u_P3"
 // three planes. The fills of ppVector go row by row, in a planar image plane
 // after plane; the bytes between the rows stay zero.
 //

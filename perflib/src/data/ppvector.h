@@ -22,7 +22,7 @@ using enum SetMode;
 
 // The place of vector k of a test: the mutual shift of the session's vectors and,
 // for the vectors that it asks to misalign, the misalignment. That may count
-// elements, so only the vector that is put there can tell the bytes: it is no number.
+// elements, so only the vector that is put there can turn it into bytes: it is no number.
 class ppMisalign {
   public:
     explicit ppMisalign(int k) : m_k(k) {}

@@ -158,8 +158,8 @@ class psTest {
     bool prepareSet();
     psResult measureSet();
     psResult checkCtrlStatus();
-    // With -C: whether a call out of the cache would take too long, which it tells, by
-    // what one has taken in the cache.
+    // With -C: whether a call out of the cache would take too long, by what one has
+    // taken in the cache; a message says so.
     bool callTooLong() const;
     void noteCall();
     psString valuesBesideSize() const;

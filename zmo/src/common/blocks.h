@@ -1,7 +1,7 @@
 // Rows in short blocks, for kernels that reduce an image to a few numbers: one channel laid side by
 // side in a buffer, unselected pixels replaced, so that the loops which reduce it know neither
-// channels nor mask. A block stays in the first-level cache. One call a block costs nothing; inlined
-// into every kernel, these loops would make the library several times larger.
+// channels nor mask. A block stays in the first-level cache. One call a block costs nothing;
+// inlined into every kernel, these loops would make the library several times larger.
 #pragma once
 
 #include "common/kernel.h"
@@ -10,8 +10,8 @@ namespace zmo::ZMO_LEVEL {
 namespace {
 
 // 256 bytes sum to less than 2^16 and 256 values of 16 bits to less than 2^32, so that sums over a
-// block fit narrow integers, of which a vector holds more. A multiple of 8: in every block a pixel's
-// lane is its column modulo 8.
+// block fit narrow integers, of which a vector holds more. A multiple of 8: in every block a
+// pixel's lane is its column modulo 8.
 constexpr ptrdiff_t blockLength = 256;
 
 [[maybe_unused]] ptrdiff_t blockAt(ptrdiff_t x, ptrdiff_t width) {
@@ -51,7 +51,8 @@ template <class T, int channels>
     for (ptrdiff_t i = count; i % 8 != 0; ++i) block[i] = other;
 }
 
-// The same block where it can be read: in the image itself when nothing has to be moved or replaced.
+// The same block where it can be read: in the image itself when nothing has to be moved or
+// replaced.
 template <class T, int channels>
 const Elem<T>* readBlock(T* memory, const Elem<T>* pixels, const uint8_t* mask, ptrdiff_t count,
                          T other) {

@@ -5,8 +5,8 @@
 
 namespace zmo {
 
-// Pixels first..end-1 of a row; parent is the index of a run of the same component, of itself in the
-// component's first run.
+// Pixels first..end-1 of a row; parent is the index of a run of the same component, of itself in
+// the component's first run.
 struct PixelRun {
     int first;
     int end;

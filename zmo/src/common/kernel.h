@@ -108,8 +108,8 @@ class Carver {
 
 constexpr float largestFloat = 3.40282347e38F;
 
-// Rounded half to even, at every level by the same two sums: the first leaves no room for a fraction.
-// The value lies between -2^22 and 2^22.
+// Rounded half to even, at every level by the same two sums: the first leaves no room for a
+// fraction. The value lies between -2^22 and 2^22.
 [[maybe_unused]] inline int32_t wholeOf(float value) {
     return static_cast<int32_t>((value + 0x1.8p23F) - 0x1.8p23F);
 }

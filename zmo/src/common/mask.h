@@ -8,8 +8,8 @@
 namespace zmo::ZMO_LEVEL {
 namespace {
 
-// smooth: 1 2 1 and 1 4 6 4 1; first: -1 0 1 and -1 -2 0 2 1; second: 1 -2 1 and 1 0 -2 0 1; scharr:
-// 3 10 3 only.
+// smooth: 1 2 1 and 1 4 6 4 1; first: -1 0 1 and -1 -2 0 2 1; second: 1 -2 1 and 1 0 -2 0 1;
+// scharr: 3 10 3 only.
 enum class Weights { smooth, first, second, scharr };
 
 // The values at -radius..radius are the arguments.

@@ -40,7 +40,7 @@ namespace {
     return x;
 }
 
-// The row may lie on any byte, which a template argument cannot tell of its type: it comes without
+// The row may lie on any byte, which no template argument says of its type: it comes without
 // one, and the stores go through memcpy.
 template <class T>
 void fillRun(void* __restrict row, ptrdiff_t first, ptrdiff_t end, T value) {

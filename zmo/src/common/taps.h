@@ -1,5 +1,5 @@
-// Sums of rows with weights that are known at run time, the inner loop of all filters with a kernel of
-// the caller's, and the way from a row of sums to pixels.
+// Sums of rows with weights that are known at run time, the inner loop of all filters with a kernel
+// of the caller's, and the way from a row of sums to pixels.
 #pragma once
 
 #include "common/kernel.h"
@@ -100,9 +100,10 @@ void sumRows(A* sums, ptrdiff_t count, const Elem<Weight<A>>* weights, ptrdiff_t
 }
 
 // How sums become pixels: divided, rounded half to even, saturated. A power of two is shifted; all
-// other divisors multiply with the inverse. `snap` rounds such a quotient to a multiple of 2^-g with
-// 2^g > 2 divisor, so that halves, which the inverse misses by an error far smaller, are met exactly
-// and no other quotient becomes a half. It holds for sums below 2^47 and divisors below 2^31.
+// other divisors multiply with the inverse. `snap` rounds such a quotient to a multiple of 2^-g
+// with 2^g > 2 divisor, so that halves, which the inverse misses by an error far smaller, are met
+// exactly and no other quotient becomes a half. It holds for sums below 2^47 and divisors below
+// 2^31.
 struct Quotient {
     int shift;  // negative: not a power of two
     double inverse;

@@ -8,8 +8,8 @@ namespace zmo {
 
 enum AddUse { addValue, addSquare, addProduct, addWeighted };
 
-// src2 counts for addProduct only, alpha for addWeighted only. Tells whether any pixel was selected;
-// mask.data counts for masked kernels only.
+// src2 counts for addProduct only, alpha for addWeighted only. Tells whether any pixel was
+// selected; mask.data counts for masked kernels only.
 using AddKernel = bool (*)(Source src, Source src2, Source mask, Target acc, Region roi,
                            float alpha);
 

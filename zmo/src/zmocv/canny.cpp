@@ -23,8 +23,8 @@ int64_t cannyBufferSize(Size roi) {
     return 12 * (width + 2) + bytesOfPixel * width * roi.height + 64 + 4 * 63;
 }
 
-// Besides, derivatives: four rows of 2 bytes a pixel, and what a row of them is made of, a row of the
-// border's value and a row of 2-byte sums with two pixels on either side.
+// Besides, derivatives: four rows of 2 bytes a pixel, and what a row of them is made of, a row of
+// the border's value and a row of 2-byte sums with two pixels on either side.
 int64_t cannyBorderBufferSize(ZmoiSize roi) {
     return cannyBufferSize(roi) + 4 * 2 * int64_t{roi.width} + roi.width +
            2 * (roi.width + int64_t{4}) + 6 * 63;
@@ -43,7 +43,8 @@ int floorToInt(double limit) {
 }
 
 // The largest float that is not above limit >= 0, found in the bits: a conversion would round, and
-// could raise overflow. Denormal limits become 0, since each comparison with one would raise a flag.
+// could raise overflow. Denormal limits become 0, since each comparison with one would raise a
+// flag.
 float floorToFloat(double limit) {
     constexpr double smallestNormal = std::numeric_limits<float>::min();
     constexpr double largest = std::numeric_limits<float>::max();

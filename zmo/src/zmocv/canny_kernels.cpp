@@ -85,8 +85,8 @@ template <class T, class S>
     }
 }
 
-// Places of pixels, each in one word: x in as many low bits as the width needs, y above. Both fit, as
-// an image of more than 2^63 pixels does not exist.
+// Places of pixels, each in one word: x in as many low bits as the width needs, y above. Both fit,
+// as an image of more than 2^63 pixels does not exist.
 class Stack {
   public:
     Stack(CannyPixel* memory, ptrdiff_t width)

@@ -14,8 +14,8 @@ ptrdiff_t clamped(ptrdiff_t i, ptrdiff_t limit) {
     return i < 0 ? 0 : i < limit ? i : limit;
 }
 
-// Values of positive sources are never negative, and exceed the type's maximum by less than rounding
-// removes.
+// Values of positive sources are never negative, and exceed the type's maximum by less than
+// rounding removes.
 template <class D>
 D rounded(float value) {
     return static_cast<D>(wholeOf(value));

@@ -13,8 +13,8 @@ bool isKnownWindow(int size) {
 }
 
 // For a region that grows by the window where the border is in memory: rows of both derivatives, a
-// window and two more; three rows of double sums; a row of the border's value and one of the sums that
-// make a row of derivatives; and the alignment of all.
+// window and two more; three rows of double sums; a row of the border's value and one of the sums
+// that make a row of derivatives; and the alignment of all.
 int64_t cornerBufferSize(ZmoiSize roi, int windowSize, ZmoDataType type) {
     const int64_t width = int64_t{roi.width} + windowSize - 1;
     const int64_t pixel = type == zmo8u ? 1 : 4;

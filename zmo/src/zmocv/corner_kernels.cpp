@@ -5,7 +5,8 @@
 namespace zmo::ZMO_LEVEL {
 namespace {
 
-// Products of 16-bit derivatives and their differences fit an int; those of floats are exact in double.
+// Products of 16-bit derivatives and their differences fit an int; those of floats are exact in
+// double.
 template <class D>
 struct ProductOf;
 template <>

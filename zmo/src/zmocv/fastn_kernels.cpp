@@ -2,10 +2,10 @@
 
 #include "common/runs.h"
 
-// Blocks of neighbouring pixels are scored together, in bytes. Of n >= 9 neighbours on the circle at
-// least one lies at either end of each diameter, or at both: a block whose two main diameters all
-// have an end near the centre's value is left at once, one whose eight diameters have, after the
-// differences.
+// Blocks of neighbouring pixels are scored together, in bytes. Of n >= 9 neighbours on the circle
+// at least one lies at either end of each diameter, or at both: a block whose two main diameters
+// all have an end near the centre's value is left at once, one whose eight diameters have, after
+// the differences.
 namespace zmo::ZMO_LEVEL {
 namespace {
 

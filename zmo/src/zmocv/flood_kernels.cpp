@@ -8,7 +8,7 @@
 namespace zmo::ZMO_LEVEL {
 namespace {
 
-// What the map tells of a pixel; 0 of one that no fill enters.
+// The map's entry of a pixel; 0 of one that no fill enters.
 constexpr uint8_t openPixel = 1;  // the lowest bit is what findSet looks for
 constexpr uint8_t filledPixel = 2;
 

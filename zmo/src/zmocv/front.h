@@ -6,7 +6,8 @@
 namespace zmo {
 
 // A pixel that waits for the front, at its index in the region. Read as one number, the time is the
-// upper half: times, which are not negative, order pixels, and the index decides between equal ones.
+// upper half: times, which are not negative, order pixels, and the index decides between equal
+// ones.
 struct FrontPixel {
     int index;
     float time;
@@ -102,8 +103,8 @@ class Front {
         if (y + 1 < m_height) meet(x, y + 1, limit);
     }
 
-    // Goes on until no pixel waits; times stay below limit. Calls arrive(x, y) for each pixel that is
-    // reached, with its time stored, right before it counts as reached.
+    // Goes on until no pixel waits; times stay below limit. Calls arrive(x, y) for each pixel that
+    // is reached, with its time stored, right before it counts as reached.
     template <class Arrive>
     void advance(float limit, Arrive arrive) {
         while (!m_heap.empty()) {

@@ -18,8 +18,8 @@ struct GmmRules {
 };
 
 // The model lies row by row. A row holds the first components of all its pixels, then their second
-// ones, and so on: those that are used are read in one go. Pixels form blocks of 16, the last one of
-// a row being padded. A component of a block is five times 16 floats: weights, the three means,
+// ones, and so on: those that are used are read in one go. Pixels form blocks of 16, the last one
+// of a row being padded. A component of a block is five times 16 floats: weights, the three means,
 // variances. Components that a pixel does not have weigh 0.
 constexpr ptrdiff_t gmmBlock = 16;
 constexpr ptrdiff_t gmmFloatsOfComponent = 5 * gmmBlock;

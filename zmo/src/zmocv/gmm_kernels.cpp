@@ -2,9 +2,9 @@
 
 #include "common/kernel.h"
 
-// Sixteen pixels at a time take each step together, with masks of all bits in place of branches. Only
-// as many components are met as one of them has. Weights, variances and squared distances are never
-// negative, and their bits as integers have the order of the floats: comparisons of integers
+// Sixteen pixels at a time take each step together, with masks of all bits in place of branches.
+// Only as many components are met as one of them has. Weights, variances and squared distances are
+// never negative, and their bits as integers have the order of the floats: comparisons of integers
 // vectorise, those of floats do not.
 namespace zmo::ZMO_LEVEL {
 namespace {
@@ -42,7 +42,8 @@ bool any(const Flags& flags) {
     return all != 0;
 }
 
-// The components of a block that some of its pixels have. In memory they lie `distance` bytes apart.
+// The components of a block that some of its pixels have. In memory they lie `distance` bytes
+// apart.
 class Mixture {
   public:
     Mixture(const void* model, ptrdiff_t distance, int most) : m_most(most) {
@@ -126,7 +127,7 @@ void loadPixels(Pixels& pixels, const uint8_t* src, ptrdiff_t count) {
         pixels.before[i] += weight;
 
         const float aged = (rest * weight - loss) + floatOf(bitsOf(rate) & own);
-        // An integer comparison also tells a negative weight.
+        // An integer comparison also finds a negative weight.
         const float next = floatOf(bitsOf(aged) & isBelow(leastWeight, aged));
         const float weighed = smaller(rate / selected(own, next, 1.0F), 1.0F);
         const float a = floatOf(bitsOf(weighed) & own);
@@ -194,8 +195,8 @@ void update(Mixture& mixture, Pixels& pixels, const GmmRules* rules) {
     normalise(mixture);
 }
 
-// Calls body(x, count, at, distance) for each block of a row: its pixels x ... x + count - 1, and where
-// its components lie in the model.
+// Calls body(x, count, at, distance) for each block of a row: its pixels x ... x + count - 1, and
+// where its components lie in the model.
 template <class Body>
 void forBlocks(ptrdiff_t y, ptrdiff_t width, const GmmRules* rules, Body body) {
     constexpr ptrdiff_t bytes = sizeof(Component);

@@ -27,7 +27,8 @@ struct HaarClassifier {
     int32_t rectangles;
 };
 
-// A sum over the rectangle is (farthest - far) - (near - nearest); cells are relative to the window's.
+// A sum over the rectangle is (farthest - far) - (near - nearest); cells are relative to the
+// window's.
 enum HaarCorner { haarFarthest, haarFar, haarNear, haarNearest, haarCorners };
 struct HaarRectangle {
     int32_t x[haarCorners];

@@ -2,9 +2,9 @@
 
 #include "common/kernel.h"
 
-// Windows are looked at in groups of neighbours, so that each sum over a rectangle is taken from four
-// runs of the table: the search for a classifier's rectangles costs as much as the sums of a group. A
-// group is left as soon as no window in it can reach the threshold any more.
+// Windows are looked at in groups of neighbours, so that each sum over a rectangle is taken from
+// four runs of the table: the search for a classifier's rectangles costs as much as the sums of a
+// group. A group is left as soon as no window in it can reach the threshold any more.
 namespace zmo::ZMO_LEVEL {
 namespace {
 

@@ -22,8 +22,8 @@ struct HoughSpace {
     ptrdiff_t distances;
 };
 
-// In memory the cells have an empty angle before the first and behind the last, and by angle an empty
-// cell on either side and one that takes the votes out of range.
+// In memory the cells have an empty angle before the first and behind the last, and by angle an
+// empty cell on either side and one that takes the votes out of range.
 constexpr ptrdiff_t houghMargin = 3;
 
 struct HoughArgs {
@@ -36,7 +36,8 @@ struct HoughArgs {
     int32_t threshold;
     int32_t maxLines;
     HoughPeak* peaks;  // room for maxLines, strongest first
-    // For the cells, two doubles and an int for each pixel of a portion, and a byte for each distance.
+    // For the cells, two doubles and an int for each pixel of a portion, and a byte for each
+    // distance.
     void* buffer;
 };
 

@@ -9,15 +9,15 @@ namespace zmo {
 
 constexpr int inpaintRadius = 64;  // the largest one
 
-// Neighbourhoods are read in blocks of columns, so that the work planes have margins: of a block more
-// than the radius left and right, and of one row above and below.
+// Neighbourhoods are read in blocks of columns, so that the work planes have margins: of a block
+// more than the radius left and right, and of one row above and below.
 constexpr int inpaintBlock = 8;
 constexpr int inpaintColumns =
     (2 * inpaintRadius + 1 + inpaintBlock - 1) / inpaintBlock * inpaintBlock;
 
-// True when the mask selects anything. The buffer holds a FrontPixel and an int for every pixel of the
-// region; a float, a byte and one more a channel for every pixel of the planes; and two floats for
-// each place of half a neighbourhood.
+// True when the mask selects anything. The buffer holds a FrontPixel and an int for every pixel of
+// the region; a float, a byte and one more a channel for every pixel of the planes; and two floats
+// for each place of half a neighbourhood.
 using InpaintKernel = bool (*)(Source src, Source mask, Target dst, Region roi, float radius,
                                void* buffer);
 

@@ -9,8 +9,8 @@ constexpr float leastAlignment = 0.01F;
 constexpr float misaligned = 1e-6F;
 constexpr int lanes = inpaintBlock;
 
-// For the vectors r from the pixels q of a neighbourhood to its middle: 1 / |r| and 1 / |r|^2, which
-// are 0 where q is not part of it. Rows by |ry|; column i stands for rx = reach - i.
+// For the vectors r from the pixels q of a neighbourhood to its middle: 1 / |r| and 1 / |r|^2,
+// which are 0 where q is not part of it. Rows by |ry|; column i stands for rx = reach - i.
 class Disc {
   public:
     Disc(float radius, Carver& carver)
@@ -103,7 +103,7 @@ class ByMarching {
             weights[i] = direction * ofSquare[i] * level;
         }
     }
-    // What q tells about p, twice.
+    // The estimate of p from q, twice.
     static int twice(int value, int dx, int dy, int rx, int ry) {
         return 2 * value + dx * rx + dy * ry;
     }

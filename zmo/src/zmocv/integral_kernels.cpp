@@ -3,8 +3,8 @@
 #include "common/kernel.h"
 
 // Sums of 8u are kept exact while they grow: as 64f, or as 32-bit numbers that wrap around, in the
-// cells of the table itself. A row is finished, with start added and in the table's type, as soon as
-// the rows below it no longer read it.
+// cells of the table itself. A row is finished, with start added and in the table's type, as soon
+// as the rows below it no longer read it.
 namespace zmo::ZMO_LEVEL {
 namespace {
 
@@ -75,7 +75,8 @@ typedef uint32_t Quad __attribute__((vector_size(16)));
 typedef uint64_t Pair __attribute__((vector_size(16)));
 
 Words eightValues(const uint8_t* pixels) {
-    // By way of a register: eight bytes copied into a vector in memory are waited for when it is read.
+    // By way of a register: eight bytes copied into a vector in memory are waited for when it is
+    // read.
     uint64_t eight = 0;
     __builtin_memcpy(&eight, pixels, sizeof eight);
     const Pair pair = {eight, 0};
@@ -85,8 +86,9 @@ Words eightValues(const uint8_t* pixels) {
                                                            22, 7, 23));
 }
 
-// Within each half of four, a lane becomes the sum of the lanes up to it. Shifts of whole 64-bit lanes
-// are one instruction at every level, while moving lanes across a vector is many at the lowest.
+// Within each half of four, a lane becomes the sum of the lanes up to it. Shifts of whole 64-bit
+// lanes are one instruction at every level, while moving lanes across a vector is many at the
+// lowest.
 Words sumsInHalves(Words v) {
     v += reinterpret_cast<Words>(reinterpret_cast<Pair>(v) << 16);
     return v + reinterpret_cast<Words>(reinterpret_cast<Pair>(v) << 32);

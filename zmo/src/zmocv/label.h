@@ -6,8 +6,8 @@
 
 namespace zmo {
 
-// The buffer holds a 12-byte run for every other pixel of a row (rounded up), a row of bytes, and an
-// int for each row and one more. Returns the number of components.
+// The buffer holds a 12-byte run for every other pixel of a row (rounded up), a row of bytes, and
+// an int for each row and one more. Returns the number of components.
 using LabelKernel = int (*)(Source src, Target dst, Region roi, int minLabel, int maxLabel,
                             int connectivity, void* buffer);
 

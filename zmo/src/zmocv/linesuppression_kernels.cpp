@@ -2,8 +2,8 @@
 
 #include "common/runs.h"
 
-// Sums of products of differences down the columns are moved from row to row, and along the row from
-// response to response: the radius costs next to nothing.
+// Sums of products of differences down the columns are moved from row to row, and along the row
+// from response to response: the radius costs next to nothing.
 namespace zmo::ZMO_LEVEL {
 namespace {
 

@@ -90,9 +90,9 @@ struct StageSetting {
 };
 
 // One erosion or dilation. It pulls rows out of the stage before it, or out of the image, and makes
-// up to as many rows at a time as its window is high: with the extrema of the window's rows from each
-// one to the last, and a running extremum of the rows behind them, a row of the result costs less
-// than three comparisons a pixel down the columns (van Herk; Gil and Werman).
+// up to as many rows at a time as its window is high: with the extrema of the window's rows from
+// each one to the last, and a running extremum of the rows behind them, a row of the result costs
+// less than three comparisons a pixel down the columns (van Herk; Gil and Werman).
 class MorphStage {
   public:
     enum class Reads { image, stage };

@@ -17,21 +17,22 @@ struct MorphTap {
     float value;
 };
 
-// Bytes behind each work row: up to a multiple of this many are computed without a use, so that loops
-// need no scalar rest. Twice as many can be read, and hold no not-a-numbers that would raise flags.
+// Bytes behind each work row: up to a multiple of this many are computed without a use, so that
+// loops need no scalar rest. Twice as many can be read, and hold no not-a-numbers that would raise
+// flags.
 constexpr ptrdiff_t morphPadding = 64;
 
-// Loops over rows, for one element type and one of minimum and maximum. Counts are elements; rows of
-// 1u are words of 64 pixels, the first one in the most significant bit. Destinations may lie on any
-// byte, except for words, and overlap nothing.
+// Loops over rows, for one element type and one of minimum and maximum. Counts are elements; rows
+// of 1u are words of 64 pixels, the first one in the most significant bit. Destinations may lie on
+// any byte, except for words, and overlap nothing.
 struct MorphLoops {
     void (*combine)(const void* a, const void* b, void* dst, ptrdiff_t count);
     // next = before with row, dst = next with suffix: one step of a running extremum.
     void (*sweep)(const void* before, const void* row, const void* suffix, void* next, void* dst,
                   ptrdiff_t count);
     // dst[i] = extremum of row[i + first + k stride], k from 0 to length - 1, length > 1. Words:
-    // first and stride count pixels, and up to length / 64 + 4 words behind the last pixel are read.
-    // scratch: three rows as long as the row, pitch bytes apart.
+    // first and stride count pixels, and up to length / 64 + 4 words behind the last pixel are
+    // read. scratch: three rows as long as the row, pitch bytes apart.
     void (*window)(const void* row, void* dst, ptrdiff_t count, ptrdiff_t first, ptrdiff_t stride,
                    ptrdiff_t length, void* scratch, ptrdiff_t pitch);
     void (*points)(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count);
@@ -43,8 +44,8 @@ struct MorphKernels {
     MorphLoops max[5];
     // dst = a - b, saturated.
     void (*difference[5])(const void* a, const void* b, void* dst, ptrdiff_t count);
-    // Grey-level elements of 8u and 32f: extremum of the taps' pixels minus (min) or plus (max) their
-    // values, saturated.
+    // Grey-level elements of 8u and 32f: extremum of the taps' pixels minus (min) or plus (max)
+    // their values, saturated.
     void (*grayMin[2])(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count);
     void (*grayMax[2])(const MorphTap* taps, ptrdiff_t tapCount, void* dst, ptrdiff_t count);
 };

@@ -100,8 +100,8 @@ inline typename Register<T>::Vector vectorAt(typename Register<T>::Vector a,
 #endif
 }
 
-// Windows of 2^turns `shift` elements from each two of half the length. It takes the vectors of a row
-// one by one and gives back the extrema of the one that came `delay` turns earlier, so that all
+// Windows of 2^turns `shift` elements from each two of half the length. It takes the vectors of a
+// row one by one and gives back the extrema of the one that came `delay` turns earlier, so that all
 // doublings run side by side in registers.
 template <class T, bool max, ptrdiff_t shift, int turns>
 class Doubling {
@@ -207,9 +207,9 @@ void shortWindow(const void* row, void* dst, ptrdiff_t count, ptrdiff_t stride, 
 }
 
 // dst[i] = extremum of row[i + k step], k from 0 to terms - 1 and terms > 1, by van Herk's running
-// extrema: of a group of `terms` steps from each element to the group's end, and of the next group up
-// to each element. Neighbours run side by side in a register; a step is a multiple of its length.
-// suffixes holds a group.
+// extrema: of a group of `terms` steps from each element to the group's end, and of the next group
+// up to each element. Neighbours run side by side in a register; a step is a multiple of its
+// length. suffixes holds a group.
 template <class T, bool max>
 void joinWindows(const T* __restrict row, void* dst, ptrdiff_t count, ptrdiff_t step,
                  ptrdiff_t terms, T* __restrict suffixes) {
@@ -250,8 +250,9 @@ void joinWindows(const T* __restrict row, void* dst, ptrdiff_t count, ptrdiff_t 
     }
 }
 
-// Longer windows are made of parts of so many pixels, or up to twice as many. A part takes up to seven
-// comparisons and joining them three: from here on, no more than doubling on, and never any more.
+// Longer windows are made of parts of so many pixels, or up to twice as many. A part takes up to
+// seven comparisons and joining them three: from here on, no more than doubling on, and never any
+// more.
 constexpr ptrdiff_t joinedPixels = 64;
 constexpr ptrdiff_t longestDoubled = 1024;
 

@@ -1,6 +1,6 @@
-// Rows for the passes of morphology: the lines of an image, or of an earlier pass, with the border's
-// pixels on both sides, as many as the window of the pass still needs. 1u becomes words of 64 pixels,
-// the first pixel in the most significant bit.
+// Rows for the passes of morphology: the lines of an image, or of an earlier pass, with the
+// border's pixels on both sides, as many as the window of the pass still needs. 1u becomes words of
+// 64 pixels, the first pixel in the most significant bit.
 #pragma once
 
 #include <cstddef>
@@ -60,8 +60,9 @@ class RowCarver {
 
 class ExtendedRows {
   public:
-    // region: of the pass that reads these rows. block: rows that the pass makes at a time, as many as
-    // the window is high. blocks: that are kept; two are enough for rows that are loaded one by one.
+    // region: of the pass that reads these rows. block: rows that the pass makes at a time, as many
+    // as the window is high. blocks: that are kept; two are enough for rows that are loaded one by
+    // one.
     ExtendedRows(PixelFormat format, Region region, Window window, Border border, ptrdiff_t block,
                  ptrdiff_t blocks, RowCarver& carver);
 
@@ -80,7 +81,7 @@ class ExtendedRows {
     // The last content row that row y of the region needs.
     ptrdiff_t lastNeeded(ptrdiff_t y) const;
     // Row y of the region, -top to height - 1 + bottom, from the window's first pixel on; of words,
-    // from the word that contains it: firstBit() tells which one it is.
+    // from the word that contains it: firstBit() is its number there.
     const char* row(ptrdiff_t y) const;
     ptrdiff_t firstBit() const { return m_firstBit; }
     // Elements of a row, or words; and as many as loops between work rows compute.

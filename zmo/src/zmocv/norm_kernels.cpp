@@ -3,8 +3,8 @@
 #include "common/blocks.h"
 #include "common/wide.h"
 
-// Unselected pixels are loaded as 0 and then have no influence on a norm. Blocks without any selected
-// pixel are not read at all.
+// Unselected pixels are loaded as 0 and then have no influence on a norm. Blocks without any
+// selected pixel are not read at all.
 namespace zmo::ZMO_LEVEL {
 namespace {
 

@@ -37,8 +37,8 @@ static constexpr ptrdiff_t flowColumns(ptrdiff_t window) {
     return (window + 7) / 8 * 8;
 }
 
-// Floats in the work buffer: the window of the first picture with a pixel around it, and its slopes.
-// Gradients of padded columns read up to two pixels past the last row.
+// Floats in the work buffer: the window of the first picture with a pixel around it, and its
+// slopes. Gradients of padded columns read up to two pixels past the last row.
 static constexpr ptrdiff_t flowPatchSize(ptrdiff_t window) {
     return flowColumns(window + 2) * (window + 2) + 8;
 }

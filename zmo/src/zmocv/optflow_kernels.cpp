@@ -2,9 +2,9 @@
 
 #include "common/kernel.h"
 
-// Windows in memory have whole vectors of 8 columns. What the padded columns hold counts for nothing:
-// their slopes are 0, and their differences are masked before they are used. Sums run down the
-// columns, which needs no order within a vector, and are folded at the end.
+// Windows in memory have whole vectors of 8 columns. What the padded columns hold counts for
+// nothing: their slopes are 0, and their differences are masked before they are used. Sums run down
+// the columns, which needs no order within a vector, and are folded at the end.
 namespace zmo::ZMO_LEVEL {
 namespace {
 

@@ -2,9 +2,10 @@
 
 #include "common/kernel.h"
 
-// Pixels are cells of a plane with a frame around it, so that no neighbour needs a check of coordinates
-// and an index stands for a pixel. What is asked of a neighbour lies in its cell together: the queues
-// go to and fro in the image, and most of their time is spent on waiting for memory.
+// Pixels are cells of a plane with a frame around it, so that no neighbour needs a check of
+// coordinates and an index stands for a pixel. What is asked of a neighbour lies in its cell
+// together: the queues go to and fro in the image, and most of their time is spent on waiting for
+// memory.
 namespace zmo::ZMO_LEVEL {
 namespace {
 

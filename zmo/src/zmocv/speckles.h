@@ -6,8 +6,8 @@
 
 namespace zmo {
 
-// value and maxDiff point to elements of the image's type. The buffer holds a 12-byte run and an int
-// for every pixel, an int for each row and one more, and five rows of bytes.
+// value and maxDiff point to elements of the image's type. The buffer holds a 12-byte run and an
+// int for every pixel, an int for each row and one more, and five rows of bytes.
 using SpecklesKernel = void (*)(Target image, Region roi, const void* value, int maxSize,
                                 const void* maxDiff, int connectivity, void* buffer);
 

@@ -23,7 +23,7 @@ void flagOthers(uint8_t* __restrict flags, const Elem<T>* __restrict row, ptrdif
     for (ptrdiff_t x = 0; x < width; ++x) flags[x] = row[x] != value;
 }
 
-// flags[x] tells whether a[x] and b[x] are close.
+// flags[x] is set where a[x] and b[x] are close.
 template <class T>
 void flagClose(uint8_t* __restrict flags, const Elem<T>* a, const Elem<T>* b, ptrdiff_t count,
                T maxDiff) {

@@ -6,8 +6,8 @@
 namespace zmo {
 namespace {
 
-// Two rows of sums of at most 4 bytes for the row and 2 pixels on either side, a row of constants of
-// at most 4 bytes a pixel, and the alignment of the three.
+// Two rows of sums of at most 4 bytes for the row and 2 pixels on either side, a row of constants
+// of at most 4 bytes a pixel, and the alignment of the three.
 constexpr int64_t maskBufferSize(int64_t width) {
     return 2 * 4 * (width + 4) + 4 * width + 64 + 3 * 63;
 }

@@ -3,9 +3,9 @@
 #include "common/extend.h"
 #include "common/taps.h"
 
-// Pixels whose coordinates leave the same rest when divided by the rate form a phase. Between phases
-// and rows with all pixels side by side a row is dealt out or shuffled; all sums run over rows
-// without gaps.
+// Pixels whose coordinates leave the same rest when divided by the rate form a phase. Between
+// phases and rows with all pixels side by side a row is dealt out or shuffled; all sums run over
+// rows without gaps.
 namespace zmo::ZMO_LEVEL {
 namespace {
 
@@ -85,9 +85,9 @@ template <class T>
     }
 }
 
-// The source row by row, its columns summed and extended by `around` pixels, which are summed themselves
-// where they lie in memory. The sums of a column of constants are the same for each row, except up the
-// pyramid, where they differ with the phase.
+// The source row by row, its columns summed and extended by `around` pixels, which are summed
+// themselves where they lie in memory. The sums of a column of constants are the same for each row,
+// except up the pyramid, where they differ with the phase.
 template <class T, class A>
 class ColumnSums {
   public:

@@ -13,8 +13,8 @@ struct Direction {
     double s;
 };
 
-// Cosine and sine of an angle in degrees, exact at the multiples of 90: a quarter turn must not push
-// the pixels of an edge outside by a rounding error.
+// Cosine and sine of an angle in degrees, exact at the multiples of 90: a quarter turn must not
+// push the pixels of an edge outside by a rounding error.
 Direction directionOf(double degrees) {
     constexpr double radiansPerDegree = 0.017453292519943295;
     constexpr Direction quarters[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
