@@ -21,10 +21,10 @@ const psString& nameOf(const psTest& test, Target target) {
 }
 
 // The names of one kind, each once.
-psStringList namesOf(const psList<psTest*>& tests, int target) {
+psStringList namesOf(const psList<psTest*>& tests, Target target) {
     psStringList names;
     for (const psTest* test : tests) {
-        const psString& name = nameOf(*test, static_cast<Target>(target));
+        const psString& name = nameOf(*test, target);
         if (!names.contains(name)) names.push_back(name);
     }
     return names;
@@ -145,12 +145,12 @@ void psConditions::add(std::unique_ptr<RunCondition> condition) {
     back() = condition.release();
 }
 
-int psConditions::count(int target) const {
+int psConditions::count(Target target) const {
     return static_cast<int>(
         std::ranges::count_if(*this, [=](auto* c) { return c->target == target; }));
 }
 
-int psConditions::count(int target, int kind) const {
+int psConditions::count(Target target, RunCondition::Kind kind) const {
     return static_cast<int>(std::ranges::count_if(
         *this, [=](auto* c) { return c->target == target && c->kind == kind; }));
 }
@@ -164,12 +164,12 @@ psStringList psConditions::unmatched(const psList<psTest*>& tests) const {
     return lines;
 }
 
-bool psConditions::tobeRun_or(const psTest* test, int target, int kind) const {
+bool psConditions::tobeRun_or(const psTest* test, Target target, RunCondition::Kind kind) const {
     return std::ranges::any_of(
         *this, [=](auto* c) { return c->target == target && c->kind == kind && c->tobeRun(test); });
 }
 
-bool psConditions::tobeRun_and(const psTest* test, int target) const {
+bool psConditions::tobeRun_and(const psTest* test, Target target) const {
     return std::ranges::all_of(*this, [=](auto* c) {
         return c->target != target || c->kind != RunCondition::must || c->tobeRun(test);
     });
@@ -177,7 +177,7 @@ bool psConditions::tobeRun_and(const psTest* test, int target) const {
 
 // An exact name beats everything else. Where nothing but exact names is given,
 // no other name runs.
-bool psConditions::tobeRun(const psTest* test, int target) const {
+bool psConditions::tobeRun(const psTest* test, Target target) const {
     if (tobeRun_or(test, target, RunCondition::exact)) return true;
     if (count(target) == count(target, RunCondition::exact)) return false;
     if (count(target, RunCondition::alternative) > 0 &&
@@ -189,7 +189,7 @@ bool psConditions::tobeRun(const psTest* test, int target) const {
 bool psConditions::tobeRun(const psTest* test) const {
     if (empty()) return true;
     const bool deciding = logic == logicOr;
-    for (int target : {RunCondition::function, RunCondition::testClass, RunCondition::source}) {
+    for (Target target : {RunCondition::function, RunCondition::testClass, RunCondition::source}) {
         if (count(target) > 0 && tobeRun(test, target) == deciding) return deciding;
     }
     return !deciding;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "pslist.h"
+#include "pssettings.h"
 #include "psstring.h"
 
 class psTest;
@@ -14,8 +15,8 @@ class RunCondition {
   public:
     // must: the + and - forms; alternative: no prefix; exact: the = form.
     enum Kind { must = 0, alternative = 1, exact = 2 };
-    // The name that is looked at: tested function, test class, source file.
-    enum Target { function = 0, testClass = 1, source = 2 };
+    using Target = psGivenPattern::Target;
+    using enum psGivenPattern::Target;
 
     RunCondition(Kind conditionKind, Target conditionTarget, const psString& text)
         : kind(conditionKind), target(conditionTarget), pattern(text) {}
@@ -25,8 +26,8 @@ class RunCondition {
 
     virtual bool tobeRun(const psTest* test) const = 0;
 
-    const int kind;
-    const int target;
+    const Kind kind;
+    const Target target;
     const psString pattern;
 };
 
@@ -63,7 +64,8 @@ std::unique_ptr<RunCondition> psMakeCondition(RunCondition::Target target, psStr
 // The conditions of a run in key order; owns them.
 class psConditions : public psList<RunCondition*> {
   public:
-    enum Logic { logicAnd = 0, logicOr = 1 };
+    using Logic = psSettings::Logic;
+    using enum psSettings::Logic;
 
     psConditions() = default;
     psConditions(const psConditions&) = delete;
@@ -75,14 +77,16 @@ class psConditions : public psList<RunCondition*> {
 
     // How the verdicts of the three names are combined; names without a
     // condition have no say.
-    int logic = logicAnd;
+    Logic logic = logicAnd;
 
     bool tobeRun(const psTest* test) const;
-    bool tobeRun(const psTest* test, int target) const;
-    bool tobeRun_or(const psTest* test, int target, int kind) const;  // one holds
-    bool tobeRun_and(const psTest* test, int target) const;           // all of kind `must` hold
-    int count(int target) const;
-    int count(int target, int kind) const;
+    bool tobeRun(const psTest* test, RunCondition::Target target) const;
+    bool tobeRun_or(const psTest* test, RunCondition::Target target,
+                    RunCondition::Kind kind) const;  // one holds
+    bool tobeRun_and(const psTest* test,
+                     RunCondition::Target target) const;  // all of kind `must` hold
+    int count(RunCondition::Target target) const;
+    int count(RunCondition::Target target, RunCondition::Kind kind) const;
 
     // A line for each pattern that fits no name of the tests, with what was
     // probably meant.

@@ -214,8 +214,7 @@ void psSession::useSettings() {
     for (const psGivenValue& given : g_settings.data)
         g_istrm.dataList().set(given.name, given.value);
     for (const psGivenPattern& given : g_settings.patterns) {
-        const auto target = static_cast<RunCondition::Target>(given.target);
-        if (auto condition = psMakeCondition(target, given.text))
+        if (auto condition = psMakeCondition(given.target, given.text))
             m_conditions->add(std::move(condition));
     }
     m_conditions->logic = g_settings.logic;

@@ -255,7 +255,7 @@ void applyCondition(const psString& arg, psSettings& settings) {
     settings.patterns.push_back({target, arg});
 }
 
-int logicOf(const psString& arg) {
+psSettings::Logic logicOf(const psString& arg) {
     return beginsWith(arg, 'o') ? psConditions::logicOr : psConditions::logicAnd;
 }
 psString infoLogic(const psString& arg) {

@@ -20,10 +20,12 @@ struct psGivenValue {
     psString value;
 };
 
-// A pattern with its sign, and the name of a test that it is held against (a
-// RunCondition::Target).
+// A pattern with its sign.
 struct psGivenPattern {
-    int target = 0;
+    // The name of a test that it is held against: tested function, test class, source file.
+    enum Target { function = 0, testClass = 1, source = 2 };
+
+    Target target = function;
     psString text;
 };
 
@@ -32,6 +34,8 @@ struct psSettings {
     // Bits of askMode: what the console is asked for. With askAll the tests ask for
     // their own parameters, too.
     enum Ask { askTiming = 1, askParams = 2, askMisalign = 4, askAll = 8 };
+    // How conditions for functions, classes and sources are combined.
+    enum Logic { logicAnd = 0, logicOr = 1 };
     static constexpr int runMode = 100;  // enumMode of a run that measures
 
     // What the console is asked for once -B is taken into account.
@@ -61,7 +65,7 @@ struct psSettings {
 
     // Selection of tests.
     std::vector<psGivenPattern> patterns;  // -f, -t, -m
-    int logic = 0;                         // -k: a psConditions::Logic
+    Logic logic = logicAnd;                // -k
     psString startFunc;                    // -F; empty: start at the first test
     int hot = 0;                           // 0 none, 1 -H, 2 -HONLY
     bool cache = false;                    // -C
