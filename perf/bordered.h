@@ -4,45 +4,36 @@
 
 #include "pp.h"
 
-// The arguments of these functions, for the module that runs.
+// What these functions take besides images, for the module that runs.
 namespace bordered {
 
-inline ppImage pSrc;
-inline ppImage pDst;
+using namespace images;
+
 inline const void* src;  // the region's first pixel
-inline int srcStep;
-inline int dstStep;
 inline ZmoiSize srcRoi;
-inline ZmoiSize roi;  // of the destination
 inline ZmoiSizeL srcRoiL;
-inline ZmoiSizeL roiL;
 inline ZmoiBorderType border;
-inline ppBuffer pState;
-inline ppBuffer pBuffer;
 
 // One mid-range element a channel, for a constant border.
 template <class T>
 inline constexpr T borderValue[4] = {100, 100, 100, 100};
 
-// The region's first source pixel of a function's element type.
-#define BORDERED_SRC(type) static_cast<const Zmo##type*>(bordered::src)
+// The source of a call, and what it sees around it.
+#define BORDERED_SRC(type) static_cast<const Zmo##type*>(bordered::src), images::pSrc.step()
+#define BORDERED_BORDER(type) bordered::border, bordered::borderValue<Zmo##type>
 
-class BorderedTest : public ppTest {
+class BorderedTest : public ppImageTest {
   public:
-    using ppTest::ppTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    virtual void regOwnParms() { regParm(MaskSize); }
+    virtual void regMaskParms() { regParm(MaskSize); }
     // Without one, what lies outside is replicated.
     virtual bool hasBorder() const { return true; }
-    // Fills the state, if any, and makes the work buffer.
-    virtual bool prepare() = 0;
     // Source pixels on each side of the region, for a border in memory.
     virtual ZmoiSize margin() const { return {0, 0}; }
     virtual ZmoiSize sourceSize() const { return ImageSize.value(); }
     virtual ZmoiSize destinationSize() const { return ImageSize.value(); }
-    // Floating-point operations for one element of a 32f function.
-    virtual double flopsOfElement() const = 0;
     // How many elements of an image hold so many pixels of a row, and where a pixel of the margin
     // stands: not the same for bits.
     virtual int elements(int pixels) const { return pixels; }
@@ -51,66 +42,30 @@ class BorderedTest : public ppTest {
     virtual int resultElements(int pixels) const { return elements(pixels); }
     virtual bool drawSource() { return ppDrawSource(pSrc); }
 
-    bool canStart() override {
-        regParm(ImageSize);
-        regOwnParms();
+    void regOwnParms() override {
+        regMaskParms();
         if (hasBorder()) regParm(Border);
-        regParm(Picture);
-        regCacheParm(ImageSize, pDst);
-        return true;
     }
 
-    bool initData() override {
+    bool createImages() override {
         srcRoi = sourceSize();
-        roi = destinationSize();
         srcRoiL = {srcRoi.width, srcRoi.height};
-        roiL = {roi.width, roi.height};
+        setRoi(destinationSize());
         border = hasBorder() ? Border.value() : zmoiBorderReplicate;
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        return createSource() && createDestination() && prepare();
+        const ZmoiSize more = around();
+        if (!create(pSrc, ppArgSrc, 0,
+                    {elements(srcRoi.width + 2 * more.width), srcRoi.height + 2 * more.height}))
+            return false;
+        src = pSrc.getPointerAt(elementOf(more.width), more.height, 0);
+        return drawSource() && create(pDst, ppArgDst, 1, {resultElements(roi.width), roi.height});
     }
 
-    void flushData() override {
-        pSrc.deleteVector();
-        pDst.deleteVector();
-        pState.release();
-        pBuffer.release();
-    }
-
-    double getDivisor() override {
-        return static_cast<double>(roi.width) * roi.height * pDst.numActualChannels();
-    }
-    psString getUnit() override { return "pxch"; }
-    double getFlops() override {
-        return func().srcType() == pp32f ? getDivisor() * flopsOfElement() : 0.0;
-    }
+    double getFlops() override { return func().srcType() == pp32f ? ppImageTest::getFlops() : 0.0; }
 
     int channels() const { return pDst.numChannels(); }
 
     // The margin that the current border asks for.
     ZmoiSize around() const { return border == zmoiBorderInMem ? margin() : ZmoiSize{0, 0}; }
-
-  private:
-    bool create(ppImage& image, ppArg arg, int rowElements, int height, int index) {
-        image.init(func(), arg);
-        return image.createImage(rowElements, height, 0, ppMisalign(index));
-    }
-
-    bool createSource() {
-        const ZmoiSize more = around();
-        if (!create(pSrc, ppArgSrc, elements(srcRoi.width + 2 * more.width),
-                    srcRoi.height + 2 * more.height, 0))
-            return false;
-        srcStep = pSrc.step();
-        src = pSrc.getPointerAt(elementOf(more.width), more.height, 0);
-        return drawSource();
-    }
-
-    bool createDestination() {
-        if (!create(pDst, ppArgDst, resultElements(roi.width), roi.height, 1)) return false;
-        dstStep = pDst.step();
-        return true;
-    }
 };
 
 }  // namespace bordered

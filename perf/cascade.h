@@ -24,16 +24,12 @@ inline bool drawDiscs(ppImage& picture) {
     constexpr int cell = 40;
     constexpr int place = (cell - windowSide) / 2;
     if (!picture.setRandom(0, 20)) return false;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            const bool faint = (x / cell + y / cell) % 3 == 2;
-            const int object = disc(x % cell - place, y % cell - place) - 60;
-            const double ground = 60 + 30 * std::sin(x * 0.11) * std::cos(y * 0.07);
-            picture.setImageAt(
-                x, y, 0,
-                std::floor(ground + (faint ? object / 4 : object) + picture.getImageAt(x, y, 0)));
-        }
-    }
+    ppDrawBy(picture, [&](int x, int y) {
+        const bool faint = (x / cell + y / cell) % 3 == 2;
+        const int object = disc(x % cell - place, y % cell - place) - 60;
+        const double ground = 60 + 30 * std::sin(x * 0.11) * std::cos(y * 0.07);
+        return std::floor(ground + (faint ? object / 4 : object) + picture.getImageAt(x, y, 0));
+    });
     return true;
 }
 
@@ -91,7 +87,8 @@ class Trainer {
   private:
     static constexpr int side = windowSide + 1;
 
-    // A rectangle and a part of it, a half or the middle third, with the weight that makes them even.
+    // A rectangle and a part of it, a half or the middle third, with the weight that makes them
+    // even.
     struct Feature {
         ZmoiRect whole;
         ZmoiRect part;

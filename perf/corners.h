@@ -31,7 +31,7 @@ class PictureTest : public BorderedTest {
     using BorderedTest::BorderedTest;
 
   protected:
-    void regOwnParms() override { regParm(Kernel); }
+    void regMaskParms() override { regParm(Kernel); }
     ZmoiSize margin() const override { return {kernelSize / 2, kernelSize / 2}; }
 
     bool initData() override {
@@ -42,19 +42,17 @@ class PictureTest : public BorderedTest {
         return BorderedTest::initData();
     }
 
-    // Squares that stand askew, on a ground that is not quite even: corners and edges, and a large area
-    // of neither.
+    // Squares that stand askew, on a ground that is not quite even: corners and edges, and a large
+    // area of neither.
     bool drawSource() override {
         if (ppPictureGiven()) return BorderedTest::drawSource();
         constexpr int side = 40;
-        for (int y = 0; y < pSrc.height(); ++y) {
-            for (int x = 0; x < pSrc.width(); ++x) {
-                const int across = (63 * x + 11 * y) / 64 / side;
-                const int down = (63 * y - 11 * x + (pSrc.width() << 6)) / 64 / side;
-                const int bright = across % 2 == 0 && down % 2 == 0 ? 190 : 0;
-                pSrc.setImageAt(x, y, 0, 30 + bright + (x * 7 + y * 5) % 3);
-            }
-        }
+        ppDrawBy(pSrc, [](int x, int y) {
+            const int across = (63 * x + 11 * y) / 64 / side;
+            const int down = (63 * y - 11 * x + (pSrc.width() << 6)) / 64 / side;
+            const int bright = across % 2 == 0 && down % 2 == 0 ? 190 : 0;
+            return 30 + bright + (x * 7 + y * 5) % 3;
+        });
         return true;
     }
     // Both derivatives.
@@ -71,8 +69,8 @@ class CornerTest : public PictureTest {
     virtual int elementsOfPixel() const { return 1; }
     int resultElements(int pixels) const override { return elementsOfPixel() * pixels; }
 
-    void regOwnParms() override {
-        PictureTest::regOwnParms();
+    void regMaskParms() override {
+        PictureTest::regMaskParms();
         regParm(Window);
     }
     ZmoiSize margin() const override {
@@ -86,11 +84,11 @@ class CornerTest : public PictureTest {
 
     template <class Query>
     bool createCornerBuffer(const Query& query) {
-        return createBufferBy(pBuffer, query, roi, kernelSize, windowSize,
-                              libraryType(func().srcType()), 1);
+        return createBufferBy(pBuffer, query, roi, kernelSize, windowSize, srcType(), 1);
     }
 
-    // Four operations for each of three products that a column takes and loses, and two for the window.
+    // Four operations for each of three products that a column takes and loses, and two for the
+    // window.
     double flopsOfElement() const override {
         return PictureTest::flopsOfElement() + 3 * (4 + 2) + flopsOfResult();
     }
@@ -109,9 +107,7 @@ class CornerTest : public PictureTest {
     void forEachResult(Body body) const {
         const int first = cornerElement();
         const int step = elementsOfPixel();
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) body(pDst.getImageAt(first + x * step, y, 0));
-        }
+        ppForEachPixel(roi, [&](int x, int y) { body(pDst.getImageAt(first + x * step, y, 0)); });
     }
 };
 
@@ -121,7 +117,7 @@ class EigenTest : public CornerTest {
     using CornerTest::CornerTest;
 
   protected:
-    bool isMinimum() const { return func().baseName().startsWith("MinEigenVal"); }
+    bool isMinimum() const { return named("MinEigenVal"); }
     int elementsOfPixel() const override { return isMinimum() ? 1 : 6; }
     int cornerElement() const override { return isMinimum() ? 0 : 1; }
     double flopsOfResult() const override { return isMinimum() ? 9 : 18; }

@@ -34,17 +34,17 @@ bool derive(const Vert& vert, const Horiz& horiz, ZmoDataType type, ZmoiSize roi
                             buffer.get());
 }
 
-// Along x into dx and along y into dy, images of the picture's size: of 16s for a picture of 8u, else
-// all of 32f.
+// Along x into dx and along y into dy, images of the picture's size: of 16s for a picture of 8u,
+// else all of 32f.
 inline bool deriveBytes(const ppImage& picture, ppImage& dx, ppImage& dy) {
     return derive(lib_zmoiFilterSobelVertBorder_8u16s_C1R, lib_zmoiFilterSobelHorizBorder_8u16s_C1R,
-                  zmo8u, {picture.width(), picture.height()}, picture.ptr8u(), picture.step(),
-                  dx.ptr16s(), dx.step(), dy.ptr16s(), dy.step());
+                  zmo8u, {picture.width(), picture.height()}, PP_IMAGE(picture, 8u),
+                  PP_IMAGE(dx, 16s), PP_IMAGE(dy, 16s));
 }
 inline bool deriveFloats(const ppImage& picture, ppImage& dx, ppImage& dy) {
     return derive(lib_zmoiFilterSobelVertBorder_32f_C1R, lib_zmoiFilterSobelHorizBorder_32f_C1R,
-                  zmo32f, {picture.width(), picture.height()}, picture.ptr32f(), picture.step(),
-                  dx.ptr32f(), dx.step(), dy.ptr32f(), dy.step());
+                  zmo32f, {picture.width(), picture.height()}, PP_IMAGE(picture, 32f),
+                  PP_IMAGE(dx, 32f), PP_IMAGE(dy, 32f));
 }
 
 }  // namespace derivatives

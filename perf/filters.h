@@ -37,21 +37,16 @@ class FilterTest : public BorderedTest {
                         before > 0 ? 100.0 * spread(pDst) / before : 0.0);
     }
 
-    ZmoDataType srcType() const { return libraryType(func().srcType()); }
-    ZmoDataType dstType() const { return libraryType(func().dstType()); }
-
   private:
     // The standard deviation of the first channel.
     static double spread(const ppImage& image) {
         double sum = 0;
         double squares = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                const double value = image.getImageAt(x, y, 0);
-                sum += value;
-                squares += value * value;
-            }
-        }
+        ppForEachPixel({image.width(), image.height()}, [&](int x, int y) {
+            const double value = image.getImageAt(x, y, 0);
+            sum += value;
+            squares += value * value;
+        });
         const double count = static_cast<double>(image.width()) * image.height();
         return std::sqrt(std::max(squares / count - sum / count * (sum / count), 0.0));
     }

@@ -13,7 +13,7 @@ class GaussianTest : public FilterTest {
     using FilterTest::FilterTest;
 
   protected:
-    void regOwnParms() override {
+    void regMaskParms() override {
         regParm(MaskSize);
         regParm(Sigma);
     }
@@ -32,11 +32,9 @@ class GaussianTest : public FilterTest {
             return false;
         }
         return createBuffersBy(pState, pBuffer, size, region, taps, srcType(), channels()) &&
-               prepared(init, taps, Sigma.value(), srcType(), channels(), state());
+               prepared(init, taps, Sigma.value(), srcType(), channels(),
+                        state<ZmoiGaussianState>());
     }
-
-  public:
-    static ZmoiGaussianState* state() { return reinterpret_cast<ZmoiGaussianState*>(pState.get()); }
 };
 
 }  // namespace filters

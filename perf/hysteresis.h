@@ -1,5 +1,5 @@
-// The two thresholds of Canny edges: pixels above the higher one start an edge, pixels above the lower
-// one are followed from there.
+// The two thresholds of Canny edges: pixels above the higher one start an edge, pixels above the
+// lower one are followed from there.
 #pragma once
 
 #include <utility>
@@ -12,8 +12,8 @@ namespace hysteresis {
 inline Zmo32f lowThreshold;
 inline Zmo32f highThreshold;
 
-// The thresholds of the generated picture are fitted to it. Those of any other are fair for 3x3 Sobel
-// derivatives; other masks answer `gain` times as strongly.
+// The thresholds of the generated picture are fitted to it. Those of any other are fair for 3x3
+// Sobel derivatives; other masks answer `gain` times as strongly.
 inline void setThresholds(Zmo32f low, Zmo32f high, Zmo32f gain = 1) {
     lowThreshold = ppPictureGiven() ? 127.5F * gain : low;
     highThreshold = ppPictureGiven() ? 382.5F * gain : high;

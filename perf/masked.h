@@ -4,77 +4,36 @@
 
 #include "pp.h"
 
-// The arguments of these functions, for the module that runs.
 namespace masked {
 
-inline ppImage pSrc;
-inline ppImage pSrc2;
-inline ppImage pMask;
-inline int srcStep;
-inline int src2Step;
-inline int maskStep;
-inline ZmoiSize roi;
-inline int coi;
+using namespace images;
 
-class MaskedTest : public ppTest {
+inline int coi;  // for the module that runs
+
+class MaskedTest : public ppImageTest {
   public:
-    using ppTest::ppTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     virtual bool hasSecondSource() const { return false; }
-    // Floating-point operations for one pixel of a 32f function.
-    virtual int flopsOfPixel() const = 0;
 
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         if (func().mask()) regParm(Density);
         if (func().coi()) regParm(Channel);
-        regParm(Picture);
-        regCacheParm(ImageSize, pSrc);
-        return true;
+        regCacheParm(ImageSize, pSrc);  // the result is no image
     }
 
-    bool initData() override {
-        roi = ImageSize.value();
+    bool createImages() override {
         coi = func().coi() ? Channel.value() : 1;
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        if (!createSource(pSrc, 0, srcStep)) return false;
-        if (hasSecondSource() && !createSource(pSrc2, 1, src2Step)) return false;
-        return !func().mask() || createMask();
+        return createSource() && (!hasSecondSource() || createSource(pSrc2, 1)) &&
+               (!func().mask() || createMask(2));
     }
 
-    void flushData() override {
-        pSrc.deleteVector();
-        pSrc2.deleteVector();
-        pMask.deleteVector();
-    }
-
-    // One channel is worked on, however many the image has.
-    double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
-    psString getUnit() override { return "pxch"; }
-    double getFlops() override {
-        return func().srcType() == pp32f ? getDivisor() * selectedShare() * flopsOfPixel() : 0.0;
-    }
+    // The types that the names of means give their results are no argument's.
+    double getFlops() override { return func().srcType() == pp32f ? ppImageTest::getFlops() : 0.0; }
 
     psString dataFigure() override {
         return psFormat("%.2f%% of the pixels are selected", 100.0 * selectedShare());
-    }
-
-  private:
-    double selectedShare() const { return func().mask() ? ppSelectedShare(pMask) : 1; }
-
-    bool createSource(ppImage& image, int index, int& step) {
-        image.init(func(), ppArgSrc);
-        if (!image.createImage(roi.width, roi.height, 0, ppMisalign(index))) return false;
-        step = image.step();
-        return ppDrawSource(image, index);
-    }
-
-    bool createMask() {
-        pMask.init(pp8u, 1, false);
-        if (!pMask.createImage(roi.width, roi.height, 0, ppMisalign(2))) return false;
-        maskStep = pMask.step();
-        return ppDrawMask(pMask);
     }
 };
 

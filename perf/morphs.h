@@ -28,7 +28,7 @@ class MorphTest : public BorderedTest {
   protected:
     virtual bool prepareState(const std::vector<Zmo8u>& mask) = 0;
 
-    void regOwnParms() override {
+    void regMaskParms() override {
         regParm(MaskSize);
         regParm(Shape);
     }
@@ -43,19 +43,16 @@ class MorphTest : public BorderedTest {
     psString dataFigure() override {
         const ZmoiSize more = around();
         const int first = elementOf(more.width);
-        long long changed = 0;
-        for (int y = 0; y < pDst.height(); ++y) {
-            for (int x = 0; x < pDst.width(); ++x)
-                changed +=
-                    pDst.getImageAt(x, y, 0) != pSrc.getImageAt(x + first, y + more.height, 0);
-        }
-        return psFormat("%.2f%% of the %s changed",
-                        100.0 * static_cast<double>(changed) / pDst.width() / pDst.height(),
+        double changed = 0;
+        ppForEachPixel({pDst.width(), pDst.height()}, [&](int x, int y) {
+            changed += pDst.getImageAt(x, y, 0) != pSrc.getImageAt(x + first, y + more.height, 0);
+        });
+        return psFormat("%.2f%% of the %s changed", 100.0 * changed / pDst.width() / pDst.height(),
                         isBits() ? "bytes" : "pixels");
     }
 
     bool isBits() const { return func().contains("_1u_"); }
-    ZmoDataType dataType() const { return isBits() ? zmo1u : libraryType(func().srcType()); }
+    ZmoDataType dataType() const { return isBits() ? zmo1u : srcType(); }
 
     // In memory, compound operations look two masks around the region. A multiple of 8, for 1u.
     ZmoiSize margin() const override {
@@ -75,8 +72,8 @@ class MorphTest : public BorderedTest {
     }
 
   private:
-    // A picture's bright pixels; else bands with gaps and scattered specks: noise alone would leave no
-    // pixel after an erosion.
+    // A picture's bright pixels; else bands with gaps and scattered specks: noise alone would leave
+    // no pixel after an erosion.
     static bool drawBits() {
         if (ppPictureGiven()) return drawBrightPixels();
         if (!pSrc.setRandom(0, 255)) return false;
@@ -128,9 +125,6 @@ inline ZmoiPoint anchor() {
 class FlatMorphTest : public MorphTest {
   public:
     using MorphTest::MorphTest;
-    static const ZmoiMorphState* state() {
-        return reinterpret_cast<const ZmoiMorphState*>(pState.get());
-    }
 
   protected:
     template <class Size, class GetSize, class Init>
@@ -139,16 +133,13 @@ class FlatMorphTest : public MorphTest {
         const Size maskSize{MaskSize.value().width, MaskSize.value().height};
         return createBuffersBy(pState, pBuffer, getSize, size, dataType(), channels(), maskSize) &&
                prepared(init, dataType(), channels(), mask.data(), maskSize, anchor(),
-                        reinterpret_cast<ZmoiMorphState*>(pState.get()));
+                        state<ZmoiMorphState>());
     }
 };
 
 // One line a type: seven operations. REG registers a function and its arguments.
-#define MORPH_SRC(type) BORDERED_SRC(type), bordered::srcStep
-#define MORPH_DST(type) bordered::pDst.ptr##type(), bordered::dstStep
-#define MORPH_REST(type)                                                        \
-    bordered::border, bordered::borderValue<Zmo##type>, FlatMorphTest::state(), \
-        bordered::pBuffer.get()
+#define MORPH_REST(type) \
+    BORDERED_BORDER(type), images::state<ZmoiMorphState>(), images::pBuffer.get()
 #define MORPH_OPERATIONS(REG, ...)  \
     REG(Erode, __VA_ARGS__)         \
     REG(Dilate, __VA_ARGS__)        \

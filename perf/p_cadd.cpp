@@ -1,11 +1,11 @@
 // Accumulation of frames and absolute differences (zmoiAdd, zmoiAddSquare, zmoiAddProduct,
 // zmoiAddWeighted, zmoiAbsDiff, zmoiAbsDiffC).
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 
 constexpr Zmo32f alpha = 0.05F;
 // About the middle of the sources' values.
@@ -13,39 +13,23 @@ constexpr Zmo8u value8u = 128;
 constexpr Zmo16u value16u = 32768;
 constexpr Zmo32f value32f = 128.0F;
 
-ppImage pMask;
-int maskStep;
-
-class TimcAdd : public PixelTest {
+class TimcAdd : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     void regOwnParms() override {
         if (func().mask()) regParm(Density);
-        regParm(Picture);
     }
 
     bool createImages() override {
-        return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
-               create(pSrc2, ppArgSrc, 1, src2Step) && ppDrawSource(pSrc2, 1) &&
-               create(pDst, ppArgDst, 2, dstStep) && (!func().mask() || createMask()) &&
-               (!func().inplace() || drawAccumulator());
+        return createSource() && createSource(pSrc2, 1) && create(pDst, ppArgDst, 2) &&
+               (!func().mask() || createMask(3)) && (!func().inplace() || drawAccumulator());
     }
 
-    void flushData() override {
-        pDst.deleteReservedCopy();
-        PixelTest::flushData();
-        pMask.deleteVector();
-    }
-
-    int flopsOfPixel() const override {
-        if (isBase("AddWeighted")) return 3;
-        return isBase("AddSquare") || isBase("AddProduct") ? 2 : 1;
-    }
-
-    double getFlops() override {
-        return PixelTest::getFlops() * (func().mask() ? ppSelectedShare(pMask) : 1);
+    double flopsOfElement() const override {
+        if (named("AddWeighted")) return 3;
+        return named("AddSquare") || named("AddProduct") ? 2 : 1;
     }
 
     psString dataFigure() override {
@@ -58,8 +42,6 @@ class TimcAdd : public PixelTest {
     }
 
   private:
-    bool isBase(const char* base) const { return func().baseName() == base; }
-
     // The sums of earlier frames: calls grow them.
     static bool drawAccumulator() { return ppDrawSource(pDst, 2) && pDst.reserveCopy() != 0; }
 
@@ -67,25 +49,20 @@ class TimcAdd : public PixelTest {
     static double heldPercent() {
         const auto* row = static_cast<const char*>(pDst.getReservedData());
         double held = 0;
-        for (int y = 0; y < roi.height; ++y, row += dstStep) {
+        for (int y = 0; y < roi.height; ++y, row += pDst.step()) {
             for (int x = 0; x < roi.width; ++x) held += ppLoad<Zmo32f>(row + 4 * x) != 0 ? 1 : 0;
         }
         return 100.0 * held / roi.width / roi.height;
     }
-
-    bool createMask() {
-        pMask.init(pp8u, 1, false);
-        return create(pMask, 3, maskStep) && ppDrawMask(pMask);
-    }
 };
 
-#define SRC(type) pSrc.ptr##type(), srcStep
-#define SRC2(type) pSrc2.ptr##type(), src2Step
-#define MASK pMask.ptr8u(), maskStep
-#define ACC pDst.ptr32f(), dstStep, roi
+#define SRC(type) PP_IMAGE(pSrc, type)
+#define SRC2(type) PP_IMAGE(pSrc2, type)
+#define MASK PP_IMAGE(pMask, 8u)
+#define ACC PP_IMAGE(pDst, 32f), roi
 
 // The tag has no I, and yet accumulators grow.
-#define REG_IN_PLACE(fn, ...) PP_REG_INIT(TimcAdd, fn, pDst.setReservedCopy(), __VA_ARGS__)
+#define REG_IN_PLACE(fn, ...) PP_REG_INIT(TimcAdd, fn, restoreDst(), __VA_ARGS__)
 // The functions that all three types of frames have; types names frame and accumulator.
 #define REG_ADD(types, type)                                                       \
     REG_IN_PLACE(zmoiAdd_##types##_C1IMR, SRC(type), MASK, ACC)                    \
@@ -96,10 +73,8 @@ class TimcAdd : public PixelTest {
     REG_IN_PLACE(zmoiAddWeighted_##types##_C1IR, SRC(type), ACC, alpha)            \
     REG_IN_PLACE(zmoiAddWeighted_##types##_C1IMR, SRC(type), MASK, ACC, alpha)
 #define REG_ABS_DIFF(type)                                                                      \
-    PP_REG(TimcAdd, zmoiAbsDiff_##type##_C1R, SRC(type), SRC2(type), pDst.ptr##type(), dstStep, \
-           roi)                                                                                 \
-    PP_REG(TimcAdd, zmoiAbsDiffC_##type##_C1R, SRC(type), pDst.ptr##type(), dstStep, roi,       \
-           value##type)
+    PP_REG(TimcAdd, zmoiAbsDiff_##type##_C1R, SRC(type), SRC2(type), PP_IMAGE(pDst, type), roi) \
+    PP_REG(TimcAdd, zmoiAbsDiffC_##type##_C1R, SRC(type), PP_IMAGE(pDst, type), roi, value##type)
 
 REG_IN_PLACE(zmoiAdd_8u32f_C1IR, SRC(8u), ACC)
 REG_IN_PLACE(zmoiAdd_16u32f_C1IR, SRC(16u), ACC)

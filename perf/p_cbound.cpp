@@ -50,9 +50,9 @@ class TimcBoundSegments : public RegionTest {
     }
 };
 
-PP_REG_I(TimcBoundSegments, zmoiBoundSegments_8u_C1IR, restoreImage(), pDst.ptr8u(), dstStep, roi,
-         mark, connectivity)
-PP_REG_I(TimcBoundSegments, zmoiBoundSegments_16u_C1IR, restoreImage(), pDst.ptr16u(), dstStep, roi,
+PP_REG_I(TimcBoundSegments, zmoiBoundSegments_8u_C1IR, restoreDst(), PP_IMAGE(pDst, 8u), roi, mark,
+         connectivity)
+PP_REG_I(TimcBoundSegments, zmoiBoundSegments_16u_C1IR, restoreDst(), PP_IMAGE(pDst, 16u), roi,
          mark, connectivity)
 
 }  // namespace

@@ -12,12 +12,14 @@ class TimcCanny : public CannyTest {
     using CannyTest::CannyTest;
 
   protected:
-    bool createBuffer() override { return createBufferBy(pBuffer, lib_zmoiCannyGetSize, roi); }
+    bool prepare() override { return createBufferBy(pBuffer, lib_zmoiCannyGetSize, roi); }
 };
 
-PP_REG(TimcCanny, zmoiCanny_16s8u_C1R, pSrc1.ptr16s(), srcStep, pSrc2.ptr16s(), src2Step,
-       pDst.ptr8u(), dstStep, roi, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
-PP_REG(TimcCanny, zmoiCanny_32f8u_C1R, pSrc1.ptr32f(), srcStep, pSrc2.ptr32f(), src2Step,
-       pDst.ptr8u(), dstStep, roi, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
+#define REG_CANNY(types, type)                                                              \
+    PP_REG(TimcCanny, zmoiCanny_##types##_C1R, PP_IMAGE(pSrc, type), PP_IMAGE(pSrc2, type), \
+           PP_IMAGE(pDst, 8u), roi, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
+
+REG_CANNY(16s8u, 16s)
+REG_CANNY(32f8u, 32f)
 
 }  // namespace

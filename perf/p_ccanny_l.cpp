@@ -12,12 +12,14 @@ class TimcCannyL : public CannyTest {
     using CannyTest::CannyTest;
 
   protected:
-    bool createBuffer() override { return createBufferBy(pBuffer, lib_zmoiCannyGetSize_L, roiL); }
+    bool prepare() override { return createBufferBy(pBuffer, lib_zmoiCannyGetSize_L, roiL); }
 };
 
-PP_REG(TimcCannyL, zmoiCanny_16s8u_C1R_L, pSrc1.ptr16s(), srcStep, pSrc2.ptr16s(), src2Step,
-       pDst.ptr8u(), dstStep, roiL, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
-PP_REG(TimcCannyL, zmoiCanny_32f8u_C1R_L, pSrc1.ptr32f(), srcStep, pSrc2.ptr32f(), src2Step,
-       pDst.ptr8u(), dstStep, roiL, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
+#define REG_CANNY(types, type)                                                                 \
+    PP_REG(TimcCannyL, zmoiCanny_##types##_C1R_L, PP_IMAGE(pSrc, type), PP_IMAGE(pSrc2, type), \
+           PP_IMAGE(pDst, 8u), roiL, lowThreshold, highThreshold, zmoiNormL2, pBuffer.get())
+
+REG_CANNY(16s8u, 16s)
+REG_CANNY(32f8u, 32f)
 
 }  // namespace

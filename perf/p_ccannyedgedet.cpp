@@ -21,8 +21,8 @@ class TimcCannyEdgeDet : public PictureTest {
     using PictureTest::PictureTest;
 
   protected:
-    void regOwnParms() override {
-        PictureTest::regOwnParms();
+    void regMaskParms() override {
+        PictureTest::regMaskParms();
         regParm(Norm);
     }
 
@@ -38,10 +38,10 @@ class TimcCannyEdgeDet : public PictureTest {
     }
 
   private:
-    // Straight pieces of the squares' outlines answer with 4 (sobel3), 16 (scharr3) or 48 (sobel5) times
-    // the 190 that they stand out by, a little more or less for the uneven ground, and the steps
-    // between the pieces with more. The masks of 3x3 drop the weaker half of the pieces; what is left
-    // of them is followed from the steps.
+    // Straight pieces of the squares' outlines answer with 4 (sobel3), 16 (scharr3) or 48 (sobel5)
+    // times the 190 that they stand out by, a little more or less for the uneven ground, and the
+    // steps between the pieces with more. The masks of 3x3 drop the weaker half of the pieces; what
+    // is left of them is followed from the steps.
     static void setThresholds() {
         switch (Kernel.value()) {
             case DerivativeMask::sobel3:
@@ -57,8 +57,8 @@ class TimcCannyEdgeDet : public PictureTest {
     }
 };
 
-PP_REG(TimcCannyEdgeDet, zmoiCannyBorder_8u_C1R, BORDERED_SRC(8u), srcStep, pDst.ptr8u(), dstStep,
-       roi, kernel<ZmoiDifferentialKernel>, maskSize, lowThreshold, highThreshold, norm, border,
-       borderValue<Zmo8u>, pBuffer.get())
+PP_REG(TimcCannyEdgeDet, zmoiCannyBorder_8u_C1R, BORDERED_SRC(8u), PP_IMAGE(pDst, 8u), roi,
+       kernel<ZmoiDifferentialKernel>, maskSize, lowThreshold, highThreshold, norm,
+       BORDERED_BORDER(8u), pBuffer.get())
 
 }  // namespace

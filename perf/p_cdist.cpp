@@ -9,8 +9,8 @@ using namespace regions;
 
 psIterator<int> Radius("Radius", "Where the front stops, pixels", {8, 64});
 
-// The usual metrics of both masks: integers, which are three times too long for 3x3 and five times for
-// 5x5, and the best fractions.
+// The usual metrics of both masks: integers, which are three times too long for 3x3 and five times
+// for 5x5, and the best fractions.
 constexpr Zmo32s metricsOf3x3[] = {3, 4};
 constexpr Zmo32s metricsOf5x5[] = {5, 7, 11};
 constexpr Zmo32f realMetricsOf3x3[] = {0.955F, 1.3693F};
@@ -36,19 +36,17 @@ class TimcDist : public RegionTest {
     bool drawImage(ppImage& image) override { return draw(image, outlines, brightOnly); }
 
     // Two passes of an addition and a comparison for each of the mask's steps in one half plane.
-    double getFlops() override {
-        if (func().dstType() != pp32f) return 0;
-        return getDivisor() * 2 * 2 * (func().baseName().contains("5x5") ? 8 : 4);
-    }
+    double flopsOfElement() const override { return 2 * 2 * (is5x5() ? 8 : 4); }
 
     psString dataFigure() override {
         return psFormat("a mean distance of %.2f pixels", ppMeanOf(pDst) / unitsOfPixel());
     }
 
   private:
+    bool is5x5() const { return named("5x5"); }
     int unitsOfPixel() const {
         if (func().dstType() == pp32f) return 1;
-        return func().baseName().contains("5x5") ? metricsOf5x5[0] : metricsOf3x3[0];
+        return is5x5() ? metricsOf5x5[0] : metricsOf3x3[0];
     }
 };
 
@@ -57,11 +55,11 @@ class TimcTrueDist : public TimcDist {
     using TimcDist::TimcDist;
 
   protected:
-    bool createBuffer() override {
+    bool prepare() override {
         return createBufferBy(pBuffer, lib_zmoiTrueDistanceTransformGetBufferSize, roi, zmo8u, 1);
     }
     // A parabola of nine operations, and at every pixel a product, two sums and a root.
-    double getFlops() override { return getDivisor() * 13; }
+    double flopsOfElement() const override { return 13; }
 };
 
 class TimcFastMarching : public TimcDist {
@@ -71,20 +69,20 @@ class TimcFastMarching : public TimcDist {
   protected:
     void regOwnParms() override { regParm(Radius); }
 
-    bool createBuffer() override {
+    bool prepare() override {
         radius = static_cast<Zmo32f>(Radius.value());
         return createBufferBy(pBuffer, lib_zmoiFastMarchingGetBufferSize, roi, zmo8u, 1);
     }
     // Seven operations for a time, and every pixel is met from about two sides.
-    double getFlops() override { return getDivisor() * 14; }
+    double flopsOfElement() const override { return 14; }
 };
 
-#define REG_DIST(size, types, type, metrics)                                              \
-    PP_REG(TimcDist, zmoiDistanceTransform_##size##_##types##_C1R, pSrc.ptr8u(), srcStep, \
-           pDst.ptr##type(), dstStep, roi, metrics)
-#define REG_DIST_IN_PLACE(size, metrics)                                                        \
-    PP_REG_INIT(TimcDist, zmoiDistanceTransform_##size##_8u_C1IR, restoreImage(), pDst.ptr8u(), \
-                dstStep, roi, metrics)
+#define REG_DIST(size, types, type, metrics)                                           \
+    PP_REG(TimcDist, zmoiDistanceTransform_##size##_##types##_C1R, PP_IMAGE(pSrc, 8u), \
+           PP_IMAGE(pDst, type), roi, metrics)
+#define REG_DIST_IN_PLACE(size, metrics)                                        \
+    PP_REG_INIT(TimcDist, zmoiDistanceTransform_##size##_8u_C1IR, restoreDst(), \
+                PP_IMAGE(pDst, 8u), roi, metrics)
 
 REG_DIST(3x3, 8u32f, 32f, realMetricsOf3x3)
 REG_DIST(5x5, 8u32f, 32f, realMetricsOf5x5)
@@ -94,9 +92,9 @@ REG_DIST(3x3, 8u, 8u, metricsOf3x3)
 REG_DIST(5x5, 8u, 8u, metricsOf5x5)
 REG_DIST_IN_PLACE(3x3, metricsOf3x3)
 REG_DIST_IN_PLACE(5x5, metricsOf5x5)
-PP_REG(TimcTrueDist, zmoiTrueDistanceTransform_8u32f_C1R, pSrc.ptr8u(), srcStep, pDst.ptr32f(),
-       dstStep, roi, pBuffer.get())
-PP_REG(TimcFastMarching, zmoiFastMarching_8u32f_C1R, pSrc.ptr8u(), srcStep, pDst.ptr32f(), dstStep,
-       roi, radius, pBuffer.get())
+PP_REG(TimcTrueDist, zmoiTrueDistanceTransform_8u32f_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, 32f),
+       roi, pBuffer.get())
+PP_REG(TimcFastMarching, zmoiFastMarching_8u32f_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, 32f), roi,
+       radius, pBuffer.get())
 
 }  // namespace

@@ -22,9 +22,9 @@ class TimcEigen : public EigenTest {
     }
 };
 
-#define REG_EIGEN(Base, types, type)                                                          \
-    PP_REG(TimcEigen, zmoi##Base##_##types##_C1R, BORDERED_SRC(type), srcStep, pDst.ptr32f(), \
-           dstStep, roi, kernel<ZmoiKernelType>, kernelSize, windowSize, pBuffer.get())
+#define REG_EIGEN(Base, types, type)                                                            \
+    PP_REG(TimcEigen, zmoi##Base##_##types##_C1R, BORDERED_SRC(type), PP_IMAGE(pDst, 32f), roi, \
+           kernel<ZmoiKernelType>, kernelSize, windowSize, pBuffer.get())
 
 REG_EIGEN(MinEigenVal, 8u32f, 8u)
 REG_EIGEN(MinEigenVal, 32f, 32f)

@@ -20,10 +20,10 @@ class TimcEigenBrd : public EigenTest {
     }
 };
 
-#define REG_EIGEN(Base, types, type)                                                            \
-    PP_REG(TimcEigenBrd, zmoi##Base##Border_##types##_C1R, BORDERED_SRC(type), srcStep,         \
-           pDst.ptr32f(), dstStep, roi, kernel<ZmoiKernelType>, kernelSize, windowSize, border, \
-           borderValue<Zmo##type>, pBuffer.get())
+#define REG_EIGEN(Base, types, type)                                                 \
+    PP_REG(TimcEigenBrd, zmoi##Base##Border_##types##_C1R, BORDERED_SRC(type),       \
+           PP_IMAGE(pDst, 32f), roi, kernel<ZmoiKernelType>, kernelSize, windowSize, \
+           BORDERED_BORDER(type), pBuffer.get())
 
 REG_EIGEN(MinEigenVal, 8u32f, 8u)
 REG_EIGEN(MinEigenVal, 32f, 32f)

@@ -62,8 +62,8 @@ class TimcFlood : public RegionTest {
         return draw(image, hasDelta() ? windingShaded : windingFlat, greyItself);
     }
 
-    bool createBuffer() override {
-        return createBufferBy(pBuffer, lib_zmoiFloodFillGetBufferSize, roi, dataType(), 1);
+    bool prepare() override {
+        return createBufferBy(pBuffer, lib_zmoiFloodFillGetBufferSize, roi, srcType(), 1);
     }
 
     // The timed calls have stored the area.
@@ -76,18 +76,15 @@ class TimcFlood : public RegionTest {
     }
 
   private:
-    bool hasDelta() const {
-        const psString base = func().baseName();
-        return base.contains("Grad") || base.contains("Range");
-    }
+    bool hasDelta() const { return named("Grad") || named("Range"); }
 };
 
-#define REG_FLOOD(con, type)                                                                      \
-    PP_REG_I(TimcFlood, zmoiFloodFill_##con##Con_##type##_C1IR, restoreImage(), pDst.ptr##type(), \
-             dstStep, roi, seed, paint, &region, pBuffer.get())
-#define REG_FLOOD_DELTA(rule, con, type)                                                     \
-    PP_REG_I(TimcFlood, zmoiFloodFill_##rule##con##Con_##type##_C1IR, restoreImage(),        \
-             pDst.ptr##type(), dstStep, roi, seed, paint, delta##type, delta##type, &region, \
+#define REG_FLOOD(con, type)                                                  \
+    PP_REG_I(TimcFlood, zmoiFloodFill_##con##Con_##type##_C1IR, restoreDst(), \
+             PP_IMAGE(pDst, type), roi, seed, paint, &region, pBuffer.get())
+#define REG_FLOOD_DELTA(rule, con, type)                                                \
+    PP_REG_I(TimcFlood, zmoiFloodFill_##rule##con##Con_##type##_C1IR, restoreDst(),     \
+             PP_IMAGE(pDst, type), roi, seed, paint, delta##type, delta##type, &region, \
              pBuffer.get())
 
 REG_FLOOD(4, 8u)

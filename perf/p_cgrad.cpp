@@ -1,31 +1,27 @@
 // Gradients of colour pictures in grey (zmoiGradientColorToGray).
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 
 ZmoNormType norm;
 
-class TimcGradientColorToGray : public PixelTest {
+class TimcGradientColorToGray : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    void regOwnParms() override {
-        regParm(Norm);
-        regParm(Picture);
-    }
+    void regOwnParms() override { regParm(Norm); }
 
-    bool createImages() override {
+    bool prepare() override {
         norm = Norm.value();
-        return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
-               create(pDst, ppArgDst, 1, dstStep);
+        return true;
     }
 
     // Two comparisons; two sums and a quotient; three squares more and a root.
-    int flopsOfPixel() const override {
+    double flopsOfElement() const override {
         if (norm == zmoNormInf) return 2;
         return norm == zmoNormL1 ? 3 : 7;
     }
@@ -36,9 +32,9 @@ class TimcGradientColorToGray : public PixelTest {
     }
 };
 
-#define REG_GRADIENT(type)                                                                    \
-    PP_REG(TimcGradientColorToGray, zmoiGradientColorToGray_##type##_C3C1R, pSrc.ptr##type(), \
-           srcStep, pDst.ptr##type(), dstStep, roi, norm)
+#define REG_GRADIENT(type)                                                                        \
+    PP_REG(TimcGradientColorToGray, zmoiGradientColorToGray_##type##_C3C1R, PP_IMAGE(pSrc, type), \
+           PP_IMAGE(pDst, type), roi, norm)
 
 REG_GRADIENT(8u)
 REG_GRADIENT(16u)

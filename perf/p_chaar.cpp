@@ -1,14 +1,14 @@
-// Stages of a cascade that looks for bright discs, each on the windows that the earlier ones have left
-// (zmoiApplyHaarClassifier).
+// Stages of a cascade that looks for bright discs, each on the windows that the earlier ones have
+// left (zmoiApplyHaarClassifier).
 #include <optional>
 
 #include "cascade.h"
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 using cascade::Stage;
 using cascade::windowSide;
 
@@ -25,11 +25,6 @@ int selected;
 int positive;
 Zmo32f threshold32f;
 Zmo32s threshold32s;
-ppBuffer pState;
-
-const ZmoiHaarState* state() {
-    return reinterpret_cast<const ZmoiHaarState*>(pState.get());
-}
 
 PP_SERVICE(zmoiTiltedIntegral_8u32s_C1R);
 PP_SERVICE(zmoiTiltedIntegral_8u32f_C1R);
@@ -52,22 +47,14 @@ std::vector<T> converted(const std::vector<double>& values, double scale = 1) {
     return result;
 }
 
-// The init expression: the windows that the earlier stages have left.
-int restoreMask() {
-    return pDst.setReservedCopy();
-}
-
-class TimcHaar : public PixelTest {
+class TimcHaar : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    int flopsOfPixel() const override { return 0; }
-
     void regOwnParms() override {
         regParm(StageNumber);
         regParm(Features);
-        regParm(Picture);
     }
 
     bool createImages() override {
@@ -80,14 +67,8 @@ class TimcHaar : public PixelTest {
                runEarlierStages(number) && initStage(number) && pDst.reserveCopy() != 0;
     }
 
-    void flushData() override {
-        pDst.deleteReservedCopy();
-        PixelTest::flushData();
-        pState.release();
-    }
-
-    // Of windows that no stage leaves early: a sum of four and a product for each rectangle, a product,
-    // a comparison and a sum for each classifier.
+    // Of windows that no stage leaves early: a sum of four and a product for each rectangle, a
+    // product, a comparison and a sum for each classifier.
     double getFlops() override {
         if (!isFloat()) return 0;
         return selected * (5.0 * m_stage.rectangles() + 3.0 * m_stage.classifiers());
@@ -110,21 +91,19 @@ class TimcHaar : public PixelTest {
         const ZmoiSize size{picture.width(), picture.height()};
         const ZmoiSize cells{size.width + 1, size.height + 1};
         const ZmoiRect window{0, 0, windowSide, windowSide};
-        pSrc.init(func().srcType(), 1, false);
-        pSrc2.init(func().srcType(), 1, false);
         ppImage squares(isFloat() ? pp64f : pp32s, 1, false);
-        if (!create(pSrc, 0, srcStep, cells) || !create(pSrc2, 1, src2Step) ||
+        if (!create(pSrc, func().srcType(), 0, cells) || !create(pSrc2, func().srcType(), 1) ||
             !squares.createImage(cells.width, cells.height))
             return false;
         constexpr Zmo8u start = 0;  // of sums of any type
         const auto make = [&](const auto& sums, const auto& tilted, const auto& deviate, auto* t,
                               auto* q, auto* dev, auto... scale) {
-            return prepared(sums, picture.ptr8u(), picture.step(), t, srcStep, q, squares.step(),
-                            size, start, start) &&
-                   prepared(deviate, t, srcStep, q, squares.step(), dev, src2Step, roi, window,
-                            scale...) &&
+            return prepared(sums, PP_IMAGE(picture, 8u), t, pSrc.step(), q, squares.step(), size,
+                            start, start) &&
+                   prepared(deviate, t, pSrc.step(), q, squares.step(), dev, pSrc2.step(), roi,
+                            window, scale...) &&
                    (!Features.value() ||
-                    prepared(tilted, picture.ptr8u(), picture.step(), t, srcStep, size, start));
+                    prepared(tilted, PP_IMAGE(picture, 8u), t, pSrc.step(), size, start));
         };
         if (isFloat())
             return make(lib_zmoiSqrIntegral_8u32f64f_C1R, lib_zmoiTiltedIntegral_8u32f_C1R,
@@ -156,14 +135,12 @@ class TimcHaar : public PixelTest {
                         m_stage.rectCounts.data(),
                         converted<T>(m_stage.thresholds, 1 << scaleFactor).data(),
                         converted<T>(m_stage.low).data(), converted<T>(m_stage.high).data(),
-                        m_stage.classifiers(), Features.value() ? 1 : 0,
-                        reinterpret_cast<ZmoiHaarState*>(pState.get()));
+                        m_stage.classifiers(), Features.value() ? 1 : 0, state<ZmoiHaarState>());
     }
 
     static bool createMask() {
-        pDst.init(pp8u, 1, false);
         selected = roi.width * roi.height;
-        return create(pDst, 2, dstStep) && pDst.setConst(255, 0);
+        return create(pDst, pp8u, 2) && pDst.setConst(255, 0);
     }
 
     bool runEarlierStages(int number) {
@@ -187,22 +164,23 @@ class TimcHaar : public PixelTest {
 
     bool applyStage() const {
         if (isFloat())
-            return prepared(lib_zmoiApplyHaarClassifier_32f_C1R, pSrc.ptr32f(), srcStep,
-                            pSrc2.ptr32f(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32f,
-                            &positive, state());
-        return prepared(lib_zmoiApplyHaarClassifier_32s_C1RSfs, pSrc.ptr32s(), srcStep,
-                        pSrc2.ptr32s(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32s,
-                        &positive, state(), scaleFactor);
+            return prepared(lib_zmoiApplyHaarClassifier_32f_C1R, PP_IMAGE(pSrc, 32f),
+                            PP_IMAGE(pSrc2, 32f), PP_IMAGE(pDst, 8u), roi, threshold32f, &positive,
+                            state<ZmoiHaarState>());
+        return prepared(lib_zmoiApplyHaarClassifier_32s_C1RSfs, PP_IMAGE(pSrc, 32s),
+                        PP_IMAGE(pSrc2, 32s), PP_IMAGE(pDst, 8u), roi, threshold32s, &positive,
+                        state<ZmoiHaarState>(), scaleFactor);
     }
 
     std::optional<cascade::Trainer> m_trainer;
     Stage m_stage;
 };
 
-PP_REG_I_X(TimcHaar, zmoiApplyHaarClassifier_32f_C1R, restoreMask(), pSrc.ptr32f(), srcStep,
-           pSrc2.ptr32f(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32f, &positive, state())
-PP_REG_I_X(TimcHaar, zmoiApplyHaarClassifier_32s_C1RSfs, restoreMask(), pSrc.ptr32s(), srcStep,
-           pSrc2.ptr32s(), src2Step, pDst.ptr8u(), dstStep, roi, threshold32s, &positive, state(),
-           scaleFactor)
+PP_REG_I_X(TimcHaar, zmoiApplyHaarClassifier_32f_C1R, restoreDst(), PP_IMAGE(pSrc, 32f),
+           PP_IMAGE(pSrc2, 32f), PP_IMAGE(pDst, 8u), roi, threshold32f, &positive,
+           state<ZmoiHaarState>())
+PP_REG_I_X(TimcHaar, zmoiApplyHaarClassifier_32s_C1RSfs, restoreDst(), PP_IMAGE(pSrc, 32s),
+           PP_IMAGE(pSrc2, 32s), PP_IMAGE(pDst, 8u), roi, threshold32s, &positive,
+           state<ZmoiHaarState>(), scaleFactor)
 
 }  // namespace

@@ -20,7 +20,6 @@ int threshold;
 int count;
 int edges;
 ppVector pLines(pp32f);  // distances and angles in pairs
-ppBuffer pBuffer;
 
 ZmoiPolar* lines() {
     return reinterpret_cast<ZmoiPolar*>(pLines.ptr32f());
@@ -36,24 +35,28 @@ class TimcvHough : public SquareTest {
     void regOwnParms() override {
         regParm(AngleStep);
         regParm(AngleRange);
-        regParm(Picture);
         regCacheParm(ImageSize, pSrc);  // the result is no image
     }
 
     bool createImages() override {
         ppImage picture(pp8u, 1, false);
         if (!picture.createImage(roi.width, roi.height) || !drawSquares(picture) ||
-            !createByte(pSrc, 0, srcStep) || !findEdges(picture, pSrc))
+            !create(pSrc, pp8u, 0) || !findEdges(picture, pSrc))
             return false;
         edges = countIn(pSrc);
+        return true;
+    }
+
+    bool prepare() override {
         setRegion();
-        return createBuffers();
+        return createBufferBy(pBuffer, lib_zmoiHoughLine_RegionGetBufferSize, roi, limits, delta,
+                              maxLines, zmo8u, 1) &&
+               pLines.createZeroed(2 * maxLines);
     }
 
     void flushData() override {
         SquareTest::flushData();
         pLines.deleteVector();
-        pBuffer.release();
     }
 
     // Two products and two sums for each edge pixel and angle.
@@ -75,15 +78,9 @@ class TimcvHough : public SquareTest {
         delta = {1, static_cast<Zmo32f>(AngleStep.value() * degree)};
         threshold = std::min(roi.width, roi.height) / 4;
     }
-
-    static bool createBuffers() {
-        return createBufferBy(pBuffer, lib_zmoiHoughLine_RegionGetBufferSize, roi, limits, delta,
-                              maxLines, zmo8u, 1) &&
-               pLines.createZeroed(2 * maxLines);
-    }
 };
 
-PP_REG(TimcvHough, zmoiHoughLine_Region_8u32f_C1R, pSrc.ptr8u(), srcStep, lines(), roi, limits,
-       delta, threshold, maxLines, &count, pBuffer.get())
+PP_REG(TimcvHough, zmoiHoughLine_Region_8u32f_C1R, PP_IMAGE(pSrc, 8u), lines(), roi, limits, delta,
+       threshold, maxLines, &count, pBuffer.get())
 
 }  // namespace

@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 
 psIterator<int> Radius("Radius", "Neighbourhood that a pixel is filled from, pixels", {3, 8});
 psIterator<int> Damage("Damage", "Damaged pixels, percent", {2, 10});
@@ -16,56 +16,43 @@ psMapIterator<_ZmoiInpaintFlag> Flag("Flag", "Rule of filling",
                                       {zmoiInpaintDiffusion, "diffusion"}},
                                      {zmoiInpaintMarching, zmoiInpaintDiffusion});
 
-ppImage pMask(pp8u, 1, false);
-int maskStep;
 Zmo32f radius;
 ZmoiInpaintFlag flag;
-ppBuffer pBuffer;
 
 PP_SERVICE(zmoiInpaintGetBufferSize);
 
-class TimcInpaint : public PixelTest {
+class TimcInpaint : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     void regOwnParms() override {
         regParm(Radius);
         regParm(Damage);
         regParm(Flag);
-        regParm(Picture);
     }
 
     // The source keeps the values below the damage, which the function does not use: the figure
     // compares with them.
     bool createImages() override {
+        return create(pSrc, ppArgSrc, 0) && drawPicture() && create(pMask, pp8u, 1) &&
+               drawDamage() && create(pDst, ppArgDst, 2);
+    }
+
+    bool prepare() override {
         radius = static_cast<Zmo32f>(Radius.value());
         flag = Flag.value();
-        return create(pSrc, ppArgSrc, 0, srcStep) && drawPicture() && create(pMask, 1, maskStep) &&
-               drawDamage() && create(pDst, ppArgDst, 2, dstStep) && createBuffer();
+        return createBufferBy(pBuffer, lib_zmoiInpaintGetBufferSize, roi, zmo8u,
+                              pSrc.numChannels());
     }
-
-    void flushData() override {
-        PixelTest::flushData();
-        pMask.deleteVector();
-        pBuffer.release();
-    }
-
-    double getDivisor() override {
-        return PixelTest::getDivisor() * std::max(1, pDst.numActualChannels());
-    }
-    int flopsOfPixel() const override { return 0; }
-
     psString dataFigure() override {
         double error = 0;
         int filled = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                if (pMask.getImageAt(x, y, 0) == 0) continue;
-                error += std::abs(pDst.getImageAt(x, y, 0) - pSrc.getImageAt(x, y, 0));
-                ++filled;
-            }
-        }
+        ppForEachPixel(roi, [&](int x, int y) {
+            if (pMask.getImageAt(x, y, 0) == 0) return;
+            error += std::abs(pDst.getImageAt(x, y, 0) - pSrc.getImageAt(x, y, 0));
+            ++filled;
+        });
         return psFormat("a mean error of %.2f where %.2f%% of the pixels are filled",
                         error / std::max(1, filled), 100.0 * filled / roi.width / roi.height);
     }
@@ -74,15 +61,11 @@ class TimcInpaint : public PixelTest {
     // Hills with edges between them, other ones in each channel.
     static bool drawPicture() {
         if (ppPictureGiven()) return ppDrawSource(pSrc);
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                const bool other = (x + y / 2) % 96 < 40;
-                for (int c = 0; c < pSrc.numChannels(); ++c) {
-                    const double hills = 40 * std::sin(0.05 * x + c) * std::cos(0.07 * y);
-                    pSrc.setImageAt(x, y, c, std::floor((other ? 170 : 80) + hills));
-                }
-            }
-        }
+        ppDrawBy(pSrc, [](int x, int y, int c) {
+            const bool other = (x + y / 2) % 96 < 40;
+            const double hills = 40 * std::sin(0.05 * x + c) * std::cos(0.07 * y);
+            return std::floor((other ? 170 : 80) + hills);
+        });
         return true;
     }
 
@@ -119,16 +102,11 @@ class TimcInpaint : public PixelTest {
         }
         return fresh;
     }
-
-    bool createBuffer() {
-        return createBufferBy(pBuffer, lib_zmoiInpaintGetBufferSize, roi, zmo8u,
-                              pSrc.numChannels());
-    }
 };
 
-#define REG_INPAINT(channels)                                                                \
-    PP_REG(TimcInpaint, zmoiInpaint_8u_C##channels##R, pSrc.ptr8u(), srcStep, pMask.ptr8u(), \
-           maskStep, pDst.ptr8u(), dstStep, roi, radius, flag, pBuffer.get())
+#define REG_INPAINT(channels)                                                                   \
+    PP_REG(TimcInpaint, zmoiInpaint_8u_C##channels##R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pMask, 8u), \
+           PP_IMAGE(pDst, 8u), roi, radius, flag, pBuffer.get())
 
 REG_INPAINT(1)
 REG_INPAINT(3)

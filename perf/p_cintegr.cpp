@@ -2,41 +2,31 @@
 // zmoiSqrIntegral, zmoiTiltedSqrIntegral).
 #include <algorithm>
 
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 
-ppImage pSqr;
-int sqrStep;
-
-class TimcvIntegral : public PixelTest {
+class TimcvIntegral : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     bool createImages() override {
         // One row and one column more than the picture has.
         const ZmoiSize size{roi.width + 1, roi.height + 1};
-        pDst.init(func().type(2), 1, false);
-        pSqr.init(func().type(3), 1, false);
-        return create(pSrc, ppArgSrc, 0, srcStep) && ppDrawSource(pSrc) &&
-               create(pDst, 1, dstStep, size) && (!hasSquares() || create(pSqr, 2, sqrStep, size));
-    }
-
-    void flushData() override {
-        PixelTest::flushData();
-        pSqr.deleteVector();
+        return createSource() && create(pDst, func().type(2), 1, size) &&
+               (!hasSquares() || create(pDst2, func().type(3), 2, size));
     }
 
     // A sum along the row and one with the row above, for each table of floats.
-    int flopsOfPixel() const override {
+    double flopsOfElement() const override {
         const int values = func().type(2) == pp32f ? 2 : 0;
         return values + (hasSquares() && func().type(3) == pp64f ? 2 : 0);
     }
-    double getFlops() override { return getDivisor() * flopsOfPixel(); }
+    double getFlops() override { return getDivisor() * flopsOfElement(); }
 
     psString dataFigure() override {
         return psFormat("the mean of the pixels in the last sum is %.5g",
@@ -46,20 +36,19 @@ class TimcvIntegral : public PixelTest {
   private:
     // A tilted sum is over the triangle above, of which the left half lies in the picture.
     double pixelsInLastSum() {
-        if (!func().baseName().startsWith("Tilted")) return getDivisor();
+        if (!named("Tilted")) return getDivisor();
         double pixels = 0;
         for (int y = 1; y <= roi.height; ++y) pixels += std::min(y, roi.width);
         return pixels;
     }
-    bool hasSquares() const { return func().baseName().contains("Sqr"); }
+    bool hasSquares() const { return named("Sqr"); }
 };
 
-#define REG_INTEGRAL(name, src, dst)                                                            \
-    PP_REG(TimcvIntegral, zmoi##name##_C1R, pSrc.ptr##src(), srcStep, pDst.ptr##dst(), dstStep, \
-           roi, 0)
-#define REG_SQR_INTEGRAL(name, dst, sqr)                                                     \
-    PP_REG(TimcvIntegral, zmoi##name##_C1R, pSrc.ptr8u(), srcStep, pDst.ptr##dst(), dstStep, \
-           pSqr.ptr##sqr(), sqrStep, roi, 0, 0)
+#define REG_INTEGRAL(name, src, dst) \
+    PP_REG(TimcvIntegral, zmoi##name##_C1R, PP_IMAGE(pSrc, src), PP_IMAGE(pDst, dst), roi, 0)
+#define REG_SQR_INTEGRAL(name, dst, sqr)                                             \
+    PP_REG(TimcvIntegral, zmoi##name##_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, dst), \
+           PP_IMAGE(pDst2, sqr), roi, 0, 0)
 #define REG_SQR_INTEGRALS(base)                 \
     REG_SQR_INTEGRAL(base##_8u32s, 32s, 32s)    \
     REG_SQR_INTEGRAL(base##_8u32s64f, 32s, 64f) \

@@ -16,8 +16,8 @@ int count;
 
 PP_SERVICE(zmoiLabelMarkersGetBufferSize);
 
-// Discs in a grid; in place of the small ones two squares that touch at a corner, one component only
-// for eight neighbours.
+// Discs in a grid; in place of the small ones two squares that touch at a corner, one component
+// only for eight neighbours.
 int markers(int x, int y) {
     if ((x / discCell + y / discCell) % 3 != 0) return discs(x, y);
     constexpr int side = 8;
@@ -40,19 +40,19 @@ class TimcLabelMarkers : public RegionTest {
         return draw(image, markers, brightOnly);
     }
 
-    bool createBuffer() override {
-        return createBufferBy(pBuffer, lib_zmoiLabelMarkersGetBufferSize, roi, dataType(), 1);
+    bool prepare() override {
+        return createBufferBy(pBuffer, lib_zmoiLabelMarkersGetBufferSize, roi, srcType(), 1);
     }
 
     psString dataFigure() override { return psFormat("%d components", count); }
 };
 
 // The tag has no I, and yet two of the functions label in place.
-PP_REG_INIT(TimcLabelMarkers, zmoiLabelMarkers_8u_C1IR, restoreImage(), pDst.ptr8u(), dstStep, roi,
+PP_REG_INIT(TimcLabelMarkers, zmoiLabelMarkers_8u_C1IR, restoreDst(), PP_IMAGE(pDst, 8u), roi,
             minLabel, maxLabel8u, connectivity, &count, pBuffer.get())
-PP_REG_INIT(TimcLabelMarkers, zmoiLabelMarkers_16u_C1IR, restoreImage(), pDst.ptr16u(), dstStep,
-            roi, minLabel, maxLabel16u, connectivity, &count, pBuffer.get())
-PP_REG(TimcLabelMarkers, zmoiLabelMarkers_8u32s_C1R, pSrc.ptr8u(), srcStep, pDst.ptr32s(), dstStep,
-       roi, minLabel, maxLabel32s, connectivity, &count, pBuffer.get())
+PP_REG_INIT(TimcLabelMarkers, zmoiLabelMarkers_16u_C1IR, restoreDst(), PP_IMAGE(pDst, 16u), roi,
+            minLabel, maxLabel16u, connectivity, &count, pBuffer.get())
+PP_REG(TimcLabelMarkers, zmoiLabelMarkers_8u32s_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, 32s), roi,
+       minLabel, maxLabel32s, connectivity, &count, pBuffer.get())
 
 }  // namespace

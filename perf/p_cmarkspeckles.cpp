@@ -30,8 +30,8 @@ struct Blobs {
     }
 };
 
-// One of the smaller, or one of the larger, blobs is a speckle of its limit; two are more than that to
-// eight neighbours.
+// One of the smaller, or one of the larger, blobs is a speckle of its limit; two are more than that
+// to eight neighbours.
 constexpr Blobs smaller{{29, 31}, {3, 4}};
 constexpr Blobs larger{{81, 91}, {12, 10}};
 
@@ -58,8 +58,8 @@ class TimcMarkSpeckles : public RegionTest {
         return draw(image, disparity, greyItself);
     }
 
-    bool createBuffer() override {
-        return createBufferBy(pBuffer, lib_zmoiMarkSpecklesGetBufferSize, roi, dataType(), 1);
+    bool prepare() override {
+        return createBufferBy(pBuffer, lib_zmoiMarkSpecklesGetBufferSize, roi, srcType(), 1);
     }
 
     psString dataFigure() override {
@@ -68,9 +68,9 @@ class TimcMarkSpeckles : public RegionTest {
     }
 };
 
-#define REG_MARK_SPECKLES(type)                                                                  \
-    PP_REG_I(TimcMarkSpeckles, zmoiMarkSpeckles_##type##_C1IR, restoreImage(), pDst.ptr##type(), \
-             dstStep, roi, mark, maxSize, maxDiff, connectivity, pBuffer.get())
+#define REG_MARK_SPECKLES(type)                                                                    \
+    PP_REG_I(TimcMarkSpeckles, zmoiMarkSpeckles_##type##_C1IR, restoreDst(), PP_IMAGE(pDst, type), \
+             roi, mark, maxSize, maxDiff, connectivity, pBuffer.get())
 
 REG_MARK_SPECKLES(8u)
 REG_MARK_SPECKLES(16u)

@@ -15,14 +15,14 @@ class TimcMean : public MaskedTest {
 
   protected:
     // The sum; distance, square and its sum.
-    int flopsOfPixel() const override { return 4; }
+    double flopsOfElement() const override { return 4; }
 };
 
-PP_REG(TimcMean, zmoiMean_StdDev_32f_C1R, pSrc.ptr32f(), srcStep, roi, &mean, &stdDev)
-PP_REG(TimcMean, zmoiMean_StdDev_32f_C3CR, pSrc.ptr32f(), srcStep, roi, coi, &mean, &stdDev)
-PP_REG(TimcMean, zmoiMean_StdDev_32f_C1MR, pSrc.ptr32f(), srcStep, pMask.ptr8u(), maskStep, roi,
+PP_REG(TimcMean, zmoiMean_StdDev_32f_C1R, PP_IMAGE(pSrc, 32f), roi, &mean, &stdDev)
+PP_REG(TimcMean, zmoiMean_StdDev_32f_C3CR, PP_IMAGE(pSrc, 32f), roi, coi, &mean, &stdDev)
+PP_REG(TimcMean, zmoiMean_StdDev_32f_C1MR, PP_IMAGE(pSrc, 32f), PP_IMAGE(pMask, 8u), roi, &mean,
+       &stdDev)
+PP_REG(TimcMean, zmoiMean_StdDev_32f_C3CMR, PP_IMAGE(pSrc, 32f), PP_IMAGE(pMask, 8u), roi, coi,
        &mean, &stdDev)
-PP_REG(TimcMean, zmoiMean_StdDev_32f_C3CMR, pSrc.ptr32f(), srcStep, pMask.ptr8u(), maskStep, roi,
-       coi, &mean, &stdDev)
 
 }  // namespace

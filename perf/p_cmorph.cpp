@@ -18,12 +18,12 @@ class TimcMorph : public FlatMorphTest {
     }
 };
 
-#define REG_BITS(name, type)                                                                    \
-    PP_REG(TimcMorph, zmoi##name##Border_##type##_C1R, MORPH_SRC(8u), bitOffset, MORPH_DST(8u), \
-           bitOffset, roi, MORPH_REST(8u))
-#define REG(name, type, channels)                                                  \
-    PP_REG(TimcMorph, zmoi##name##Border_##type##_C##channels##R, MORPH_SRC(type), \
-           MORPH_DST(type), roi, MORPH_REST(type))
+#define REG_BITS(name, type)                                                        \
+    PP_REG(TimcMorph, zmoi##name##Border_##type##_C1R, BORDERED_SRC(8u), bitOffset, \
+           PP_IMAGE(pDst, 8u), bitOffset, roi, MORPH_REST(8u))
+#define REG(name, type, channels)                                                     \
+    PP_REG(TimcMorph, zmoi##name##Border_##type##_C##channels##R, BORDERED_SRC(type), \
+           PP_IMAGE(pDst, type), roi, MORPH_REST(type))
 
 MORPH_FUNCTIONS(REG_BITS, REG)
 

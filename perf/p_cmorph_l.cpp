@@ -18,12 +18,12 @@ class TimcMorphL : public FlatMorphTest {
     }
 };
 
-#define REG_BITS(name, type)                                                                 \
-    PP_REG(TimcMorphL, zmoi##name##_##type##_C1R_L, MORPH_SRC(8u), bitOffset, MORPH_DST(8u), \
-           bitOffset, roiL, MORPH_REST(8u))
-#define REG(name, type, channels)                                                                \
-    PP_REG(TimcMorphL, zmoi##name##_##type##_C##channels##R_L, MORPH_SRC(type), MORPH_DST(type), \
-           roiL, MORPH_REST(type))
+#define REG_BITS(name, type)                                                     \
+    PP_REG(TimcMorphL, zmoi##name##_##type##_C1R_L, BORDERED_SRC(8u), bitOffset, \
+           PP_IMAGE(pDst, 8u), bitOffset, roiL, MORPH_REST(8u))
+#define REG(name, type, channels)                                                  \
+    PP_REG(TimcMorphL, zmoi##name##_##type##_C##channels##R_L, BORDERED_SRC(type), \
+           PP_IMAGE(pDst, type), roiL, MORPH_REST(type))
 
 MORPH_FUNCTIONS(REG_BITS, REG)
 

@@ -20,19 +20,15 @@ class TimMorphGray : public MorphTest {
                                MaskSize.value()) &&
                (dataType() == zmo8u
                     ? prepared(lib_zmoiGrayMorphInit_8u_C1R, dome<Zmo32s>(mask).data(),
-                               MaskSize.value(), anchor(), stateToFill())
+                               MaskSize.value(), anchor(), state<ZmoiGrayMorphState>())
                     : prepared(lib_zmoiGrayMorphInit_32f_C1R, dome<Zmo32f>(mask).data(),
-                               MaskSize.value(), anchor(), stateToFill()));
+                               MaskSize.value(), anchor(), state<ZmoiGrayMorphState>()));
     }
 
     // A comparison and a sum for each point.
     double flopsOfElement() const override { return 2 * MorphTest::flopsOfElement(); }
 
   private:
-    static ZmoiGrayMorphState* stateToFill() {
-        return reinterpret_cast<ZmoiGrayMorphState*>(pState.get());
-    }
-
     template <class T>
     static std::vector<T> dome(const std::vector<Zmo8u>& mask) {
         const ZmoiSize size = MaskSize.value();
@@ -49,10 +45,10 @@ class TimMorphGray : public MorphTest {
     }
 };
 
-#define REG(name, type)                                                                         \
-    PP_REG(TimMorphGray, zmoiGray##name##Border_##type##_C1R, MORPH_SRC(type), MORPH_DST(type), \
-           roi, border, borderValue<Zmo##type>,                                                 \
-           reinterpret_cast<const ZmoiGrayMorphState*>(pState.get()), pBuffer.get())
+#define REG(name, type)                                                                   \
+    PP_REG(TimMorphGray, zmoiGray##name##Border_##type##_C1R, BORDERED_SRC(type),         \
+           PP_IMAGE(pDst, type), roi, BORDERED_BORDER(type), state<ZmoiGrayMorphState>(), \
+           pBuffer.get())
 
 REG(Erode, 8u)
 REG(Erode, 32f)

@@ -24,8 +24,8 @@ class TimcConv : public FilterTest {
     double flopsOfElement() const override {
         const bool large = mask == zmoiMask5x5;
         const int smooth = large ? 6 : 3;
-        if (isBase("FilterSobelCross")) return large ? 8 : 2;
-        return isBase("FilterLaplacian") ? 2 * (smooth + 3) + 1 : 2 * smooth + 1;
+        if (named("FilterSobelCross")) return large ? 8 : 2;
+        return named("FilterLaplacian") ? 2 * (smooth + 3) + 1 : 2 * smooth + 1;
     }
 
     bool prepare() override {
@@ -36,23 +36,16 @@ class TimcConv : public FilterTest {
             return false;
         }
         mask = size.width == 3 ? zmoiMask3x3 : zmoiMask5x5;
-        if (isBase("FilterSobelCross"))
-            return createBufferBy(pBuffer, lib_zmoiFilterSobelCrossBorderGetBufferSize, roi, mask,
-                                  srcType(), 1);
-        if (isBase("FilterLaplacian"))
-            return createBufferBy(pBuffer, lib_zmoiFilterLaplacianBorderGetBufferSize, roi, mask,
-                                  srcType(), 1);
-        return createBufferBy(pBuffer, lib_zmoiFilterLowpassBorderGetBufferSize, roi, mask,
-                              srcType(), 1);
+        const auto& query = named("FilterSobelCross")  ? lib_zmoiFilterSobelCrossBorderGetBufferSize
+                            : named("FilterLaplacian") ? lib_zmoiFilterLaplacianBorderGetBufferSize
+                                                       : lib_zmoiFilterLowpassBorderGetBufferSize;
+        return createBufferBy(pBuffer, query, roi, mask, srcType(), 1);
     }
-
-  private:
-    bool isBase(const char* base) const { return func().baseName().startsWith(base); }
 };
 
-#define REG_CONV(Base, types, T, D)                                                    \
-    PP_REG(TimcConv, zmoiFilter##Base##Border_##types##_C1R, BORDERED_SRC(T), srcStep, \
-           pDst.ptr##D(), dstStep, roi, mask, border, borderValue<Zmo##T>, pBuffer.get())
+#define REG_CONV(Base, types, T, D)                                                              \
+    PP_REG(TimcConv, zmoiFilter##Base##Border_##types##_C1R, BORDERED_SRC(T), PP_IMAGE(pDst, D), \
+           roi, mask, BORDERED_BORDER(T), pBuffer.get())
 
 REG_CONV(SobelCross, 32f, 32f, 32f)
 REG_CONV(Laplacian, 8u16s, 8u, 16s)

@@ -14,32 +14,31 @@ class TimcNorm : public MaskedTest {
     using MaskedTest::MaskedTest;
 
   protected:
-    bool hasSecondSource() const override { return isRelative() || isBase("NormDiff"); }
+    bool hasSecondSource() const override { return isRelative() || named("NormDiff"); }
 
     // One addition or comparison, one product more for L2; the difference; the second image's norm.
-    int flopsOfPixel() const override {
+    double flopsOfElement() const override {
         const int ofOne = func().baseName().contains("_L2") ? 2 : 1;
         return ofOne + (hasSecondSource() ? 1 : 0) + (isRelative() ? ofOne : 0);
     }
 
   private:
-    bool isBase(const char* base) const { return func().baseName().startsWith(base); }
-    bool isRelative() const { return isBase("NormRel"); }
+    bool isRelative() const { return named("NormRel"); }
 };
 
 // The functions of one norm and element type.
-#define REG_NORM(kind, type)                                                                     \
-    PP_REG(TimcNorm, zmoiNorm_##kind##_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),  \
-           maskStep, roi, &norm)                                                                 \
-    PP_REG(TimcNorm, zmoiNorm_##kind##_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), \
-           maskStep, roi, coi, &norm)                                                            \
-    REG_NORM_OF_TWO(NormDiff_##kind##_##type, type)                                              \
+#define REG_NORM(kind, type)                                                                      \
+    PP_REG(TimcNorm, zmoiNorm_##kind##_##type##_C1MR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u),  \
+           roi, &norm)                                                                            \
+    PP_REG(TimcNorm, zmoiNorm_##kind##_##type##_C3CMR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u), \
+           roi, coi, &norm)                                                                       \
+    REG_NORM_OF_TWO(NormDiff_##kind##_##type, type)                                               \
     REG_NORM_OF_TWO(NormRel_##kind##_##type, type)
-#define REG_NORM_OF_TWO(name, type)                                                              \
-    PP_REG(TimcNorm, zmoi##name##_C1MR, pSrc.ptr##type(), srcStep, pSrc2.ptr##type(), src2Step,  \
-           pMask.ptr8u(), maskStep, roi, &norm)                                                  \
-    PP_REG(TimcNorm, zmoi##name##_C3CMR, pSrc.ptr##type(), srcStep, pSrc2.ptr##type(), src2Step, \
-           pMask.ptr8u(), maskStep, roi, coi, &norm)
+#define REG_NORM_OF_TWO(name, type)                                                   \
+    PP_REG(TimcNorm, zmoi##name##_C1MR, PP_IMAGE(pSrc, type), PP_IMAGE(pSrc2, type),  \
+           PP_IMAGE(pMask, 8u), roi, &norm)                                           \
+    PP_REG(TimcNorm, zmoi##name##_C3CMR, PP_IMAGE(pSrc, type), PP_IMAGE(pSrc2, type), \
+           PP_IMAGE(pMask, 8u), roi, coi, &norm)
 
 REG_NORM(Inf, 8u)
 REG_NORM(Inf, 16u)

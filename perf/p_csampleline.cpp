@@ -7,6 +7,8 @@
 
 namespace {
 
+using namespace images;  // pDst is the line, one row
+
 enum class Direction { horizontal, vertical, diagonal, slanted };
 
 // Along a row neighbours share cache lines, down the image each pixel has its own; a slanted line
@@ -19,42 +21,22 @@ psMapIterator<Direction> Line("Line", "Direction of the line",
                               {Direction::horizontal, Direction::vertical, Direction::diagonal,
                                Direction::slanted});
 
-ppImage pSrc;
-ppImage pLine;  // one row
-int srcStep;
-ZmoiSize roi;
 ZmoiPoint first;
 ZmoiPoint last;
 
-class TimcSampleLine : public ppTest {
+class TimcSampleLine : public ppImageTest {
   public:
-    using ppTest::ppTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         regParm(Line);
-        regParm(Picture);
         regCacheParm(ImageSize, pSrc);
-        return true;
     }
 
-    bool initData() override {
-        roi = ImageSize.value();
+    bool createImages() override {
         setEnds(Line.value());
-        pSrc.init(func(), ppArgSrc);
-        pLine.init(func(), ppArgDst);
-        if (!pSrc.createImage(roi.width, roi.height, 0, ppMisalign(0)) ||
-            !pLine.createImage(points(), 1, 0, ppMisalign(1)))
-            return false;
-        srcStep = pSrc.step();
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        return ppDrawSource(pSrc);
-    }
-
-    void flushData() override {
-        pSrc.deleteVector();
-        pLine.deleteVector();
+        return createSource() && create(pDst, ppArgDst, 1, {points(), 1});
     }
 
     double getDivisor() override { return points(); }
@@ -95,11 +77,11 @@ class TimcSampleLine : public ppTest {
     }
 };
 
-#define REG_SAMPLE_LINE(type)                                                      \
-    PP_REG(TimcSampleLine, zmoiSampleLine_##type##_C1R, pSrc.ptr##type(), srcStep, \
-           pLine.ptr##type(), roi, first, last)                                    \
-    PP_REG(TimcSampleLine, zmoiSampleLine_##type##_C3R, pSrc.ptr##type(), srcStep, \
-           pLine.ptr##type(), roi, first, last)
+#define REG_SAMPLE_LINE(type)                                                                   \
+    PP_REG(TimcSampleLine, zmoiSampleLine_##type##_C1R, PP_IMAGE(pSrc, type), pDst.ptr##type(), \
+           roi, first, last)                                                                    \
+    PP_REG(TimcSampleLine, zmoiSampleLine_##type##_C3R, PP_IMAGE(pSrc, type), pDst.ptr##type(), \
+           roi, first, last)
 
 REG_SAMPLE_LINE(8u)
 REG_SAMPLE_LINE(16u)

@@ -21,7 +21,7 @@ class TimeStatNull : public MaskedTest {
 
   protected:
     // Two comparisons or one addition; means with a deviation are of integers here.
-    int flopsOfPixel() const override { return func().baseName() == "MinMaxIndx" ? 2 : 1; }
+    double flopsOfElement() const override { return named("MinMaxIndx") ? 2 : 1; }
 };
 
 // Functions with a mask.
@@ -31,28 +31,27 @@ class TimcStat : public TimeStatNull {
 };
 
 #define REG_MIN_MAX(type)                                                                          \
-    PP_REG(TimeStatNull, zmoiMinMaxIndx_##type##_C1R, pSrc.ptr##type(), srcStep, roi, &low, &high, \
+    PP_REG(TimeStatNull, zmoiMinMaxIndx_##type##_C1R, PP_IMAGE(pSrc, type), roi, &low, &high,      \
            &lowPosition, &highPosition)                                                            \
-    PP_REG(TimeStatNull, zmoiMinMaxIndx_##type##_C3CR, pSrc.ptr##type(), srcStep, roi, coi, &low,  \
+    PP_REG(TimeStatNull, zmoiMinMaxIndx_##type##_C3CR, PP_IMAGE(pSrc, type), roi, coi, &low,       \
            &high, &lowPosition, &highPosition)                                                     \
-    PP_REG(TimcStat, zmoiMinMaxIndx_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),       \
-           maskStep, roi, &low, &high, &lowPosition, &highPosition)                                \
-    PP_REG(TimcStat, zmoiMinMaxIndx_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),      \
-           maskStep, roi, coi, &low, &high, &lowPosition, &highPosition)
-#define REG_MEAN(type)                                                                            \
-    PP_REG(TimcStat, zmoiMean_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), maskStep,  \
-           roi, &mean)                                                                            \
-    PP_REG(TimcStat, zmoiMean_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), maskStep, \
-           roi, coi, &mean)
-#define REG_MEAN_STDDEV(type)                                                                  \
-    PP_REG(TimeStatNull, zmoiMean_StdDev_##type##_C1R, pSrc.ptr##type(), srcStep, roi, &mean,  \
-           &stdDev)                                                                            \
-    PP_REG(TimeStatNull, zmoiMean_StdDev_##type##_C3CR, pSrc.ptr##type(), srcStep, roi, coi,   \
-           &mean, &stdDev)                                                                     \
-    PP_REG(TimcStat, zmoiMean_StdDev_##type##_C1MR, pSrc.ptr##type(), srcStep, pMask.ptr8u(),  \
-           maskStep, roi, &mean, &stdDev)                                                      \
-    PP_REG(TimcStat, zmoiMean_StdDev_##type##_C3CMR, pSrc.ptr##type(), srcStep, pMask.ptr8u(), \
-           maskStep, roi, coi, &mean, &stdDev)
+    PP_REG(TimcStat, zmoiMinMaxIndx_##type##_C1MR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u), roi, \
+           &low, &high, &lowPosition, &highPosition)                                               \
+    PP_REG(TimcStat, zmoiMinMaxIndx_##type##_C3CMR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u),     \
+           roi, coi, &low, &high, &lowPosition, &highPosition)
+#define REG_MEAN(type)                                                                             \
+    PP_REG(TimcStat, zmoiMean_##type##_C1MR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u), roi,       \
+           &mean)                                                                                  \
+    PP_REG(TimcStat, zmoiMean_##type##_C3CMR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u), roi, coi, \
+           &mean)
+#define REG_MEAN_STDDEV(type)                                                                     \
+    PP_REG(TimeStatNull, zmoiMean_StdDev_##type##_C1R, PP_IMAGE(pSrc, type), roi, &mean, &stdDev) \
+    PP_REG(TimeStatNull, zmoiMean_StdDev_##type##_C3CR, PP_IMAGE(pSrc, type), roi, coi, &mean,    \
+           &stdDev)                                                                               \
+    PP_REG(TimcStat, zmoiMean_StdDev_##type##_C1MR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u),    \
+           roi, &mean, &stdDev)                                                                   \
+    PP_REG(TimcStat, zmoiMean_StdDev_##type##_C3CMR, PP_IMAGE(pSrc, type), PP_IMAGE(pMask, 8u),   \
+           roi, coi, &mean, &stdDev)
 
 REG_MIN_MAX(8u)
 REG_MIN_MAX(16u)

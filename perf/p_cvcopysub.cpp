@@ -1,11 +1,11 @@
 // Copies of windows at fractional positions: inside the image (zmoiCopySubpix), and over its edges
 // (zmoiCopySubpixIntersect).
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 
 // The axes along which the position is fractional: along the others nothing is interpolated.
 enum class Axes { none, x, y, both };
@@ -29,16 +29,15 @@ ZmoiPoint last;
 int scaleFactor;
 
 // The window has the size asked for, the image a row and a column more.
-class TimcvCopySub : public PixelTest {
+class TimcvCopySub : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     void regOwnParms() override {
         regParm(Fraction);
         regPlace();
         if (func().scale()) regParm(ScaleFactor);
-        regParm(Picture);
     }
     virtual void regPlace() {}
 
@@ -47,13 +46,11 @@ class TimcvCopySub : public PixelTest {
         dx = isFractional(Axes::x) ? fractionX : 0;
         dy = isFractional(Axes::y) ? fractionY : 0;
         scaleFactor = func().scale() ? ScaleFactor.value() : 0;
-        pSrc.init(func(), ppArgSrc);
-        return create(pSrc, 0, srcStep, srcRoi) && ppDrawSource(pSrc) &&
-               create(pDst, ppArgDst, 1, dstStep);
+        return create(pSrc, ppArgSrc, 0, srcRoi) && ppDrawSource(pSrc) && create(pDst, ppArgDst, 1);
     }
 
     // Two products and a sum for each axis.
-    int flopsOfPixel() const override {
+    double flopsOfElement() const override {
         return 3 * (isFractional(Axes::x) + isFractional(Axes::y));
     }
 
@@ -77,8 +74,7 @@ class TimcvCopySubInter : public TimcvCopySub {
   protected:
     void regPlace() override { regParm(Outside); }
 
-    bool createImages() override {
-        if (!TimcvCopySub::createImages()) return false;
+    bool prepare() override {
         corner = {dx - static_cast<Zmo32f>(outside(roi.width)),
                   dy - static_cast<Zmo32f>(outside(roi.height))};
         return true;
@@ -92,11 +88,11 @@ class TimcvCopySubInter : public TimcvCopySub {
     static int outside(int side) { return side * Outside.value() / 100; }
 };
 
-#define REG_COPY_SUBPIX(name, from, to, ...)                                                     \
-    PP_REG(TimcvCopySub, zmoiCopySubpix_##name, pSrc.ptr##from(), srcStep, pDst.ptr##to(),       \
-           dstStep, roi, dx, dy __VA_ARGS__)                                                     \
-    PP_REG(TimcvCopySubInter, zmoiCopySubpixIntersect_##name, pSrc.ptr##from(), srcStep, srcRoi, \
-           pDst.ptr##to(), dstStep, roi, corner, &first, &last __VA_ARGS__)
+#define REG_COPY_SUBPIX(name, from, to, ...)                                                       \
+    PP_REG(TimcvCopySub, zmoiCopySubpix_##name, PP_IMAGE(pSrc, from), PP_IMAGE(pDst, to), roi, dx, \
+           dy __VA_ARGS__)                                                                         \
+    PP_REG(TimcvCopySubInter, zmoiCopySubpixIntersect_##name, PP_IMAGE(pSrc, from), srcRoi,        \
+           PP_IMAGE(pDst, to), roi, corner, &first, &last __VA_ARGS__)
 
 REG_COPY_SUBPIX(8u_C1R, 8u, 8u)
 REG_COPY_SUBPIX(16u_C1R, 16u, 16u)

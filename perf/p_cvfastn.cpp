@@ -9,8 +9,8 @@ psIterator<int> Arc("Arc", "Neighbours on the circle that make a corner", {9, 12
 psIterator<int> Threshold("Threshold", "Difference that they need", {20});
 psIterator<int> Suppress("Suppress", "Keep only the maxima", {0, 1});
 
-// Small squares give a small picture some corners, too. On a dot every pixel is one, for any arc, and
-// one of them is the largest.
+// Small squares give a small picture some corners, too. On a dot every pixel is one, for any arc,
+// and one of them is the largest.
 constexpr int cell = 32;
 
 bool isDot(int x, int y) {
@@ -23,7 +23,6 @@ int suppress;
 int count;
 int maxCorners;
 ppVector pList(pp32s);  // coordinates in pairs
-ppBuffer pBuffer;
 
 ZmoiPoint* list() {
     return reinterpret_cast<ZmoiPoint*>(pList.ptr32s());
@@ -41,21 +40,24 @@ class TimiFastN : public SquareTest {
         regParm(Arc);
         regParm(Threshold);
         regParm(Suppress);
-        regParm(Picture);
     }
 
     bool createImages() override {
+        return create(pSrc, pp8u, 0) && drawSquares(pSrc, cell) && drawDots() &&
+               create(pDst, pp8u, 1);
+    }
+
+    bool prepare() override {
         arc = Arc.value();
         threshold = Threshold.value();
         suppress = Suppress.value();
-        return createByte(pSrc, 0, srcStep) && drawSquares(pSrc, cell) && drawDots() &&
-               createByte(pDst, 1, dstStep) && createBuffer() && (!makesList() || createMap());
+        return createBufferBy(pBuffer, lib_zmoiFastNGetBufferSize, roi, zmo8u, 1) &&
+               (!makesList() || createMap());
     }
 
     void flushData() override {
         SquareTest::flushData();
         pList.deleteVector();
-        pBuffer.release();
     }
 
     double getDivisor() override {
@@ -69,25 +71,19 @@ class TimiFastN : public SquareTest {
     }
 
   private:
-    bool makesList() const { return func().baseName().contains("Vec"); }
+    bool makesList() const { return named("Vec"); }
 
     static bool drawDots() {
         if (ppPictureGiven()) return true;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                if (isDot(x, y)) pSrc.setImageAt(x, y, 0, 230 + (x + 2 * y) % 5);
-            }
-        }
+        ppForEachPixel(roi, [](int x, int y) {
+            if (isDot(x, y)) pSrc.setImageAt(x, y, 0, 230 + (x + 2 * y) % 5);
+        });
         return true;
-    }
-
-    static bool createBuffer() {
-        return createBufferBy(pBuffer, lib_zmoiFastNGetBufferSize, roi, zmo8u, 1);
     }
 
     // The list is made of what the search for corners gives.
     static bool createMap() {
-        if (!prepared(lib_zmoiFastN_8u_C1R, pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, arc,
+        if (!prepared(lib_zmoiFastN_8u_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, 8u), roi, arc,
                       threshold, suppress, &count, pBuffer.get()))
             return false;
         maxCorners = std::max(1, count);
@@ -95,8 +91,8 @@ class TimiFastN : public SquareTest {
     }
 };
 
-PP_REG(TimiFastN, zmoiFastN_8u_C1R, pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, arc,
-       threshold, suppress, &count, pBuffer.get())
-PP_REG(TimiFastN, zmoiFastN2DToVec_8u, pDst.ptr8u(), dstStep, list(), roi, maxCorners, &count)
+PP_REG(TimiFastN, zmoiFastN_8u_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, 8u), roi, arc, threshold,
+       suppress, &count, pBuffer.get())
+PP_REG(TimiFastN, zmoiFastN2DToVec_8u, PP_IMAGE(pDst, 8u), list(), roi, maxCorners, &count)
 
 }  // namespace

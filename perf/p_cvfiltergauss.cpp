@@ -20,8 +20,8 @@ class TimcvFilterGaussian : public GaussianTest {
 
 #define REG_GAUSSIAN(type, channels)                                              \
     PP_REG(TimcvFilterGaussian, zmoiFilterGaussianBorder_##type##_C##channels##R, \
-           BORDERED_SRC(type), srcStep, pDst.ptr##type(), dstStep, roi, border,   \
-           borderValue<Zmo##type>, GaussianTest::state(), pBuffer.get())
+           BORDERED_SRC(type), PP_IMAGE(pDst, type), roi, BORDERED_BORDER(type),  \
+           state<ZmoiGaussianState>(), pBuffer.get())
 
 REG_GAUSSIAN(32f, 1)
 REG_GAUSSIAN(16u, 1)

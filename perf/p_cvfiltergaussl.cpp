@@ -20,8 +20,8 @@ class TimcvFilterGaussianL : public GaussianTest {
 
 #define REG_GAUSSIAN(type, channels)                                                               \
     PP_REG(TimcvFilterGaussianL, zmoiFilterGaussian_##type##_C##channels##R_L, BORDERED_SRC(type), \
-           srcStep, pDst.ptr##type(), dstStep, roiL, border, borderValue<Zmo##type>,               \
-           GaussianTest::state(), pBuffer.get())
+           PP_IMAGE(pDst, type), roiL, BORDERED_BORDER(type), state<ZmoiGaussianState>(),          \
+           pBuffer.get())
 
 REG_GAUSSIAN(32f, 1)
 REG_GAUSSIAN(16u, 1)

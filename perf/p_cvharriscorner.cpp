@@ -19,10 +19,10 @@ class TimHarrisCorner : public CornerTest {
     double flopsOfResult() const override { return 8; }
 };
 
-#define REG_HARRIS(types, type)                                                                    \
-    PP_REG(TimHarrisCorner, zmoiHarrisCorner_##types##_C1R, BORDERED_SRC(type), srcStep,           \
-           pDst.ptr32f(), dstStep, roi, kernel<ZmoiDifferentialKernel>, kernelSize, windowSize, k, \
-           scale, border, borderValue<Zmo##type>, pBuffer.get())
+#define REG_HARRIS(types, type)                                                                 \
+    PP_REG(TimHarrisCorner, zmoiHarrisCorner_##types##_C1R, BORDERED_SRC(type),                 \
+           PP_IMAGE(pDst, 32f), roi, kernel<ZmoiDifferentialKernel>, kernelSize, windowSize, k, \
+           scale, BORDERED_BORDER(type), pBuffer.get())
 
 REG_HARRIS(8u32f, 8u)
 REG_HARRIS(32f, 32f)

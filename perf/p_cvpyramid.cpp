@@ -20,7 +20,7 @@ class TimcvPyramid : public PyramidTest {
 
 #define REG_LAYER(Way, type, channels)                                                          \
     PP_REG_X(TimcvPyramid, zmoiPyramidLayer##Way##_##type##_C##channels##R, BORDERED_SRC(type), \
-             srcStep, srcRoi, pDst.ptr##type(), dstStep, roi, PyramidTest::state(), pBuffer.get())
+             srcRoi, PP_IMAGE(pDst, type), roi, state<ZmoiPyramidState>(), pBuffer.get())
 
 REG_LAYER(Down, 8u, 1)
 REG_LAYER(Down, 8u, 3)

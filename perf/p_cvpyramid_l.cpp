@@ -21,8 +21,7 @@ class TimcvPyramidL : public PyramidTest {
 
 #define REG_LAYER(Way, type, channels)                                                             \
     PP_REG_X(TimcvPyramidL, zmoiPyramidLayer##Way##_##type##_C##channels##R_L, BORDERED_SRC(type), \
-             srcStep, srcRoiL, pDst.ptr##type(), dstStep, roiL, PyramidTest::state(),              \
-             pBuffer.get())
+             srcRoiL, PP_IMAGE(pDst, type), roiL, state<ZmoiPyramidState>(), pBuffer.get())
 
 REG_LAYER(Down, 32f, 1)
 REG_LAYER(Up, 32f, 1)

@@ -18,9 +18,9 @@ int drawLines;
 PP_SERVICE(zmoiSegmentWatershedGetBufferSize);
 PP_SERVICE(zmoiSegmentGradientGetBufferSize);
 
-class TimeCVGradientSegment : public InPlaceTest {
+class TimeCVGradientSegment : public ppImageTest {
   public:
-    using InPlaceTest::InPlaceTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     void regOwnParms() override {
@@ -37,14 +37,13 @@ class TimeCVGradientSegment : public InPlaceTest {
         ppImage slope(pp32f, 1, false);
         return picture.createImage(roi.width, roi.height) && drawPicture(picture) &&
                slope.createImage(roi.width, roi.height) && drawSlope(slope, picture) &&
-               createSource(floods() ? slope : picture) && createMarkers(slope);
+               drawSource(floods() ? slope : picture) && createMarkers(slope);
     }
 
-    bool createBuffer() override {
-        return floods() ? createBufferBy(pBuffer, lib_zmoiSegmentWatershedGetBufferSize, roi,
-                                         dataType(), 1)
-                        : createBufferBy(pBuffer, lib_zmoiSegmentGradientGetBufferSize, roi,
-                                         dataType(), pSrc.numChannels());
+    bool prepare() override {
+        const auto& query =
+            floods() ? lib_zmoiSegmentWatershedGetBufferSize : lib_zmoiSegmentGradientGetBufferSize;
+        return createBufferBy(pBuffer, query, roi, srcType(), pSrc.numChannels());
     }
 
     psString dataFigure() override {
@@ -57,20 +56,17 @@ class TimeCVGradientSegment : public InPlaceTest {
     }
 
   private:
-    bool floods() const { return func().baseName().contains("Watershed"); }
+    bool floods() const { return named("Watershed"); }
 
     // Discs of several shades on a ground that gets darker, with some noise.
     static bool drawPicture(ppImage& image) {
         if (ppPictureGiven()) return ppDrawSource(image);
         if (!image.setRandom(0, 9)) return false;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                const int shade = 40 * ((x / discCell + 2 * (y / discCell)) % 4);
-                const int base = discs(x, y) != 0 ? 60 + shade : 40 - 30 * y / roi.height;
-                for (int c = 0; c < image.numChannels(); ++c)
-                    image.setImageAt(x, y, c, base + 20 * c + image.getImageAt(x, y, c));
-            }
-        }
+        ppDrawBy(image, [&](int x, int y, int c) {
+            const int shade = 40 * ((x / discCell + 2 * (y / discCell)) % 4);
+            const int base = discs(x, y) != 0 ? 60 + shade : 40 - 30 * y / roi.height;
+            return base + 20 * c + image.getImageAt(x, y, c);
+        });
         return true;
     }
 
@@ -80,35 +76,24 @@ class TimeCVGradientSegment : public InPlaceTest {
             return picture.getImageAt(std::clamp(x, 0, roi.width - 1),
                                       std::clamp(y, 0, roi.height - 1), 0);
         };
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                const double dx = at(x + 1, y) - at(x - 1, y);
-                const double dy = at(x, y + 1) - at(x, y - 1);
-                slope.setImageAt(x, y, 0, std::min(255.0, std::hypot(dx, dy)));
-            }
-        }
+        ppDrawBy(slope, [&](int x, int y) {
+            const double dx = at(x + 1, y) - at(x - 1, y);
+            const double dy = at(x, y + 1) - at(x, y - 1);
+            return std::min(255.0, std::hypot(dx, dy));
+        });
         return true;
     }
 
-    bool createSource(const ppImage& from) {
-        pSrc.init(func(), ppArgSrc);
-        if (!pSrc.createImage(roi.width, roi.height, 0, ppMisalign(0))) return false;
-        srcStep = pSrc.step();
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x) {
-                for (int c = 0; c < pSrc.numChannels(); ++c)
-                    pSrc.setImageAt(x, y, c, from.getImageAt(x, y, c));
-            }
-        }
+    bool drawSource(const ppImage& from) const {
+        if (!create(pSrc, ppArgSrc, 0)) return false;
+        ppDrawBy(pSrc, [&](int x, int y, int c) { return from.getImageAt(x, y, c); });
         return true;
     }
 
-    // One marker in each cell of a grid, where the picture is flattest. Labels start anew after 250:
-    // neighbours still differ.
+    // One marker in each cell of a grid, where the picture is flattest. Labels start anew after
+    // 250: neighbours still differ.
     bool createMarkers(const ppImage& slope) {
-        pDst.init(func().dstType(), 1, false);
-        if (!pDst.createImage(roi.width, roi.height, 0, ppMisalign(1))) return false;
-        dstStep = pDst.step();
+        if (!create(pDst, func().dstType(), 1)) return false;
         m_markers = 0;
         const int cell = Distance.value();
         for (int y = 0; y < roi.height; y += cell) {
@@ -134,13 +119,13 @@ class TimeCVGradientSegment : public InPlaceTest {
 };
 
 // The tag has no I, and yet the segments grow in place.
-#define REG_GRADIENT(channels)                                                                   \
-    PP_REG_X_INIT(TimeCVGradientSegment, zmoiSegmentGradient_8u_C##channels##IR, restoreImage(), \
-                  pSrc.ptr8u(), srcStep, pDst.ptr8u(), dstStep, roi, connectivity, pBuffer.get())
-#define REG_WATERSHED(types, from, to)                                                        \
-    PP_REG_X_INIT(TimeCVGradientSegment, zmoiSegmentWatershed_##types##_C1IR, restoreImage(), \
-                  pSrc.ptr##from(), srcStep, pDst.ptr##to(), dstStep, roi, connectivity,      \
-                  drawLines, pBuffer.get())
+#define REG_GRADIENT(channels)                                                                 \
+    PP_REG_X_INIT(TimeCVGradientSegment, zmoiSegmentGradient_8u_C##channels##IR, restoreDst(), \
+                  PP_IMAGE(pSrc, 8u), PP_IMAGE(pDst, 8u), roi, connectivity, pBuffer.get())
+#define REG_WATERSHED(types, from, to)                                                      \
+    PP_REG_X_INIT(TimeCVGradientSegment, zmoiSegmentWatershed_##types##_C1IR, restoreDst(), \
+                  PP_IMAGE(pSrc, from), PP_IMAGE(pDst, to), roi, connectivity, drawLines,   \
+                  pBuffer.get())
 
 REG_GRADIENT(1)
 REG_GRADIENT(3)

@@ -12,10 +12,6 @@ PP_SERVICE(zmoiFilterSeparableGetSize_L);
 PP_SERVICE(zmoiFilterSeparableInit_16s_L);
 PP_SERVICE(zmoiFilterSeparableInit_32f_L);
 
-ZmoiSeparableState* state() {
-    return reinterpret_cast<ZmoiSeparableState*>(pState.get());
-}
-
 class TimFilterBorder : public FilterTest {
   public:
     using FilterTest::FilterTest;
@@ -40,7 +36,7 @@ class TimFilterBorder : public FilterTest {
         std::vector<Zmo32f> columnKernel(column.begin(), column.end());
         for (Zmo32f& weight : columnKernel) weight /= static_cast<Zmo32f>(sum(row) * sum(column));
         return prepared(lib_zmoiFilterSeparableInit_32f_L, rowKernel.data(), columnKernel.data(),
-                        MaskSize.value(), centre(), channels(), state());
+                        MaskSize.value(), centre(), channels(), state<ZmoiSeparableState>());
     }
 
     bool initIntegers() {
@@ -48,7 +44,7 @@ class TimFilterBorder : public FilterTest {
         const std::vector<Zmo16s> column = tent(MaskSize.value().height);
         return prepared(lib_zmoiFilterSeparableInit_16s_L, row.data(), column.data(),
                         MaskSize.value(), centre(), sum(row) * sum(column), srcType(), dstType(),
-                        channels(), state());
+                        channels(), state<ZmoiSeparableState>());
     }
 
     static ZmoiPoint centre() { return {MaskSize.value().width / 2, MaskSize.value().height / 2}; }
@@ -56,7 +52,7 @@ class TimFilterBorder : public FilterTest {
 
 #define REG_SEPARABLE(types, T, D, channels)                                                 \
     PP_REG(TimFilterBorder, zmoiFilterSeparable_##types##_C##channels##R_L, BORDERED_SRC(T), \
-           srcStep, pDst.ptr##D(), dstStep, roiL, border, borderValue<Zmo##T>, state(),      \
+           PP_IMAGE(pDst, D), roiL, BORDERED_BORDER(T), state<ZmoiSeparableState>(),         \
            pBuffer.get())
 #define REG_SEPARABLES(types, T, D) \
     REG_SEPARABLE(types, T, D, 1)   \

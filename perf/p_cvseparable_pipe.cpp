@@ -46,8 +46,8 @@ class TimSepar : public FilterTest {
     }
     double flopsOfElement() const override { return 2.0 * kernelSize - 1; }
 
-    // 16s that become bytes are of the bytes' range; where no divisor follows they leave room for the
-    // sum of the weights.
+    // 16s that become bytes are of the bytes' range; where no divisor follows they leave room for
+    // the sum of the weights.
     bool drawSource() override {
         const ppTypeInfo result = ppInfo(func().dstType());
         const bool toBytes = func().srcType() == pp16s && ppItem(result.code) == 1;
@@ -78,43 +78,37 @@ class TimSepar : public FilterTest {
         srcRows.clear();
         for (int y = 0; y < roi.height; ++y) dstRows.push_back(pDst.getRowPointer(y));
         for (int y = 0; y < srcRoi.height; ++y) srcRows.push_back(pSrc.getRowPointer(y));
-        return isRow() ? createBufferBy(pBuffer, lib_zmoiFilterRowBorderPipelineGetBufferSize, roi,
-                                        kernelSize, srcType(), channels())
-                       : createBufferBy(pBuffer, lib_zmoiFilterColumnPipelineGetBufferSize, roi,
-                                        kernelSize, srcType(), channels());
+        const auto& query = isRow() ? lib_zmoiFilterRowBorderPipelineGetBufferSize
+                                    : lib_zmoiFilterColumnPipelineGetBufferSize;
+        return createBufferBy(pBuffer, query, roi, kernelSize, srcType(), channels());
     }
 
   private:
-    bool isRow() const { return func().baseName().startsWith("FilterRow"); }
-    bool isLow() const { return func().baseName().contains("_Low"); }
+    bool isRow() const { return named("FilterRow"); }
+    bool isLow() const { return named("_Low"); }
     int taps() const { return isRow() ? MaskSize.value().width : MaskSize.value().height; }
 
     // A picture's grey values fill the range of 8s from its lower end.
     static bool darken(double shades) {
-        for (int y = 0; y < pSrc.height(); ++y) {
-            for (int x = 0; x < pSrc.width(); ++x) {
-                for (int c = 0; c < pSrc.numChannels(); ++c)
-                    pSrc.setImageAt(x, y, c, pSrc.getImageAt(x, y, c) - shades);
-            }
-        }
+        ppDrawBy(pSrc, [&](int x, int y, int c) { return pSrc.getImageAt(x, y, c) - shades; });
         return true;
     }
 };
 
-#define REG_ROWS(types, T, D, channels)                                                        \
-    PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T),    \
-           srcStep, rowsTo<Zmo##D>(), roi, kernel.data(), kernelSize, anchor, divisor, border, \
-           borderValue<Zmo##T>, pBuffer.get())
+#define REG_ROWS(types, T, D, channels)                                                           \
+    PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T),       \
+           rowsTo<Zmo##D>(), roi, kernel.data(), kernelSize, anchor, divisor, BORDERED_BORDER(T), \
+           pBuffer.get())
 #define REG_ROWS_UNDIVIDED(types, T, weights, channels)                                     \
     PP_REG(TimSepar, zmoiFilterRowBorderPipeline_##types##_C##channels##R, BORDERED_SRC(T), \
-           srcStep, rowsTo<Zmo##T>(), roi, (weights).data(), kernelSize, anchor, border,    \
-           borderValue<Zmo##T>, pBuffer.get())
+           rowsTo<Zmo##T>(), roi, (weights).data(), kernelSize, anchor, BORDERED_BORDER(T), \
+           pBuffer.get())
 #define REG_COLUMNS(types, T, D, channels)                                                  \
     PP_REG(TimSepar, zmoiFilterColumnPipeline_##types##_C##channels##R, rowsFrom<Zmo##T>(), \
-           pDst.ptr##D(), dstStep, roi, kernel.data(), kernelSize, divisor, pBuffer.get())
+           PP_IMAGE(pDst, D), roi, kernel.data(), kernelSize, divisor, pBuffer.get())
 #define REG_COLUMNS_UNDIVIDED(types, T, weights, channels)                                  \
     PP_REG(TimSepar, zmoiFilterColumnPipeline_##types##_C##channels##R, rowsFrom<Zmo##T>(), \
-           pDst.ptr##T(), dstStep, roi, (weights).data(), kernelSize, pBuffer.get())
+           PP_IMAGE(pDst, T), roi, (weights).data(), kernelSize, pBuffer.get())
 #define REG_PIPELINES(channels)                          \
     REG_ROWS(8u16s, 8u, 16s, channels)                   \
     REG_ROWS(16u, 16u, 16u, channels)                    \

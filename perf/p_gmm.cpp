@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "pixels.h"
+#include "pp.h"
 #include "zmocv.h"
 
 namespace {
 
-using namespace pixels;
+using namespace images;
 
 psIterator<int> Components("Components", "Components of a pixel, at most", {3, 5});
 
@@ -20,14 +20,14 @@ constexpr Zmo32f initialVariance = 225;
 // The state of a timed call has seen so many pictures; the next one is measured.
 constexpr int picturesSeen = 25;
 
-ppVector pState;
+ppVector pModel;  // the state
 
 PP_SERVICE(zmoiFGMMGetSize);
 PP_SERVICE(zmoiFGMMInit);
 PP_SERVICE(zmoiFGMMForeground_8u_C3R);
 
-ZmoiFGMMState* state() {
-    return reinterpret_cast<ZmoiFGMMState*>(pState.ptr8u());
+ZmoiFGMMState* model() {
+    return reinterpret_cast<ZmoiFGMMState*>(pModel.ptr8u());
 }
 
 // Discs of one colour go their ways to the right and wrap around.
@@ -44,8 +44,8 @@ bool isDisc(int x, int y, int frame) {
     return dx * dx + dy * dy < discRadius * discRadius;
 }
 
-// In every fourth tile every other stripe goes through four shades: too far apart for one component, too
-// many for three.
+// In every fourth tile every other stripe goes through four shades: too far apart for one
+// component, too many for three.
 bool isWaving(int x, int y) {
     constexpr int tile = 32;
     return (x / tile + 2 * (y / tile)) % 4 == 1 && (x / 5 + y / 7) % 2 == 0;
@@ -54,56 +54,48 @@ int waving(int x, int y, int frame) {
     return 20 + 60 * ((x / 5 + y / 7 + frame) % 4);
 }
 
-class TimiGMM : public PixelTest {
+class TimiGMM : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    void regOwnParms() override {
-        regParm(Components);
-        regParm(Picture);
-    }
+    void regOwnParms() override { regParm(Components); }
 
     bool createImages() override {
         pSrc.init(pp8u, 3, false);
         pDst.init(pp8u, isForeground() ? 1 : 3, false);
-        return create(pSrc, 0, srcStep) && create(pDst, 1, dstStep) && drawGround() &&
-               createState() && showPictures() && pState.reserveCopy() != 0;
+        return place(pSrc, 0) && place(pDst, 1) && drawGround() && createState() &&
+               showPictures() && pModel.reserveCopy() != 0;
     }
 
     void flushData() override {
-        PixelTest::flushData();
+        ppImageTest::flushData();
         m_ground.deleteVector();
-        pState.deleteReservedCopy();
-        pState.deleteVector();
+        pModel.deleteVector();
     }
 
-    int flopsOfPixel() const override { return 0; }
-    double getDivisor() override { return PixelTest::getDivisor() * 3; }
+    double getDivisor() override { return 3.0 * roi.width * roi.height; }
 
     psString dataFigure() override {
         if (isForeground())
             return psFormat("%.2f%% of the pixels are foreground", 100.0 * ppMeanOf(pDst) / 255);
         double sum = 0;
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x)
-                sum += std::fabs(pDst.getImageAt(x, y, 1) - m_ground.getImageAt(x, y, 0));
-        }
-        return psFormat("the background is off by %.2f", sum / PixelTest::getDivisor());
+        ppForEachPixel(roi, [&](int x, int y) {
+            sum += std::fabs(pDst.getImageAt(x, y, 1) - m_ground.getImageAt(x, y, 0));
+        });
+        return psFormat("the background is off by %.2f", sum / roi.width / roi.height);
     }
 
   private:
-    bool isForeground() const { return func().baseName().contains("Foreground"); }
+    bool isForeground() const { return named("Foreground"); }
 
     // What stands still: the picture, or tiles of several shades.
     bool drawGround() {
         m_ground.init(pp8u, 1, false);
         if (!m_ground.createImage(roi.width, roi.height)) return false;
         if (ppPictureGiven()) return ppDrawPicture(m_ground);
-        for (int y = 0; y < roi.height; ++y) {
-            for (int x = 0; x < roi.width; ++x)
-                m_ground.setImageAt(x, y, 0, 40 + (x / 20 + y / 15) % 4 * 30 + (x + y) % 8);
-        }
+        ppDrawBy(m_ground,
+                 [](int x, int y) { return 40 + (x / 20 + y / 15) % 4 * 30 + (x + y) % 8; });
         return true;
     }
 
@@ -113,11 +105,11 @@ class TimiGMM : public PixelTest {
         return prepared(lib_zmoiFGMMGetSize, roi, components, zmo8u, 3, &size) &&
                createVector(size) &&
                prepared(lib_zmoiFGMMInit, roi, components, learningRate, matchThreshold,
-                        backgroundShare, complexity, initialVariance, zmo8u, 3, state());
+                        backgroundShare, complexity, initialVariance, zmo8u, 3, model());
     }
     static bool createVector(int size) {
-        pState.init(pp8u);
-        return pState.createZeroed(size, ppMisalign(2));
+        pModel.init(pp8u);
+        return pModel.createZeroed(size, ppMisalign(2));
     }
 
     bool showPictures() {
@@ -126,8 +118,8 @@ class TimiGMM : public PixelTest {
         unsigned noise = 7;
         for (int frame = 0; frame < picturesSeen; ++frame) {
             drawFrame(frame, noise);
-            if (!prepared(lib_zmoiFGMMForeground_8u_C3R, pSrc.ptr8u(), srcStep, mask.ptr8u(),
-                          mask.step(), roi, state()))
+            if (!prepared(lib_zmoiFGMMForeground_8u_C3R, PP_IMAGE(pSrc, 8u), PP_IMAGE(mask, 8u),
+                          roi, model()))
                 return false;
         }
         drawFrame(picturesSeen, noise);
@@ -153,10 +145,10 @@ class TimiGMM : public PixelTest {
     ppImage m_ground;
 };
 
-PP_REG_I(TimiGMM, zmoiFGMMForeground_8u_C3R, pState.setReservedCopy(), pSrc.ptr8u(), srcStep,
-         pDst.ptr8u(), dstStep, roi, state())
+PP_REG_I(TimiGMM, zmoiFGMMForeground_8u_C3R, pModel.setReservedCopy(), PP_IMAGE(pSrc, 8u),
+         PP_IMAGE(pDst, 8u), roi, model())
 // Reads the state only: the copy keeps what the pictures have taught.
-PP_REG_I(TimiGMM, zmoiFGMMBackground_8u_C3R, pState.setReservedCopy(), pDst.ptr8u(), dstStep, roi,
-         state())
+PP_REG_I(TimiGMM, zmoiFGMMBackground_8u_C3R, pModel.setReservedCopy(), PP_IMAGE(pDst, 8u), roi,
+         model())
 
 }  // namespace

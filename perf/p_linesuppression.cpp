@@ -16,7 +16,6 @@ psIterator<int> Threshold("Threshold", "Least roundness of what stays, of 255", 
 
 int radius;
 int threshold;
-ppBuffer pBuffer;
 
 PP_SERVICE(zmoiFastNGetBufferSize);
 PP_SERVICE(zmoiFastN_8u_C1R);
@@ -31,20 +30,17 @@ class TimLineSuppression : public SquareTest {
         regParm(Responses);
         regParm(Radius);
         regParm(Threshold);
-        regParm(Picture);
     }
 
     bool createImages() override {
-        radius = Radius.value();
-        threshold = Threshold.value();
-        return createByte(pSrc, 0, srcStep) && drawSquares(pSrc) &&
-               createByte(pSrc2, 1, src2Step) && findResponses() && createByte(pDst, 2, dstStep) &&
-               createBuffer();
+        return create(pSrc, pp8u, 0) && drawSquares(pSrc) && create(pSrc2, pp8u, 1) &&
+               findResponses() && create(pDst, pp8u, 2);
     }
 
-    void flushData() override {
-        SquareTest::flushData();
-        pBuffer.release();
+    bool prepare() override {
+        radius = Radius.value();
+        threshold = Threshold.value();
+        return createBufferBy(pBuffer, lib_zmoiLineSuppressionGetBufferSize, roi, radius, zmo8u, 1);
     }
 
     psString dataFigure() override {
@@ -64,16 +60,12 @@ class TimLineSuppression : public SquareTest {
         int count = 0;
         ppBuffer buffer;
         return createBufferBy(buffer, lib_zmoiFastNGetBufferSize, roi, zmo8u, 1) &&
-               prepared(lib_zmoiFastN_8u_C1R, pSrc.ptr8u(), srcStep, pSrc2.ptr8u(), src2Step, roi,
-                        arc, contrast, 0, &count, buffer.get());
-    }
-
-    static bool createBuffer() {
-        return createBufferBy(pBuffer, lib_zmoiLineSuppressionGetBufferSize, roi, radius, zmo8u, 1);
+               prepared(lib_zmoiFastN_8u_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pSrc2, 8u), roi, arc,
+                        contrast, 0, &count, buffer.get());
     }
 };
 
-PP_REG(TimLineSuppression, zmoiLineSuppression_8u_C1R, pSrc.ptr8u(), srcStep, pSrc2.ptr8u(),
-       src2Step, pDst.ptr8u(), dstStep, roi, radius, threshold, pBuffer.get())
+PP_REG(TimLineSuppression, zmoiLineSuppression_8u_C1R, PP_IMAGE(pSrc, 8u), PP_IMAGE(pSrc2, 8u),
+       PP_IMAGE(pDst, 8u), roi, radius, threshold, pBuffer.get())
 
 }  // namespace

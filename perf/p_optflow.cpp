@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace images;  // the state is that of the pyramid
+
 psIterator<int> Window("Window", "Window size", {11, 21});
 psIterator<int> Levels("Levels", "Layers of the pyramids", {1, 4});
 
@@ -30,9 +32,7 @@ ppVector pFrom;  // coordinates in pairs
 ppVector pTo;    // alike; each timed call starts from the reserved copy
 ppVector pFound;
 ppVector pError;
-ppBuffer pState;  // of the pyramid
 ppBuffer pPyramidBuffer;
-ppBuffer pBuffer;
 ZmoiPyramidLevels first;
 ZmoiPyramidLevels second;
 int count;
@@ -68,44 +68,43 @@ double blended(double x, double y, At at) {
            fy * ((1 - fx) * at(left, top + 1) + fx * at(left + 1, top + 1));
 }
 
-class TimOptFlow : public ppTest {
+class TimOptFlow : public ppImageTest {
   public:
-    using ppTest::ppTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    bool canStart() override {
-        regParm(ImageSize);
+    void regOwnParms() override {
         regParm(Window);
         regParm(Levels);
-        regParm(Picture);
         regCacheParm(ImageSize);
-        return true;
     }
 
-    bool initData() override {
-        window = Window.value();
+    bool createImages() override {
         if (!ppInRange(Levels, 1, mostLevels)) return false;
         maxLevel = Levels.value() - 1;
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
         return preparePyramid() && createLayers(firstLayers, first, 0, 0, 0) &&
-               createLayers(secondLayers, second, shiftX, shiftY, 1) && createPoints() &&
-               createBuffer();
+               createLayers(secondLayers, second, shiftX, shiftY, 1) && createPoints();
+    }
+
+    bool prepare() override {
+        window = Window.value();
+        return createBufferBy(pBuffer, lib_zmoiOpticalFlowPyrLKGetBufferSize, window, srcType(), 1);
     }
 
     void flushData() override {
+        ppImageTest::flushData();
         for (Layers* layers : {&firstLayers, &secondLayers}) {
             for (ppImage& layer : *layers) layer.deleteVector();
         }
-        pTo.deleteReservedCopy();
         for (ppVector* vector : {&pFrom, &pTo, &pFound, &pError}) vector->deleteVector();
-        for (ppBuffer* buffer : {&pState, &pPyramidBuffer, &pBuffer}) buffer->release();
+        pPyramidBuffer.release();
     }
 
     double getDivisor() override { return count; }
     psString getUnit() override { return "point"; }
 
-    // In a layer: the window of the first picture with slopes and their products, and the steps, each
-    // a window of the second picture, differences and their products.
+    // In a layer: the window of the first picture with slopes and their products, and the steps,
+    // each a window of the second picture, differences and their products.
     double getFlops() override {
         if (func().srcType() != pp32f) return 0;
         const double pixels = static_cast<double>(window) * window;
@@ -128,22 +127,16 @@ class TimOptFlow : public ppTest {
     }
 
   private:
-    ZmoDataType dataType() const { return libraryType(func().srcType()); }
-
     bool preparePyramid() {
-        return createBuffersBy(pState, pPyramidBuffer, lib_zmoiPyramidGetSize, ImageSize.value(),
-                               dataType(), 1) &&
-               prepared(lib_zmoiPyramidInit, nullptr, 5, 2, zmoiBorderReplicate, nullptr,
-                        dataType(), 1, pyramidState());
-    }
-    static ZmoiPyramidState* pyramidState() {
-        return reinterpret_cast<ZmoiPyramidState*>(pState.get());
+        return createBuffersBy(pState, pPyramidBuffer, lib_zmoiPyramidGetSize, roi, srcType(), 1) &&
+               prepared(lib_zmoiPyramidInit, nullptr, 5, 2, zmoiBorderReplicate, nullptr, srcType(),
+                        1, state<ZmoiPyramidState>());
     }
 
     // The picture shifted by (dx, dy), and its layers.
     bool createLayers(Layers& layers, ZmoiPyramidLevels& levels, double dx, double dy, int index) {
         levels = {};
-        ZmoiSize size = ImageSize.value();
+        ZmoiSize size = roi;
         for (int k = 0; k <= maxLevel; ++k) {
             ppImage& layer = layers[static_cast<std::size_t>(k)];
             layer.init(func(), ppArgSrc);
@@ -168,18 +161,14 @@ class TimOptFlow : public ppTest {
                                    std::clamp(y, 0, image.height() - 1), 0);
         };
         const double most = image.type() == pp16u ? 65535.0 : 255.0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                const double px = x - dx;
-                const double py = y - dy;
-                // Coarse and fine texture.
-                const double value = ppPictureGiven()
-                                         ? blended(px, py, pixel) / 255
-                                         : 0.6 * blended(px / 17, py / 17, latticeValue) +
-                                               0.4 * blended(px / 5, py / 5, latticeValue);
-                image.setImageAt(x, y, 0, value * most);
-            }
-        }
+        ppDrawBy(image, [&](int x, int y) {
+            const double px = x - dx;
+            const double py = y - dy;
+            if (ppPictureGiven()) return blended(px, py, pixel) / 255 * most;
+            const double coarse = blended(px / 17, py / 17, latticeValue);
+            const double fine = blended(px / 5, py / 5, latticeValue);
+            return (0.6 * coarse + 0.4 * fine) * most;
+        });
         return true;
     }
 
@@ -188,7 +177,7 @@ class TimOptFlow : public ppTest {
             using T = std::remove_pointer_t<decltype(to)>;
             return prepared(service, static_cast<const T*>(levels.pImage[k - 1]),
                             levels.step[k - 1], levels.roi[k - 1], to, levels.step[k],
-                            levels.roi[k], pyramidState(), pPyramidBuffer.get());
+                            levels.roi[k], state<ZmoiPyramidState>(), pPyramidBuffer.get());
         };
         void* const to = const_cast<void*>(levels.pImage[k]);
         switch (func().srcType()) {
@@ -203,9 +192,8 @@ class TimOptFlow : public ppTest {
 
     // A grid of points, searched where they were.
     bool createPoints() {
-        const ZmoiSize size = ImageSize.value();
-        const int columns = std::max(size.width / pointDistance, 1);
-        const int rows = std::max(size.height / pointDistance, 1);
+        const int columns = std::max(roi.width / pointDistance, 1);
+        const int rows = std::max(roi.height / pointDistance, 1);
         count = columns * rows;
         for (ppVector* vector : {&pFrom, &pTo, &pError}) vector->init(pp32f);
         pFound.init(pp8u);
@@ -213,20 +201,15 @@ class TimOptFlow : public ppTest {
             !pFound.createZeroed(count) || !pError.createZeroed(count))
             return false;
         for (int i = 0; i < count; ++i) {
-            const double x = (i % columns + 0.5) * size.width / columns;
+            const double x = (i % columns + 0.5) * roi.width / columns;
             const int row = i / columns;
-            const double y = (row + 0.5) * size.height / rows;
+            const double y = (row + 0.5) * roi.height / rows;
             for (ppVector* vector : {&pFrom, &pTo}) {
                 vector->setIndex(2 * i, SET_CONST, x, 0);
                 vector->setIndex(2 * i + 1, SET_CONST, y, 0);
             }
         }
         return pTo.reserveCopy() != 0;
-    }
-
-    bool createBuffer() {
-        return createBufferBy(pBuffer, lib_zmoiOpticalFlowPyrLKGetBufferSize, window, dataType(),
-                              1);
     }
 };
 

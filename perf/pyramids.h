@@ -14,7 +14,7 @@ class PyramidTest : public FilterTest {
     using FilterTest::FilterTest;
 
   protected:
-    void regOwnParms() override { regParm(Ratio); }
+    void regMaskParms() override { regParm(Ratio); }
     ZmoiSize sourceSize() const override { return isDown() ? ImageSize.value() : smaller(); }
     ZmoiSize destinationSize() const override { return isDown() ? smaller() : ImageSize.value(); }
 
@@ -32,13 +32,10 @@ class PyramidTest : public FilterTest {
         static constexpr Zmo32f values[] = {100, 100, 100};
         return createBuffersBy(pState, pBuffer, size, large, srcType(), channels()) &&
                prepared(init, nullptr, 5, Ratio.value(), border, values, srcType(), channels(),
-                        state());
+                        state<ZmoiPyramidState>());
     }
 
-    bool isDown() const { return func().baseName().startsWith("PyramidLayerDown"); }
-
-  public:
-    static ZmoiPyramidState* state() { return reinterpret_cast<ZmoiPyramidState*>(pState.get()); }
+    bool isDown() const { return named("PyramidLayerDown"); }
 
   private:
     static ZmoiSize smaller() {

@@ -10,36 +10,22 @@
 
 namespace regions {
 
-// The arguments of these functions, for the module that runs.
-inline ppImage pSrc;  // only of functions that are not in place
-inline ppImage pDst;  // pSrcDst of those in place
-inline int srcStep;
-inline int dstStep;
-inline ZmoiSize roi;
-inline ppBuffer pBuffer;
-
-// The init expression: the bytes that initData drew.
-inline int restoreImage() {
-    return pDst.setReservedCopy();
-}
+using namespace images;
 
 // A picture as a function of the place.
 using Drawing = int (*)(int x, int y);
 
-// Fills a one-channel image of any type with the drawing, or with the given picture file, whose grey
-// values pass through `ofGrey`.
+// Fills a one-channel image of any type with the drawing, or with the given picture file, whose
+// grey values pass through `ofGrey`.
 inline bool draw(ppImage& image, Drawing drawing, int (*ofGrey)(int grey)) {
     ppImage grey(pp8u, 1, false);
     if (ppPictureGiven() &&
         (!grey.createImage(image.width(), image.height()) || !ppDrawPicture(grey)))
         return false;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const int value = ppPictureGiven() ? ofGrey(static_cast<int>(grey.getImageAt(x, y, 0)))
-                                               : drawing(x, y);
-            image.setImageAt(x, y, 0, value);
-        }
-    }
+    ppDrawBy(image, [&](int x, int y) {
+        return ppPictureGiven() ? ofGrey(static_cast<int>(grey.getImageAt(x, y, 0)))
+                                : drawing(x, y);
+    });
     return true;
 }
 
@@ -59,48 +45,10 @@ inline int discs(int x, int y) {
     return dx * dx + dy * dy <= radius * radius ? 255 : 0;
 }
 
-class InPlaceTest : public ppTest {
-  public:
-    using ppTest::ppTest;
-
-  protected:
-    virtual bool createImages() = 0;
-    // Makes the work buffer of a function that has one.
-    virtual bool createBuffer() { return true; }
-    // Registers what the function takes besides the images.
-    virtual void regOwnParms() {}
-
-    bool canStart() override {
-        regParm(ImageSize);
-        regOwnParms();
-        regParm(Picture);
-        regCacheParm(ImageSize, pDst);
-        return true;
-    }
-
-    bool initData() override {
-        roi = ImageSize.value();
-        if (ppPictureGiven()) setDataComment(ppPictureTitle());
-        return createImages() && createBuffer();
-    }
-
-    void flushData() override {
-        pSrc.deleteVector();
-        pDst.deleteReservedCopy();
-        pDst.deleteVector();
-        pBuffer.release();
-    }
-
-    double getDivisor() override { return static_cast<double>(roi.width) * roi.height; }
-    psString getUnit() override { return "pxch"; }
-
-    ZmoDataType dataType() const { return libraryType(func().srcType()); }
-};
-
 // One image, drawn anew for each set.
-class RegionTest : public InPlaceTest {
+class RegionTest : public ppImageTest {
   public:
-    using InPlaceTest::InPlaceTest;
+    using ppImageTest::ppImageTest;
 
   protected:
     // What the function works on.
@@ -108,14 +56,9 @@ class RegionTest : public InPlaceTest {
 
     bool createImages() override {
         const bool inPlace = func().inplace();
-        pDst.init(func(), ppArgDst);
-        if (!pDst.createImage(roi.width, roi.height, 0, ppMisalign(inPlace ? 0 : 1))) return false;
-        dstStep = pDst.step();
+        if (!create(pDst, ppArgDst, inPlace ? 0 : 1)) return false;
         if (inPlace) return drawImage(pDst) && pDst.reserveCopy() != 0;
-        pSrc.init(func(), ppArgSrc);
-        if (!pSrc.createImage(roi.width, roi.height, 0, ppMisalign(0))) return false;
-        srcStep = pSrc.step();
-        return drawImage(pSrc);
+        return create(pSrc, ppArgSrc, 0) && drawImage(pSrc);
     }
 };
 

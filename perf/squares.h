@@ -5,12 +5,11 @@
 #include <algorithm>
 
 #include "derivatives.h"
-#include "pixels.h"
 #include "zmocv.h"
 
 namespace squares {
 
-using namespace pixels;
+using namespace images;
 
 PP_SERVICE(zmoiCannyGetSize);
 PP_SERVICE(zmoiCanny_16s8u_C1R);
@@ -29,30 +28,21 @@ inline bool inSquare(int x, int y, int cell) {
     return inBand(x * cosine + y * sine) && inBand(y * cosine - x * sine);
 }
 
-class SquareTest : public PixelTest {
+class SquareTest : public ppImageTest {
   public:
-    using PixelTest::PixelTest;
+    using ppImageTest::ppImageTest;
 
   protected:
-    int flopsOfPixel() const override { return 0; }
-
-    static bool createByte(ppImage& image, int index, int& step) {
-        image.init(pp8u, 1, false);
-        return create(image, index, step);
-    }
-
     // Smooth outlines, as a camera gives them.
     static bool drawSquares(ppImage& image, int cell = 64) {
         if (ppPictureGiven()) return ppDrawPicture(image);
         if (!image.setRandom(0, noise)) return false;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                int inside = 0;
-                for (int part = 0; part < 16; ++part)
-                    inside += inSquare(4 * x + part % 4, 4 * y + part / 4, cell) ? 1 : 0;
-                image.setImageAt(x, y, 0, image.getImageAt(x, y, 0) + 60 + 8 * inside);
-            }
-        }
+        ppDrawBy(image, [&](int x, int y) {
+            int inside = 0;
+            for (int part = 0; part < 16; ++part)
+                inside += inSquare(4 * x + part % 4, 4 * y + part / 4, cell) ? 1 : 0;
+            return image.getImageAt(x, y, 0) + 60 + 8 * inside;
+        });
         return true;
     }
 
@@ -65,8 +55,8 @@ class SquareTest : public PixelTest {
         return dx.createImage(roi.width, roi.height) && dy.createImage(roi.width, roi.height) &&
                derivatives::deriveBytes(picture, dx, dy) &&
                createBufferBy(buffer, lib_zmoiCannyGetSize, roi) &&
-               prepared(lib_zmoiCanny_16s8u_C1R, dx.ptr16s(), dx.step(), dy.ptr16s(), dy.step(),
-                        edges.ptr8u(), edges.step(), roi, low, high, zmoiNormL2, buffer.get());
+               prepared(lib_zmoiCanny_16s8u_C1R, PP_IMAGE(dx, 16s), PP_IMAGE(dy, 16s),
+                        PP_IMAGE(edges, 8u), roi, low, high, zmoiNormL2, buffer.get());
     }
 
     // The number of pixels that are not 0.

@@ -1,5 +1,5 @@
-// Each module's data make its functions do what real use does: the figure that a module shows of each
-// data set lies in a range that is sensible for it.
+// Each module's data make its functions do what real use does: the figure that a module shows of
+// each data set lies in a range that is sensible for it.
 #include <gtest/gtest.h>
 
 #include <algorithm>

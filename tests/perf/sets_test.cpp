@@ -122,8 +122,8 @@ std::string textOf(const Values& values) {
 
 // ---- values that change nothing ---------------------------------------------------
 
-// Vectors that only one of the two calls has, or that differ in size, tell nothing: a state grows with
-// a value that need not change anything else.
+// Vectors that only one of the two calls has, or that differ in size, tell nothing: a state grows
+// with a value that need not change anything else.
 bool doTheSame(const Call& a, const Call& b) {
     return a.divisor == b.divisor && std::ranges::all_of(a.after, [&](const auto& vector) {
                const auto other = b.after.find(vector.first);
@@ -226,8 +226,8 @@ TEST(Sets, CountThePrintedVectors) {
 
 // ---- in the cache and out of it --------------------------------------------------------
 
-// The cache is small for the sets that have to fit into it, and so large for the others that a call out
-// of it would take minutes: they are told, not made.
+// The cache is small for the sets that have to fit into it, and so large for the others that a call
+// out of it would take minutes: they are told, not made.
 TEST(Sets, OutOfTheCacheAreLeftOutWhenACallWouldTakeLong) {
     psCacheIterator::maxCacheSize = [](int* bytes) {
         const psCacheIterator* iterator = psTestList::m_pCurrentTest->cacheIter();

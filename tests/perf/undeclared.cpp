@@ -1,5 +1,5 @@
-// Not compiled but for its one error: a function that no header declares. A prototype of the module's
-// own is as good as a header's.
+// Not compiled but for its one error: a function that no header declares. A prototype of the
+// module's own is as good as a header's.
 #include "pp.h"
 
 extern "C" ZmoStatus zmoiOwn_8u_C1R(const Zmo8u* pSrc, int srcStep) noexcept;

@@ -7,6 +7,7 @@
 #include "ppcv.h"
 #include "ppdefault.h"
 #include "ppimage.h"
+#include "ppimagetest.h"
 #include "pptest.h"
 #include "psbase.h"
 #include "pstiming.h"

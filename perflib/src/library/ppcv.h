@@ -2,9 +2,12 @@
 // everywhere, source images and masks.
 #pragma once
 
+#include <type_traits>
+
 #include "ppdefault.h"
 #include "ppimage.h"
 #include "pppicture.h"
+#include "zmotypes.h"
 
 extern psIterator<ZmoiSize> ImageSize;
 extern psIterator<ZmoiSize> MaskSize;  // of a filter's kernel or a structuring element
@@ -27,13 +30,33 @@ bool ppDrawMask(ppImage& mask);
 // The share of the pixels that such a mask selects.
 double ppSelectedShare(const ppImage& mask);
 
+// Calls body(x, y) for each pixel, row by row.
+template <class Body>
+void ppForEachPixel(const ZmoiSize& size, Body body) {
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) body(x, y);
+    }
+}
+
+// Sets all channels of each pixel to value(x, y), or each one to value(x, y, channel).
+template <class Value>
+void ppDrawBy(ppImage& image, Value value) {
+    ppForEachPixel({image.width(), image.height()}, [&](int x, int y) {
+        for (int c = 0; c < image.numChannels(); ++c) {
+            if constexpr (std::is_invocable_v<Value, int, int, int>)
+                image.setImageAt(x, y, c, value(x, y, c));
+            else
+                image.setImageAt(x, y, c, value(x, y));
+        }
+    });
+}
+
 // The share of the pixels for whose first channel counts(value) holds.
 template <class Counts>
 double ppShareOf(const ppImage& image, Counts counts) {
     double n = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) n += counts(image.getImageAt(x, y, 0)) ? 1 : 0;
-    }
+    ppForEachPixel({image.width(), image.height()},
+                   [&](int x, int y) { n += counts(image.getImageAt(x, y, 0)) ? 1 : 0; });
     return n / image.width() / image.height();
 }
 // The mean of the first channel.
