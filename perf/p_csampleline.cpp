@@ -36,7 +36,8 @@ class TimcSampleLine : public ppImageTest {
 
     bool createImages() override {
         setEnds(Line.value());
-        return createSource() && create(pDst, ppArgDst, 1, {points(), 1});
+        return create(pSrc, ppArgSrc, 0) && create(pDst, ppArgDst, 1, {points(), 1}) &&
+               ppDrawSource(pSrc);
     }
 
     double getDivisor() override { return points(); }

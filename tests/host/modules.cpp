@@ -1,6 +1,5 @@
 // Small tests of known behaviour: each shows one thing that a run has to cope
 // with. Their functions need no library.
-#include <csignal>
 #include <cstdint>
 #include <stdexcept>
 
@@ -82,12 +81,6 @@ int hostSlow() {
 }
 HOST_TEST(HostPlain, hostSlow)
 
-int hostNote() {
-    spin(100);
-    return 3;
-}
-HOST_TEST(HostPlain, hostNote)
-
 // The test's own timing function gives its clocks.
 psResult ownTiming(psTool& tool, int n) {
     tool.setClocks(20000LL * n);
@@ -100,42 +93,6 @@ const bool registeredNone = psRegTest(
     new HostPlain(nullptr, nullptr, "hostNothing", "tests/host/modules", "HostPlain//HOST"));
 
 // ---- failures of the function --------------------------------------------------
-
-int hostStatus() {
-    return -5;
-}
-HOST_TEST(HostPlain, hostStatus)
-
-int hostNull() {
-    const volatile int* nowhere = nullptr;
-    return *nowhere;  // NOLINT(clang-analyzer-core.NullDereference): the fault is the test
-}
-HOST_TEST(HostPlain, hostNull)
-
-int hostIllegal() {
-    __builtin_trap();
-    return 0;
-}
-HOST_TEST(HostPlain, hostIllegal)
-
-int hostX87() {
-    volatile long double zero = 0.0L;
-    volatile long double quotient = 1.0L / zero;
-    return quotient > 0 ? 0 : 1;
-}
-HOST_TEST(HostPlain, hostX87)
-
-volatile bool endless = true;  // the compiler must not see that it never ends
-
-[[gnu::noinline]] int deeper(volatile char* above) {
-    volatile char frame[4096];
-    frame[0] = above ? above[0] : 'x';
-    return (endless ? deeper(frame) : 0) + frame[0];
-}
-int hostStack() {
-    return deeper(nullptr);
-}
-HOST_TEST(HostPlain, hostStack)
 
 int hostThrow() {
     throw std::runtime_error("thrown by the function");
@@ -221,39 +178,16 @@ int hostMemory() {
 }
 HOST_TEST(HostMemory, hostMemory)
 
-// Data that cannot be prepared, and a fault while they are.
-template <bool (*prepare)()>
-class HostPrepared : public HostPlain {
+class HostUnprepared : public HostPlain {
   public:
     using HostPlain::HostPlain;
 
   protected:
-    bool initData() override { return prepare(); }
+    bool initData() override { return false; }
 };
-bool prepareNothing() {
-    return false;
-}
-using HostUnprepared = HostPrepared<prepareNothing>;
 int hostUnprepared() {
     return 0;
 }
 HOST_TEST(HostUnprepared, hostUnprepared)
-
-bool prepareNull() {
-    const volatile int* nowhere = nullptr;
-    return *nowhere == 0;  // NOLINT(clang-analyzer-core.NullDereference): the fault is the test
-}
-using HostBadData = HostPrepared<prepareNull>;
-int hostBadData() {
-    return 0;
-}
-HOST_TEST(HostBadData, hostBadData)
-
-// Flush-to-zero and denormals-are-zero are on in every measured call, whatever
-// the tests before did.
-int hostZState() {
-    return (__builtin_ia32_stmxcsr() & 0x8040) == 0x8040 ? 0 : -1;
-}
-HOST_TEST(HostPlain, hostZState)
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,7 +21,7 @@ struct Limits {
 };
 
 // Of the first number in a module's figures, over all its functions and default values, and of the
-// second one where it tells more.
+// second one where it adds something.
 struct Range {
     const char* module;
     Limits first;
@@ -74,18 +73,12 @@ constexpr Range ranges[] = {
     {"p_optflow", {0.001, 0.4}},
 };
 
-std::set<std::string> modules() {
-    std::set<std::string> stems;
-    for (psTest* const test : *pTestList) stems.emplace(test->fileName().getFileTitle().c_str());
-    return stems;
-}
-
 // One call of each of the module's functions with each of its default values.
 std::string listingOf(const std::string& module) {
     const TempDir dir;
     inOwnProcess([&] {
         runSession({"-B", "-LINFO", "-l" + dir.path(), "-oall.txt", "-m=" + module, "-dNumLoops=1",
-                    "-dMethod=Manual", "-dImageSize=64x64;320x240"});
+                    "-dMethod=Manual", "-dImageSize=64x64;160x120"});
     });
     return dir.read("all.txt");
 }
