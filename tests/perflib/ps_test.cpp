@@ -1,16 +1,5 @@
 #include "ps.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <filesystem>
-#include <map>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "psdata.h"
 #include "session_fixture.h"
 
@@ -23,11 +12,9 @@ TEST(SessionPaths, DirectoriesLieBehindTheExecutablesAndNamesGetTheExtension) {
         {"/opt/ps/pscv", "C:x", "C:x/"},   {"pscv", "", ""},
         {"pscv", "out/", "out/"},          {"/pscv", "", "/"},
         {"b\\pscv", "out\\", "b\\out\\"},  {"", "", ""}};
-    psSettings settings;
     for (const auto& [exe, dir, path] : directories) {
-        settings.exePath = exe;
-        psPublish(settings);
-        EXPECT_EQ(psSession::genDirName(dir), psString(path)) << exe << " " << dir;
+        publish(&psSettings::exePath, exe);
+        EXPECT_EQ(psSession::genDirName(dir), path) << exe << " " << dir;
     }
     const std::tuple<const char*, const char*, const char*> files[] = {
         {"run", "", "d/run.txt"},      {"run.1", "", "d/run.1.txt"},   {"/abs", "", "d//abs.txt"},
@@ -35,42 +22,27 @@ TEST(SessionPaths, DirectoriesLieBehindTheExecutablesAndNamesGetTheExtension) {
         {"run", "/data/x", "/data/x"}, {"run", "\\x", "\\x"},          {"run", "C:x", "C:x"},
         {"run", "C:", "C:"},           {"run", "sub/x", "d/sub/x.txt"}};
     for (const auto& [defName, name, path] : files) {
-        psSession::setDefName(defName);
-        EXPECT_EQ(psSession::genPathName("d/", name, ".txt"), psString(path)) << name;
+        publish(&psSettings::defName, defName);
+        EXPECT_EQ(psSession::genPathName("d/", name, ".txt"), path) << name;
     }
     psPublish({});
 }
 
-TEST_F(SessionTest, TheExitLevelIsKnownBeforeAnyKeyActs) {
-    const std::pair<Words, int> cases[] = {
-        {{"-B"}, 0},       {{"-B", "-e"}, 1},       {{"-B", "-?"}, 2},
-        {{"-B", "-v"}, 3}, {{"-B", "-e", "-v"}, 1}, {{"-B", "-v", "-e", "--help"}, 2}};
-    for (const auto& [keys, level] : cases) {
-        psSession session;
-        const std::string echo = parse(session, keys);
-        EXPECT_EQ(psSession::m_exitLevel, level) << echo;
-        EXPECT_EQ(echo.find("-B: ignored because of ") != std::string::npos, level > 0) << echo;
-        EXPECT_TRUE(g_settings.batMode);
-    }
-}
-
 // What must be known before any key acts is not looked for in option files.
 TEST_F(SessionTest, OptionFilesAreAppliedInPlaceButSetNoDefaults) {
-    file("opts", "\xef\xbb\xbf-nother -p/in -e\n-l/o -v -@opts");
+    m_dir.write("opts", "\xef\xbb\xbf-nother -p/in -e\n-l/o -v -@opts");
     psSession session;
     const std::string echo = parse(session, {"-ntitle", "-@opts", "-B"});
     EXPECT_TRUE(m_parsed);
-    EXPECT_EQ(psSession::m_defName, "title");
-    EXPECT_EQ(psSession::getInPath(), "bin/");
-    EXPECT_EQ(psSession::m_exitLevel, 0);
-    EXPECT_EQ(g_settings.enumMode, 0);
-    EXPECT_NE(echo.find("-nother: ignored: -n does not act in an option file\n"
-                        "-p/in: ignored: -p does not act in an option file\n"
-                        "-e: enumerate tested functions and exit\n"
-                        "-l/o: ignored: -l does not act in an option file\n"
-                        "-v: type the version number of the Performance System and exit\n"
-                        "-@opts: ignored: option files cannot be nested\n-B: batch mode\n"),
-              std::string::npos)
+    EXPECT_EQ(psSession::m_defName + " " + psSession::getInPath(), "title bin/");
+    EXPECT_TRUE(psSession::m_exitLevel == 0 && g_settings.enumMode == 0);
+    EXPECT_TRUE(has(echo,
+                    "-nother: ignored: -n does not act in an option file\n"
+                    "-p/in: ignored: -p does not act in an option file\n"
+                    "-e: enumerate tested functions and exit\n"
+                    "-l/o: ignored: -l does not act in an option file\n"
+                    "-v: type the version number of the Performance System and exit\n"
+                    "-@opts: ignored: option files cannot be nested\n-B: batch mode\n"))
         << echo;
 }
 
@@ -83,9 +55,9 @@ TEST_F(SessionTest, TheLastOfTheNameKeysCountsAndAnEmptyOneKeepsTheTitle) {
     for (const auto& [keys, title, in, out] : cases) {
         psSession session;
         parse(session, keys);
-        EXPECT_EQ(psSession::m_defName, psString(title));
-        EXPECT_EQ(psSession::getInPath(), psString(in));
-        EXPECT_EQ(psSession::getOutPath(), psString(out));
+        EXPECT_EQ(psSession::m_defName, title);
+        EXPECT_EQ(psSession::getInPath(), in);
+        EXPECT_EQ(psSession::getOutPath(), out);
     }
 }
 
@@ -101,9 +73,9 @@ TEST_F(SessionTest, WithoutArgumentsTheConfigurationFileIsTheCommandLine) {
         {"pscv.cfg", "\r\n", header},
         {"pscv.cfg", "-@more\r\n", header + "-B: batch mode\n"},
         {"pscv.cfg", std::string(1021, ' ') + "-B -s-", header + "-B: batch mode\n" + cut}};
-    file("more", "-B");
+    m_dir.write("more", "-B");
     for (const auto& [config, text, echo] : cases) {
-        if (config) file(config, text);
+        if (config) m_dir.write(config, text);
         psRegCmdLine("-B");
         psSession session;
         EXPECT_EQ(parse(session, {}), echo);
@@ -143,13 +115,10 @@ TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
     zmo_GetCpuFeatures = [](Zmo64u* mask, Zmo32u, Zmo32u*) -> ZmoStatus { return *mask = 0x5f, 0; };
     const std::string text = run(session, {"-B", "-f__ps", "-rt"});
     zmo_GetCpuFeatures = fallback;
-    EXPECT_EQ(m_result, 0);
-    EXPECT_NE(text.find("\nCPU: "), std::string::npos) << text;
-    EXPECT_NE(text.find("CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n"), std::string::npos)
-        << text;
+    EXPECT_TRUE(has(text, "\nCPU: ")) << text;
+    EXPECT_TRUE(has(text, "CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n")) << text;
     release(g_cstrm);
-    const std::string table = support::readFile(m_dir + "/bin/t.csv");
-    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1) << table;
+    EXPECT_EQ(support::lines(m_dir.read("bin/t.csv")).size(), 1U);
 }
 
 }  // namespace

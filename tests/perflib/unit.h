@@ -1,0 +1,41 @@
+// What the unit tests begin with.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "message_capture.h"
+#include "pssettings.h"
+#include "temp_dir.h"
+#include "text.h"
+
+using support::has;
+
+// What a child process that runs the body ends with, as waitpid() gives it: 0 when the body
+// holds. For what a process does once only, and for what cannot be taken back.
+inline int inChild(const std::function<bool()>& body) {
+    const pid_t child = fork();
+    if (child == 0) _exit(body() ? 0 : 1);
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+// Publishes settings of which one differs from the default.
+template <class T>
+void publish(T psSettings::*setting, const std::type_identity_t<T>& value) {
+    psSettings settings;
+    settings.*setting = value;
+    psPublish(settings);
+}
