@@ -1,9 +1,8 @@
 // What the tests of parameters share.
 #pragma once
-
 #include "psdefault.h"
 #include "psexcept.h"
-#include "temp_dir.h"
+#include "unit.h"
 
 // What a parameter says of a text; empty when it takes the text.
 inline std::string failure(psParameter& parm, const char* text) {

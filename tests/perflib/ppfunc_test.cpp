@@ -1,10 +1,8 @@
 #include "ppfunc.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <string>
+
+#include "unit.h"
 
 namespace {
 
@@ -82,15 +80,13 @@ TEST(PpFunc, FindsChannelsAndFlags) {
         {"C3C", "c"}, {"C3P3R", "RP"},  {"P3C3R", "Rp"},   {"AC4R", "RaA"},      {"AC4C3R", "Ra"}};
     for (const auto& [descr, expected] : flags) {
         const ppFunc f(psString("zmoiX_8u_") + descr);
-        bool planes[2], alpha[2];
-        f.getPlanes(planes[0], planes[1]);
-        f.getAlpha(alpha[0], alpha[1]);
-        const std::pair<bool, char> found[] = {
-            {f.inplace(), 'I'}, {f.mask(), 'M'},  {f.scale(), 'S'}, {f.roi(), 'R'}, {f.coi(), 'c'},
-            {planes[0], 'p'},   {planes[1], 'P'}, {alpha[0], 'a'},  {alpha[1], 'A'}};
+        bool p, P, a, A;
+        f.getPlanes(p, P);
+        f.getAlpha(a, A);
+        const bool found[] = {f.inplace(), f.mask(), f.scale(), f.roi(), f.coi(), p, P, a, A};
         std::string text;
-        for (const auto& [set, letter] : found)
-            if (set) text += letter;
+        for (std::size_t i = 0; i < std::size(found); ++i)
+            if (found[i]) text += "IMSRcpPaA"[i];
         EXPECT_EQ(text, expected) << descr;
     }
 }

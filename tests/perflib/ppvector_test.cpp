@@ -1,47 +1,33 @@
 #include "ppvector.h"
 
-#include <gtest/gtest.h>
+#include <array>
 
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include "message_capture.h"
 #include "ppfill.h"
 #include "ppimage.h"
+#include "pprmatr.h"
 #include "psdata.h"
+#include "unit.h"
 
 namespace {
 
 constexpr double two63 = 9223372036854775808.0;
 
-// The definition of the random values, in 64-bit arithmetic and one at a time.
+// The definition of the random values, one at a time.
 std::vector<double> plainRandom(int count, double lo, double hi, std::uint32_t& seed) {
-    std::uint64_t const wrap = 1ULL << 32;
-    std::uint64_t history[3] = {seed, (seed * 69069ULL + 1013904243) % wrap,
-                                (seed * 475559465ULL + 924302730) % wrap};
-    std::uint64_t carry = wrap - 1, g = 1131199209;
+    std::uint32_t x[] = {seed, seed * 69069 + 1013904243, seed * 475559465 + 924302730};
+    std::uint32_t g = 1131199209, carry = UINT_MAX;
     std::vector<double> values;
     for (int i = 0; i < count; ++i) {
-        const std::uint64_t t = (carry + wrap - history[2] + history[1]) % wrap;
-        const bool top = t >= wrap / 2;
-        const std::uint64_t x = top ? (t + wrap - 18) % wrap : t;
-        g = (g * 69069 + 1013904243) % wrap;
-        std::int64_t r = static_cast<std::int64_t>((x + g) % wrap);
-        if (r >= static_cast<std::int64_t>(wrap / 2)) r -= static_cast<std::int64_t>(wrap);
-        const double scaled = static_cast<double>(r) * ((hi - lo) * 2.3283064365386963e-10);
-        values.push_back(scaled + (hi + lo) * 0.5);
-        history[2] = history[1];
-        history[1] = history[0];
-        history[0] = x;
-        carry = top ? wrap - 1 : 0;
+        const std::uint32_t t = carry - x[2] + x[1];
+        carry = t >> 31 ? UINT_MAX : 0;
+        g = g * 69069 + 1013904243;
+        x[2] = x[1];
+        x[1] = x[0];
+        x[0] = carry ? t - 18 : t;
+        const double r = static_cast<std::int32_t>(x[0] + g);
+        values.push_back(r * ((hi - lo) * 2.3283064365386963e-10) + (hi + lo) * 0.5);
     }
-    if (count > 0) seed = static_cast<std::uint32_t>(history[0]);
+    if (count > 0) seed = x[0];
     return values;
 }
 
@@ -175,22 +161,23 @@ TEST_F(PpVector, ConstantsAndLimits) {
     for (const auto& [type, standard, max, min] : cases) {
         ppVector v(type);
         ASSERT_TRUE(v.createVector(3));
-        const double real = ppIsFloat(type) ? 5.5 : 5, imaginary = ppIsFloat(type) ? 6.9F : 6;
-        const std::tuple<SetMode, double, double> fills[] = {
-            {SET_DEFAULT, standard, standard},
-            {SET_ONE, 1, 0},
-            {SET_MAX, max, max},
-            {SET_MIN, min, min},
-            {SET_CONST, real, imaginary},
-            {static_cast<SetMode>(8), real, imaginary}};  // unknown: nothing changes
         EXPECT_EQ(v.getIndex(2), standard) << type;
-        for (const auto& [mode, re, im] : fills) {
-            double gotRe, gotIm;
-            v.setVector(mode, mode == SET_CONST ? 5.5 : 0, mode == SET_CONST ? 6.9 : 0);
-            ASSERT_TRUE(v.getIndex(2, gotRe, gotIm));
-            EXPECT_EQ(gotRe, re) << type << " " << static_cast<int>(mode);
-            EXPECT_EQ(gotIm, ppIsComplex(type) ? im : 0) << type << " " << static_cast<int>(mode);
-        }
+        const auto filled = [&](SetMode mode, double a = 0, double b = 0) {
+            double re = 0, im = 0;
+            v.setVector(mode, a, b);
+            EXPECT_TRUE(v.getIndex(2, re, im));
+            return std::pair(re, im);
+        };
+        const auto both = [complex = ppIsComplex(type)](double re, double im) {
+            return std::pair(re, complex ? im : 0);
+        };
+        const auto constant = ppIsFloat(type) ? both(5.5, 6.9F) : both(5, 6);
+        EXPECT_EQ(filled(SET_DEFAULT), both(standard, standard)) << type;
+        EXPECT_EQ(filled(SET_ONE), both(1, 0)) << type;
+        EXPECT_EQ(filled(SET_MAX), both(max, max)) << type;
+        EXPECT_EQ(filled(SET_MIN), both(min, min)) << type;
+        EXPECT_EQ(filled(SET_CONST, 5.5, 6.9), constant) << type;
+        EXPECT_EQ(filled(static_cast<SetMode>(8)), constant) << "unknown: nothing changes";
     }
     ppVector v(pp64s);
     ASSERT_TRUE(v.createVector(1, SET_MAX));
@@ -256,19 +243,27 @@ TEST_F(PpVector, LiesWhereItIsPut) {
     EXPECT_EQ(ppMisalign(INT_MAX).bytes(1), INT_MAX);
 }
 
-TEST_F(PpVector, ReservedCopyPutsTheDataBack) {
+TEST_F(PpVector, ReservedCopiesPutTheDataBack) {
     ppVector v(pp16s);
-    ASSERT_TRUE(v.createVector(100, SET_RANDOM, 0, 1000));
-    const std::vector<double> before = contents(v);
+    ppImage image(pp16u, 3, true);
+    pprMatrice matrix(pp16s);
+    ASSERT_TRUE(v.createVector(100, SET_RANDOM, 0, 1000) && image.createImage(9, 9, SET_RANDOM) &&
+                matrix.createMatrice(3, 3, SET_RANDOM));
+    const auto texts = [&] {
+        return std::array{str(v.getString()), str(image.getString()), str(matrix.getString())};
+    };
+    const auto before = texts();
     psReserveAllVectors();
-    ASSERT_TRUE(v.setConst(0, 0));
+    ASSERT_TRUE(v.setConst(0, 0) && image.setConst() && matrix.setConst());
     psResetAllVectors();
-    EXPECT_EQ(contents(v), before);
+    EXPECT_EQ(texts(), before);
     ASSERT_TRUE(v.createVector(4));
     EXPECT_FALSE(v.setReservedCopy()) << "the copy of the old block must not be put back";
     ASSERT_TRUE(v.reserveCopy());
-    v.deleteReservedCopy();
-    EXPECT_FALSE(v.setReservedCopy());
+    for (ppVector* data : {&v, static_cast<ppVector*>(&image)}) {
+        data->deleteReservedCopy();
+        EXPECT_FALSE(data->setReservedCopy());
+    }
 }
 
 TEST_F(PpVector, PrintsItsElements) {
@@ -279,7 +274,7 @@ TEST_F(PpVector, PrintsItsElements) {
     for (const auto& [type, text] : cases) {
         ppVector v(type);
         ASSERT_TRUE(v.createVector(2, SET_CONST, -2, -2));
-        EXPECT_EQ(std::string(v.getString().c_str()), std::string(text) + text) << type;
+        EXPECT_EQ(str(v.getString()), std::string(text) + text) << type;
     }
 }
 

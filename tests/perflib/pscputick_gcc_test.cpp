@@ -1,19 +1,12 @@
 #include "pscputick_gcc.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <functional>
-#include <string>
 
 #include "fakes.h"
-#include "message_capture.h"
 #include "pslib.h"
+#include "unit.h"
 
 namespace {
 
@@ -75,53 +68,39 @@ TEST_F(Clock, MeasuresTwoSeconds) {
     EXPECT_EQ(psCpuTicker::nominal(static_cast<int>(mhz)), 2600);
 }
 
-// The environment is read once a process, so each case gets its own.
-int exitCode(const std::function<bool()>& body) {
-    const pid_t child = fork();
-    if (child == 0) _exit(body() ? 0 : 1);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return status;
-}
-
 TEST_F(Clock, FrequencyFromTheEnvironment) {
-    EXPECT_EQ(exitCode([] {
-                  setenv("PSCV_FREQ_MHZ", " 2345 ", 1);
-                  psCpuTicker::m_freqMHz = 0;
-                  return psCpuTicker::given() && psCpuTicker::getFreq() == 2345;
-              }),
-              0);
-    for (const std::string unusable : {"0", "2600MHz", "100001", ""}) {
-        const std::string line =
-            "-- PSCV_FREQ_MHZ=\"" + unusable +
+    const std::pair<const char*, bool> cases[] = {
+        {" 2345 ", true}, {"0", false}, {"2600MHz", false}, {"100001", false}, {"", false}};
+    for (const auto& [value, taken] : cases) {
+        const std::string refusal =
+            std::string("-- PSCV_FREQ_MHZ=\"") + value +
             "\" is ignored: it must be a whole number of MHz from 1 to 100000\n";
-        EXPECT_EQ(exitCode([&] {
-                      MessageCapture out(showErrors);
-                      setenv("PSCV_FREQ_MHZ", unusable.c_str(), 1);
-                      const bool given = psCpuTicker::given() || psCpuTicker::given();
-                      return !given && out.text() == line;  // reported once
-                  }),
-                  0)
-            << unusable;
+        const auto isReadOnce = [&, value = value, taken = taken] {
+            MessageCapture out(showErrors);
+            setenv("PSCV_FREQ_MHZ", value, 1);
+            psCpuTicker::m_freqMHz = 0;
+            if (psCpuTicker::given() != taken || psCpuTicker::given() != taken) return false;
+            return taken ? psCpuTicker::getFreq() == 2345 : out.text() == refusal;
+        };
+        EXPECT_EQ(inChild(isReadOnce), 0) << value;
     }
 }
 
 TEST(Priority, SuperuserIsRaisedAndRestored) {
     const auto niceValue = [] { return getpriority(PRIO_PROCESS, 0); };
     const auto raised = [] { return setpriority(PRIO_PROCESS, 0, -20) == 0; };
-    if (exitCode(raised) != 0) GTEST_SKIP() << "this machine lets nobody here raise a priority";
+    if (inChild(raised) != 0) GTEST_SKIP() << "this machine lets nobody here raise a priority";
     const std::pair<int, int> cases[] = {{3, 10}, {2, 0}, {1, -20}, {0, 3}, {7, 3}};
     for (const auto& [level, nice] : cases) {
-        EXPECT_EQ(exitCode([&, level = level, nice = nice] {
-                      setpriority(PRIO_PROCESS, 0, 3);
-                      psSetPriority(level);
-                      if (niceValue() != nice) return false;
-                      psResetPriority();
-                      psResetPriority();  // finds nothing to do
-                      return niceValue() == 3;
-                  }),
-                  0)
-            << level;
+        const auto isSetAndPutBack = [&, level = level, nice = nice] {
+            setpriority(PRIO_PROCESS, 0, 3);
+            psSetPriority(level);
+            if (niceValue() != nice) return false;
+            psResetPriority();
+            psResetPriority();  // finds nothing to do
+            return niceValue() == 3;
+        };
+        EXPECT_EQ(inChild(isSetAndPutBack), 0) << level;
     }
 }
 

@@ -1,14 +1,9 @@
 #include "psctrl87.h"
 
-#include <gtest/gtest.h>
-
-#include <tuple>
-#include <utility>
-
 #include "fakes.h"
-#include "message_capture.h"
 #include "psexcept.h"
 #include "pslib.h"
+#include "unit.h"
 
 namespace {
 
@@ -38,70 +33,63 @@ class FakeGuards : public testing::Test {
     psSSX& sse = psSSX::instance();
 };
 
-TEST_F(FakeGuards, FlagTexts) {
-    const std::pair<const char*, unsigned> cases[] = {
+TEST_F(FakeGuards, TextsOfFlagsAndControlWords) {
+    const std::pair<const char*, unsigned> flags[] = {
         {"Ok", 0x00},
         {"_Inexact ", 0x20},
         {"?Underflow _Inexact ", 0x30},
         {"?Invalid ?Denormal ?Zerodivide ?Overflow ?Underflow _Inexact ", 0x3f}};
-    for (const auto& [text, flags] : cases) {
+    for (const auto& [text, set] : flags) {
         psInitCtrlStatus();
-        measure(flags, flags);
-        EXPECT_STREQ(x87.strSW().c_str(), text);
-        EXPECT_STREQ(sse.strExceptionState().c_str(), text);
+        measure(set, set);
+        EXPECT_EQ(x87.strSW(), text);
+        EXPECT_EQ(sse.strExceptionState(), text);
         const bool bad = text[0] == '?';
         EXPECT_TRUE(x87.badStatus() == bad && sse.badStatus() == bad) << text;
         EXPECT_EQ(psBadCtrlStatus(), bad) << text;
     }
-}
-
-TEST_F(FakeGuards, ControlTexts) {
-    const std::tuple<unsigned, unsigned, const char*, const char*> cases[] = {
+    const std::tuple<unsigned, unsigned, const char*, const char*> words[] = {
         {0x23b, 0x9f80, "Near 53 Invalid Denormal Overflow Underflow Inexact ",
          "Near Invalid Denormal Zerodivide Overflow Underflow Inexact FlushToZero "},
         {0x420, 0x3000, "Down 24 Inexact ", "Down Inexact NoFlushToZero "},
         {0xb00, 0xc000, "Up 64 ", "Up FlushToZero "},
-        {0xd04, 0x6200, "Zero Zerodivide ", "Zero Zerodivide NoFlushToZero "},
-    };
-    for (const auto& [control, mxcsr, text87, textSSX] : cases) {
+        {0xd04, 0x6200, "Zero Zerodivide ", "Zero Zerodivide NoFlushToZero "}};
+    for (const auto& [control, mxcsr, text87, textSSX] : words) {
         psInitCtrlStatus();
         fake.control = control;
         fake.mxcsr = mxcsr;
         measure(0, 0);
-        EXPECT_STREQ(x87.strCW().c_str(), text87);
-        EXPECT_STREQ(sse.strCW().c_str(), textSSX);
+        EXPECT_EQ(x87.strCW(), text87);
+        EXPECT_EQ(sse.strCW(), textSSX);
     }
 }
 
 TEST_F(FakeGuards, AccumulateUntilCleared) {
     measure(0x04, 0);
     measure(0x20, 0x10);
-    EXPECT_STREQ(x87.strSW().c_str(), "?Zerodivide _Inexact ");
-    EXPECT_STREQ(sse.strExceptionState().c_str(), "?Underflow ");
+    EXPECT_EQ(x87.strSW() + sse.strExceptionState(), "?Zerodivide _Inexact ?Underflow ");
     x87.clear();
-    EXPECT_TRUE(x87.badStatus());  // the accumulated words stay
     sse.clear();
-    EXPECT_FALSE(sse.badStatus());
+    EXPECT_TRUE(x87.badStatus() && !sse.badStatus()) << "the accumulated words of the first stay";
     psClearCtrlStatus();
     EXPECT_FALSE(psBadCtrlStatus());
 }
 
 TEST_F(FakeGuards, CheckReportsOnceAndClears) {
     MessageCapture out(showResults);
-    bool bad87 = false;
-    bool badSSX = false;
-    const struct {
-        unsigned status, mxcsr;
-        const char* text;
-    } cases[] = {
-        {0x20, 0x20, ""}, {0x01, 0, "x87 ?Invalid "}, {0, 0x08, "SSE ?Overflow "}, {0, 0, ""}};
-    for (const auto& c : cases) {
-        measure(c.status, c.mxcsr);
-        EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), c.text[0] ? PS_BADSTSWRN : PS_UNDEFINED);
-        const std::string text = out.take();
-        EXPECT_EQ(text.empty(), !c.text[0]) << text;
-        EXPECT_NE(text.find(c.text), std::string::npos) << text;
-        EXPECT_TRUE(bad87 == (&c > cases) && badSSX == (&c > cases + 1)) << c.text;
+    bool bad87 = false, badSSX = false;
+    const std::tuple<unsigned, unsigned, const char*, int> cases[] = {
+        // flags, what is said, and how many of the two have been bad by then
+        {0x20, 0x20, "", 0},
+        {0x01, 0, "x87 ?Invalid ", 1},
+        {0, 0x08, "SSE ?Overflow ", 2},
+        {0, 0, "", 2}};
+    for (const auto& [status, mxcsr, text, bad] : cases) {
+        measure(status, mxcsr);
+        EXPECT_EQ(psCheckCtrlStatus(bad87, badSSX), *text ? PS_BADSTSWRN : PS_UNDEFINED);
+        const std::string said = out.take();
+        EXPECT_TRUE(has(said, text) && said.empty() == !*text) << said;
+        EXPECT_TRUE(bad87 == (bad > 0) && badSSX == (bad > 1)) << text;
     }
 }
 
@@ -120,7 +108,7 @@ TEST_F(FakeGuards, UnmaskingIsBuiltFromTheFlagsAndLastsUntilMasked) {
     for (int round = 0; round < 2; ++round) {
         psInitCtrlStatus();
         measure(0, 0);
-        EXPECT_STREQ(x87.strCW().c_str(), "Near 53 Inexact ");
+        EXPECT_EQ(x87.strCW(), "Near 53 Inexact ");
         EXPECT_EQ(fake.mxcsr & 0x1f80, 0x1000u);
         psMaskExceptions();
         EXPECT_EQ(fake.control & 0x3f, 0x3fu);

@@ -1,15 +1,9 @@
 #include "psdata.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <string>
-#include <vector>
 
-#include "message_capture.h"
+#include "unit.h"
 
 namespace {
 
@@ -27,12 +21,11 @@ std::vector<void*> liveBlocks() {
 struct CountingObject : psObject {
     int reserveCopy() override { return ++reserved; }
     int setReservedCopy() override {
-        if (toFree) psFree(toFree);
+        psFree(toFree);
         return ++reset;
     }
     void* self() { return static_cast<psObject*>(this); }
-    int reserved = 0;
-    int reset = 0;
+    int reserved = 0, reset = 0;
     void* toFree = nullptr;
 };
 

@@ -1,40 +1,28 @@
 #include "psinterrupt.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <csignal>
-#include <cstdlib>
-#include <string>
+
+#include "unit.h"
 
 namespace {
 
-// What comes with the first one, as from timeout(1), is no second one.
-TEST(InterruptDeathTest, ASecondOneEndsAtOnce) {
-    EXPECT_EXIT(
-        {
-            psCatchInterrupts();
-            std::raise(SIGINT);
-            std::raise(SIGINT);
-            if (psInterruptName() != std::string("SIGINT")) std::exit(3);
-            usleep(300'000);
-            std::raise(SIGHUP);
-            std::exit(4);
-        },
-        testing::KilledBySignal(SIGHUP), "");
-}
-
-TEST(InterruptDeathTest, IgnoresClosedPipesAndWhatWasIgnoredBefore) {
-    EXPECT_EXIT(
-        {
-            std::signal(SIGINT, SIG_IGN);
-            psCatchInterrupts();
-            std::raise(SIGPIPE);
-            std::raise(SIGXFSZ);
-            std::raise(SIGINT);
-            std::exit(psInterrupted() ? 1 : 0);
-        },
-        testing::ExitedWithCode(0), "");
+// What comes with the first one, as from timeout(1), is no second one. Closed pipes and what was
+// ignored before interrupt nothing.
+TEST(Interrupt, ASecondOneEndsAtOnce) {
+    const auto body = [] {
+        for (const int caught : {SIGINT, SIGTERM}) std::signal(caught, SIG_DFL);
+        std::signal(SIGHUP, SIG_IGN);
+        psCatchInterrupts();
+        for (const int ignored : {SIGPIPE, SIGXFSZ, SIGHUP}) std::raise(ignored);
+        if (psInterrupted()) return false;
+        std::raise(SIGINT);
+        std::raise(SIGINT);
+        if (psInterruptName() != std::string("SIGINT")) return false;
+        usleep(300'000);
+        std::raise(SIGTERM);
+        return false;
+    };
+    EXPECT_EQ(inChild(body), SIGTERM);
 }
 
 }  // namespace

@@ -1,59 +1,49 @@
 #include "psprogress.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <string>
 
 #include "psstream.h"
+#include "unit.h"
 
 namespace {
 
-TEST(ProgressLine, TellsPositionTimesAndFunction) {
-    const struct {
-        int number, total;
-        double elapsed;
-        const char* line;
-    } cases[] = {
+TEST(ProgressLine, SaysPositionTimesAndFunction) {
+    const std::tuple<int, int, double, const char*> cases[] = {
         {1, 438, 0.9, "test 1 of 438, f, elapsed 00:00:00, remaining unknown"},
         {2, 3, 10.0, "test 2 of 3, f, elapsed 00:00:10, remaining 00:00:20"},
-        {3, 3, 3725.5, "test 3 of 3, f, elapsed 01:02:05, remaining 00:31:02"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(psProgress::line(c.number, c.total, "f", c.elapsed), psString(c.line));
+        {3, 3, 3725.5, "test 3 of 3, f, elapsed 01:02:05, remaining 00:31:02"}};
+    for (const auto& [number, total, elapsed, line] : cases)
+        EXPECT_EQ(psProgress::line(number, total, "f", elapsed), line);
 }
 
 // Stands in for standard error: what is written there can be read back.
-class Terminal {
-  public:
-    Terminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY)), m_saved(dup(STDERR_FILENO)) {
-        grantpt(m_master);
-        unlockpt(m_master);
-        const int slave = open(ptsname(m_master), O_RDWR | O_NOCTTY);
+struct Terminal {
+    Terminal() {
+        grantpt(master);
+        unlockpt(master);
+        const int slave = open(ptsname(master), O_RDWR | O_NOCTTY);
         dup2(slave, STDERR_FILENO);
         close(slave);
+        fcntl(master, F_SETFL, O_NONBLOCK);
     }
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal() {
-        dup2(m_saved, STDERR_FILENO);
-        close(m_saved);
-        close(m_master);
+        dup2(saved, STDERR_FILENO);
+        close(saved);
+        close(master);
     }
-
     // What came since the last call; empty when nothing did.
     std::string text() const {
-        fcntl(m_master, F_SETFL, O_NONBLOCK);
         char buffer[1024];
-        const ssize_t size = read(m_master, buffer, sizeof buffer);
-        return size > 0 ? std::string(buffer, static_cast<std::size_t>(size)) : std::string();
+        return {buffer, static_cast<std::size_t>(
+                            std::max<ssize_t>(read(master, buffer, sizeof buffer), 0))};
     }
 
-  private:
-    int m_master;
-    int m_saved;
+    const int master = posix_openpt(O_RDWR | O_NOCTTY), saved = dup(STDERR_FILENO);
 };
 
 TEST(Progress, ShowsOneLineOnATerminalAndTakesItAwayAtTheEnd) {

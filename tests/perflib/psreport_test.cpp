@@ -1,21 +1,14 @@
 #include "psreport.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "psbase.h"
 #include "pscond.h"
 #include "psctable.h"
 #include "psstream.h"
 #include "pstest.h"
-#include "temp_dir.h"
-#include "text.h"
+#include "unit.h"
 
 namespace {
 
-using support::lines;
 using Texts = std::vector<std::string>;
 
 // What a report writes into a stream of the kind.
@@ -29,14 +22,15 @@ std::string written(const Report& report) {
     return dir.read("x");
 }
 
-// Lines of one width between two edges; gives them back.
-Texts boxed(std::string_view text) {
-    const Texts all = lines(text);
+// What stands in a box of lines of one width, blanks at the end cut.
+Texts inBox(const psString& text) {
+    Texts all = support::lines(text.view());
     const std::string edge = "+" + std::string(77, '-') + "+";
-    EXPECT_TRUE(all.size() >= 3 && all.front() == edge && all.back() == edge) << text;
-    for (const std::string& line : all) {
-        EXPECT_EQ(line.size(), 79U) << line;
-        EXPECT_TRUE(line == edge || (line.starts_with('|') && line.ends_with('|'))) << line;
+    EXPECT_TRUE(all.size() >= 3 && all.front() == edge && all.back() == edge) << str(text);
+    all = Texts(all.begin() + 1, all.end() - 1);
+    for (std::string& line : all) {
+        EXPECT_TRUE(line.size() == 79 && line.front() == '|' && line.back() == '|') << line;
+        line = line.substr(1, line.find_last_not_of(' ', 77));
     }
     return all;
 }
@@ -44,16 +38,11 @@ Texts boxed(std::string_view text) {
 // Text layout
 
 TEST(ReportFormat, CutsAtTheLastBlankThatFits) {
-    const std::tuple<const char*, int, std::string> rows[] = {{"", 5, "|"},
-                                                              {"abc", 5, "abc|"},
-                                                              {"abcde", 5, "abcde|"},
-                                                              {"abcde fg", 5, "abcde|fg|"},
-                                                              {"ab cd ef", 5, "ab cd|ef|"},
-                                                              {"ab cdefgh", 5, "ab|cdefg|h|"},
-                                                              {"abcdefghijk", 5, "abcde|fghij|k|"},
-                                                              {"ab    cd", 3, "ab |cd|"},
-                                                              {" abcdef", 3, " ab|cde|f|"},
-                                                              {"abc", 1, "a|b|c|"}};
+    const std::tuple<const char*, int, std::string> rows[] = {
+        {"abc", 1, "a|b|c|"},         {"", 5, "|"},           {"ab cdefgh", 5, "ab|cdefg|h|"},
+        {"ab cd ef", 5, "ab cd|ef|"}, {"abc", 5, "abc|"},     {"abcdefghijk", 5, "abcde|fghij|k|"},
+        {" abcdef", 3, " ab|cde|f|"}, {"abcde", 5, "abcde|"}, {"ab    cd", 3, "ab |cd|"},
+        {"abcde fg", 5, "abcde|fg|"}};
     for (const auto& [text, room, expected] : rows) {
         psString rest = text;
         std::string pieces;
@@ -64,73 +53,58 @@ TEST(ReportFormat, CutsAtTheLastBlankThatFits) {
     }
 }
 
-TEST(ReportFormat, PushesItemsBehindALongOneWhileTheyFit) {
-    psReportFormat format;
-    format.setColumns({1, 6, 20, -78});
-    format.firstLine();
-    const std::string line = format.line({"a", "123456789012345", "c", "+"}).c_str();
-    EXPECT_EQ(line.substr(0, 24), "|a    123456789012345 c ");
-    EXPECT_EQ(line.substr(77), "+|\n");
-    // Exactly up to the next column: the blank between them pushes by one.
-    EXPECT_EQ(format.line({"a", "12345678901234", "c"}).substr(0, 22), "|a    12345678901234 c");
-}
-
-TEST(ReportFormat, ContinuesItemsInTheirColumnsWhenTheLineIsTooNarrow) {
-    psReportFormat format;
-    format.setColumns({1, 6, 46, 62, -78});
-    psString text = format.firstLine();
-    const std::string name(100, 'n');
-    text +=
-        format.line({"   1", name.c_str(), "A test with blanks in its long name", "p_source", "+"});
-    text += format.lastLine();
-    const Texts box = boxed(text.view());
-    ASSERT_EQ(box.size(), 2U + 3);
-    EXPECT_EQ(box[1], "|   1 " + std::string(39, 'n') + " A test with     p_source       +|");
-    EXPECT_EQ(box[2].substr(46, 16), "blanks in its   ");
-    EXPECT_EQ(box[3].substr(0, 50),
-              "|     " + std::string(22, 'n') + std::string(18, ' ') + "long");
-}
-
-// The name stays whole; of the rest that stays in the line which still fits.
-TEST(ReportFormat, AnItemThatIsNeverCutDisplacesTheOthers) {
-    psReportFormat format;
-    format.setColumns({1, 6, 46, 62, -78});
-    format.keepWhole(1);
-    const auto box = [&](int length) {
-        const std::string name(static_cast<std::size_t>(length), 'n');
+// Items in the columns of the list box: what stands between the edges, blanks at the end cut.
+TEST(ReportFormat, ItemsThatAreTooLongContinueOrPushTheOthers) {
+    const auto n = [](std::size_t length) { return std::string(length, 'n'); };
+    const auto behind = [](std::size_t column) { return std::string(column - 1, ' '); };
+    const struct {
+        int whole;  // the item that is never cut; -1: none
+        std::string name, test, source;
+        Texts lines;
+    } cases[] = {
+        {-1,
+         n(100),
+         "A test with blanks in its long name",
+         "p_source",
+         {"   1 " + n(39) + " A test with     p_source       +",
+          behind(6) + n(39) + " blanks in its",
+          behind(6) + n(22) + std::string(18, ' ') + "long name"}},
+        {-1, n(41), "Test", "p_s", {"   1 " + n(41) + " Test          p_s            +"}},
+        // The name stays whole; of the rest that stays in the line which still fits.
+        {1,
+         n(40),
+         "TestOfTheFamily",
+         "p_of_the_source",
+         {"   1 " + n(40) + " TestOfTheFamil p_of_the_sourc +", behind(46) + "y               e"}},
+        {1,
+         n(62),
+         "TestOfTheFamily",
+         "p_of_the_source",
+         {"   1 " + n(62) + " p_of_th +", behind(46) + "TestOfTheFamily e_source"}},
+        {1,
+         n(71),
+         "TestOfTheFamily",
+         "p_of_the_source",
+         {"   1 " + n(71), behind(46) + "TestOfTheFamily p_of_the_sourc +", behind(62) + "e"}}};
+    for (const auto& [whole, name, test, source, expected] : cases) {
+        psReportFormat format;
+        format.setColumns({1, 6, 46, 62, -78});
+        if (whole >= 0) format.keepWhole(whole);
         psString text = format.firstLine();
-        text += format.line({"   1", name.c_str(), "TestOfTheFamily", "p_of_the_source", "+"});
-        return boxed((text + format.lastLine()).view());
-    };
-    const std::string behind = "|" + std::string(45, ' ');
-    const std::pair<int, Texts> rows[] = {
-        {40, {" TestOfTheFamil p_of_the_sourc +|", behind + "y               e               |"}},
-        {62, {" p_of_th +|", behind + "TestOfTheFamily e_source        |"}},
-        {71,
-         {" |", behind + "TestOfTheFamily p_of_the_sourc +|",
-          "|" + std::string(61, ' ') + "e               |"}}};
-    for (const auto& [length, expected] : rows) {
-        Texts lines = box(length);
-        lines.erase(lines.begin());
-        lines.pop_back();
-        Texts wanted = expected;
-        wanted[0] = "|   1 " + std::string(static_cast<std::size_t>(length), 'n') + wanted[0];
-        EXPECT_EQ(lines, wanted);
+        text += format.line({"   1", name.c_str(), test.c_str(), source.c_str(), "+"});
+        EXPECT_EQ(inBox(text + format.lastLine()), expected);
     }
 }
 
 TEST(ReportFormat, TitleItemsContinueBelowTheirValue) {
     psReportFormat format;
     psString text = format.firstLine();
-    text += format.titleItem("Computer",
-                             psString(std::string(60, 'x')) + " " + std::string(150, 'y').c_str());
+    const std::string x(60, 'x'), y(150, 'y'), below(12, ' ');
+    text += format.titleItem("Computer", (x + " " + y).c_str());
     text += format.titleItem("OS", "tab\tand\nline");
-    text += format.lastLine();
-    const Texts box = boxed(text.view());
-    ASSERT_EQ(box.size(), 2U + 5);
-    EXPECT_EQ(box[1].substr(0, 14), "| Computer : x");
-    EXPECT_EQ(box[2].substr(0, 14), "|            y");
-    EXPECT_EQ(box[5].substr(0, 27), "| OS       : tab and line  ");
+    EXPECT_EQ(inBox(text + format.lastLine()),
+              (Texts{" Computer : " + x, below + y.substr(0, 65), below + y.substr(0, 65),
+                     below + y.substr(0, 20), " OS       : tab and line"}));
 }
 
 TEST(ReportFormat, TimesOfADayAndMore) {
@@ -144,18 +118,17 @@ TEST(ReportFormat, TimesOfADayAndMore) {
 
 TEST(ReportList, ModesListTestsOrFunctionsButNoServiceFunctions) {
     psStringList functions;
-    for (const char* name :
-         {"zmoiB_8u", "zmoiA_8u", "zmoiAGetBufferSize", "zmoiInitX", "zmoiSetX", "zmoiGet_8u",
-          "zmoiB_8u", "zmoiMalloc", "zmoiRotateCenter", "zmoiC_8u", "zmoiCClose", "zmoiBClose"})
-        functions.push_back(name);
+    psString(
+        "zmoiB_8u zmoiA_8u zmoiAGetBufferSize zmoiInitX zmoiSetX zmoiGet_8u zmoiB_8u zmoiMalloc "
+        "zmoiRotateCenter zmoiC_8u zmoiCClose zmoiBClose")
+        .parse(functions, " ");
     g_pLibFuncList = &functions;
     psTestList tests;
     for (const auto& [function, info] : {std::pair{"zmoiA_8u", "TimcA"},
                                          {"zmoiA_8u", "Timc,A2"},
                                          {"zmoiC_8u", "TimcC"},
                                          {"zmoiCClose", "TimcC"}})
-        tests.push_back(
-            new psTest(static_cast<psTest::FuncOld>(nullptr), function, "p_fake", info));
+        tests.push_back(new psTest(psTest::FuncOld(), function, "p_fake", info));
     psConditions conditions;
     const auto rows = [&](int mode) {
         return written<psUStream>(psReportList(tests, conditions, mode));

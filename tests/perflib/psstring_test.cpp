@@ -1,14 +1,8 @@
 #include "psstring.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
-#include <climits>
-#include <string>
-#include <tuple>
-#include <utility>
 
-#include "temp_dir.h"
+#include "unit.h"
 
 namespace {
 
@@ -52,8 +46,7 @@ TEST(PsString, TakesPartsOfItself) {
         EXPECT_EQ(str(s), from == 50 ? "yz" : "z");
         expectSound(s);
     }
-    s = *&s;
-    EXPECT_EQ(str(s), "z");
+    EXPECT_EQ(str(s = *&s), "z");
     s.assign(static_cast<const char*>(nullptr));
     EXPECT_TRUE(s.empty());
     s.resize(3, '.');
@@ -100,13 +93,10 @@ TEST(PsString, TrimLeavesLineFeeds) {
 }
 
 TEST(PsString, PartsOfAPath) {
-    const std::array<const char*, 4> cases[] = {{"a/b\\c.x", "a/b", "c.x", "c"},
-                                                {"a\\b/c.x.y", "a\\b", "c.x.y", "c.x"},
-                                                {"c", "", "c", "c"},
-                                                {"/c.", "", "c.", "c"},
-                                                {"a.b/", "a.b", "", ""},
-                                                {".rc", "", ".rc", ".rc"},
-                                                {"a.b/c", "a.b", "c", "c"}};
+    const std::array<const char*, 4> cases[] = {
+        {".rc", "", ".rc", ".rc"},  {"a\\b/c.x.y", "a\\b", "c.x.y", "c.x"}, {"c", "", "c", "c"},
+        {"a.b/c", "a.b", "c", "c"}, {"a/b\\c.x", "a/b", "c.x", "c"},        {"a.b/", "a.b", "", ""},
+        {"/c.", "", "c.", "c"}};
     for (const auto& [path, dir, name, title] : cases) {
         EXPECT_EQ(str(psString(path).getFileDir()), dir) << path;
         EXPECT_EQ(str(psString(path).getFileName()), name) << path;
@@ -147,12 +137,9 @@ TEST(PsParse, SplitsAtSeparators) {
 TEST(PsNames, TablesOfNames) {
     const int values[] = {1, 2, 2, 4, 6};
     const char* const names[] = {"One", "Two", "Twice", "Four", "OneTwo"};
-    const std::tuple<int, const char*, const char*> cases[] = {{2, "Two", "Two|Twice|OneTwo"},
-                                                               {3, "3", "One|Two|Twice|OneTwo"},
-                                                               {0, "0", "0"},
-                                                               {8, "8", "8"},
-                                                               {-8, "-8", "-8"},
-                                                               {9, "9", "One"}};
+    const std::tuple<int, const char*, const char*> cases[] = {
+        {-8, "-8", "-8"}, {2, "Two", "Two|Twice|OneTwo"},   {9, "9", "One"},
+        {8, "8", "8"},    {3, "3", "One|Two|Twice|OneTwo"}, {0, "0", "0"}};
     for (const auto& [value, name, flagNames] : cases) {
         EXPECT_EQ(str(enumString(value, values, names, 5)), name);
         EXPECT_EQ(str(flagString(value, values, names, 5)), flagNames);
