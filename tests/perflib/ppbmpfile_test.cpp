@@ -107,7 +107,7 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
     }
 }
 
-// In a process of its own: a picture stays loaded.
+// This runs in a process of its own, since a picture stays loaded.
 TEST_F(PpBmpFile, IsDrawnInGreyAsTheEyeWeighsColours) {
     // Blue, green, red.
     const Bmp bmp{.bits = 24, .height = 1, .pixels = {255, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0}};

@@ -58,7 +58,7 @@ TEST(OptionFile, IsExpandedWhereItStands) {
     const std::pair<std::string, std::string> cases[] = {
         {"-e " + two + " " + two + " -s-", "e[]B[]f[Canny]B[]f[Canny]s[-]"},
         {crlf, "i[a.ini]f[+8u]"},
-        {open + " name -B", "o[my]d[n=1]o[]B[]"},
+        {open + " name -B", "o[my]d[n=1]o[]B[] 'name' behind " + open + " 'file' '2' behind -dn=1"},
         {empty + " -B", "B[]"},
         {nested + " -B", "v[]@[" + two.substr(2) + "]B[]"},
         {nul + " -e", "B[]s[]e[] " + nul.substr(2) + ", line 1 was cut at a NUL byte"}};

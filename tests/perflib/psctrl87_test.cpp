@@ -116,7 +116,7 @@ TEST_F(FakeGuards, UnmaskingIsBuiltFromTheFlagsAndLastsUntilMasked) {
     }
 }
 
-// The processor's registers.
+// The guards on the processor's own registers.
 class RealGuards : public testing::Test {
   protected:
     ~RealGuards() override {

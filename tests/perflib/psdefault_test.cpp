@@ -57,7 +57,7 @@ TEST(PsDefault, ReadsTextsWholeOrNotAtAll) {
         for (const char* text : taken) {
             EXPECT_EQ(failure(parm, text), "");
             EXPECT_EQ(str(parm.valueString()), after);
-            size.setValue({});
+            parm.translate(before);
         }
     }
     EXPECT_EQ(str(count.form()), "a value is a whole number from 2 to 2147483647");

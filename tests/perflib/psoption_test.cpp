@@ -156,7 +156,7 @@ TEST_F(Keys, ExitKeysSilenceTheEchoOfTheOthers) {
     }
 }
 
-// In a process of its own: nothing takes the key back.
+// This runs in a process of its own, since nothing takes the key back.
 TEST_F(SessionTest, UnmaskingTakesEffectWithTheNextGuard) {
     const auto masksAreOpen = [this] {
         psSession session;

@@ -53,46 +53,39 @@ TEST(ReportFormat, CutsAtTheLastBlankThatFits) {
     }
 }
 
-// Items in the columns of the list box: what stands between the edges, blanks at the end cut.
+// What stands between the edges, blanks at the end cut.
 TEST(ReportFormat, ItemsThatAreTooLongContinueOrPushTheOthers) {
     const auto n = [](std::size_t length) { return std::string(length, 'n'); };
     const auto behind = [](std::size_t column) { return std::string(column - 1, ' '); };
     const struct {
         int whole;  // the item that is never cut; -1: none
-        std::string name, test, source;
+        std::size_t name;
         Texts lines;
+        const char *test = "TestOfTheFamily", *source = "p_of_the_source";
     } cases[] = {
         {-1,
-         n(100),
+         100,
+         {n(39) + " A test with     p_source       +", n(39) + " blanks in its",
+          n(22) + std::string(18, ' ') + "long name"},
          "A test with blanks in its long name",
-         "p_source",
-         {"   1 " + n(39) + " A test with     p_source       +",
-          behind(6) + n(39) + " blanks in its",
-          behind(6) + n(22) + std::string(18, ' ') + "long name"}},
-        {-1, n(41), "Test", "p_s", {"   1 " + n(41) + " Test          p_s            +"}},
+         "p_source"},
+        {-1, 41, {n(41) + " Test          p_s            +"}, "Test", "p_s"},
         // The name stays whole; of the rest that stays in the line which still fits.
-        {1,
-         n(40),
-         "TestOfTheFamily",
-         "p_of_the_source",
-         {"   1 " + n(40) + " TestOfTheFamil p_of_the_sourc +", behind(46) + "y               e"}},
-        {1,
-         n(62),
-         "TestOfTheFamily",
-         "p_of_the_source",
-         {"   1 " + n(62) + " p_of_th +", behind(46) + "TestOfTheFamily e_source"}},
-        {1,
-         n(71),
-         "TestOfTheFamily",
-         "p_of_the_source",
-         {"   1 " + n(71), behind(46) + "TestOfTheFamily p_of_the_sourc +", behind(62) + "e"}}};
-    for (const auto& [whole, name, test, source, expected] : cases) {
+        {1, 40, {n(40) + " TestOfTheFamil p_of_the_sourc +", behind(41) + "y               e"}},
+        {1, 62, {n(62) + " p_of_th +", behind(41) + "TestOfTheFamily e_source"}},
+        {1, 71, {n(71), behind(41) + "TestOfTheFamily p_of_the_sourc +", behind(57) + "e"}}};
+    for (const auto& [whole, name, expected, test, source] : cases) {
         psReportFormat format;
         format.setColumns({1, 6, 46, 62, -78});
         if (whole >= 0) format.keepWhole(whole);
         psString text = format.firstLine();
-        text += format.line({"   1", name.c_str(), test.c_str(), source.c_str(), "+"});
-        EXPECT_EQ(inBox(text + format.lastLine()), expected);
+        text += format.line({"   1", n(name).c_str(), test, source, "+"});
+        Texts lines = inBox(text + format.lastLine());
+        for (std::string& line : lines) {
+            EXPECT_EQ(line.substr(0, 5), &line == &lines[0] ? "   1 " : "     ");
+            line = line.substr(5);
+        }
+        EXPECT_EQ(lines, expected);
     }
 }
 

@@ -100,30 +100,30 @@ void expectPart(const std::string& text, const std::string& part) {
 
 TEST_F(Engine, MethodsTakeTheFunctionsThatThereAre) {
     const struct {
+        const char *given, *course;
         void (*set)(psTool& tool);
-        const char *given, *course, *message = "";
+        const char* message = "";
     } cases[] = {
-        {[](psTool& t) { t.setMethodAuto(); }, "I", "FAIL 0 fail",
-         "No one of funcLoop, funcStat or funcCall is registered in the test.\n"},
-        {[](psTool&) {}, "S", "FAIL 0 fail",
+        {"I", "FAIL 0 fail", [](psTool&) {},
+         "No one of funcLoop, funcStat or funcCall is registered"},
+        {"S", "FAIL 0 fail", [](psTool&) {},
          "PS internal fail: file perflib/src/pstool.cpp, line "},
-        {[](psTool& t) { t.setMethod(9); }, "L", "FAIL 0 fail", "PS internal fail: "},
-        {[](psTool& t) { t.setMethodLoop(0); }, "LSC", "L1 OK 300 nLps=1"},
-        {[](psTool& t) { t.setMethodLoop(20); }, "LSC", "L20 OK 6000 nLps=20"},
-        {[](psTool& t) { t.setMethodStat(20, 5'000'000'000); }, "LSC",
-         "S20,5000000000,1 OK 40 nCalls=20"},
-        {[](psTool& t) { t.setMethodStat(12, 10'000), t.setMethodLoop(5); }, "S",
-         "S12,0,1 OK 66.6667 nCalls=12",
+        {"L", "FAIL 0 fail", [](psTool& t) { t.setMethod(9); }, "PS internal fail: "},
+        {"LSC", "L1 OK 300 nLps=1", [](psTool& t) { t.setMethodLoop(0); }},
+        {"LSC", "L20 OK 6000 nLps=20", [](psTool& t) { t.setMethodLoop(20); }},
+        {"LSC", "S20,5000000000,1 OK 40 nCalls=20",
+         [](psTool& t) { t.setMethodStat(20, 5'000'000'000); }},
+        {"S", "S20,0,1 OK 40 nCalls=20", [](psTool& t) { t.setMethodLoop(5); },
          " ATTENTION! The test cannot execute Manual loop timing.\n"
          " Statistic timing will be run instead.\n"},
-        {[](psTool& t) { t.setMethodStat(1, 100); }, "L", "L1 OK 300 nLps=1",
+        {"L", "L1 OK 300 nLps=1", [](psTool& t) { t.setMethodStat(1, 100); },
          " Manual loop timing will be run instead.\n"},
         // 2600 MHz, a tenth of 100 ms
-        {[](psTool& t) { t.setMethodAuto(); }, "LSC", "L1 L128 S8,26000000,1 OK 800 nLps=8"},
-        {[](psTool& t) { t.setCountCalls(true); }, "LS", "L1 L128 S8,26000000,1 OK 800 nCalls=8"},
-        {[](psTool&) {}, "L", "L1 L128 L512 OK 300 nLps=512"},
+        {"LSC", "L1 L128 S8,26000000,1 OK 800 nLps=8", [](psTool& t) { t.setMethodAuto(); }},
+        {"LS", "L1 L128 S8,26000000,1 OK 800 nCalls=8", [](psTool& t) { t.setCountCalls(true); }},
+        {"L", "L1 L128 L512 OK 300 nLps=512", [](psTool&) {}},
     };
-    for (const auto& [set, given, course, message] : cases) {
+    for (const auto& [given, course, set, message] : cases) {
         MessageCapture out(showWarnings);
         set(tool);
         EXPECT_EQ(measured(given), course);

@@ -23,7 +23,7 @@
 using support::has;
 
 // What a child process that runs the body ends with, as waitpid() gives it: 0 when the body
-// holds. For what a process does once only, and for what cannot be taken back.
+// holds. It serves what a process does once only, and what cannot be taken back.
 inline int inChild(const std::function<bool()>& body) {
     const pid_t child = fork();
     if (child == 0) _exit(body() ? 0 : 1);
