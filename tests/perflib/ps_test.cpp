@@ -46,21 +46,6 @@ TEST_F(SessionTest, OptionFilesAreAppliedInPlaceButSetNoDefaults) {
         << echo;
 }
 
-TEST_F(SessionTest, TheLastOfTheNameKeysCountsAndAnEmptyOneKeepsTheTitle) {
-    const std::tuple<Words, const char*, const char*, const char*> cases[] = {
-        {{"-na", "-nb"}, "b", "bin/", "bin/"},
-        {{"-na", "-n"}, "pscv", "bin/", "bin/"},
-        {{"-pin", "-l/out"}, "pscv", "bin/in/", "/out/"},
-        {{"-pin", "-p"}, "pscv", "bin/", "bin/"}};
-    for (const auto& [keys, title, in, out] : cases) {
-        psSession session;
-        parse(session, keys);
-        EXPECT_EQ(psSession::m_defName, title);
-        EXPECT_EQ(psSession::getInPath(), in);
-        EXPECT_EQ(psSession::getOutPath(), out);
-    }
-}
-
 TEST_F(SessionTest, WithoutArgumentsTheConfigurationFileIsTheCommandLine) {
     const std::string header = "Command line options: read from pscv.cfg file\n";
     const std::string cut =

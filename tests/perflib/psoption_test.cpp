@@ -40,9 +40,10 @@ std::vector<psString> texts(const psSettings& s) {
         {"version", s.version},    {"help", s.helpArg},
         {"hidden", !s.hideHidden}, {"names", s.nameMode},
         {"nameExit", s.nameExit},  {"iniWrite", s.iniWrite}};
-    std::vector<psString> all{"data=" + data,           "files=" + files,
-                              "signal=" + s.signalName, "patterns=" + patterns,
-                              "start=" + s.startFunc,   "ini=" + s.iniName};
+    std::vector<psString> all{
+        "data=" + data,         "files=" + files,       "signal=" + s.signalName,
+        "patterns=" + patterns, "title=" + s.defName,   "in=" + s.inDir,
+        "out=" + s.outDir,      "start=" + s.startFunc, "ini=" + s.iniName};
     for (const auto& [name, value] : numbers) all.push_back(name + ("=" + psText(value)));
     return all;
 }
@@ -82,8 +83,8 @@ const struct {
     {"R|q+|Q", "files=1>>bin/pscv.csv, names=1 nameExit=1 "},
     {"Q", "", {"-Q: ignored because -q"}},
     {"ga|g", "signal=bin/pscv.end ", {"bin/a.end ", "bin/pscv.end "}},
-    {"nt|pin|l.", "", {"as t.<", "in bin/in/\n", "in bin/./\n"}},
-    {"n|p|l", "", {"-n: ignored", "-p: ignored", "-l: ignored"}},
+    {"na|nt|pin|l/o", "title=t in=bin/in/ out=/o/ ", {"as t.<", "in bin/in/\n", "in /o/\n"}},
+    {"nt|n|pin|p|lo|l", "", {"-n: ignored", "-p: ignored", "-l: ignored"}},
     {"fA|f-B|t=C|m+D|f+|t|f-|m=",
      "patterns=0A,0-B,1=C,2+D,0+,1,0-,2=, ",
      {"tions containing 'A' in", "don't test functions containing 'B' in", "equal to 'C'\n",
@@ -108,6 +109,9 @@ const struct {
 };
 
 TEST_F(Keys, ChangeTheirOwnSettingsAndSayWhatTheyIgnore) {
+    psSession plain;
+    parse(plain, {});
+    const std::vector<psString> before = texts(plain.settings());
     std::set<char> seen{'@', '?'};
     for (const auto& c : keyCases) {
         psStringList arguments;
@@ -126,7 +130,7 @@ TEST_F(Keys, ChangeTheirOwnSettingsAndSayWhatTheyIgnore) {
         }
         EXPECT_EQ(support::count(console, "ignored"), ignored) << console;
         psString changed;
-        const std::vector<psString> before = texts({}), after = texts(fresh.settings());
+        const std::vector<psString> after = texts(fresh.settings());
         for (std::size_t i = 0; i < after.size(); ++i)
             if (str(after[i]) != str(before[i])) changed += after[i] + " ";
         EXPECT_EQ(str(changed), c.changed) << c.words;
