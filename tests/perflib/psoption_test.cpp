@@ -1,8 +1,6 @@
 #include "psoption.h"
 
-#include <fstream>
 #include <set>
-#include <sstream>
 
 #include "psctrl87.h"
 #include "session_fixture.h"
@@ -194,28 +192,6 @@ TEST_F(Keys, HelpHidesTheDevelopersKeysAndDescribesOne) {
     for (const auto& [help, text] : cases) EXPECT_TRUE(help.contains(text)) << text;
     for (const psString& help : {psQuickHelp(options, true), psFullHelp(options, true)})
         EXPECT_FALSE(help.contains("-SU ")) << help.substr(0, 14).c_str();
-}
-
-// The fenced blocks of docs/KEYS.md are the texts of the help.
-TEST_F(Keys, AreDocumentedWithTheTextOfTheHelp) {
-    psInsertIntoDescription(*session.getOption('T'), psCpuFeatures::optimizedList());
-    std::string expected;
-    for (const psOption* option : session.options())
-        expected += str(option->help) + str(option->description);
-    for (const psOption* option : session.options()) {
-        std::istringstream lines(str(option->description));
-        for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << line;
-    }
-    std::ifstream page(PSCV_SOURCE_DIR "/docs/KEYS.md");
-    std::string documented;
-    bool inside = false;
-    for (std::string line; std::getline(page, line);) {
-        if (line.starts_with("```"))
-            inside = !inside;
-        else if (inside)
-            documented += line + "\n";
-    }
-    EXPECT_EQ(documented, expected);
 }
 
 }  // namespace

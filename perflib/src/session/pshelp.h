@@ -1,17 +1,7 @@
-// The texts of the help: of each key, and of what -h and -? type.
+// What -h, -? and -v type.
 #pragma once
 
 #include "psoption.h"
-
-struct psKeyText {
-    char key = ' ';
-    bool hidden = false;  // typed by -? only
-    const char* help = "";
-    const char* description = "";
-};
-
-// A key without texts gets empty ones; the help calls it deprecated then.
-const psKeyText& psTextOfKey(char key);
 
 // Product, version and build date in one line.
 psString psBanner();

@@ -9,6 +9,7 @@
 #include "pshelp.h"
 #include "psinterrupt.h"
 #include "psistream.h"
+#include "pskeytext.h"
 #include "pslib.h"
 #include "psremarks.h"
 #include "psstream.h"
@@ -403,7 +404,7 @@ void applyHelp(const psString& arg, psSettings& settings) {
 // The table, in the order of the help
 
 struct KeyRow {
-    const char* name;
+    const psKeyText& text;
     Info info;
     psOption::Apply apply;
     // What the argument may be, with '|' between; null: no fixed words.
@@ -411,48 +412,50 @@ struct KeyRow {
 };
 
 constexpr KeyRow keyRows[] = {
-    {"B", unlessExit<infoBatch>, applyValue<&psSettings::batMode>, ""},
-    {"A", unlessExit<infoAsk>, applyAsk},
-    {"d", unlessExit<infoData>, applyData},
-    {"i", unlessExit<infoIniRead>, applyIni<false>},
-    {"I", unlessExit<infoIniWrite>, applyIni<true>},
-    {"P", unlessExit<infoPressing>, applyValue<&psSettings::pressing>, ""},
-    {"o", unlessExit<infoOutput<listing>>, applyOutput<listing>},
-    {"O", unlessExit<infoOutput<listing, true>>, applyOutput<listing, true>},
-    {"L", unlessExit<infoLevel>, applyLevel},
-    {"J", unlessExit<infoCount<externalLoops>>, applyCount<externalLoops>},
-    {"r", unlessExit<infoOutput<results>>, applyOutput<results>},
-    {"R", unlessExit<infoOutput<results, true>>, applyOutput<results, true>},
-    {"q", unlessExit<infoNames>, applyNames},
-    {"Q", unlessExit<infoNameExit>, applyNameExit, ""},
-    {"u", unlessExit<infoOutput<summary>>, applyOutput<summary>},
-    {"U", unlessExit<infoOutput<summary, true>>, applyOutput<summary, true>},
-    {"g", unlessExit<infoSignal>, applySignal},
-    {"n", unlessExit<onCommandLine<infoName, 'n'>>, applyNothing},
-    {"p", unlessExit<onCommandLine<infoInDir, 'p'>>, applyNothing},
-    {"l", unlessExit<onCommandLine<infoOutDir, 'l'>>, applyNothing},
-    {"f", unlessExit<infoCondition<RunCondition::function>, 2>,
+    {psTextOf<"B">, unlessExit<infoBatch>, applyValue<&psSettings::batMode>, ""},
+    {psTextOf<"A">, unlessExit<infoAsk>, applyAsk},
+    {psTextOf<"d">, unlessExit<infoData>, applyData},
+    {psTextOf<"i">, unlessExit<infoIniRead>, applyIni<false>},
+    {psTextOf<"I">, unlessExit<infoIniWrite>, applyIni<true>},
+    {psTextOf<"P">, unlessExit<infoPressing>, applyValue<&psSettings::pressing>, ""},
+    {psTextOf<"o">, unlessExit<infoOutput<listing>>, applyOutput<listing>},
+    {psTextOf<"O">, unlessExit<infoOutput<listing, true>>, applyOutput<listing, true>},
+    {psTextOf<"L">, unlessExit<infoLevel>, applyLevel},
+    {psTextOf<"J">, unlessExit<infoCount<externalLoops>>, applyCount<externalLoops>},
+    {psTextOf<"r">, unlessExit<infoOutput<results>>, applyOutput<results>},
+    {psTextOf<"R">, unlessExit<infoOutput<results, true>>, applyOutput<results, true>},
+    {psTextOf<"q">, unlessExit<infoNames>, applyNames},
+    {psTextOf<"Q">, unlessExit<infoNameExit>, applyNameExit, ""},
+    {psTextOf<"u">, unlessExit<infoOutput<summary>>, applyOutput<summary>},
+    {psTextOf<"U">, unlessExit<infoOutput<summary, true>>, applyOutput<summary, true>},
+    {psTextOf<"g">, unlessExit<infoSignal>, applySignal},
+    {psTextOf<"n">, unlessExit<onCommandLine<infoName, 'n'>>, applyNothing},
+    {psTextOf<"p">, unlessExit<onCommandLine<infoInDir, 'p'>>, applyNothing},
+    {psTextOf<"l">, unlessExit<onCommandLine<infoOutDir, 'l'>>, applyNothing},
+    {psTextOf<"f">, unlessExit<infoCondition<RunCondition::function>, 2>,
      applyCondition<RunCondition::function>},
-    {"t", unlessExit<infoCondition<RunCondition::testClass>, 2>,
+    {psTextOf<"t">, unlessExit<infoCondition<RunCondition::testClass>, 2>,
      applyCondition<RunCondition::testClass>},
-    {"m", unlessExit<infoCondition<RunCondition::source>, 2>, applyCondition<RunCondition::source>},
-    {"k", unlessExit<infoLogic>, applyLogic, "and|or"},
-    {"F", unlessExit<infoStart>, applyStart},
-    {"Y", unlessExit<infoPriority>, applyPriority},
-    {"H", unlessExit<infoHot>, applyHot, "ONLY"},
-    {"W", unlessExit<infoUnmask>, applyValue<&psSettings::unmask>, "="},
-    {"T", unlessExit<infoFeatures>, applyFeatures},
-    {"S", unlessExit<infoSetUse>, applyValue<&psSettings::setAndUse>, "U"},
-    {"C", unlessExit<infoCache>, applyValue<&psSettings::cache>, ""},
-    {"s", unlessExit<infoSort, 2>, applySort, "-"},
-    {"e", unlessExit<infoEnumerate, 2>, applyEnumerate, "+|-"},
-    {"v", infoVersion, applyValue<&psSettings::version>, ""},
-    {"@", nullptr, nullptr},
-    {"h", infoHelp<'h'>, applyHelp<'h'>},
-    {"c", unlessExit<infoCount<milliseconds>>, applyCount<milliseconds>},
-    {"j", unlessExit<infoCount<leastLoops>>, applyCount<leastLoops>},
-    {"?", infoHelp<'?'>, applyHelp<'?'>},
+    {psTextOf<"m">, unlessExit<infoCondition<RunCondition::source>, 2>,
+     applyCondition<RunCondition::source>},
+    {psTextOf<"k">, unlessExit<infoLogic>, applyLogic, "and|or"},
+    {psTextOf<"F">, unlessExit<infoStart>, applyStart},
+    {psTextOf<"Y">, unlessExit<infoPriority>, applyPriority},
+    {psTextOf<"H">, unlessExit<infoHot>, applyHot, "ONLY"},
+    {psTextOf<"W">, unlessExit<infoUnmask>, applyValue<&psSettings::unmask>, "="},
+    {psTextOf<"T">, unlessExit<infoFeatures>, applyFeatures},
+    {psTextOf<"S">, unlessExit<infoSetUse>, applyValue<&psSettings::setAndUse>, "U"},
+    {psTextOf<"C">, unlessExit<infoCache>, applyValue<&psSettings::cache>, ""},
+    {psTextOf<"s">, unlessExit<infoSort, 2>, applySort, "-"},
+    {psTextOf<"e">, unlessExit<infoEnumerate, 2>, applyEnumerate, "+|-"},
+    {psTextOf<"v">, infoVersion, applyValue<&psSettings::version>, ""},
+    {psTextOf<"@">, nullptr, nullptr},
+    {psTextOf<"h">, infoHelp<'h'>, applyHelp<'h'>},
+    {psTextOf<"c">, unlessExit<infoCount<milliseconds>>, applyCount<milliseconds>},
+    {psTextOf<"j">, unlessExit<infoCount<leastLoops>>, applyCount<leastLoops>},
+    {psTextOf<"?">, infoHelp<'?'>, applyHelp<'?'>},
 };
+static_assert(std::size(keyRows) == psKeyText::count(), "docs/KEYS.md has a key more");
 
 // How many characters the texts begin with alike.
 int commonLength(const psString& a, const psString& b) {
@@ -463,15 +466,18 @@ int commonLength(const psString& a, const psString& b) {
 
 void psRegisterKeys(psSession& session) {
     for (const KeyRow& row : keyRows) {
-        const char key = row.name[0];
+        const psKeyText& text = row.text;
+        const char key = text.name[0];
         if ((key == 'q' || key == 'Q') && !qKeys) continue;
-        const psKeyText& text = psTextOfKey(key);
-        session.initOption(row.name, text.help, row.info, row.apply, text.description, text.hidden);
+        session.initOption(text.name.data(), text.help, row.info, row.apply, text.description,
+                           text.hidden);
     }
 }
 
 psString psSuperfluous(char key, const psString& arg) {
-    const auto* row = std::ranges::find(keyRows, psString(key), &KeyRow::name);
+    const std::string_view wanted(&key, 1);
+    const auto* row = std::ranges::find(
+        keyRows, wanted, [](const KeyRow& candidate) { return candidate.text.name; });
     if (row == std::end(keyRows) || !row->words) return {};
     psStringList words;
     psString(row->words).parse(words, "|");
