@@ -282,7 +282,7 @@ def report(head, results):
     yield f"Faults in {head['tree']}, seed {head['seed']}"
     for share in [*SHARES, ""]:
         yield "  {:<12} {:>3} of {:>3} caught".format(
-            share or "all", *counts([r for r in results if r["share"].startswith(share)]))
+            share or "all", *counts([r for r in results if share in ("", r["share"])]))
     verdicts = Counter(r["verdict"] for r in results)
     yield f"  not counted: {verdicts[REJECTED]} did not compile, {verdicts[SAME_CODE]} made the same machine code"
     by = Counter(re.split("[:,]", r["by"])[0] for r in results if r["verdict"] == CAUGHT)
