@@ -1,15 +1,15 @@
-// Calls of library functions by the names that the headers give their parameters. A case has what one
-// call needs: guarded images for pointers with a step, memory for states and buffers, the function's own
-// values, and room for its results; the oracle tells what the call must leave there.
+// Calls of library functions by the names that the headers give their parameters. A case has what
+// one call needs: guarded images for pointers with a step, memory for states and buffers, the
+// function's own values, and room for its results; the oracle decides what the call must leave there.
 #pragma once
 
 #include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string_view>
-#include <variant>
 
 #include "kit.h"
 
@@ -27,6 +27,11 @@ struct Slot {
         std::memcpy(slot.bytes.data(), own.data(), own.size());
         return slot;
     }
+    static Slot from(const void* memory, size_t size) {
+        Slot slot;
+        std::memcpy(slot.bytes.data(), memory, std::min(size, slot.bytes.size()));
+        return slot;
+    }
     template <class A>
     A as() const {
         A value;
@@ -39,104 +44,17 @@ struct Slot {
 std::ostream& operator<<(std::ostream& out, const Slot& slot);
 using Arguments = std::vector<Slot>;
 
-template <class... T>
-using ImageOf = std::variant<Image<T>...>;
-using SomeImage = ImageOf<Zmo8u, Zmo8s, Zmo16u, Zmo16s, Zmo32s, Zmo32f, Zmo64f>;
-
-// An image of any element type; pixels are told as doubles, which hold all types exactly.
-class AnyImage {
-  public:
-    template <class T>
-    AnyImage(Image<T> image) : m_image(std::move(image)) {}
-
-    ZmoiSize size() const {
-        return std::visit([](const auto& i) { return i.size(); }, m_image);
-    }
-    int channels() const {
-        return std::visit([](const auto& i) { return i.channels(); }, m_image);
-    }
-    int64_t step() const {
-        return std::visit([](const auto& i) { return int64_t{i.step()}; }, m_image);
-    }
-    char* ptr(int y = 0) {
-        return std::visit([](auto& i) { return reinterpret_cast<char*>(i.ptr()); }, m_image) +
-               y * step();
-    }
-    ZmoDataType type() const {
-        return std::visit([]<class T>(const Image<T>&) { return typeOf<T>; }, m_image);
-    }
-    // The largest and the smallest value of an integer type, 0 for floats.
-    double most() const;
-    double least() const;
-    // As the type stores a value: integers rounded half to even and saturated.
-    double stored(double value) const;
-    // body(image of its type)
-    template <class Body>
-    void visit(Body body) const {
-        std::visit(body, m_image);
-    }
-    Block& block() {
-        return std::visit([](auto& i) -> Block& { return i; }, m_image);
-    }
-    template <class T>
-    Image<T>& as() {
-        return std::get<Image<T>>(m_image);
-    }
-    template <class T>
-    const Image<T>& as() const {
-        return std::get<Image<T>>(m_image);
-    }
-
-    double get(int x, int y, int channel = 0) const {
-        return std::visit([&](const auto& i) -> double { return i.get(x, y, channel); }, m_image);
-    }
-    void set(int x, int y, int channel, double value) {
-        std::visit([&]<class T>(Image<T>& i) { i.set(x, y, channel, static_cast<T>(value)); },
-                   m_image);
-    }
-    template <class Draw>
-    void fill(Draw draw) {
-        std::visit([&](auto& i) { i.fill(draw); }, m_image);
-    }
-    // An image of this kind without surroundings.
-    template <class Draw>
-    AnyImage alike(Draw draw) const {
-        return std::visit(
-            [&]<class T>(const Image<T>& i) {
-                return AnyImage(Image<T>(i.size(), {}, 0, i.channels()).fill(draw));
-            },
-            m_image);
-    }
-    // Each pixel, with its bits, that of another image at the point told.
-    template <class From>
-    void takeFrom(const AnyImage& other, From from) {
-        std::visit(
-            [&]<class T>(Image<T>& i) {
-                i.fill([&](int x, int y, int c) {
-                    return other.as<T>().get(from(x, y).x, from(x, y).y, c);
-                });
-            },
-            m_image);
-    }
-    void expect(const AnyImage& want) const {
-        std::visit([&]<class T>(const Image<T>& i) { expectPixels(i, want.as<T>()); }, m_image);
-    }
-
-  private:
-    SomeImage m_image;
-};
-
-// What a prototype tells of one argument.
+// One argument as the prototype has it.
 struct Parameter {
     std::string name = {};
     bool pointer = false;
     bool constant = false;                         // what it points to
     bool rows = false;                             // points to pointers to rows
     int element = 0;                               // bytes of what it points to, 0 if opaque
+    ZmoDataType pixels = {};                       // what it points to, 0 if no pixels
     Slot (*fromNumber)(double) = nullptr;          // of arithmetic types
     Slot (*fromSize)(int64_t, int64_t) = nullptr;  // of sizes
-    AnyImage (*image)(ZmoiSize, Layout, int, int) = nullptr;  // of pixels
-    int64_t most = 0;                                         // the largest side of a size
+    int64_t most = 0;                              // the largest side of a size
 };
 
 template <class A>
@@ -144,18 +62,13 @@ Parameter parameterOf() {
     Parameter p;
     if constexpr (std::is_pointer_v<A>) {
         using First = std::remove_pointer_t<A>;
-        p.rows = std::is_pointer_v<First>;
         using Element =
             std::conditional_t<std::is_pointer_v<First>, std::remove_pointer_t<First>, First>;
-        using Pixel = std::remove_const_t<Element>;
         p.pointer = true;
+        p.rows = std::is_pointer_v<First>;
         p.constant = std::is_const_v<Element>;
         if constexpr (requires { sizeof(Element); }) p.element = sizeof(Element);
-        if constexpr (std::is_constructible_v<SomeImage, Image<Pixel>>) {
-            p.image = [](ZmoiSize size, Layout layout, int margin, int channels) {
-                return AnyImage(Image<Pixel>(size, layout, margin, channels));
-            };
-        }
+        p.pixels = typeOf<std::remove_const_t<Element>>;
     } else if constexpr (std::is_enum_v<A>) {
         p.fromNumber = [](double v) { return Slot::of(static_cast<A>(static_cast<int>(v))); };
     } else if constexpr (std::is_arithmetic_v<A>) {
@@ -170,8 +83,8 @@ Parameter parameterOf() {
     return p;
 }
 
-// A number for an argument of any arithmetic type, a size for one of either type of sizes, a pointer, or
-// a record of the argument's own type.
+// A number for an argument of any arithmetic type, a size for one of either type of sizes, a list of
+// numbers of the type that is pointed to, a pointer, or a record of the argument's own type.
 class Value {
   public:
     template <class V>
@@ -185,13 +98,22 @@ class Value {
             m_slot = Slot::of(value);
         }
     }
+    Value(const std::vector<double>& list);
+
     Slot as(const Parameter& p) const;
     std::string text(const Parameter& p) const;
+    // The memory of a list.
+    Block* block() const { return m_list ? &m_list->memory : nullptr; }
 
   private:
     double m_number = 0;
     ZmoiSizeL m_size{};
     Slot m_slot;
+    struct List {
+        Image numbers;
+        Image memory;  // of the type that was asked for
+    };
+    std::shared_ptr<List> m_list;
 };
 using Named = std::map<std::string, Value, std::less<>>;
 
@@ -199,37 +121,36 @@ class Function {
   public:
     template <class... A>
     Function(const char* name, ZmoStatus (*run)(A...))
-        : Function(
-              name, {parameterOf<A>()...}, [&]<size_t... i>(std::index_sequence<i...>) {
-                  return [run](const Arguments& a) { return run(a[i].template as<A>()...); };
-              }(std::index_sequence_for<A...>())) {}
+        : m_name(name),
+          m_parameters{parameterOf<A>()...},
+          m_run([&]<size_t... i>(std::index_sequence<i...>) {
+              return [run](const Arguments& a) { return run(a[i].template as<A>()...); };
+          }(std::index_sequence_for<A...>())) {
+        readNames();
+    }
 
-    const std::string& name() const { return m_own->name; }
-    bool isNamed(std::string_view part) const { return name().find(part) != std::string::npos; }
-    const std::vector<Parameter>& parameters() const { return m_own->parameters; }
+    const std::string& name() const { return m_name; }
+    bool isNamed(std::string_view part) const { return m_name.find(part) != std::string::npos; }
+    const std::vector<Parameter>& parameters() const { return m_parameters; }
     bool has(std::string_view parameter) const;
     // The names of numbers that are no steps.
     std::vector<std::string> values() const;
     size_t placeOf(std::string_view parameter) const;
     // Of pSrc and of pDst, from the descriptor: the part of the name from "_C" and a digit on.
-    int srcChannels() const { return m_own->srcChannels; }
-    int dstChannels() const { return m_own->dstChannels; }
+    int srcChannels() const { return m_srcChannels; }
+    int dstChannels() const { return m_dstChannels; }
     bool masked() const { return has("maskStep"); }
     bool large() const { return isNamed("_L"); }
-    ZmoStatus operator()(const Arguments& arguments) const { return m_own->run(arguments); }
+    ZmoStatus operator()(const Arguments& arguments) const { return m_run(arguments); }
 
   private:
-    struct Own {
-        std::string name;
-        std::vector<Parameter> parameters;
-        std::function<ZmoStatus(const Arguments&)> run;
-        int srcChannels = 1;
-        int dstChannels = 1;
-    };
-    Function(const char* name, std::vector<Parameter> parameters,
-             std::function<ZmoStatus(const Arguments&)> run);
+    void readNames();
 
-    std::shared_ptr<const Own> m_own;
+    std::string m_name;
+    std::vector<Parameter> m_parameters;
+    std::function<ZmoStatus(const Arguments&)> m_run;
+    int m_srcChannels = 1;
+    int m_dstChannels = 1;
 };
 #define ZMO(fn) kit::Function(#fn, fn)
 
@@ -253,8 +174,8 @@ struct Wrong {
     ZmoStatus status;
 };
 
-// An image that is not of the region's size, has readable pixels around it or other channels than the
-// function's name tells, or that is given without a step.
+// An image that is not of the region's size, has readable pixels around it or other channels than
+// the function's name says, or that is given without a step.
 struct Shape {
     const char* name;
     ZmoiSize size = {};
@@ -262,35 +183,50 @@ struct Shape {
     int channels = 0;
 };
 
+// What changes from one case to the next.
+struct Turn : Random {
+    explicit Turn(uint64_t stream, ZmoiSize s = {9, 4}, Layout l = {}, size_t n = 0)
+        : Random(stream), size(s), layout(l), number(n) {}
+
+    ZmoiSize size;
+    Layout layout;
+    size_t number;
+};
+
+// Integers of the whole range, its ends, or small ones; floats of an ordinary size, large ones, or
+// small whole numbers.
+enum class Draw { any, ends, few };
+void draw(Random& random, Image& image, Draw how);
+inline void draw(Turn& turn, Image& image) {
+    draw(turn, image, static_cast<Draw>(turn.number % 3));
+}
+
 class Case {
   public:
     explicit Case(Function function, ZmoiSize roi = {9, 4}, Layout layout = {},
                   const std::vector<Shape>& shapes = {});
+    Case(Function function, const Turn& turn, const std::vector<Shape>& shapes = {})
+        : Case(std::move(function), turn.size, turn.layout, shapes) {}
 
     const Function& function() const { return m_function; }
     ZmoiSize roi() const { return m_roi; }
 
     // Images in their order, constant ones first.
-    AnyImage& image(std::string_view name);
-    AnyImage& image(size_t i) { return m_images[i].image; }
-    const AnyImage& image(size_t i) const { return m_images[i].image; }
+    Image& image(std::string_view name);
+    Image& image(size_t i) { return m_images[i].image; }
+    const Image& image(size_t i) const { return m_images[i].image; }
     size_t imageCount() const { return m_images.size(); }
-    AnyImage& src() { return image(0); }
-    const AnyImage& src() const { return image(0); }
-    AnyImage& dst() { return m_images.back().image; }
-    const AnyImage& dst() const { return m_images.back().image; }
-    const std::string& targetName() const { return m_images.back().name; }
-    Image<Zmo8u>& mask() { return image("pMask").as<Zmo8u>(); }
-    bool selects(int x, int y) const;
+    Image& src() { return image(0); }
+    const Image& src() const { return image(0); }
+    Image& dst() { return m_images.back().image; }
+    const Image& dst() const { return m_images.back().image; }
+    Image& mask() { return image("pMask"); }
+    bool selects(int x, int y) const { return !m_maskAt || image(*m_maskAt)(x, y) != 0; }
     // Sources with the first, targets with the second; the mask stays.
-    template <class Draw, class DrawTarget>
-    void fillAll(Draw draw, DrawTarget drawTarget) {
-        for (Own& own : m_images) {
-            if (own.name == "pMask" && own.constant) continue;
-            own.constant ? own.image.fill(draw) : own.image.fill(drawTarget);
-        }
-    }
-    AnyImage& borderValue() { return *m_border; }
+    void fillAll(const Pixels& sources, const Pixels& targets);
+    Image& borderValue() { return *m_border; }
+    // What lies around the source with a constant border, where the function takes that.
+    double outside(int channel = 0) const { return m_border ? (*m_border)(0, 0, channel) : 0; }
 
     // The function's own values, and what only its services ask for.
     Case& with(std::string_view name, Value value);
@@ -299,48 +235,42 @@ class Case {
     Case& give(std::string_view name, Buffer memory);
     Buffer& memory(std::string_view name) { return m_memory.find(name)->second; }
     // Null pointers are right there.
-    void allowNull(const char* name) { m_nullable.push_back(name); }
-    // The function does not look whether the region needs more memory than a query can tell.
+    void allowNull(const char* name) { m_nullable.insert(name); }
+    // The function does not look whether the region needs more memory than a query can return.
     void allowAnySize() { m_takesAnySize = true; }
     // Elements that an image's step must hold, if not a row of the image.
     void setRowNeeded(std::string_view image, int elements);
-    // The rows that pointers to rows tell; behind them stands a null pointer.
+    // Where pointers to rows point; behind them stands a null pointer.
     void setRows(int first, int count) { m_firstRow = first, m_rowCount = count; }
 
-    // State and buffer of the sizes that a query tells of what this call has.
+    // State and buffer of the sizes that a query gives for what this call has.
     Case& sized(const Function& query);
     // The state is made by a service with what this call has.
     Case& prepared(const Function& init, ZmoStatus status = zmoStsNoErr);
 
-    // What the call must leave: each pixel, a result, a note.
-    template <class Expected>
-    Case& want(std::string_view name, Expected expected) {
-        Own& own = find(name);
-        own.want = own.image.alike(expected);
-        return *this;
-    }
-    // Each pixel is one of the source with its bits.
-    template <class From>
-    Case& wantCopy(std::string_view name, From from) {
-        Own& own = find(name);
-        own.want = own.image.alike([] { return 0; });
-        own.want->takeFrom(src(), from);
-        return *this;
-    }
+    // What the call must leave: each pixel of an image, or of the last one, a result, a status.
+    Case& want(std::string_view name, const Pixels& pixels);
+    Case& want(const Pixels& pixels) { return want(m_images.back().name, pixels); }
+    // Each pixel of the last image is one of the source with its bits.
+    Case& wantCopy(const std::function<ZmoiPoint(int, int)>& from);
     template <class Result>
     Case& wantResult(std::string_view name, Result result) {
-        m_want.insert_or_assign(std::string(name), Slot::of(result));
-        return *this;
+        return wantEntries(name, std::vector<Result>{result});
     }
-    // A list that has room for some entries, whose number is the result pCount, and a note when
-    // there are more.
+    // The entries of a list.
     template <class Entry>
-    Case& wantList(std::string_view name, const std::vector<Entry>& entries, int room) {
+    Case& wantEntries(std::string_view name, const std::vector<Entry>& entries) {
+        m_wantMemory.insert_or_assign(std::string(name), Buffer(entries));
+        return give(name, Buffer(static_cast<int64_t>(entries.size() * sizeof(Entry)), 0));
+    }
+    // The same of a list that has room for some of them, whose number is the result pCount; the
+    // status says when there are more.
+    template <class Entry>
+    Case& wantList(std::string_view name, std::vector<Entry> entries, int room) {
         const int all = static_cast<int>(entries.size());
+        entries.resize(static_cast<size_t>(std::min(all, room)));
         wantStatus(all > room ? zmoStsTruncated : zmoStsNoErr);
-        wantResult("pCount", std::min(all, room));
-        return wantEntries(name, std::as_bytes(std::span(entries)),
-                           std::min(all, room) * sizeof(Entry));
+        return wantResult("pCount", std::min(all, room)).wantEntries(name, entries);
     }
     Case& wantStatus(ZmoStatus status) {
         m_wantStatus = status;
@@ -351,19 +281,19 @@ class Case {
     ZmoStatus runUnwatched();
     // The same, and no floating-point flag is raised.
     ZmoStatus run();
-    // Runs, compares with what is wanted, which must be all that it writes, and puts everything back.
+    // Runs, compares with what is wanted, which must be all that it writes, and puts all back.
     void expect();
-    // Not watched; what is not told is wanted as the first time made it.
+    // Not watched; what nobody wants otherwise is wanted as the first time made it.
     void expectSameBits();
     // What a call, not watched, makes of the destination, which is put back.
-    AnyImage tried();
+    Image tried();
     // The call gives the same when rows lie more than 2^31 bytes apart.
     void expectWithFarRows(int times = 1);
 
-    // The call succeeds; it refuses null pointers, empty regions, steps that are too short, negative or
-    // no multiple of the element, unknown borders, channels and the like, and what else is wrong, and
-    // writes nothing then. Of two faults the earlier decides: pointers, sizes, steps, then the function's
-    // own values in the order told, state, and sizes beyond all bounds.
+    // The call succeeds; it refuses null pointers, empty regions, steps that are too short, negative
+    // or no multiple of the element, unknown borders, channels and the like, and what else is wrong,
+    // and writes nothing then. Of two faults the earlier decides: pointers, sizes, steps, then the
+    // function's own values in the order given, state, and sizes beyond all bounds.
     void expectBadArguments(const std::vector<Wrong>& wrong = {});
 
     std::string text() const;
@@ -372,11 +302,11 @@ class Case {
     friend class Faults;
     struct Own {
         std::string name;
-        AnyImage image;
+        Image image;
         bool constant;
         bool stepped;
         int row;
-        std::optional<AnyImage> want;
+        std::optional<Image> want;
     };
     struct Guard {
         std::string name;
@@ -386,23 +316,22 @@ class Case {
     static std::string stepOf(const std::string& image);
     Own& find(std::string_view name);
     std::vector<Guard> guards();
+    std::vector<std::string> results() const;
     Arguments arguments();
     std::optional<Slot> own(const Parameter& p);
-    Slot told(const Parameter& p);
-    Case& wantEntries(std::string_view name, std::span<const std::byte> entries, size_t count);
+    Slot slotOf(const Parameter& p);
     void compare(ZmoStatus status);
     void putBack();
 
     Function m_function;
     ZmoiSize m_roi;
     std::vector<Own> m_images;
-    std::optional<AnyImage> m_border;
+    std::optional<size_t> m_maskAt;
+    std::optional<Image> m_border;
     std::map<std::string, Buffer, std::less<>> m_memory;
     Named m_values;
-    std::map<std::string, Slot, std::less<>> m_results;
-    std::map<std::string, Slot, std::less<>> m_want;
-    std::map<std::string, std::vector<std::byte>> m_wantEntries;
-    std::vector<const char*> m_nullable;
+    std::map<std::string, Buffer> m_wantMemory;
+    std::set<std::string> m_nullable{"pBorderValue"};
     std::vector<char*> m_rows;
     bool m_takesAnySize = false;
     int m_firstRow = 0;
@@ -421,37 +350,18 @@ inline void expectSameAtAllLevels(Case one) {
     forEachLevel([&] { one.expectSameBits(); });
 }
 
-// prepare(random, row, size, layout, turn) makes a case with its oracle's results for each row of a table
-// of functions and each size, in several rounds; layouts and turns change.
+// For each row of a table of functions and each size, in several rounds, a case is prepared with its
+// oracle's results; layouts and turns change.
 struct Walk {
     uint64_t stream;
     int rounds = 1;
     std::vector<ZmoiSize> more = {};
 };
+void forEachCase(const Walk& walk, size_t rows,
+                 const std::function<Case(Turn& turn, size_t row)>& prepare);
 template <class Row, class Prepare>
 void forEachCase(const Walk& walk, const std::vector<Row>& rows, Prepare prepare) {
-    Random random(walk.stream);
-    auto all = sizes();
-    all.insert(all.end(), walk.more.begin(), walk.more.end());
-    size_t turn = 0;
-    for (const Row& row : rows) {
-        std::vector<Case> cases;
-        for (int round = 0; round < (sanitized ? 1 : walk.rounds); ++round) {
-            for (const ZmoiSize size : all) {
-                cases.push_back(prepare(random, row, size, layouts()[turn % 4], turn));
-                ++turn;
-            }
-        }
-        expectAtAllLevels(cases);
-        // The next row meets other turns.
-        ++turn;
-    }
-}
-template <class Prepare>
-void forEachCase(const Walk& walk, const Function& function, Prepare prepare) {
-    const auto one = [&](Random& random, const Function&, ZmoiSize size, Layout layout,
-                         size_t turn) { return prepare(random, size, layout, turn); };
-    forEachCase(walk, std::vector<Function>{function}, one);
+    forEachCase(walk, rows.size(), [&](Turn& turn, size_t i) { return prepare(turn, rows[i]); });
 }
 
 }  // namespace kit

@@ -58,7 +58,7 @@ TEST(CoreFeatures, AgreeWithTheKernel) {
     EXPECT_EQ(mask >> 4, 0U);
 }
 
-TEST(CoreFeatures, TellALeaf) {
+TEST(CoreFeatures, GiveALeaf) {
     Zmo64u mask = 0;
     Zmo32u vendor[4] = {};
     Zmo32u extended[4] = {};
@@ -158,25 +158,23 @@ TEST(CoreThreads, OneIsInUse) {
     EXPECT_EQ(zmoGetNumThreads(nullptr), zmoStsNullPtrErr);
 }
 
-// "512K" and the like from sysfs.
-long long sysfsCache(int index) {
-    std::ifstream file("/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index) +
-                       "/size");
-    long long number = 0;
-    char unit = 0;
-    if (!(file >> number >> unit)) return 0;
-    return number * (unit == 'M' ? 1024 * 1024 : 1024);
-}
-
 TEST(CoreCache, AgreesWithTheKernel) {
     int size = -1;
     ASSERT_EQ(zmoGetMaxCacheSizeB(nullptr), zmoStsNullPtrErr);
     const ZmoStatus status = zmoGetMaxCacheSizeB(&size);
     long long largest = 0;
-    for (int index = 0; index < 8; ++index) largest = std::max(largest, sysfsCache(index));
+    for (int index = 0; index < 8; ++index) {
+        // "512K" and the like.
+        std::ifstream file("/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index) +
+                           "/size");
+        long long number = 0;
+        char unit = 0;
+        file >> number >> unit;
+        largest = std::max(largest, number * (unit == 'M' ? 1024 * 1024 : 1024));
+    }
     if (status == zmoStsUnavailable) {
         EXPECT_EQ(size, 0);
-        GTEST_SKIP() << "the processor does not tell its caches";
+        GTEST_SKIP() << "the processor hides its caches";
     }
     ASSERT_EQ(status, zmoStsNoErr);
     EXPECT_GE(size, 1024);
@@ -215,19 +213,16 @@ TEST(CoreClock, ReadersMeasureTheSameClocks) {
 }
 
 // Puts the floating-point registers back.
-class RegisterKeeper {
-  public:
-    RegisterKeeper() { std::fegetenv(&m_environment); }
-    ~RegisterKeeper() { std::fesetenv(&m_environment); }
-    RegisterKeeper(const RegisterKeeper&) = delete;
-    RegisterKeeper& operator=(const RegisterKeeper&) = delete;
+class CoreRegisters : public testing::Test {
+  protected:
+    CoreRegisters() { std::fegetenv(&m_environment); }
+    ~CoreRegisters() override { std::fesetenv(&m_environment); }
 
   private:
     std::fenv_t m_environment;
 };
 
-TEST(CoreRegisters, X87) {
-    const RegisterKeeper keeper;
+TEST_F(CoreRegisters, X87) {
     const unsigned before = zmoFpuSsx4TS(2, 0, 0);
     EXPECT_EQ(zmoFpuSsx4TS(1, 0x23f, 0xf3f) & 0xf3f, 0x23fU);
     // Only the bits under the mask change.
@@ -244,8 +239,7 @@ TEST(CoreRegisters, X87) {
     EXPECT_EQ(zmoFpuSsx4TS(3, 0, 0) & 0x3f, 0U);
 }
 
-TEST(CoreRegisters, Mxcsr) {
-    const RegisterKeeper keeper;
+TEST_F(CoreRegisters, Mxcsr) {
     EXPECT_EQ(zmoFpuSsx4TS(5, 0x9f80, 0xffbf) & 0xffbf, 0x9f80U);
     EXPECT_EQ(_mm_getcsr() & 0xffbf, 0x9f80U);
     zmoFpuSsx4TS(5, 0x40, 0x40);

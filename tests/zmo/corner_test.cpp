@@ -1,8 +1,7 @@
-// Corners from the structure tensor: MinEigenVal, EigenValsVecs, both with a border, and HarrisCorner.
-#include <algorithm>
+// Corners from the structure tensor: MinEigenVal, EigenValsVecs, both with a border, and
+// HarrisCorner.
 #include <cmath>
 
-#include "case.h"
 #include "oracle/mask.h"
 #include "zmocv.h"
 
@@ -67,36 +66,38 @@ Own ownOf(const Row& row, size_t turn) {
             row.function.has("border") ? border : zmoiBorderReplicate};
 }
 
-kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout, const Own& own) {
-    kit::Case c(row.function, size, layout, {{"pSrc", {}, 10}, {"pDst", {}, 0, row.floats()}});
-    c.with({{"kernel", own.kernel},
-            {"kernelSize", own.kernelSize},
-            {"windowSize", own.windowSize},
-            {"k", own.k},
-            {"scale", own.scale},
-            {"border", own.border}})
-        .sized(row.query);
+kit::Case caseOf(const Row& row, const kit::Turn& t, const Own& own, const kit::Pixels& pixels) {
+    kit::Case c(row.function, t, {{"pSrc", {}, 10}, {"pDst", {}, 0, row.floats()}});
     c.allowAnySize();
-    return c;
+    c.src().fill(pixels);
+    if (row.function.has("border")) c.borderValue().fill(pixels);
+    return c
+        .with({{"kernel", own.kernel},
+               {"kernelSize", own.kernelSize},
+               {"windowSize", own.windowSize},
+               {"k", own.k},
+               {"scale", own.scale},
+               {"border", own.border}})
+        .sized(row.query);
 }
 
 // The tensors of all pixels, each window summed anew.
-template <class T>
-std::vector<Tensor> tensors(const kit::Image<T>& src, const Own& own, T value) {
+std::vector<Tensor> tensors(const kit::Case& c, const Own& own) {
     using oracle::Mask;
     const int radius = own.windowSize / 2;
-    const oracle::Extended<T> picture{src, own.border, value};
+    const kit::Image src = c.src().numbers();
+    const oracle::Extended picture{src, own.border, c.outside()};
     const auto derived = [&](Mask sobel, Mask scharr) {
         const Mask mask = own.kernel == zmoiKernelSobel ? sobel : scharr;
-        kit::Image<double> image(src.size(), {}, own.border == zmoiBorderInMem ? radius : 0);
-        image.fill(
-            [&](int x, int y) { return oracle::mask(picture, x, y, own.kernelSize / 2, mask); });
-        return image;
+        return kit::Image(
+            src.size(),
+            [&](int x, int y) { return oracle::mask(picture, x, y, own.kernelSize / 2, mask); },
+            own.border == zmoiBorderInMem ? radius : 0);
     };
-    const kit::Image<double> dx = derived(Mask::vert, Mask::scharrVert);
-    const kit::Image<double> dy = derived(Mask::horiz, Mask::scharrHoriz);
-    const oracle::Extended<double> alongX{dx, own.border, 0};
-    const oracle::Extended<double> alongY{dy, own.border, 0};
+    const kit::Image dx = derived(Mask::vert, Mask::scharrVert);
+    const kit::Image dy = derived(Mask::horiz, Mask::scharrHoriz);
+    const oracle::Extended alongX{dx, own.border};
+    const oracle::Extended alongY{dy, own.border};
     std::vector<Tensor> all;
     kit::forEachPixel(src.size(), [&](int x, int y) {
         Tensor t = {0, 0, 0};
@@ -112,93 +113,68 @@ std::vector<Tensor> tensors(const kit::Image<T>& src, const Own& own, T value) {
     return all;
 }
 
-template <class T>
-std::vector<Tensor> tensors(kit::Case& c, const Own& own) {
-    const bool border = c.function().has("border");
-    return tensors(c.src().as<T>(), own, border ? c.borderValue().as<T>().get(0, 0) : T{});
-}
-
 // Every function gives the bits of the formulas.
-template <class T>
-kit::Case& wantOracle(kit::Case& c, const Row& row, const Own& own) {
-    const std::vector<Tensor> expected = tensors<T>(c, own);
-    return c.want("pDst", [&](int x, int y, int i) {
+kit::Case& wantOracle(kit::Case&& c, const Row& row, const Own& own) {
+    const std::vector<Tensor> expected = tensors(c, own);
+    return c.want([&](int x, int y, int i) {
         return row.result(expected[kit::indexIn(c.roi(), x, y)], i, own);
     });
 }
 
-template <class Draw>
-void fill(kit::Case& c, Draw draw) {
-    c.src().fill(draw);
-    if (c.function().has("border")) c.borderValue().fill(draw);
-}
-
-template <class T>
-void expectOracleEverywhere(const std::vector<Row>& rows,
-                            const std::function<double(kit::Random&, size_t turn)>& draw) {
-    kit::forEachCase(
-        {90, 4}, rows,
-        [&](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t turn) {
-            const Own own = ownOf(row, turn);
-            kit::Case c = caseOf(row, size, layout, own);
-            fill(c, [&] { return draw(random, turn); });
-            return wantOracle<T>(c, row, own);
-        });
-}
-
-// Integers, of which some are black or white only, and eighths, whose products and sums are exact in
-// double precision.
+// Integers, of which some are black or white only.
 TEST(Corner, Oracle8u) {
-    expectOracleEverywhere<Zmo8u>(rows8u, [](auto& random, size_t turn) -> double {
-        return static_cast<double>(turn / 4 % 2 ? random.between(0, 255)
-                                                : random.between(0, 1) * 255);
+    kit::forEachCase({90, 4}, rows8u, [](kit::Turn& t, const Row& row) {
+        const Own own = ownOf(row, t.number);
+        const int unit = t.number / 4 % 2 ? 1 : 255;
+        return wantOracle(caseOf(row, t, own, [&] { return t.between(0, 255 / unit) * unit; }), row,
+                          own);
     });
-    kit::Random random(91);
+    kit::Turn t(91, {17, 5});
     for (const Row& row : rows8u) {
         Own widest = ownOf(row, 1);
         widest.windowSize = 255;
         for (const ZmoiBorderType border : {zmoiBorderConst, zmoiBorderMirror}) {
             if (row.function.has("border")) widest.border = border;
-            kit::Case c = caseOf(row, {17, 5}, {}, widest);
-            fill(c, [&] { return random.between(0, 1) * 255; });
-            kit::expectAtAllLevels(wantOracle<Zmo8u>(c, row, widest));
+            kit::expectAtAllLevels(wantOracle(
+                caseOf(row, t, widest, [&] { return t.between(0, 1) * 255; }), row, widest));
         }
     }
 }
 
+// Eighths, whose products and sums are exact in double precision.
 TEST(Corner, Oracle32f) {
-    expectOracleEverywhere<Zmo32f>(rows32f, [](auto& random, size_t) {
-        return static_cast<double>(random.between(-8000, 8000)) / 8;
+    kit::forEachCase({92, 4}, rows32f, [](kit::Turn& t, const Row& row) {
+        const Own own = ownOf(row, t.number);
+        return wantOracle(caseOf(row, t, own, [&] { return t.between(-8000, 8000) / 8.0; }), row,
+                          own);
     });
 }
 
 // Behind a bright part of the picture only rounding is left in the running sums.
 TEST(Corner, RunningSumsOfFloats) {
+    kit::Turn t(93, {90, 60});
     const Row& row = rows32f[3];
     const Own own = ownOf(row, 3);
-    kit::Case c = caseOf(row, {90, 60}, {}, own);
-    kit::Random random(93);
-    fill(c, [&] { return random.uniform(-1, 1); });
-    for (int x = 0; x < 90; ++x) c.src().set(x, 10, 0, 12345.678F);
-    const std::vector<Tensor> expected = tensors<Zmo32f>(c, own);
+    kit::Case c = caseOf(row, t, own, [&] { return t.uniform(-1, 1); });
+    for (int x = 0; x < 90; ++x) c.src().set(x, 10, 12345.678F);
+    const std::vector<Tensor> expected = tensors(c, own);
     double largest = 0;
-    for (const Tensor& t : expected) largest = std::max({largest, t.a, t.c});
-    const kit::AnyImage dst = c.tried();
+    for (const Tensor& tensor : expected) largest = std::max({largest, tensor.a, tensor.c});
+    const kit::Image dst = c.tried();
     kit::forEachPixel(dst.size(), [&](int x, int y) {
         const double want = eigenResult(expected[kit::indexIn(dst.size(), x, y)], 0);
-        EXPECT_NEAR(dst.get(x, y), want, 2e-7 * want + (90 + 60) * 0x1p-52 * largest);
+        EXPECT_NEAR(dst(x, y), want, 2e-7 * want + (90 + 60) * 0x1p-52 * largest);
     });
 }
 
 // Whatever comes of it, it is the same at all levels.
 TEST(Corner, NotANumber) {
-    kit::Random random(95);
+    kit::Turn t(95, {90, 20});
     for (const Row& row : rows32f) {
-        kit::Case c = caseOf(row, {90, 20}, {}, ownOf(row, 3));
-        fill(c, [&] { return random.uniform(-1, 1); });
-        c.src().set(40, 5, 0, NAN);
-        c.src().set(50, 8, 0, -NAN);
-        c.src().set(20, 14, 0, HUGE_VAL);
+        kit::Case c = caseOf(row, t, ownOf(row, 3), [&] { return t.uniform(-1, 1); });
+        c.src().set(40, 5, NAN);
+        c.src().set(50, 8, -NAN);
+        c.src().set(20, 14, HUGE_VAL);
         kit::expectSameAtAllLevels(c);
     }
 }
@@ -216,17 +192,7 @@ TEST(Corner, BadArguments) {
                 wrong.push_back({"k", {0.26F, NAN}, zmoStsRangeErr});
                 wrong.push_back({"scale", {0, INFINITY}, zmoStsRangeErr});
             }
-            kit::Case c = caseOf(row, {17, 13}, {}, own);
-            c.expectBadArguments(wrong);
-            kit::Case(row.query)
-                .with({{"kernelSize", 5},
-                       {"windowSize", 3},
-                       {"type", c.src().type()},
-                       {"channels", 1}})
-                .expectBadArguments({{"kernelSize", 4, zmoStsMaskSizeErr},
-                                     {"windowSize", 2, zmoStsMaskSizeErr},
-                                     {"type", zmo16u, zmoStsDataTypeErr},
-                                     {"channels", 3, zmoStsChannelsErr}});
+            caseOf(row, kit::Turn(96, {17, 13}), own, 1).expectBadArguments(wrong);
         }
     }
 }

@@ -1,91 +1,74 @@
 // Filters: separable, Gaussian, with fixed masks, and between rows of the caller's.
 #include "oracle/filter.h"
-#include "bordered.h"
+#include "oracle/mask.h"
 #include "zmoi.h"
 
 namespace {
 
-// Kernels of changing sizes, anchors and weights; from time to time sums exceed 32 bits. Products with
-// the rounded inverse of 98 miss many halves.
-oracle::Taps tapsOf(size_t turn, bool wide) {
+bool isReal(const kit::Function& function) {
+    return function.isNamed("32f");
+}
+
+// Kernels of changing sizes, anchors and weights; from time to time sums exceed 32 bits. Products
+// with the rounded inverse of 98 miss many halves.
+oracle::Taps tapsOf(size_t turn, const kit::Function& function) {
     static constexpr int widths[] = {1, 3, 5, 7, 2, 11, 6};
     static constexpr int heights[] = {5, 1, 3, 8, 7, 2, 12, 9};
     static constexpr int divisors[] = {1, 16, 6, 49, 1000, 2, 4096, 3, 98};
     static constexpr int sizes[] = {1, 2, 20, 100, 2700};
     kit::Random random(1000 + turn);
-    const int size = sizes[turn % (wide ? 5 : 4)];
+    const int size = sizes[turn % (function.isNamed("Pipeline") ? 4 : 5)];
+    const auto weight = [&](int least) {
+        const int whole = random.between(least, size);
+        return isReal(function) ? double{static_cast<float>(whole) * 0.0137F} : whole;
+    };
     oracle::Taps taps;
-    for (int i = 0; i < widths[turn % 7]; ++i) {
-        taps.row.push_back(static_cast<Zmo16s>(random.between(-size, size)));
-    }
-    for (int j = 0; j < heights[turn % 8]; ++j) {
-        taps.column.push_back(static_cast<Zmo16s>(random.between(-size / 2, size)));
-    }
-    taps.anchor = {static_cast<int>(random.between(0, taps.size().width - 1)),
-                   static_cast<int>(random.between(0, taps.size().height - 1))};
+    for (int i = 0; i < widths[turn % 7]; ++i) taps.row.push_back(weight(-size));
+    for (int j = 0; j < heights[turn % 8]; ++j) taps.column.push_back(weight(-size / 2));
+    taps.anchor = {random.between(0, taps.size().width - 1),
+                   random.between(0, taps.size().height - 1)};
     taps.divisor = divisors[turn % 9];
     return taps;
 }
-std::vector<float> floats(const std::vector<Zmo16s>& weights) {
-    std::vector<float> result;
-    for (const Zmo16s weight : weights) result.push_back(static_cast<float>(weight) * 0.0137F);
-    return result;
+
+ZmoiBorderType borderOf(const kit::Turn& t) {
+    return static_cast<ZmoiBorderType>(t.number % 4);
 }
 
-// The weights as the function takes them.
-kit::Buffer memoryOf(const kit::Function& function, const std::vector<Zmo16s>& weights) {
-    const auto copied = [](const auto& values) {
-        const auto bytes = std::as_bytes(std::span(values));
-        kit::Buffer memory(static_cast<int64_t>(bytes.size()), 0);
-        std::memcpy(memory.ptr(), bytes.data(), bytes.size());
-        memory.snapshot();
-        return memory;
-    };
-    return function.isNamed("32f") ? copied(floats(weights)) : copied(weights);
-}
-
-constexpr int margin = 12;
-
-ZmoiBorderType borderOf(size_t turn) {
-    return static_cast<ZmoiBorderType>(turn % 4);
-}
-
-kit::Case caseOf(kit::Random& random, const kit::Function& function, ZmoiSize size,
-                 kit::Layout layout, size_t turn) {
-    kit::Case c(function, size, layout, {{"pSrc", {}, margin}, {"ppSrc", {}, margin}});
+kit::Case caseOf(kit::Turn& t, const kit::Function& function) {
+    kit::Case c(function, t, {{"pSrc", {}, 12}, {"ppSrc", {}, 12}});
     c.allowAnySize();
-    kit::drawWide(random, turn, c.src());
-    if (function.has("border")) kit::drawWide(random, turn, c.borderValue());
-    return c.with("border", borderOf(turn));
+    draw(t, c.src());
+    if (function.has("border")) draw(t, c.borderValue());
+    return c.with("border", borderOf(t));
 }
 
-kit::Case separableCase(kit::Random& random, const kit::Function& function, ZmoiSize size,
-                        kit::Layout layout, size_t turn) {
-    kit::Case c = caseOf(random, function, size, layout, turn);
-    const oracle::Taps taps = tapsOf(turn, true);
-    const bool real = function.isNamed("32f");
-    c.give("pRowKernel", memoryOf(function, taps.row))
-        .give("pColumnKernel", memoryOf(function, taps.column))
-        .with({{"kernelSize", taps.size()}, {"anchor", taps.anchor}, {"divisor", taps.divisor}})
+kit::Case separableCase(kit::Turn& t, const kit::Function& function) {
+    kit::Case c = caseOf(t, function);
+    const oracle::Taps taps = tapsOf(t.number, function);
+    const bool real = isReal(function);
+    c.with({{"pRowKernel", taps.row},
+            {"pColumnKernel", taps.column},
+            {"kernelSize", taps.size()},
+            {"anchor", taps.anchor},
+            {"divisor", taps.divisor}})
         .sized(ZMO(zmoiFilterSeparableGetSize_L))
         .prepared(real ? ZMO(zmoiFilterSeparableInit_32f_L) : ZMO(zmoiFilterSeparableInit_16s_L));
-    return kit::wantBordered(c, borderOf(turn), [&](const auto& a, int x, int y) -> double {
-        if (!real) return static_cast<double>(oracle::separable(a, x, y, taps));
-        return oracle::separable32f(a, x, y, floats(taps.row), floats(taps.column), taps.anchor);
+    return oracle::wantBordered(c, borderOf(t), [=](const oracle::Extended& a, int x, int y) {
+        return oracle::separable(a, x, y, taps, real);
     });
 }
 
-kit::Case gaussianCase(kit::Random& random, const kit::Function& function, ZmoiSize size,
-                       kit::Layout layout, size_t turn) {
-    const int taps = std::array{5, 3, 11, 1, 7}[turn % 5];
-    const float sigma = std::array{1.0F, 0.05F, 2.5F, 0.7F}[turn % 4];
-    kit::Case c = caseOf(random, function, size, layout, turn);
+kit::Case gaussianCase(kit::Turn& t, const kit::Function& function) {
+    const int taps = std::array{5, 3, 11, 1, 7}[t.number % 5];
+    const float sigma = std::array{1.0F, 0.05F, 2.5F, 0.7F}[t.number % 4];
+    kit::Case c = caseOf(t, function);
     c.with({{"kernelSize", taps}, {"sigma", sigma}})
         .sized(ZMO(zmoiFilterGaussianGetSize_L))
         .prepared(ZMO(zmoiFilterGaussianInit));
     const auto weights = oracle::gaussian(taps, sigma);
-    return kit::wantBordered(c, borderOf(turn), [&](const auto& a, int x, int y) {
-        return oracle::separable32f(a, x, y, weights, weights, {taps / 2, taps / 2});
+    return oracle::wantBordered(c, borderOf(t), [=](const oracle::Extended& a, int x, int y) {
+        return oracle::separable(a, x, y, {weights, weights, {taps / 2, taps / 2}}, true);
     });
 }
 
@@ -107,59 +90,48 @@ const std::vector<Masked> masks = {
     MASK(SobelCross, 32f, cross),      MASK(Laplacian, 32f, laplacian),
     MASK(Lowpass, 32f, lowpass)};
 
-kit::Case maskCase(kit::Random& random, const Masked& row, ZmoiSize size, kit::Layout layout,
-                   size_t turn) {
-    const int side = turn / 4 % 2 == 0 ? 3 : 5;
-    kit::Case c = caseOf(random, row.function, size, layout, turn);
-    c.with("mask", side).sized(row.query);
-    return kit::wantBordered(
-        c, borderOf(turn), [&]<class S>(const oracle::Extended<S>& a, int x, int y) {
-            if constexpr (std::is_same_v<S, Zmo8u> || std::is_same_v<S, Zmo32f>) {
-                return static_cast<double>(oracle::mask(a, x, y, side / 2, row.kind));
-            } else {
-                return 0.0;
-            }
-        });
+kit::Case maskCase(kit::Turn& t, const Masked& row) {
+    const int side = t.number / 4 % 2 == 0 ? 3 : 5;
+    kit::Case c = caseOf(t, row.function).with("mask", side).sized(row.query);
+    return oracle::wantBordered(c, borderOf(t), [&](const oracle::Extended& a, int x, int y) {
+        return oracle::mask(a, x, y, side / 2, row.kind);
+    });
 }
 
 // The sum saturates at every tap.
-template <class S>
-double lowSum(const oracle::Extended<S>& a, int x, int y, const std::vector<Zmo16s>& weights,
-              bool rows, ZmoiPoint anchor) {
-    int64_t sum = 0;
-    for (int i = 0; i < static_cast<int>(weights.size()); ++i) {
-        const S pixel = rows ? a(x + i - anchor.x, y) : a(x, y + i - anchor.y);
-        sum += weights[static_cast<size_t>(i)] * static_cast<int64_t>(pixel);
-        sum = std::clamp<int64_t>(sum, INT16_MIN, INT16_MAX);
+double lowSum(const oracle::Extended& a, int x, int y, const oracle::Taps& taps) {
+    double sum = 0;
+    for (int j = 0; j < taps.size().height; ++j) {
+        for (int i = 0; i < taps.size().width; ++i) {
+            const double weight =
+                taps.row[static_cast<size_t>(i)] * taps.column[static_cast<size_t>(j)];
+            sum += weight * a(x + i - taps.anchor.x, y + j - taps.anchor.y);
+            sum = std::clamp<double>(sum, INT16_MIN, INT16_MAX);
+        }
     }
-    return static_cast<double>(sum);
+    return sum;
 }
 
 // A pipeline is a separable filter with one tap in the other direction.
-kit::Case pipelineCase(kit::Random& random, const kit::Function& function, ZmoiSize size,
-                       kit::Layout layout, size_t turn) {
+kit::Case pipelineCase(kit::Turn& t, const kit::Function& function) {
     const bool rows = function.isNamed("Row");
-    oracle::Taps taps = tapsOf(turn, false);
+    oracle::Taps taps = tapsOf(t.number, function);
     (rows ? taps.column : taps.row) = {1};
     (rows ? taps.anchor.y : taps.anchor.x) = 0;
     const auto& weights = rows ? taps.row : taps.column;
     const int count = static_cast<int>(weights.size());
-    kit::Case c = caseOf(random, function, size, layout, turn);
-    if (!rows) c.setRows(-taps.anchor.y, size.height + count - 1);
-    c.give("pKernel", memoryOf(function, weights))
-        .with({{"kernelSize", count}, {"anchor", taps.anchor.x}, {"divisor", taps.divisor}})
+    kit::Case c = caseOf(t, function);
+    if (!rows) c.setRows(-taps.anchor.y, t.size.height + count - 1);
+    c.with({{"pKernel", weights},
+            {"kernelSize", count},
+            {"anchor", taps.anchor.x},
+            {"divisor", taps.divisor}})
         .sized(rows ? ZMO(zmoiFilterRowBorderPipelineGetBufferSize)
                     : ZMO(zmoiFilterColumnPipelineGetBufferSize));
-    const auto outside = [&](int k) { return rows ? c.borderValue().get(0, 0, k) : 0; };
-    return kit::wantBordered(
-        c, rows ? borderOf(turn) : zmoiBorderInMem, outside,
-        [&](const auto& a, int x, int y) -> double {
-            if (function.isNamed("32f")) {
-                return rows ? oracle::separable32f(a, x, y, floats(weights), {1}, taps.anchor)
-                            : oracle::separable32f(a, x, y, {1}, floats(weights), taps.anchor);
-            }
-            if (function.isNamed("Low")) return lowSum(a, x, y, weights, rows, taps.anchor);
-            return static_cast<double>(oracle::separable(a, x, y, taps));
+    return oracle::wantBordered(
+        c, rows ? borderOf(t) : zmoiBorderInMem, [&](const oracle::Extended& a, int x, int y) {
+            return function.isNamed("Low") ? lowSum(a, x, y, taps)
+                                           : oracle::separable(a, x, y, taps, isReal(function));
         });
 }
 
@@ -198,42 +170,35 @@ TEST(Filters, Pipelines) {
 }
 
 TEST(Filters, ImagesBeyondTwoGigabytes) {
-    kit::Random random(38);
-    for (const auto& function : separables) {
-        separableCase(random, function, {37, 6}, {}, 60).expectWithFarRows();
-    }
+    kit::Turn t(38, {37, 6}, {}, 60);
+    for (const auto& function : separables) separableCase(t, function).expectWithFarRows();
     for (const auto& function : gaussians) {
-        if (function.large()) gaussianCase(random, function, {37, 6}, {}, 60).expectWithFarRows();
+        if (function.large()) gaussianCase(t, function).expectWithFarRows();
     }
 }
 
 TEST(Filters, BadArguments) {
-    kit::Random random(39);
-    const auto stateOf = [&](const auto& make, const Functions& from, std::string_view name) {
-        for (const auto& function : from) {
-            if (function.isNamed(name)) return make(random, function, {20, 3}, {}, 62);
-        }
-        throw std::invalid_argument(std::string(name));
-    };
-    kit::Case gauss = stateOf(gaussianCase, gaussians, "Border_16s_C3R");
-    kit::Case grey = stateOf(gaussianCase, gaussians, "Border_16s_C1R");
-    kit::Case real = stateOf(gaussianCase, gaussians, "Border_32f_C3R");
-    kit::Case separable = stateOf(separableCase, separables, "_16s_C3R");
+    kit::Turn t(39, {20, 3}, {}, 62);
+    kit::Case gauss = gaussianCase(t, ZMO(zmoiFilterGaussianBorder_16s_C3R));
+    kit::Case grey = gaussianCase(t, ZMO(zmoiFilterGaussianBorder_16s_C1R));
+    kit::Case real = gaussianCase(t, ZMO(zmoiFilterGaussianBorder_32f_C3R));
     const auto state = [](kit::Case& c) { return c.memory("pState").ptr(); };
     gauss.expectBadArguments({{"pState", {state(grey), state(real)}, zmoStsStateErr}});
-    separable.expectBadArguments({{"pState", state(gauss), zmoStsStateErr}});
-    maskCase(random, masks[2], {20, 3}, {}, 62)
-        .expectBadArguments({{"mask", 4, zmoStsMaskSizeErr}});
+    separableCase(t, ZMO(zmoiFilterSeparable_16s_C3R_L))
+        .expectBadArguments({{"pState", state(gauss), zmoStsStateErr}});
+    maskCase(t, masks[2]).expectBadArguments({{"mask", 4, zmoStsMaskSizeErr}});
 
-    const Zmo16s kernel[31] = {10, 20, 30, 20, 10, 100, 0, 32000, 800};
     const kit::Named fewTaps = {
-        {"pKernel", &kernel[0]}, {"kernelSize", 5}, {"anchor", 2}, {"divisor", 2}};
-    kit::Case rows = stateOf(pipelineCase, pipelines, "RowBorderPipeline_16s_C3R");
+        {"pKernel", std::vector<double>{10, 20, 30, 20, 10, 100, 0, 32000, 800}},
+        {"kernelSize", 5},
+        {"anchor", 2},
+        {"divisor", 2}};
+    kit::Case rows = pipelineCase(t, ZMO(zmoiFilterRowBorderPipeline_16s_C3R));
     rows.with(fewTaps).expectBadArguments({{"kernelSize", 0, zmoStsMaskSizeErr},
                                            {"anchor", {-1, 9}, zmoStsAnchorErr},
                                            {"divisor", 0, zmoStsRangeErr},
                                            {"kernelSize", 9, zmoStsRangeErr}});
-    kit::Case columns = stateOf(pipelineCase, pipelines, "ColumnPipeline_16s_C3R");
+    kit::Case columns = pipelineCase(t, ZMO(zmoiFilterColumnPipeline_16s_C3R));
     columns.with(fewTaps).with("kernelSize", 1);
     columns.setRows(0, 3);
     // With two taps the fourth row is missed.
@@ -243,52 +208,36 @@ TEST(Filters, BadArguments) {
 }
 
 TEST(Filters, BadStates) {
-    static constexpr Zmo16s kernel[31] = {10, 20, 30, 20, 10, 100, 0, 32000, 800};
-    static constexpr Zmo32f floatKernel[] = {1, 2, 3, 2, 1, HUGE_VALF};
-    const kit::Named gaussian = {
-        {"kernelSize", 5}, {"sigma", 1}, {"type", zmo16u}, {"channels", 3}};
-    const kit::Named separable = {{"kernelSize", ZmoiSize{5, 5}},
-                                  {"anchor", ZmoiPoint{2, 2}},
-                                  {"divisor", 2},
-                                  {"srcType", zmo16u},
-                                  {"dstType", zmo16u},
-                                  {"channels", 3}};
-    const std::vector<kit::Wrong> wrongGaussian = {{"kernelSize", 4, zmoStsMaskSizeErr},
-                                                   {"type", zmo64f, zmoStsDataTypeErr}};
     const kit::Wrong sizes{"kernelSize", {ZmoiSize{256, 5}, ZmoiSize{5, 0}}, zmoStsMaskSizeErr};
     const kit::Wrong types{{{"srcType", zmo64f}, {"dstType", zmo64f}}, zmoStsDataTypeErr};
     const kit::Wrong anchor{"anchor", ZmoiPoint{2, 300}, zmoStsAnchorErr};
-    const kit::Buffer state(4096);
-    kit::Case(ZMO(zmoiFilterGaussianInit_L))
-        .with(gaussian)
-        .give("pState", state)
-        .expectBadArguments({wrongGaussian[0], {"sigma", 0, zmoStsRangeErr}, wrongGaussian[1]});
-    kit::Case(ZMO(zmoiFilterSeparableInit_16s_L))
-        .with(separable)
-        .with({{"pRowKernel", &kernel[0]}, {"pColumnKernel", &kernel[0]}})
-        .give("pState", state)
+    const auto separable = [](const kit::Function& function, const std::vector<double>& kernel) {
+        return kit::Case(function)
+            .with({{"pRowKernel", kernel},
+                   {"pColumnKernel", kernel},
+                   {"kernelSize", ZmoiSize{5, 5}},
+                   {"anchor", ZmoiPoint{2, 2}},
+                   {"divisor", 2},
+                   {"srcType", zmo16u},
+                   {"dstType", zmo16u},
+                   {"channels", 3}})
+            .give("pState", kit::Buffer(4096));
+    };
+    separable(ZMO(zmoiFilterSeparableInit_16s_L), {10, 20, 30, 20, 10, 100, 0, 32000, 800})
         .expectBadArguments({sizes,
                              anchor,
                              {"divisor", 0, zmoStsRangeErr},
                              {"kernelSize", ZmoiSize{9, 5}, zmoStsRangeErr},
                              types});
-    kit::Case(ZMO(zmoiFilterSeparableInit_32f_L))
-        .with(separable)
-        .with({{"pRowKernel", &floatKernel[0]}, {"pColumnKernel", &floatKernel[0]}})
-        .give("pState", state)
+    separable(ZMO(zmoiFilterSeparableInit_32f_L), {1, 2, 3, 2, 1, HUGE_VAL})
         .expectBadArguments({sizes, anchor, {"kernelSize", ZmoiSize{6, 5}, zmoStsRangeErr}});
-    kit::Case(ZMO(zmoiFilterGaussianGetSize_L)).with(gaussian).expectBadArguments(wrongGaussian);
-    kit::Case(ZMO(zmoiFilterSeparableGetSize_L)).with(separable).expectBadArguments({sizes, types});
-    for (const auto& query :
-         {ZMO(zmoiFilterSobelVertBorderGetBufferSize), ZMO(zmoiFilterSobelHorizBorderGetBufferSize),
-          ZMO(zmoiFilterSobelCrossBorderGetBufferSize), ZMO(zmoiFilterLaplacianBorderGetBufferSize),
-          ZMO(zmoiFilterLowpassBorderGetBufferSize)}) {
-        const bool isCross = query.isNamed("Cross");
-        kit::Case(query)
-            .with({{"mask", zmoiMask5x5}, {"type", isCross ? zmo32f : zmo8u}, {"channels", 1}})
-            .expectBadArguments({{"mask", 4, zmoStsMaskSizeErr},
-                                 {"type", isCross ? zmo8u : zmo16s, zmoStsDataTypeErr}});
-    }
+    separable(ZMO(zmoiFilterSeparableGetSize_L), {}).expectBadArguments({sizes, types});
+    kit::Case(ZMO(zmoiFilterGaussianInit_L))
+        .with({{"kernelSize", 5}, {"sigma", 1}, {"type", zmo16u}, {"channels", 3}})
+        .give("pState", kit::Buffer(4096))
+        .expectBadArguments({{"kernelSize", 4, zmoStsMaskSizeErr},
+                             {"sigma", 0, zmoStsRangeErr},
+                             {"type", zmo64f, zmoStsDataTypeErr}});
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 
 #include "case.h"
@@ -43,9 +42,9 @@ const std::vector<Row> rows = {FLOODS(4, 8u, bytes),
                                DELTA_FLOODS(4, 32f, floats, floatDeltas),
                                DELTA_FLOODS(8, 32f, floats, floatDeltas)};
 
-kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout, ZmoiPoint seed, double value,
+kit::Case caseOf(const Row& row, const kit::Turn& t, ZmoiPoint seed, double value,
                  double minDelta = 1, double maxDelta = 1) {
-    return kit::Case(row.function, size, layout)
+    return kit::Case(row.function, t)
         .with({{"seed", seed}, {"value", value}, {"minDelta", minDelta}, {"maxDelta", maxDelta}})
         .sized(ZMO(zmoiFloodFillGetBufferSize));
 }
@@ -54,42 +53,38 @@ kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout, ZmoiPoint se
 // so that it matters in which direction a step is taken.
 TEST(Flood, Oracle) {
     std::map<std::string, size_t> most;
-    kit::forEachCase(
-        {61, 4}, rows,
-        [&](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t) {
-            const ZmoiPoint seed{static_cast<int>(random.between(0, size.width - 1)),
-                                 static_cast<int>(random.between(0, size.height - 1))};
-            const double value = random.pick(row.values);
-            const double minDelta = random.pick(row.deltas);
-            const double maxDelta = random.pick(row.deltas);
-            kit::Case c = caseOf(row, size, layout, seed, value, minDelta, maxDelta);
-            kit::AnyImage& image = c.dst();
-            image.fill(
-                [&] { return random.between(0, 2) ? row.values[0] : random.pick(row.values); });
-            const double first = image.get(seed.x, seed.y);
-            const auto pixels =
-                oracle::reached(size, seed, row.connectivity, [&](ZmoiPoint p, ZmoiPoint q) {
-                    const double next = image.get(q.x, q.y);
-                    if (row.rule == Rule::equal) return next == first;
-                    const double from = row.rule == Rule::range ? first : image.get(p.x, p.y);
-                    return next >= from - minDelta && next <= from + maxDelta;
-                });
-            kit::AnyImage after = image;
-            ZmoiPoint low = seed;
-            ZmoiPoint high = seed;
-            for (const ZmoiPoint p : pixels) {
-                after.set(p.x, p.y, 0, value);
-                low = {std::min(low.x, p.x), std::min(low.y, p.y)};
-                high = {std::max(high.x, p.x), std::max(high.y, p.y)};
-            }
-            size_t& largest = most[row.function.name()];
-            largest = std::max(largest, pixels.size());
-            c.wantResult("pRegion",
-                         ZmoiFloodRegion{static_cast<double>(pixels.size()),
-                                         {low.x, low.y, high.x - low.x + 1, high.y - low.y + 1},
-                                         value});
-            return c.want("pSrcDst", [&](int x, int y) { return after.get(x, y); });
-        });
+    kit::forEachCase({61, 4}, rows, [&](kit::Turn& t, const Row& row) {
+        const ZmoiPoint seed{t.between(0, t.size.width - 1), t.between(0, t.size.height - 1)};
+        const double value = t.pick(row.values);
+        const double minDelta = t.pick(row.deltas);
+        const double maxDelta = t.pick(row.deltas);
+        kit::Case c = caseOf(row, t, seed, value, minDelta, maxDelta);
+        kit::Image& image = c.dst();
+        image.fill([&] { return t.between(0, 2) ? row.values[0] : t.pick(row.values); });
+        const double first = image(seed.x, seed.y);
+        const auto joins = [&](ZmoiPoint p, ZmoiPoint q) {
+            const double next = image(q.x, q.y);
+            if (row.rule == Rule::equal) return next == first;
+            const double from = row.rule == Rule::range ? first : image(p.x, p.y);
+            return next >= from - minDelta && next <= from + maxDelta;
+        };
+        const auto pixels = oracle::reached(t.size, seed, row.connectivity, joins);
+        kit::Image after = image;
+        ZmoiPoint low = seed;
+        ZmoiPoint high = seed;
+        for (const ZmoiPoint p : pixels) {
+            after.set(p.x, p.y, value);
+            low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+            high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+        }
+        size_t& largest = most[row.function.name()];
+        largest = std::max(largest, pixels.size());
+        c.wantResult("pRegion",
+                     ZmoiFloodRegion{static_cast<double>(pixels.size()),
+                                     {low.x, low.y, high.x - low.x + 1, high.y - low.y + 1},
+                                     value});
+        return c.want(after);
+    });
     for (const auto& [name, size] : most) {
         EXPECT_GT(size, kit::sanitized ? 50U : 500U) << name << " was never given a large region";
     }
@@ -99,9 +94,9 @@ TEST(Flood, Oracle) {
 TEST(Flood, SeedThatIsNotANumber) {
     for (const Row& row : rows) {
         if (row.values != floats) continue;
-        kit::Case c = caseOf(row, {9, 3}, {}, {4, 1}, 7);
-        c.dst().fill([] { return NAN; });
-        c.want("pSrcDst", [](int x, int y) { return x == 4 && y == 1 ? 7 : NAN; });
+        kit::Case c = caseOf(row, kit::Turn(62, {9, 3}), {4, 1}, 7);
+        c.dst().fill(NAN);
+        c.want([](int x, int y) { return x == 4 && y == 1 ? 7 : NAN; });
         c.wantResult("pRegion", ZmoiFloodRegion{1, {4, 1, 1, 1}, 7});
         kit::expectSameAtAllLevels(c);
     }
@@ -109,15 +104,15 @@ TEST(Flood, SeedThatIsNotANumber) {
 
 TEST(Flood, BadArguments) {
     for (const Row& row : rows) {
-        std::vector<kit::Wrong> wrong;
-        for (const ZmoiPoint seed : {ZmoiPoint{-1, 1}, {12, 1}, {1, -1}, {1, 4}}) {
-            wrong.push_back({"seed", seed, zmoStsPointErr});
-        }
+        std::vector<kit::Wrong> wrong = {
+            {"seed",
+             {ZmoiPoint{-1, 1}, ZmoiPoint{12, 1}, ZmoiPoint{1, -1}, ZmoiPoint{1, 4}},
+             zmoStsPointErr}};
         if (row.values == floats && row.rule != Rule::equal) {
             wrong.push_back({"minDelta", -1, zmoStsRangeErr});
             wrong.push_back({"maxDelta", NAN, zmoStsRangeErr});
         }
-        kit::Case c = caseOf(row, {12, 4}, {}, {1, 1}, 9);
+        kit::Case c = caseOf(row, kit::Turn(63, {12, 4}), {1, 1}, 9);
         c.expectBadArguments();
         // A larger region would hold the seeds.
         c.allowAnySize();

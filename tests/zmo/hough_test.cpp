@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <vector>
 
 #include "case.h"
 #include "zmocv.h"
@@ -14,8 +12,7 @@ struct Region {
 };
 
 // All lines, strongest first.
-std::vector<ZmoiPolar> expectedLines(const kit::AnyImage& src, const Region& region,
-                                     int threshold) {
+std::vector<ZmoiPolar> expectedLines(const kit::Image& src, const Region& region, int threshold) {
     const auto [low, high] = region.limits;
     const ZmoiPolar delta = region.delta;
     const auto last = [](double from, double to, double step) {
@@ -23,11 +20,7 @@ std::vector<ZmoiPolar> expectedLines(const kit::AnyImage& src, const Region& reg
     };
     const int lastAngle = last(low.theta, high.theta, delta.theta);
     const int lastDistance = last(low.rho, high.rho, delta.rho);
-    std::vector<std::vector<int>> votes(static_cast<size_t>(lastAngle) + 3,
-                                        std::vector<int>(static_cast<size_t>(lastDistance) + 3));
-    const auto cell = [&](int n, int r) -> int& {
-        return votes[static_cast<size_t>(n) + 1][static_cast<size_t>(r) + 1];
-    };
+    kit::Image votes({lastDistance + 1, lastAngle + 1}, 0, 1);
     for (int n = 0; n <= lastAngle; ++n) {
         const double theta = low.theta + double{delta.theta} * n;
         const double c = std::cos(theta) / delta.rho;
@@ -35,21 +28,21 @@ std::vector<ZmoiPolar> expectedLines(const kit::AnyImage& src, const Region& reg
         const double o = 0.5 - double{low.rho} / delta.rho;
         kit::forEachPixel(src.size(), [&](int x, int y) {
             const double r = std::floor(x * c + (y * s + o));
-            if (src.get(x, y) != 0 && r >= 0 && r <= lastDistance) ++cell(n, static_cast<int>(r));
+            if (src(x, y) == 0 || r < 0 || r > lastDistance) return;
+            const int bin = static_cast<int>(r);
+            votes.set(bin, n, votes(bin, n) + 1);
         });
     }
-    std::vector<std::pair<int, ZmoiPolar>> lines;
-    for (int n = 0; n <= lastAngle; ++n) {
-        for (int r = 0; r <= lastDistance; ++r) {
-            const int v = cell(n, r);
-            if (v > threshold && v > cell(n - 1, r) && v >= cell(n + 1, r) && v > cell(n, r - 1) &&
-                v >= cell(n, r + 1)) {
-                lines.push_back({v,
-                                 {static_cast<float>(low.rho + double{delta.rho} * r),
-                                  static_cast<float>(low.theta + double{delta.theta} * n)}});
-            }
+    std::vector<std::pair<double, ZmoiPolar>> lines;
+    kit::forEachPixel(votes.size(), [&](int r, int n) {
+        const double v = votes(r, n);
+        if (v > threshold && v > votes(r, n - 1) && v >= votes(r, n + 1) && v > votes(r - 1, n) &&
+            v >= votes(r + 1, n)) {
+            lines.push_back({v,
+                             {static_cast<float>(low.rho + double{delta.rho} * r),
+                              static_cast<float>(low.theta + double{delta.theta} * n)}});
         }
-    }
+    });
     std::ranges::stable_sort(lines, std::greater(), [](const auto& line) { return line.first; });
     std::vector<ZmoiPolar> places;
     for (const auto& line : lines) places.push_back(line.second);
@@ -66,8 +59,8 @@ const Region regions[] = {{{{-300, 0}, {300, pi}}, {1, pi / 60}},
 const kit::Function function = ZMO(zmoiHoughLine_Region_8u32f_C1R);
 const kit::Function query = ZMO(zmoiHoughLine_RegionGetBufferSize);
 
-kit::Case caseOf(ZmoiSize size, kit::Layout layout, const Region& region, int threshold, int room) {
-    return kit::Case(function, size, layout)
+kit::Case caseOf(const kit::Turn& t, const Region& region, int threshold, int room) {
+    return kit::Case(function, t)
         .with({{"limits", &region.limits[0]},
                {"delta", region.delta},
                {"threshold", threshold},
@@ -78,21 +71,17 @@ kit::Case caseOf(ZmoiSize size, kit::Layout layout, const Region& region, int th
 // A density of 100 fills more than one portion of pixels.
 TEST(Hough, Oracle) {
     int many = 0;
-    kit::forEachCase({111, 4}, function,
-                     [&](kit::Random& random, ZmoiSize size, kit::Layout layout, size_t turn) {
-                         const Region& region = regions[turn % 4];
-                         const int density = std::array{5, 0, 100, 20, 40}[turn % 5];
-                         const int threshold = turn % 4 == 3 ? 0 : std::array{0, 4, 9}[turn % 3];
-                         const int room = std::array{7, 1, 5000}[turn / 4 % 3];
-                         kit::Case c = caseOf(size, layout, region, threshold, room);
-                         c.src().fill([&] {
-                             return random.between(0, 99) < density ? random.between(1, 255) : 0;
-                         });
-                         const std::vector<ZmoiPolar> lines =
-                             expectedLines(c.src(), region, threshold);
-                         many += lines.size() > 7;
-                         return c.wantList("pLines", lines, room);
-                     });
+    kit::forEachCase({111, 4}, 1, [&](kit::Turn& t, size_t) {
+        const Region& region = regions[t.number % 4];
+        const int density = std::array{5, 0, 100, 20, 40}[t.number % 5];
+        const int threshold = t.number % 4 == 3 ? 0 : std::array{0, 4, 9}[t.number % 3];
+        const int room = std::array{7, 1, 5000}[t.number / 4 % 3];
+        kit::Case c = caseOf(t, region, threshold, room);
+        c.src().fill([&] { return t.between(0, 99) < density ? t.between(1, 255) : 0; });
+        const std::vector<ZmoiPolar> lines = expectedLines(c.src(), region, threshold);
+        many += lines.size() > 7;
+        return c.wantList("pLines", lines, room);
+    });
     EXPECT_GT(many, kit::sanitized ? 0 : 10);
 }
 
@@ -101,7 +90,7 @@ TEST(Hough, BadArguments) {
     const ZmoiPolar crossed[] = {{10, 0}, {9, 1}};
     const ZmoiPolar crossedAngles[] = {{0, 2}, {9, 1}};
     const ZmoiPolar noNumber[] = {{0, 0}, {9, NAN}};
-    caseOf({12, 4}, {}, good, 0, 10)
+    caseOf(kit::Turn(112, {12, 4}), good, 0, 10)
         .give("pLines", kit::Buffer(10 * sizeof(ZmoiPolar)))
         .expectBadArguments(
             {{"limits", {&crossed[0], &crossedAngles[0], &noNumber[0]}, zmoStsRangeErr},

@@ -1,6 +1,5 @@
-// Test kit of the zmo library: guarded images, seeded data, a loop over processor levels, and calls that
-// watch the floating-point flags. A family's test needs an oracle and one call of its function (call.h)
-// inside these loops.
+// Test kit of the zmo library: guarded images, seeded data, a loop over processor levels, and calls
+// that watch the floating-point flags. A family's test needs an oracle and cases (case.h).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,10 +10,8 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <new>
 #include <ostream>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -44,19 +41,25 @@ uint64_t runSeed();
 
 class Random {
   public:
-    // stream tells apart the generators of one run.
+    // The stream tells apart the generators of one run.
     explicit Random(uint64_t stream = 0) : m_state(runSeed() + stream * 0x9e3779b97f4a7c15U) {}
 
     uint64_t bits();
-    // Uniform, both ends included.
-    int64_t between(int64_t low, int64_t high);
+    // Whole numbers, both ends included.
+    template <class Low, class High>
+    std::common_type_t<Low, High> between(Low low, High high) {
+        return static_cast<std::common_type_t<Low, High>>(
+            whole(static_cast<int64_t>(low), static_cast<int64_t>(high)));
+    }
     double uniform(double low, double high);
     template <class T>
     T pick(const std::vector<T>& from) {
-        return from[static_cast<size_t>(between(0, static_cast<int64_t>(from.size()) - 1))];
+        return from[between(size_t{0}, from.size() - 1)];
     }
 
   private:
+    int64_t whole(int64_t low, int64_t high);
+
     uint64_t m_state;
 };
 
@@ -66,25 +69,11 @@ struct Layout {
     int misalign = 0;
     int padding = 0;
 };
-inline std::ostream& operator<<(std::ostream& out, Layout layout) {
-    return out << "misalign " << layout.misalign << " padding " << layout.padding;
-}
 
 std::vector<Layout> layouts();
 
 // Regions that are small, narrow, and just around the lengths of vectors.
 std::vector<ZmoiSize> sizes();
-
-// Copies of a block lie as it does.
-template <class T>
-struct OnCacheLines {
-    using value_type = T;
-    T* allocate(size_t n) {
-        return static_cast<T*>(::operator new (n * sizeof(T), std::align_val_t{64}));
-    }
-    void deallocate(T* memory, size_t) { ::operator delete (memory, std::align_val_t{64}); }
-    bool operator==(const OnCacheLines&) const = default;
-};
 
 // Memory with a fixed pattern around the rows that belong to the test.
 class Block {
@@ -97,7 +86,7 @@ class Block {
     void expectUntouched(const std::string& name) const;
     // The content of the snapshot again.
     void restore() { m_storage = m_before; }
-    int64_t rowBytes() const { return m_rows.bytes; }
+    size_t rowBytes() const { return static_cast<size_t>(m_rows.bytes); }
 
   protected:
     struct Own {
@@ -108,15 +97,21 @@ class Block {
     };
     Block(int64_t bytes, int misalign, Own rows);
 
-    unsigned char* data() { return m_storage.data() + m_start; }
-    const unsigned char* data() const { return m_storage.data() + m_start; }
+    unsigned char* data() { return m_storage.front().bytes.data() + m_start; }
+    const unsigned char* data() const { return m_storage.front().bytes.data() + m_start; }
 
   private:
+    // Copies lie as the original does.
+    struct alignas(64) CacheLine {
+        std::array<unsigned char, 64> bytes;
+        bool operator==(const CacheLine&) const = default;
+    };
+    int64_t size() const { return static_cast<int64_t>(m_storage.size() * sizeof(CacheLine)); }
+
     Own m_rows;
-    size_t m_start;
-    using Bytes = std::vector<unsigned char, OnCacheLines<unsigned char>>;
-    Bytes m_storage;
-    mutable Bytes m_before;
+    int64_t m_start;
+    std::vector<CacheLine> m_storage;
+    mutable std::vector<CacheLine> m_before;
 };
 
 // body(x, y) for all pixels, in reading order.
@@ -134,95 +129,39 @@ inline size_t indexIn(ZmoiSize size, int x, int y) {
     return static_cast<size_t>(y) * static_cast<size_t>(size.width) + static_cast<size_t>(x);
 }
 
-// An image in guarded memory, with `margin` readable pixels around the region.
-template <class T>
-class Image : public Block {
+// Single precision: of one operation on singles, rounding twice makes no difference.
+inline double single(double value) {
+    return static_cast<float>(value);
+}
+
+class Image;
+
+// A number for each pixel: the same for all, an image's, or what a function of (x, y, channel), of
+// (x, y) or of nothing returns.
+class Pixels {
   public:
-    explicit Image(ZmoiSize size, Layout layout = {}, int margin = 0, int channels = 1)
-        : Image(size, layout, margin, channels,
-                (size.width + 2 * margin) * channels + layout.padding) {}
-
-    ZmoiSize size() const { return m_size; }
-    int channels() const { return m_channels; }
-    int step() const { return m_stepElements * static_cast<int>(sizeof(T)); }
-    T* ptr() { return reinterpret_cast<T*>(data() + offset(0, 0, 0)); }
-    const T* ptr() const { return reinterpret_cast<const T*>(data() + offset(0, 0, 0)); }
-
-    T get(int x, int y, int channel = 0) const {
-        T value;
-        std::memcpy(&value, data() + offset(x, y, channel), sizeof(T));
-        return value;
-    }
-    void set(int x, int y, T value) { set(x, y, 0, value); }
-    void set(int x, int y, int channel, T value) {
-        std::memcpy(data() + offset(x, y, channel), &value, sizeof(T));
-    }
-
-    // Every element of the region and its margin becomes draw(), draw(x, y) or draw(x, y, channel).
-    template <class Draw>
-    Image& fill(Draw draw) {
-        for (int y = -m_margin; y < m_size.height + m_margin; ++y) {
-            for (int x = -m_margin; x < m_size.width + m_margin; ++x) {
-                for (int c = 0; c < m_channels; ++c) {
-                    if constexpr (std::is_invocable_v<Draw>) {
-                        set(x, y, c, static_cast<T>(draw()));
-                    } else {
-                        set(x, y, c, static_cast<T>(told(draw, x, y, c)));
-                    }
-                }
-            }
-        }
-        snapshot();
-        return *this;
-    }
     template <class Of>
-    static auto told(Of& of, int x, int y, int c) {
-        if constexpr (std::is_invocable_v<Of&, int, int, int>) {
-            return of(x, y, c);
+    Pixels(Of of) {
+        if constexpr (std::is_arithmetic_v<Of>) {
+            m_of = [value = static_cast<double>(of)](int, int, int) { return value; };
+        } else if constexpr (std::is_invocable_v<Of&, int, int, int>) {
+            m_of = std::move(of);
+        } else if constexpr (std::is_invocable_v<Of&, int, int>) {
+            m_of = [of](int x, int y, int) mutable { return static_cast<double>(of(x, y)); };
         } else {
-            return of(x, y);
+            m_of = [of](int, int, int) mutable { return static_cast<double>(of()); };
         }
     }
+    Pixels(const Image& image);
+    Pixels(Image& image) : Pixels(std::as_const(image)) {}
+
+    double operator()(int x, int y, int channel) const { return m_of(x, y, channel); }
 
   private:
-    Image(ZmoiSize size, Layout layout, int margin, int channels, int stepElements)
-        : Block(int64_t{stepElements} * int64_t{sizeof(T)} * (size.height + 2 * margin),
-                layout.misalign,
-                {(int64_t{margin} * stepElements + margin * channels) * int64_t{sizeof(T)},
-                 int64_t{stepElements} * int64_t{sizeof(T)},
-                 int64_t{size.width} * channels * int64_t{sizeof(T)}, size.height}),
-          m_size(size),
-          m_margin(margin),
-          m_channels(channels),
-          m_stepElements(stepElements) {}
-
-    ptrdiff_t offset(int x, int y, int channel) const {
-        const ptrdiff_t row = static_cast<ptrdiff_t>(y + m_margin) * m_stepElements;
-        return (row + static_cast<ptrdiff_t>(x + m_margin) * m_channels + channel) *
-               static_cast<ptrdiff_t>(sizeof(T));
-    }
-
-    ZmoiSize m_size;
-    int m_margin;
-    int m_channels;
-    int m_stepElements;
+    std::function<double(int, int, int)> m_of;
 };
 
-// A state or a work buffer of exactly the size that a query told.
-class Buffer : public Block {
-  public:
-    explicit Buffer(int64_t size, int misalign = 1)
-        : Block(size, misalign, {0, size, size, 1}), m_size(static_cast<int>(size)) {}
-    Zmo8u* ptr() { return data(); }
-    const Zmo8u* ptr() const { return data(); }
-    int size() const { return m_size; }
-    void expectSurroundingsUntouched() const { Block::expectSurroundingsUntouched("buffer"); }
-
-  private:
-    int m_size;
-};
-
-// The code of the element type.
+// The code of an element type, 0 of others.
 template <class T>
 inline constexpr ZmoDataType typeOf = std::is_same_v<T, Zmo8u>    ? zmo8u
                                       : std::is_same_v<T, Zmo8s>  ? zmo8s
@@ -230,17 +169,99 @@ inline constexpr ZmoDataType typeOf = std::is_same_v<T, Zmo8u>    ? zmo8u
                                       : std::is_same_v<T, Zmo16s> ? zmo16s
                                       : std::is_same_v<T, Zmo32s> ? zmo32s
                                       : std::is_same_v<T, Zmo32f> ? zmo32f
-                                                                  : zmo64f;
+                                      : std::is_same_v<T, Zmo64f> ? zmo64f
+                                                                  : ZmoDataType();
 
-// Runs body at every level that the processor has, and says which ones it lacks. The library is at
+// An image in guarded memory, with `margin` readable pixels around the region. Its pixels are seen
+// as doubles, which hold all types exactly.
+class Image : public Block {
+  public:
+    Image(ZmoDataType type, ZmoiSize size, Layout layout = {}, int margin = 0, int channels = 1);
+    // Numbers of an oracle.
+    explicit Image(ZmoiSize size, const Pixels& numbers = 0, int margin = 0, int channels = 1);
+
+    ZmoDataType type() const { return m_type; }
+    ZmoiSize size() const { return m_size; }
+    int channels() const { return m_channels; }
+    int64_t step() const { return m_step; }
+    char* ptr(int y = 0) { return reinterpret_cast<char*>(data() + offset(0, y, 0)); }
+    const char* ptr(int y = 0) const { return const_cast<Image*>(this)->ptr(y); }
+    // The largest and the smallest value of an integer type, 0 of floats.
+    double most() const;
+    double least() const;
+    bool isWhole() const { return most() != 0; }
+    // As the type stores a value: integers rounded half to even and saturated.
+    double stored(double value) const;
+
+    double operator()(int x, int y, int channel = 0) const {
+        double number;
+        if (m_type != zmo64f) return read(offset(x, y, channel));
+        std::memcpy(&number, data() + offset(x, y, channel), sizeof(number));
+        return number;
+    }
+    void set(int x, int y, double value, int channel = 0);
+    // Every pixel of the region and its margin.
+    Image& fill(const Pixels& pixels);
+    Image& fillBits(Random& random);
+    // The same as numbers, with the margin.
+    Image numbers() const { return Image(m_size, *this, m_margin, m_channels); }
+    // An image of this kind without surroundings.
+    Image alike(const Pixels& pixels) const {
+        return Image(m_type, m_size, {}, 0, m_channels).fill(pixels);
+    }
+    // An image of this kind; each pixel has the bits of the source's at from(x, y).
+    Image alikeOf(const Image& source, const std::function<ZmoiPoint(int, int)>& from) const;
+    // Every pixel of the region has these bits; prints the first that has not.
+    void expect(const Image& want) const;
+
+  private:
+    Image(ZmoDataType type, ZmoiSize size, int misalign, int margin, int channels, int64_t step);
+
+    ptrdiff_t offset(int x, int y, int channel) const {
+        return (y + m_margin) * m_step +
+               ((x + m_margin) * ptrdiff_t{m_channels} + channel) * m_element;
+    }
+    double read(ptrdiff_t offset) const;
+    template <class Body>
+    void forEachElement(int margin, Body body) const;
+
+    ZmoDataType m_type;
+    ZmoiSize m_size;
+    int m_margin;
+    int m_channels;
+    int m_element;
+    int64_t m_step;
+};
+
+inline Pixels::Pixels(const Image& image)
+    : m_of([&image](int x, int y, int c) { return image(x, y, c); }) {}
+
+// A state, a work buffer of exactly the size that a query gave, or a list.
+class Buffer : public Block {
+  public:
+    explicit Buffer(int64_t size, int misalign = 1)
+        : Block(size, misalign, {0, size, size, 1}), m_size(static_cast<int>(size)) {}
+    template <class T>
+    explicit Buffer(const std::vector<T>& list)
+        : Buffer(static_cast<int64_t>(list.size() * sizeof(T)), 0) {
+        std::memcpy(ptr(), list.data(), list.size() * sizeof(T));
+        snapshot();
+    }
+    Zmo8u* ptr() { return data(); }
+    const Zmo8u* ptr() const { return data(); }
+    int size() const { return m_size; }
+
+  private:
+    int m_size;
+};
+
+// Runs body at every level that the processor has, and prints which ones it lacks. The library is at
 // its best level afterwards.
 struct LevelInfo {
     const char* name;
     Zmo64u mask;
 };
 const std::vector<LevelInfo>& allLevels();
-// How many of them the processor has.
-size_t levelsHere();
 void forEachLevel(const std::function<void()>& body);
 // Of long tests: under the sanitizers at the best level only.
 inline void forLevels(const std::function<void()>& body) {
@@ -249,34 +270,5 @@ inline void forLevels(const std::function<void()>& body) {
 
 // Makes a call and checks that it raises no floating-point flag but "inexact".
 ZmoStatus watched(const std::function<ZmoStatus()>& call);
-
-template <class T>
-bool sameBits(T a, T b) {
-    using Bytes = std::array<unsigned char, sizeof(T)>;
-    return std::bit_cast<Bytes>(a) == std::bit_cast<Bytes>(b);
-}
-
-// Every element of the region has the bits that expected(x, y, channel), or expected(x, y) of an image
-// of one channel, tells; prints the first that has not.
-template <class T, class Expected>
-void expectPixels(const Image<T>& image, Expected expected) {
-    for (int y = 0; y < image.size().height; ++y) {
-        for (int x = 0; x < image.size().width; ++x) {
-            for (int c = 0; c < image.channels(); ++c) {
-                const T want = static_cast<T>(image.told(expected, x, y, c));
-                const T have = image.get(x, y, c);
-                if (sameBits(want, have)) continue;
-                ADD_FAILURE() << "pixel (" << x << ", " << y << ") of " << image.size()
-                              << " channel " << c << " is " << +have << " instead of " << +want
-                              << "; ZMO_TEST_SEED=" << runSeed();
-                return;
-            }
-        }
-    }
-}
-template <class T>
-void expectPixels(const Image<T>& image, const Image<T>& want) {
-    expectPixels(image, [&](int x, int y, int c) { return want.get(x, y, c); });
-}
 
 }  // namespace kit

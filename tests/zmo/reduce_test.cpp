@@ -8,21 +8,19 @@
 namespace {
 
 // The numbers that a function sees: a channel of one image, or of two.
-struct Seen {
-    explicit Seen(const kit::Case& own, int coi)
-        : c(own),
-          channel(own.src().channels() == 1 ? 0 : coi - 1),
-          whole(own.src().most() != 0),
-          selection{own.roi(), [&own](int x, int y) { return own.selects(x, y); }} {}
+struct Seen : oracle::Selection {
+    Seen(const kit::Case& own, int coi)
+        : Selection{own.roi(), own.src().isWhole(),
+                    [&](int x, int y) { return own.selects(x, y); }},
+          c(own),
+          channel(own.src().channels() == 1 ? 0 : coi - 1) {}
 
-    auto image(size_t i) const {
-        return [this, i](int x, int y) { return c.image(i).get(x, y, channel); };
+    oracle::Number image(size_t i) const {
+        return [this, i](int x, int y) { return c.image(i)(x, y, channel); };
     }
 
     const kit::Case& c;
     int channel;
-    bool whole;
-    oracle::Selection selection;
 };
 
 struct Row {
@@ -33,24 +31,23 @@ struct Row {
     bool ofFloats() const { return function.isNamed("_32f_"); }
 };
 
-// ---- What the functions tell
+// ---- What the functions return
 
 void norm(kit::Case& c, const Seen& s, ZmoNormType kind) {
-    c.wantResult("pNorm", oracle::norm(kind, s.whole, s.selection, s.image(0)));
+    c.wantResult("pNorm", s.norm(kind, s.image(0)));
 }
 double difference(const Seen& s, ZmoNormType kind) {
-    return oracle::norm(kind, s.whole, s.selection,
-                        [&](int x, int y) { return s.image(0)(x, y) - s.image(1)(x, y); });
+    return s.norm(kind, [&](int x, int y) { return s.image(0)(x, y) - s.image(1)(x, y); });
 }
 void normDiff(kit::Case& c, const Seen& s, ZmoNormType kind) {
     c.wantResult("pNorm", difference(s, kind));
 }
 void normRel(kit::Case& c, const Seen& s, ZmoNormType kind) {
     const double apart = difference(s, kind);
-    const double divisor = oracle::norm(kind, s.whole, s.selection, s.image(1));
+    const double divisor = s.norm(kind, s.image(1));
     const bool divides = divisor != 0;
     c.wantResult("pNorm", divides ? apart / divisor : apart == 0 ? 0.0 : HUGE_VAL);
-    if (!divides && s.selection.count() != 0) c.wantStatus(zmoStsDivByZero);
+    if (!divides && s.count() != 0) c.wantStatus(zmoStsDivByZero);
 }
 
 void minMaxIndx(kit::Case& c, const Seen& s, ZmoNormType) {
@@ -59,7 +56,7 @@ void minMaxIndx(kit::Case& c, const Seen& s, ZmoNormType) {
     ZmoiPoint minPos{0, 0};
     ZmoiPoint maxPos{0, 0};
     bool first = true;
-    s.selection.forEach([&](int x, int y) {
+    s.forEach([&](int x, int y) {
         const auto v = static_cast<float>(s.image(0)(x, y));
         if (first || v < min) min = v, minPos = {x, y};
         if (first || v > max) max = v, maxPos = {x, y};
@@ -69,11 +66,11 @@ void minMaxIndx(kit::Case& c, const Seen& s, ZmoNormType) {
     c.wantResult("pMinPos", minPos).wantResult("pMaxPos", maxPos);
 }
 void mean(kit::Case& c, const Seen& s, ZmoNormType) {
-    c.wantResult("pMean", oracle::mean(s.whole, s.selection, s.image(0)));
+    c.wantResult("pMean", s.mean(s.image(0)));
 }
 void meanStdDev(kit::Case& c, const Seen& s, ZmoNormType) {
     mean(c, s, {});
-    c.wantResult("pStdDev", oracle::deviation(s.whole, s.selection, s.image(0)));
+    c.wantResult("pStdDev", s.deviation(s.image(0)));
 }
 
 // ---- The functions
@@ -100,86 +97,66 @@ const std::vector<Row> rows = {ROWS(8u), ROWS(16u), ROWS(32f)};
 // ---- Comparison
 
 // coi is not looked at by functions of one channel.
-kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout = {}, int coi = 1) {
-    return kit::Case(row.function, size, layout).with("coi", coi);
+kit::Case caseOf(const Row& row, const kit::Turn& t, int coi = 1) {
+    return kit::Case(row.function, t).with("coi", coi);
 }
 
 kit::Case& wantFormula(kit::Case& c, const Row& row, int coi = 1) {
     const Seen seen(c, coi);
-    c.wantStatus(seen.selection.count() == 0 ? zmoStsEmptyMask : zmoStsNoErr);
+    c.wantStatus(seen.count() == 0 ? zmoStsEmptyMask : zmoStsNoErr);
     row.formula(c, seen, row.kind);
     return c;
 }
 
-template <class Draw>
-void fill(kit::Case& c, kit::Random& random, kit::Masked how, Draw draw) {
-    c.fillAll(draw, draw);
+void fill(kit::Case& c, kit::Random& random, kit::Masked how, const kit::Pixels& pixels) {
+    c.fillAll(pixels, pixels);
     if (c.function().masked()) kit::drawMask(c.mask(), how, random);
 }
 
-// Integers over their whole range, or at its ends only; floats of an ordinary size, or large, or of
-// few different values, so that extremes have several places and zeros of either sign are among them.
-enum class Draw { any, ends, few };
-
-double drawn(const kit::Case& c, Draw how, kit::Random& random) {
-    if (const auto most = static_cast<int64_t>(c.src().most()); most != 0) {
-        return static_cast<double>(how == Draw::any ? random.between(0, most)
-                                                    : random.between(0, 1) * most);
+// What is not selected, or in another channel, may be anything.
+void drawUnselected(kit::Case& c, kit::Random& random, int channel) {
+    const std::vector<double> odd = {NAN, HUGE_VAL, -HUGE_VAL, 3e38};
+    const size_t sources = c.imageCount() - (c.function().masked() ? 1 : 0);
+    for (int k = 0; k < c.src().channels(); ++k) {
+        kit::forEachPixel(c.roi(), [&](int x, int y) {
+            if (c.selects(x, y) && k == channel) return;
+            for (size_t s = 0; s < sources; ++s) c.image(s).set(x, y, random.pick(odd), k);
+        });
     }
-    if (how == Draw::any) return random.uniform(-1000, 1000);
-    if (how == Draw::ends) return random.uniform(-1, 1) * 1e18;
-    return static_cast<double>(random.between(-1, 1)) * -0.0;
 }
 
 TEST(Reduce, Oracle) {
     // Longer than the blocks that rows are cut into.
-    kit::forEachCase(
-        {41, 1, {{513, 3}, {776, 2}}}, rows,
-        [](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t turn) {
-            const int coi = 1 + static_cast<int>(turn) / 2 % row.function.srcChannels();
-            kit::Case c = caseOf(row, size, layout, coi);
-            fill(c, random, static_cast<kit::Masked>(turn / 3 % 4),
-                 [&] { return drawn(c, static_cast<Draw>(turn % 3), random); });
-            return wantFormula(c, row, coi);
-        });
-}
-
-// What is not selected, or in another channel, may be anything.
-TEST(Reduce, UnselectedFloatsHaveNoInfluence) {
-    const std::vector<double> odd = {NAN, HUGE_VAL, -HUGE_VAL, 3e38};
-    kit::Random random(44);
-    for (const Row& row : rows) {
-        if (!row.ofFloats()) continue;
-        const int coi = row.function.srcChannels();
-        kit::Case c = caseOf(row, {300, 5}, {1, 3}, coi);
-        fill(c, random, kit::Masked::some, [&] { return random.uniform(-9, 9); });
-        const size_t sources = c.imageCount() - (row.function.masked() ? 1 : 0);
-        for (int channel = 0; channel < coi; ++channel) {
-            kit::forEachPixel(c.roi(), [&](int x, int y) {
-                if (c.selects(x, y) && channel == coi - 1) return;
-                for (size_t s = 0; s < sources; ++s) {
-                    c.image(s).set(x, y, channel, random.pick(odd));
-                }
-            });
+    kit::forEachCase({41, 1, {{513, 3}, {776, 2}}}, rows, [](kit::Turn& t, const Row& row) {
+        const int coi = 1 + static_cast<int>(t.number) / 2 % row.function.srcChannels();
+        kit::Case c = caseOf(row, t, coi);
+        for (size_t i = 0; i < c.imageCount(); ++i) draw(t, c.image(i));
+        // So few floats that extremes have several places, of zeros of either sign.
+        if (row.ofFloats() && t.number % 3 == 2) {
+            c.fillAll([&] { return t.between(-1, 1) * -0.0; }, 0);
         }
-        kit::expectAtAllLevels(wantFormula(c, row, coi));
-    }
+        // A relation to nothing.
+        if (row.formula == normRel && t.number % 4 == 0) c.image(1).fill(0);
+        const auto how = static_cast<kit::Masked>(t.number / 3 % 4);
+        if (row.function.masked()) kit::drawMask(c.mask(), how, t);
+        if (row.ofFloats() && t.number % 2 == 0) drawUnselected(c, t, coi - 1);
+        return wantFormula(c, row, coi);
+    });
 }
 
-// Infinities give what the formula tells where it gives a number, not-a-numbers the same bits at all
+// Infinities give what the formula gives where that is a number, not-a-numbers the same bits at all
 // levels.
 TEST(Reduce, InfiniteAndNotANumber) {
-    kit::Random random(45);
+    kit::Turn t(45, {70, 3});
     for (const Row& row : rows) {
         if (!row.ofFloats()) continue;
-        kit::Case c = caseOf(row, {70, 3});
-        fill(c, random, kit::Masked::all, [&] { return random.uniform(1, 9); });
+        kit::Case c = caseOf(row, t);
+        fill(c, t, kit::Masked::all, [&] { return t.uniform(1, 9); });
+        c.src().set(37, 1, -HUGE_VAL);
         kit::Case odd = c;
-        c.src().set(37, 1, 0, -HUGE_VAL);
         wantFormula(c, row);
         if (row.formula != meanStdDev) kit::expectAtAllLevels(c);
-        odd.src().set(37, 1, 0, -HUGE_VAL);
-        odd.src().set(5, 2, 0, NAN);
+        odd.src().set(5, 2, NAN);
         kit::expectSameAtAllLevels(odd);
     }
 }
@@ -192,32 +169,17 @@ TEST(Reduce, LongIntegerSumsAreExact) {
         if (!deviation && !row.function.isNamed("_L2_16u_C1")) continue;
         // The sums of one image will do under the sanitizers.
         if (kit::sanitized && row.function.has("pSrc2")) continue;
-        kit::Random random(46);
-        kit::Case c = caseOf(row, {2600, 2048});
-        fill(c, random, kit::Masked::all,
-             [&] { return deviation ? 65535 : random.between(65000, 65535); });
-        c.src().set(1000, 1000, 0, 65534);
+        kit::Turn t(46, {1500, 1500});
+        kit::Case c = caseOf(row, t);
+        fill(c, t, kit::Masked::all, [&] { return deviation ? 65535 : t.between(65000, 65535); });
+        c.src().set(1000, 1000, 65534);
         wantFormula(c, row);
         kit::forLevels([&] { c.expect(); });
     }
 }
 
-TEST(Reduce, RelativeToNothing) {
-    kit::Random random(47);
-    for (const Row& row : rows) {
-        if (row.formula != normRel) continue;
-        for (const int first : {5, 0}) {
-            kit::Case c = caseOf(row, {19, 4}, {}, row.function.srcChannels());
-            fill(c, random, kit::Masked::single, [=] { return first; });
-            c.image(1).fill([] { return 0; });
-            c.wantStatus(zmoStsDivByZero).wantResult("pNorm", first == 0 ? 0 : HUGE_VAL);
-            kit::expectAtAllLevels(c);
-        }
-    }
-}
-
 TEST(Reduce, BadArguments) {
-    for (const Row& row : rows) caseOf(row, {12, 4}).expectBadArguments();
+    for (const Row& row : rows) caseOf(row, kit::Turn(48, {12, 4})).expectBadArguments();
 }
 
 }  // namespace

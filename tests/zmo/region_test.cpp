@@ -1,5 +1,4 @@
 // Labels, speckles and bounds: functions that work on all regions of an image.
-#include <algorithm>
 #include <cmath>
 
 #include "case.h"
@@ -9,12 +8,13 @@
 namespace {
 
 // Calls body(pixels) for each component of the pixels for which counts holds, in reading order.
-template <class Counts, class Joined, class Body>
-void forEachComponent(ZmoiSize size, int connectivity, Counts counts, Joined joined, Body body) {
-    kit::Image<Zmo8u> seen(size);
-    seen.fill([] { return 0; });
+using Counts = std::function<bool(ZmoiPoint)>;
+using Joined = std::function<bool(ZmoiPoint, ZmoiPoint)>;
+void forEachComponent(ZmoiSize size, int connectivity, const Counts& counts, const Joined& joined,
+                      const std::function<void(const std::vector<ZmoiPoint>& pixels)>& body) {
+    kit::Image seen(size);
     kit::forEachPixel(size, [&](int x, int y) {
-        if (!counts({x, y}) || seen.get(x, y) != 0) return;
+        if (!counts({x, y}) || seen(x, y) != 0) return;
         const auto pixels =
             oracle::reached(size, {x, y}, connectivity,
                             [&](ZmoiPoint p, ZmoiPoint q) { return counts(q) && joined(p, q); });
@@ -34,10 +34,10 @@ const std::vector<double> values8u = {0, 0, 3, 1, 254, 255};
 const std::vector<double> values16u = {0, 0, 300, 301, 65535};
 
 // About half of the pixels have the first value, so that components branch and join late.
-kit::Case caseOf(const Row& row, ZmoiSize size, kit::Layout layout, kit::Random& random) {
-    kit::Case c(row.function, size, layout);
-    c.src().fill([&] { return random.between(0, 1) ? row.values[0] : random.pick(row.values); });
-    return c;
+kit::Case caseOf(kit::Turn& t, const Row& row, int connectivity) {
+    kit::Case c(row.function, t);
+    c.src().fill([&] { return t.between(0, 1) ? row.values[0] : t.pick(row.values); });
+    return c.with("connectivity", connectivity);
 }
 
 const std::vector<Row> labelling = {{ZMO(zmoiLabelMarkers_8u_C1IR), values8u},
@@ -45,33 +45,28 @@ const std::vector<Row> labelling = {{ZMO(zmoiLabelMarkers_8u_C1IR), values8u},
                                     {ZMO(zmoiLabelMarkers_8u32s_C1R), values8u}};
 
 TEST(LabelMarkers, Oracle) {
-    kit::forEachCase(
-        {71, 4}, labelling,
-        [](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t) {
-            // The form that is not in place holds larger ones.
-            const int unit = row.function.has("pDst") ? 100000 : 1;
-            const int first = random.template pick<int>({1, 2, 7, 30});
-            const int low = first * unit;
-            const int high = (first + random.template pick<int>({0, 3, 90})) * unit;
-            const int connectivity = random.template pick<int>({4, 8});
-            kit::Case c = caseOf(row, size, layout, random);
-            c.with({{"minLabel", low}, {"maxLabel", high}, {"connectivity", connectivity}})
-                .sized(ZMO(zmoiLabelMarkersGetBufferSize));
-            int found = 0;
-            kit::Image<Zmo32s> labels(size);
-            labels.fill([] { return 0; });
-            forEachComponent(
-                size, connectivity, [&](ZmoiPoint p) { return c.src().get(p.x, p.y) != 0; },
-                [](ZmoiPoint, ZmoiPoint) { return true; },
-                [&](const std::vector<ZmoiPoint>& pixels) {
-                    const int label = low + found++;
-                    for (const ZmoiPoint p : pixels)
-                        labels.set(p.x, p.y, label <= high ? label : 0);
-                });
-            c.wantStatus(found > high - low + 1 ? zmoStsTruncated : zmoStsNoErr);
-            c.wantResult("pCount", found);
-            return c.want(c.targetName(), [&](int x, int y) { return labels.get(x, y); });
-        });
+    kit::forEachCase({71, 4}, labelling, [](kit::Turn& t, const Row& row) {
+        // The form that is not in place holds larger ones.
+        const int unit = row.function.has("pDst") ? 100000 : 1;
+        const int first = t.pick<int>({1, 2, 7, 30});
+        const int low = first * unit;
+        const int high = (first + t.pick<int>({0, 3, 90})) * unit;
+        const int connectivity = t.pick<int>({4, 8});
+        kit::Case c = caseOf(t, row, connectivity);
+        c.with({{"minLabel", low}, {"maxLabel", high}}).sized(ZMO(zmoiLabelMarkersGetBufferSize));
+        int found = 0;
+        kit::Image labels(t.size);
+        forEachComponent(
+            t.size, connectivity, [&](ZmoiPoint p) { return c.src()(p.x, p.y) != 0; },
+            [](ZmoiPoint, ZmoiPoint) { return true; },
+            [&](const std::vector<ZmoiPoint>& pixels) {
+                const int label = low + found++;
+                for (const ZmoiPoint p : pixels) labels.set(p.x, p.y, label <= high ? label : 0);
+            });
+        return c.want(labels)
+            .wantResult("pCount", found)
+            .wantStatus(found > high - low + 1 ? zmoStsTruncated : zmoStsNoErr);
+    });
 }
 
 const std::vector<Row> marking = {
@@ -81,53 +76,45 @@ const std::vector<Row> marking = {
     {ZMO(zmoiMarkSpeckles_32f_C1IR), {0, 0.5, -0.25, 1e6, -1e6}, {0, 0.25, 0.75, 2e6}}};
 
 TEST(MarkSpeckles, Oracle) {
-    kit::forEachCase(
-        {72, 4}, marking,
-        [](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t) {
-            const double value = random.pick(row.values);
-            const int maxSize = random.template pick<int>({1, 2, 7, 30});
-            const double maxDiff = random.pick(row.diffs);
-            const int connectivity = random.template pick<int>({4, 8});
-            kit::Case c = caseOf(row, size, layout, random);
-            c.with({{"value", value},
-                    {"maxSize", maxSize},
-                    {"maxDiff", maxDiff},
-                    {"connectivity", connectivity}})
-                .sized(ZMO(zmoiMarkSpecklesGetBufferSize));
-            const auto at = [&](ZmoiPoint p) { return c.src().get(p.x, p.y); };
-            kit::AnyImage want = c.src();
-            forEachComponent(
-                size, connectivity, [&](ZmoiPoint p) { return at(p) != value; },
-                [&](ZmoiPoint p, ZmoiPoint q) { return std::fabs(at(p) - at(q)) <= maxDiff; },
-                [&](const std::vector<ZmoiPoint>& pixels) {
-                    if (static_cast<int>(pixels.size()) > maxSize) return;
-                    for (const ZmoiPoint p : pixels) want.set(p.x, p.y, 0, value);
-                });
-            return c.want("pSrcDst", [&](int x, int y) { return want.get(x, y); });
-        });
+    kit::forEachCase({72, 4}, marking, [](kit::Turn& t, const Row& row) {
+        const double value = t.pick(row.values);
+        const int maxSize = t.pick<int>({1, 2, 7, 30});
+        const double maxDiff = t.pick(row.diffs);
+        const int connectivity = t.pick<int>({4, 8});
+        kit::Case c = caseOf(t, row, connectivity);
+        c.with({{"value", value}, {"maxSize", maxSize}, {"maxDiff", maxDiff}})
+            .sized(ZMO(zmoiMarkSpecklesGetBufferSize));
+        const auto at = [&](ZmoiPoint p) { return c.src()(p.x, p.y); };
+        kit::Image want = c.src();
+        forEachComponent(
+            t.size, connectivity, [&](ZmoiPoint p) { return at(p) != value; },
+            [&](ZmoiPoint p, ZmoiPoint q) { return std::fabs(at(p) - at(q)) <= maxDiff; },
+            [&](const std::vector<ZmoiPoint>& pixels) {
+                if (static_cast<int>(pixels.size()) > maxSize) return;
+                for (const ZmoiPoint p : pixels) want.set(p.x, p.y, value);
+            });
+        return c.want(want);
+    });
 }
 
 const std::vector<Row> bounding = {{ZMO(zmoiBoundSegments_8u_C1IR), values8u},
                                    {ZMO(zmoiBoundSegments_16u_C1IR), values16u}};
 
 TEST(BoundSegments, Oracle) {
-    kit::forEachCase({73, 4}, bounding,
-                     [](auto& random, const Row& row, ZmoiSize size, kit::Layout layout, size_t) {
-                         const double value = random.pick(row.values);
-                         const int connectivity = random.template pick<int>({4, 8});
-                         kit::Case c = caseOf(row, size, layout, random);
-                         c.with({{"value", value}, {"connectivity", connectivity}});
-                         return c.want("pSrcDst", [&](int x, int y) {
-                             const auto differs = [&](int i, int j) {
-                                 return kit::contains(size, i, j) &&
-                                        c.src().get(i, j) != c.src().get(x, y);
-                             };
-                             const bool corners = differs(x - 1, y + 1) || differs(x + 1, y + 1);
-                             const bool isBound = differs(x + 1, y) || differs(x, y + 1) ||
-                                                  (connectivity == 8 && corners);
-                             return isBound ? value : c.src().get(x, y);
-                         });
-                     });
+    kit::forEachCase({73, 4}, bounding, [](kit::Turn& t, const Row& row) {
+        const double value = t.pick(row.values);
+        const int connectivity = t.pick<int>({4, 8});
+        kit::Case c = caseOf(t, row, connectivity).with("value", value);
+        return c.want([&](int x, int y) {
+            const auto differs = [&](int i, int j) {
+                return kit::contains(t.size, i, j) && c.src()(i, j) != c.src()(x, y);
+            };
+            const bool corners = differs(x - 1, y + 1) || differs(x + 1, y + 1);
+            const bool isBound =
+                differs(x + 1, y) || differs(x, y + 1) || (connectivity == 8 && corners);
+            return isBound ? value : c.src()(x, y);
+        });
+    });
 }
 
 TEST(Regions, BadArguments) {

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 
 #include "case.h"
@@ -6,8 +5,15 @@
 
 namespace {
 
+struct Optics {
+    std::vector<double> camera;
+    std::vector<double> lens;
+};
+
 // The model as the header has it: floats, each operation rounded once.
-ZmoiPoint32f distorted(int x, int y, const Zmo32f* camera, const Zmo32f* lens) {
+ZmoiPoint32f distorted(int x, int y, const Optics& optics) {
+    const std::vector<float> camera(optics.camera.begin(), optics.camera.end());
+    const std::vector<float> lens(optics.lens.begin(), optics.lens.end());
     const float u = (static_cast<float>(x) - camera[2]) / camera[0];
     const float v = (static_cast<float>(y) - camera[3]) / camera[1];
     const float uu = u * u;
@@ -19,7 +25,7 @@ ZmoiPoint32f distorted(int x, int y, const Zmo32f* camera, const Zmo32f* lens) {
     return {camera[2] + camera[0] * du, camera[3] + camera[1] * dv};
 }
 
-double interpolated(const kit::AnyImage& src, ZmoiPoint32f at, int c) {
+double interpolated(const kit::Image& src, ZmoiPoint32f at, int c) {
     const int lastX = src.size().width - 1;
     const int lastY = src.size().height - 1;
     const bool inside = at.x >= 0 && at.y >= 0 && at.x <= static_cast<float>(lastX) &&
@@ -30,27 +36,22 @@ double interpolated(const kit::AnyImage& src, ZmoiPoint32f at, int c) {
     const float a = at.x - std::floor(at.x);
     const float b = at.y - std::floor(at.y);
     const auto line = [&](int row) {
-        return (1 - a) * static_cast<float>(src.get(x, row, c)) +
-               a * static_cast<float>(src.get(std::min(x + 1, lastX), row, c));
+        return (1 - a) * static_cast<float>(src(x, row, c)) +
+               a * static_cast<float>(src(std::min(x + 1, lastX), row, c));
     };
-    const float value = (1 - b) * line(y) + b * line(std::min(y + 1, lastY));
-    return src.most() == 0 ? value : std::nearbyint(value);
+    return src.stored((1 - b) * line(y) + b * line(std::min(y + 1, lastY)));
 }
 
-struct Optics {
-    Zmo32f camera[4];
-    Zmo32f lens[4];
-};
-
 // Lenses of all kinds; also one that leaves everything in place, and one that sees nothing.
-std::vector<Optics> opticsFor(ZmoiSize size) {
-    const float w = static_cast<float>(size.width);
-    const float h = static_cast<float>(size.height);
-    return {{{64, 32, 16, 8}, {0, 0, 0, 0}},
-            {{w, 0.8F * w, 0.5F * w, 0.5F * h}, {-0.3F, 0.1F, 0.01F, -0.02F}},
-            {{w, w, 0.45F * w - 0.3F, 0.6F * h}, {0.25F, -0.05F, -0.03F, 0.004F}},
-            {{0.7F * w, w, 0.1F * w, 0.2F * h}, {0, 0.4F, 0.001F, 0}},
-            {{9, 9, -1e4F, 3}, {0.5F, 0, 0, 0}}};
+Optics opticsFor(const kit::Turn& t) {
+    const double w = t.size.width;
+    const double h = t.size.height;
+    const Optics all[] = {{{64, 32, 16, 8}, {0, 0, 0, 0}},
+                          {{w, 0.8 * w, 0.5 * w, 0.5 * h}, {-0.3, 0.1, 0.01, -0.02}},
+                          {{w, w, 0.45 * w - 0.3, 0.6 * h}, {0.25, -0.05, -0.03, 0.004}},
+                          {{0.7 * w, w, 0.1 * w, 0.2 * h}, {0, 0.4, 0.001, 0}},
+                          {{9, 9, -1e4, 3}, {0.5, 0, 0, 0}}};
+    return all[t.number % 5];
 }
 
 #define RADIAL(type) ZMO(zmoiUndistortRadial_##type##_C1R), ZMO(zmoiUndistortRadial_##type##_C3R)
@@ -58,15 +59,12 @@ std::vector<Optics> opticsFor(ZmoiSize size) {
 const std::vector<kit::Function> radials = {RADIAL(8u), RADIAL(16u), RADIAL(32f)};
 const kit::Function createMap = ZMO(zmoiCreateMapCameraUndistort_32f_C1R);
 
-kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layout,
-                 const Optics& optics) {
-    kit::Case c(function, size, layout);
-    c.with({{"k1", optics.lens[0]}, {"k2", optics.lens[1]}});
-    for (const auto& [name, values] : {std::pair("camera", optics.camera), {"lens", optics.lens}}) {
-        kit::Buffer memory(sizeof(optics.lens), 0);
-        std::memcpy(memory.ptr(), values, sizeof(optics.lens));
-        c.give(name, memory);
-    }
+kit::Case caseOf(const kit::Function& function, const kit::Turn& t, const Optics& optics) {
+    kit::Case c(function, t);
+    c.with({{"k1", optics.lens[0]},
+            {"k2", optics.lens[1]},
+            {"camera", optics.camera},
+            {"lens", optics.lens}});
     if (function.has("pBuffer")) c.sized(ZMO(zmoiUndistortRadialGetBufferSize));
     // Wider pixels in a row of 2^31 bytes need less.
     if (!function.isNamed("_8u_C1R")) c.allowAnySize();
@@ -74,76 +72,61 @@ kit::Case caseOf(const kit::Function& function, ZmoiSize size, kit::Layout layou
 }
 
 TEST(UndistortRadial, Oracle) {
-    kit::forEachCase(
-        {91, 4}, radials,
-        [](auto& random, const auto& function, ZmoiSize size, kit::Layout layout, size_t turn) {
-            Optics optics = opticsFor(size)[turn % 5];
-            kit::Case c = caseOf(function, size, layout, optics);
-            const bool extreme = turn % 3 == 0;
-            c.src().fill([&, most = static_cast<int64_t>(c.src().most())]() -> double {
-                if (most == 0) return random.uniform(-1000, 1000) * (extreme ? 1e34 : 1);
-                return static_cast<double>(extreme ? random.between(0, 1) * most
-                                                   : random.between(0, most));
-            });
-            optics.lens[2] = optics.lens[3] = 0;
-            return c.want("pDst", [&](int x, int y, int k) {
-                return interpolated(c.src(), distorted(x, y, optics.camera, optics.lens), k);
-            });
-        });
+    kit::forEachCase({91, 4}, radials, [](kit::Turn& t, const auto& function) {
+        Optics optics = opticsFor(t);
+        kit::Case c = caseOf(function, t, optics);
+        draw(t, c.src(), t.number % 3 == 0 ? kit::Draw::ends : kit::Draw::any);
+        optics.lens[2] = optics.lens[3] = 0;
+        return c.want(
+            [&](int x, int y, int k) { return interpolated(c.src(), distorted(x, y, optics), k); });
+    });
 }
 
 TEST(CreateMapCameraUndistort, Oracle) {
-    kit::forEachCase({93, 4}, createMap,
-                     [](kit::Random&, ZmoiSize size, kit::Layout layout, size_t turn) {
-                         const Optics optics = opticsFor(size)[turn % 5];
-                         const auto at = [&](int x, int y) {
-                             return distorted(x, y, optics.camera, optics.lens);
-                         };
-                         return caseOf(createMap, size, layout, optics)
-                             .want("pDst", [&](int x, int y) { return at(x, y).x; })
-                             .want("pDst2", [&](int x, int y) { return at(x, y).y; });
-                     });
+    kit::forEachCase({93, 4}, 1, [](kit::Turn& t, size_t) {
+        const Optics optics = opticsFor(t);
+        return caseOf(createMap, t, optics)
+            .want("pDst", [&](int x, int y) { return distorted(x, y, optics).x; })
+            .want("pDst2", [&](int x, int y) { return distorted(x, y, optics).y; });
+    });
 }
 
 // Whatever they become, they become the same everywhere.
 TEST(UndistortRadial, NotANumberAndInfinity) {
-    const ZmoiSize size{100, 31};
-    kit::Random random(92);
-    kit::Case c = caseOf(radials[4], size, {}, opticsFor(size)[1]);
+    kit::Turn t(92, {100, 31}, {}, 1);
+    kit::Case c = caseOf(radials[4], t, opticsFor(t));
     c.src().fill([&] {
-        const auto drawn = static_cast<size_t>(random.between(0, 15));
+        const auto drawn = t.between(size_t{0}, size_t{15});
         return drawn < 4 ? std::array{INFINITY, -INFINITY, NAN, -NAN}[drawn] : 1.0F;
     });
     kit::expectSameAtAllLevels(c);
 }
 
-// With each value in turn not a number, infinite, or, of those that must be positive, not that.
-std::vector<std::array<Zmo32f, 4>> wrongFour(std::array<Zmo32f, 4> good, size_t positive) {
-    std::vector<std::array<Zmo32f, 4>> all;
-    for (size_t i = 0; i < 4; ++i) {
+// Each value in turn is not a number, infinite, or, of those that must be positive, not that.
+void addWrong(std::vector<kit::Wrong>& wrong, const char* name, const std::vector<double>& good,
+              size_t positive) {
+    for (size_t i = 0; i < good.size(); ++i) {
         for (const float value : {NAN, INFINITY, -INFINITY, 0.0F, -1.0F}) {
             if (i >= positive && std::isfinite(value)) continue;
-            all.push_back(good);
-            all.back()[i] = value;
+            auto bad = good;
+            bad[i] = value;
+            wrong.push_back({name, bad, zmoStsRangeErr});
         }
     }
-    return all;
 }
 
 TEST(Undistort, BadArguments) {
-    const Optics good{{9, 9, 5, 2}, {0.1F, 0.1F, 0, 0}};
-    const auto badCameras = wrongFour({9, 9, 5, 2}, 2);
-    const auto badLenses = wrongFour({0.1F, 0.1F, 0, 0}, 0);
-    std::vector<kit::Wrong> wrongMap;
-    for (const auto& bad : badCameras) wrongMap.push_back({"camera", bad.data(), zmoStsRangeErr});
-    std::vector<kit::Wrong> wrong = wrongMap;
+    const Optics good{{9, 9, 5, 2}, {0.1, 0.1, 0, 0}};
+    const kit::Turn t(94, {12, 4});
+    std::vector<kit::Wrong> wrong;
+    addWrong(wrong, "camera", good.camera, 2);
+    std::vector<kit::Wrong> wrongMap = wrong;
+    addWrong(wrongMap, "lens", good.lens, 0);
     for (const char* const name : {"k1", "k2"}) {
         wrong.push_back({name, {NAN, INFINITY, -INFINITY}, zmoStsRangeErr});
     }
-    for (const auto& bad : badLenses) wrongMap.push_back({"lens", bad.data(), zmoStsRangeErr});
-    for (const auto& function : radials)
-        caseOf(function, {12, 4}, {}, good).expectBadArguments(wrong);
-    caseOf(createMap, {12, 4}, {}, good).expectBadArguments(wrongMap);
+    for (const auto& function : radials) caseOf(function, t, good).expectBadArguments(wrong);
+    caseOf(createMap, t, good).expectBadArguments(wrongMap);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// Fixed masks, in single precision, which is exact for pixels of 8 bits.
 #pragma once
 
 #include "border.h"
@@ -6,13 +7,6 @@ namespace oracle {
 
 enum class Along { smooth, first, second, scharr };
 enum class Mask { vert, horiz, cross, laplacian, lowpass, scharrVert, scharrHoriz };
-
-inline int64_t weight(Along along, int i, int radius) {
-    static constexpr int64_t three[][3] = {{1, 2, 1}, {-1, 0, 1}, {1, -2, 1}, {3, 10, 3}};
-    static constexpr int64_t five[][5] = {{1, 4, 6, 4, 1}, {-1, -2, 0, 2, 1}, {1, 0, -2, 0, 1}};
-    const auto row = static_cast<size_t>(along);
-    return radius == 1 ? three[row][i + 1] : five[row][i + 2];
-}
 
 // Weights along x and along y.
 struct Pair {
@@ -27,29 +21,8 @@ inline Pair pairOf(Mask mask) {
     return pairs[static_cast<size_t>(mask)];
 }
 
-// floor((2 s + d) / 2d), one less where that met a half and is odd.
-inline int64_t roundedQuotient(int64_t sum, int64_t divisor) {
-    const int64_t twice = 2 * sum + divisor;
-    const int64_t whole = twice / (2 * divisor) - (twice % (2 * divisor) < 0 ? 1 : 0);
-    return twice % (2 * divisor) == 0 && whole % 2 != 0 ? whole - 1 : whole;
-}
-
-// The mask as a whole, in 64-bit integers.
-inline int64_t mask(const Extended<Zmo8u>& a, int x, int y, int radius, Mask mask) {
-    const Pair pair = pairOf(mask);
-    int64_t sum = 0;
-    for (int j = -radius; j <= radius; ++j) {
-        for (int i = -radius; i <= radius; ++i) {
-            int64_t w = weight(pair.y, j, radius) * weight(pair.x, i, radius);
-            if (mask == Mask::laplacian) w += weight(pair.y, i, radius) * weight(pair.x, j, radius);
-            sum += w * a(x + i, y + j);
-        }
-    }
-    return mask == Mask::lowpass ? roundedQuotient(sum, radius == 1 ? 16 : 256) : sum;
-}
-
-// v[0] to v[2 radius] in single precision, in the order that the header tells.
-inline float weigh32f(Along along, const float* v, int radius) {
+// v[0] to v[2 radius] in the order of the header.
+inline float weigh(Along along, const float* v, int radius) {
     if (radius == 1) {
         if (along == Along::first) return v[2] - v[0];
         if (along == Along::scharr) {
@@ -75,17 +48,19 @@ inline float weigh32f(Along along, const float* v, int radius) {
     return both + 6 * v[2];
 }
 
-inline float columnsThenRow(const Extended<Zmo32f>& a, int x, int y, int radius, Pair pair) {
+inline float columnsThenRow(const Extended& a, int x, int y, int radius, Pair pair) {
     float along[5] = {};
     for (int i = -radius; i <= radius; ++i) {
         float column[5] = {};
-        for (int j = -radius; j <= radius; ++j) column[j + radius] = a(x + i, y + j);
-        along[i + radius] = weigh32f(pair.y, column, radius);
+        for (int j = -radius; j <= radius; ++j) {
+            column[j + radius] = static_cast<float>(a(x + i, y + j));
+        }
+        along[i + radius] = weigh(pair.y, column, radius);
     }
-    return weigh32f(pair.x, along, radius);
+    return weigh(pair.x, along, radius);
 }
 
-inline float mask(const Extended<Zmo32f>& a, int x, int y, int radius, Mask mask) {
+inline float mask(const Extended& a, int x, int y, int radius, Mask mask) {
     const Pair pair = pairOf(mask);
     const float sum = columnsThenRow(a, x, y, radius, pair);
     if (mask == Mask::lowpass) return sum / (radius == 1 ? 16.0F : 256.0F);

@@ -41,7 +41,7 @@ struct Plane {
     }
 };
 
-// What a function works with. counts(pixel, point, dilates) tells whether a point of the element
+// What a function works with. counts(pixel, point, dilates) returns whether a point of the element
 // counts, and changes the pixel to what it counts under that point.
 struct Element {
     ZmoiSize size;
@@ -51,8 +51,8 @@ struct Element {
     double outside;
 };
 
-// One erosion or dilation, also of the part of the margin from which the element does not reach beyond
-// the source's margin.
+// One erosion or dilation, also of the part of the margin from which the element does not reach
+// beyond the source's margin.
 inline Plane pass(Plane& a, bool dilates, const Element& e) {
     Plane result(a.size, {std::max(0, a.margin.width - e.size.width),
                           std::max(0, a.margin.height - e.size.height)});
@@ -74,37 +74,22 @@ inline Plane pass(Plane& a, bool dilates, const Element& e) {
     return result;
 }
 
-// The results before they are stored, in reading order.
-inline std::vector<double> morph(MorphOp op, Plane source, const Element& e) {
-    const auto twice = [&](bool dilatesFirst) {
-        Plane first = pass(source, dilatesFirst, e);
-        return pass(first, !dilatesFirst, e);
+// The result before it is stored: erosions ('e') and dilations ('d') in their order, less others.
+inline Plane morph(MorphOp op, const Plane& source, const Element& e) {
+    static constexpr struct {
+        const char* passes;
+        const char* less = nullptr;
+    } steps[] = {{"e"}, {"d"}, {"ed"}, {"de"}, {"d", "e"}, {"", "ed"}, {"de", ""}};
+    const auto after = [&](std::string_view passes) {
+        Plane made = source;
+        for (const char one : passes) made = pass(made, one == 'd', e);
+        return made;
     };
-    const auto both = [&]() -> std::pair<Plane, Plane> {
-        const Plane none(source.size, {});
-        switch (op) {
-            case MorphOp::erode:
-                return {pass(source, false, e), none};
-            case MorphOp::dilate:
-                return {pass(source, true, e), none};
-            case MorphOp::open:
-                return {twice(false), none};
-            case MorphOp::close:
-                return {twice(true), none};
-            case MorphOp::gradient:
-                return {pass(source, true, e), pass(source, false, e)};
-            case MorphOp::tophat:
-                return {source, twice(false)};
-            case MorphOp::blackhat:
-                break;
-        }
-        return {twice(true), source};
-    };
-    auto [a, b] = both();
-    std::vector<double> result;
-    kit::forEachPixel(source.size, [&, &from = a, &less = b](int x, int y) {
-        result.push_back(from.at(x, y) - (op < MorphOp::gradient ? 0 : less.at(x, y)));
-    });
+    const auto& [passes, subtracted] = steps[static_cast<size_t>(op)];
+    Plane result = after(passes);
+    if (subtracted == nullptr) return result;
+    Plane less = after(subtracted);
+    kit::forEachPixel(source.size, [&](int x, int y) { result.at(x, y) -= less.at(x, y); });
     return result;
 }
 

@@ -22,8 +22,8 @@ inline Turn turn(double degrees) {
 }
 
 // The value of destination pixel (X, Y), nothing where its source lies outside.
-inline std::optional<Zmo8u> rotated(const kit::Image<Zmo8u>& src, int X, int Y, double degrees,
-                                    double xShift, double yShift) {
+inline std::optional<double> rotated(const kit::Image& src, int X, int Y, double degrees,
+                                     double xShift, double yShift) {
     const Turn t = turn(degrees);
     const double u = X - xShift;
     const double v = Y - yShift;
@@ -33,17 +33,12 @@ inline std::optional<Zmo8u> rotated(const kit::Image<Zmo8u>& src, int X, int Y, 
     if (!(x >= 0 && x <= size.width - 1 && y >= 0 && y <= size.height - 1)) return std::nullopt;
     const int left = static_cast<int>(std::floor(x));
     const int upper = static_cast<int>(std::floor(y));
-    const double f = x - left;
-    const double g = y - upper;
-    const auto pixel = [&](int i, int j) -> double {
-        return i < size.width && j < size.height ? src.get(i, j) : 0;
-    };
+    const auto pixel = [&](int i, int j) { return kit::contains(size, i, j) ? src(i, j) : 0; };
     const auto between = [](double a, double b, double part) {
         return part == 0 ? a : a + part * (b - a);
     };
-    const double top = between(pixel(left, upper), pixel(left + 1, upper), f);
-    const double bottom = between(pixel(left, upper + 1), pixel(left + 1, upper + 1), f);
-    return static_cast<Zmo8u>(std::nearbyint(between(top, bottom, g)));
+    const auto line = [&](int j) { return between(pixel(left, j), pixel(left + 1, j), x - left); };
+    return std::nearbyint(between(line(upper), line(upper + 1), y - upper));
 }
 
 }  // namespace oracle

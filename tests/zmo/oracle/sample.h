@@ -45,35 +45,21 @@ struct Coordinate {
     float fraction;
 };
 
-// Single precision: operands are floats, so that each operation in double precision is exact or
-// rounds again without harm.
-inline double single(double value) {
-    return static_cast<float>(value);
-}
-
 inline double between(double s0, double s1, double f) {
     if (f == 0) return s0;
-    return single(single(single(1 - f) * s0) + single(f * s1));
+    return kit::single(kit::single(kit::single(1 - f) * s0) + kit::single(f * s1));
 }
 
-// The interpolated value of the window's pixel (x, y); image(x, y) tells those of the image.
-template <class Image>
-double subpixel(ZmoiSize size, Image image, Coordinate left, Coordinate top, int x, int y) {
-    const auto pixel = [&](double column, double row) -> double {
-        const int inside = static_cast<int>(std::clamp(column, 0.0, size.width - 1.0));
-        return image(inside, static_cast<int>(std::clamp(row, 0.0, size.height - 1.0)));
+// The interpolated value of the window's pixel (x, y).
+inline double subpixel(const kit::Image& image, Coordinate left, Coordinate top, int x, int y) {
+    const auto pixel = [&](double column, double row) {
+        return image(static_cast<int>(std::clamp(column, 0.0, image.size().width - 1.0)),
+                     static_cast<int>(std::clamp(row, 0.0, image.size().height - 1.0)));
     };
     const auto line = [&](double row) {
         return between(pixel(left.at(x), row), pixel(left.at(x) + 1, row), left.fraction);
     };
     return between(line(top.at(y)), line(top.at(y) + 1), top.fraction);
-}
-
-// Scaled, rounded half to even, saturated at the largest value; floats, whose largest is told as 0, as
-// they are.
-inline double stored(double value, int scaleFactor, double most) {
-    if (most == 0) return value;
-    return std::min(std::nearbyint(std::ldexp(value, -scaleFactor)), most);
 }
 
 }  // namespace oracle
