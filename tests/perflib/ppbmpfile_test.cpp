@@ -61,16 +61,17 @@ std::vector<std::uint32_t> greys(std::size_t n) {
 class PpBmpFile : public testing::Test {
   protected:
     // Loads the file; the messages go into m_messages.
-    bool load(const Bmp& bmp) {
-        const Bytes bytes = bmp.bytes();
-        return load(m_dir.write("x.bmp", std::string(bytes.begin(), bytes.end())));
-    }
+    bool load(const Bmp& bmp) { return load(write(bmp)); }
     bool load(const psString& path) {
         m_image.deleteVector();
         MessageCapture messages(showErrors);
         const bool loaded = m_image.loadImage(path);
         m_messages = messages.text();
         return loaded;
+    }
+    psString write(const Bmp& bmp) const {
+        const Bytes bytes = bmp.bytes();
+        return m_dir.write("x.bmp", std::string(bytes.begin(), bytes.end()));
     }
     const TempDir m_dir = {};
     ppImage m_image;
@@ -111,9 +112,8 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
 TEST_F(PpBmpFile, IsDrawnInGreyAsTheEyeWeighsColours) {
     // Blue, green, red.
     const Bmp bmp{.bits = 24, .height = 1, .pixels = {255, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0}};
-    const Bytes bytes = bmp.bytes();
     const auto isWeighed = [&] {
-        Picture.setValue(m_dir.write("x.bmp", std::string(bytes.begin(), bytes.end())));
+        Picture.setValue(write(bmp));
         ppImage grey(pp8u, 1, false);
         return grey.createImage(3, 1) && ppDrawPicture(grey) && grey.getString() == "  29 150  76";
     };

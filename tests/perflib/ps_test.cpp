@@ -102,7 +102,7 @@ TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
     zmo_GetCpuFeatures = fallback;
     EXPECT_TRUE(has(text, "\nCPU: ")) << text;
     EXPECT_TRUE(has(text, "CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n")) << text;
-    release(g_cstrm);
+    g_cstrm.close();
     EXPECT_EQ(support::lines(m_dir.read("bin/t.csv")).size(), 1U);
 }
 

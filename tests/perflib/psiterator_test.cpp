@@ -1,7 +1,7 @@
 #include "psiterator.h"
 
-#include "parameter_fixture.h"
 #include "psdata.h"
+#include "unit.h"
 
 namespace {
 

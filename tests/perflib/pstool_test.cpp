@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <array>
+#include <csignal>
 #include <optional>
 
 #include "fakes.h"
@@ -303,10 +304,6 @@ TEST_F(Engine, LoopsOverTheCallFunction) {
     EXPECT_EQ(tool.timCall_Loop(1, &clocks, false), PS_FAIL);
 }
 
-[[gnu::noinline]] void readNull() {
-    asm volatile("movl 0, %%eax" : : : "eax", "memory");
-}
-
 TEST_F(Engine, FaultsLeaveEverythingAsItWas) {
     using enum psTool::Method;
     psException::currentName = psTrace::getCurName;
@@ -318,7 +315,7 @@ TEST_F(Engine, FaultsLeaveEverythingAsItWas) {
                                                         {"L", MANUAL, false},
                                                         {"L", AUTO, false}};
     for (const auto& [given, method, callMode] : cases) {
-        script.fault = readNull;
+        script.fault = [] { std::raise(SIGSEGV); };
         tool.setMethod(method);
         tool.setCallMode(callMode);
         psInitCtrlStatus();

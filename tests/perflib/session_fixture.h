@@ -14,14 +14,6 @@
 
 using Words = std::vector<std::string>;
 
-// Closes what a session opened.
-inline void release(psSinkList& stream) {
-    for (o_stream* sink : stream) {
-        if (sink != &c_out) delete sink;
-    }
-    stream.clear();
-}
-
 // Runs a session of a program bin/pscv in a directory of its own; every process-wide setting
 // that a session changes is put back.
 class SessionTest : public testing::Test {
@@ -61,8 +53,11 @@ class SessionTest : public testing::Test {
         psPublish({});
         g_istrm.close();
         g_istrm.dataList().clear();
-        for (psSinkList* stream : std::vector<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm})
-            release(*stream);
+        for (psSinkList* stream :
+             std::vector<psSinkList*>{&g_ostrm, &g_ustrm, &g_cstrm, &g_qstrm}) {
+            stream->close();
+            stream->clear();  // of the console
+        }
         g_ostrm.setOutLevel(showErrors);
         psGlobalTool() = psTool();
     }

@@ -16,6 +16,8 @@
 #include <vector>
 
 #include "message_capture.h"
+#include "psdefault.h"
+#include "psexcept.h"
 #include "pssettings.h"
 #include "temp_dir.h"
 #include "text.h"
@@ -38,4 +40,14 @@ void publish(T psSettings::*setting, const std::type_identity_t<T>& value) {
     psSettings settings;
     settings.*setting = value;
     psPublish(settings);
+}
+
+// What a parameter says of a text; empty when it takes the text.
+inline std::string failure(psParameter& parm, const char* text) {
+    try {
+        parm.translate(text);
+    } catch (const psException& exception) {
+        return str(exception.info());
+    }
+    return "";
 }
