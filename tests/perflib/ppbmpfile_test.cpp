@@ -96,8 +96,7 @@ TEST_F(PpBmpFile, LooksPalettesUp) {
         {{.width = 2, .height = 1, .palette = greys(3), .pixels = {2, 200, 0, 0}, .clrUsed = 3},
          "_8u_C1   7   7"},
         {{.bits = 4, .width = 2, .height = 1, .palette = sixteen, .pixels = four, .clrUsed = 16},
-         "_8u_C1   4   7"},
-    };
+         "_8u_C1   4   7"}};
     for (const auto& [picture, text] : cases) {
         for (bool bigEndian : {false, true}) {
             Bmp bmp = picture;

@@ -44,8 +44,7 @@ TEST(PpFunc, FindsArgumentTypes) {
         {"zmoiMean_8u_C1R", {pp8u, pp8u, pp64f, pp64f}},
         {"zmoiMean_StdDev_8u_C1R", {pp8u, pp8u, pp8u, pp8u}},
         {"zmoiCopy_16s_C1MR", {pp16s, pp8u, pp16s, pp16s}},
-        {"zmoiCompareEqualEps_32f_C1R", {pp32f, pp32f, pp8u, pp8u}},
-    };
+        {"zmoiCompareEqualEps_32f_C1R", {pp32f, pp32f, pp8u, pp8u}}};
     for (const auto& [name, types] : cases) {
         const ppFunc f(name);
         EXPECT_EQ((std::array{f.srcType(), f.src2Type(), f.dstType(), f.dst2Type()}), types)
@@ -100,11 +99,10 @@ TEST(PpFunc, NamesTheTypesOfTheTable) {
 }
 
 TEST(PpFunc, SortsByNameTypesAndDescriptor) {
-    const char* const sorted[] = {
-        "zmoiAdd_8u_C1R",    "zmoiAdd_8u_C3R",        "zmoiAdd_8u_AC4R", "zmoiAdd_8u_C1IR",
-        "zmoiAdd_8u32f_C1R", "zmoiAdd_16u_C1R",       "zmoiAdd_16s_C1R", "zmoiAdd_32f_C1R",
-        "zmoiAdd_32fc_C1R",  "zmoiAddProduct_8u_C1R", "zmosAdd_8u",
-    };
+    const char* const sorted[] = {"zmoiAdd_8u_C1R",        "zmoiAdd_8u_C3R",    "zmoiAdd_8u_AC4R",
+                                  "zmoiAdd_8u_C1IR",       "zmoiAdd_8u32f_C1R", "zmoiAdd_16u_C1R",
+                                  "zmoiAdd_16s_C1R",       "zmoiAdd_32f_C1R",   "zmoiAdd_32fc_C1R",
+                                  "zmoiAddProduct_8u_C1R", "zmosAdd_8u"};
     for (const char* a : sorted) {
         for (const char* b : sorted) {
             const auto rank = [&](const char* name) { return std::ranges::find(sorted, name); };

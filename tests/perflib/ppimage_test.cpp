@@ -28,8 +28,7 @@ TEST_F(PpImage, LayoutComesFromTheDescriptor) {
         {"_8u_C1", false, 1, 1, 1, 64, 640},    {"_32f_C3", false, 3, 3, 12, 128, 1280},
         {"_8u_P3", true, 3, 3, 3, 64, 1920},    {"_16s_AC4", false, 4, 3, 8, 128, 1280},
         {"_16s_C4", false, 4, 4, 8, 128, 1280}, {"_64fc_AP4", true, 4, 3, 64, 192, 7680},
-        {"zmoiX_8u_", false, 1, 1, 1, 64, 640}, {"_8u_C2", false, 2, 2, 2, 64, 640},
-    };
+        {"zmoiX_8u_", false, 1, 1, 1, 64, 640}, {"_8u_C2", false, 2, 2, 2, 64, 640}};
     for (const auto& c : cases) {
         const char* const name = std::get<0>(c);
         const ppFunc f(name);

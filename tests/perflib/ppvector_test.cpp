@@ -108,8 +108,7 @@ TEST_F(PpVector, SequencesAccumulateAndWrap) {
         {pp8s, 127, 1e9, 1, false, {127, 127, 127}},  // and so is the upper limit
         {pp16s, 5, 100, -3, true, {5, 2, -1, -4}},
         {pp64s, two63, two63, 1, false, {two63, two63}},
-        {pp32fc, 1, 2, 0.5, true, {1, 1.5, 2, 1}},
-    };
+        {pp32fc, 1, 2, 0.5, true, {1, 1.5, 2, 1}}};
     for (const auto& [type, start, hi, step, wrap, expected] : cases) {
         ppVector v(type);
         ASSERT_TRUE(v.createVector(static_cast<int>(expected.size())));

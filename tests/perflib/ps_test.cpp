@@ -100,6 +100,7 @@ TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
     zmo_GetCpuFeatures = [](Zmo64u* mask, Zmo32u, Zmo32u*) -> ZmoStatus { return *mask = 0x5f, 0; };
     const std::string text = run(session, {"-B", "-f__ps", "-rt"});
     zmo_GetCpuFeatures = fallback;
+    EXPECT_EQ(m_result, 0);
     EXPECT_TRUE(has(text, "\nCPU: ")) << text;
     EXPECT_TRUE(has(text, "CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n")) << text;
     g_cstrm.close();

@@ -32,8 +32,7 @@ TEST(PsIniFile, NormalisesWhatItReads) {
         {"[s]\nk=" + longLine + "\n", "\n[s]\nk=" + longLine + "\n"},
         {std::string("[s]\nk=1\0 2\nl=3\n\0\n", 17), "\n[s]\nk=1\nl=3\n"},
         {"\xef\xbb\xbfk=1\n[s]\n", "\n[]\nk=1\n\n[s]\n"},
-        {"\xff\xfe[\x80]\n\x01=\x02\n", "\n[\x80]\n\x01=\x02\n"},
-    };
+        {"\xff\xfe[\x80]\n\x01=\x02\n", "\n[\x80]\n\x01=\x02\n"}};
     for (const auto& [text, result] : cases) {
         EXPECT_EQ(written(text), result) << text;
         EXPECT_EQ(written(result), result) << "a second pass of " << text;

@@ -103,8 +103,7 @@ const struct {
     {"h", "help=1 "},
     {"??", "help=63 hidden=1 "},
     {"hB", "help=66 "},
-    {"z1", "", {"-z1: ignored"}},
-};
+    {"z1", "", {"-z1: ignored"}}};
 
 TEST_F(Keys, ChangeTheirOwnSettingsAndSayWhatTheyIgnore) {
     psSession plain;

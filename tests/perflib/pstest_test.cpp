@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "psdata.h"
 #include "psiterator.h"
 #include "unit.h"
 
@@ -29,22 +30,28 @@ TEST(PsTest, DryStartThatFailsLeavesTheOtherTestsTheirTurn) {
 struct LengthTest : OpenTest {
     bool canStart() override {
         regParm(length);
-        regCacheParm(length, nullptr, [](int) { return true; });
+        regCacheParm(length, nullptr, [this](int n) { return made = n, false; });
         return true;
     }
+    int made = 0;
     psStepIterator<int> length{"Len", "", {100}};
 };
 
 TEST(PsTest, LengthIsVariedForTheCacheWhenAsked) {
-    for (const bool asked : {false, true}) {
-        publish(&psSettings::cache, asked);
-        LengthTest test;
-        test.startAndStop();
-        ASSERT_EQ(test.cacheIter() != nullptr, asked);
-        const psParameter* first = test.cacheIter();
-        if (!asked) first = &test.length;
-        EXPECT_EQ(test.parms().front(), first) << "in the length's place";
-    }
+    LengthTest plain, test;
+    plain.startAndStop();
+    EXPECT_TRUE(!plain.cacheIter() && plain.parms().front() == &plain.length);
+
+    publish(&psSettings::cache, true);
+    test.startAndStop();
+    ASSERT_NE(test.cacheIter(), nullptr);
+    EXPECT_EQ(test.parms().front(), test.cacheIter()) << "in the length's place";
+    psCacheIterator::maxCacheSize = [](int* bytes) { return *bytes = 6000, 0; };
+    void* data = psMalloc(100, 0, 0, nullptr);
+    EXPECT_TRUE(test.cacheIter()->firstValue() && !test.cacheIter()->validateSize());
+    EXPECT_EQ(test.made, 800) << "the first above a tenth of the cache";
+    psFree(data);
+    psCacheIterator::maxCacheSize = nullptr;
     psPublish({});
 }
 

@@ -122,8 +122,7 @@ TEST_F(Engine, MethodsTakeTheFunctionsThatThereAre) {
         // 2600 MHz, a tenth of 100 ms
         {"LSC", "L1 L128 S8,26000000,1 OK 800 nLps=8", [](psTool& t) { t.setMethodAuto(); }},
         {"LS", "L1 L128 S8,26000000,1 OK 800 nCalls=8", [](psTool& t) { t.setCountCalls(true); }},
-        {"L", "L1 L128 L512 OK 300 nLps=512", [](psTool&) {}},
-    };
+        {"L", "L1 L128 L512 OK 300 nLps=512", [](psTool&) {}}};
     for (const auto& [given, course, set, message] : cases) {
         MessageCapture out(showWarnings);
         set(tool);
@@ -143,24 +142,22 @@ TEST_F(Engine, RunsAreChosenByTheClocksOfTheOnesBefore) {
         const char* course;
         int stop = 0;  // of setMethodBest; 0: Auto
         psResult outcome = PS_OK;
-    } cases[] = {
-        {{10000}, "L1 L4 OK 10000 nLps=4"},
-        {{300}, "L1 L128 L512 OK 300 nLps=512"},  // 66 becomes 128
-        {{312}, "L1 L64 L256 OK 312 nLps=256"},
-        {{1}, "L1 L32768 L131072 OK 1 nLps=131072"},
-        {{0, 20000}, "L1 L1 L4 OK 20000 nLps=4"},
-        {{0}, "L1 L1 L10 L10 ACCURFAIL 0 accuracy fail"},
-        // 2 * 30 / 3030 passes 5 %, but not the 1 % that spares the repetition;
-        // that compares totals with one figure a loop, so it asks for more loops
-        {{15000, 15300}, "L1 L4 L4 L4 L8 OK 15300 nLps=8", 8},
-        {{15000, 15075}, "L1 L4 OK 15075 nLps=4", 8},
-        {{20000, 30000, 20000, 30000},
-         "L1 L4 L8 L8 L8 ACCURWRN 20000 nLps=8 acc=88.0% actual accuracy = 88.0%",
-         8},
-        {{300}, "L1 L128 L512 FUNCWRN 300 nLps=512 lib function note", 0, PS_FUNCWRN},
-        {{300}, "L1 FUNCFAIL 300 lib function fail", 0, PS_FUNCFAIL},
-        {{300}, "L1 L10 ACCURFAIL 300 accuracy fail", 0, PS_ACCURFAIL},
-    };
+    } cases[] = {{{10000}, "L1 L4 OK 10000 nLps=4"},
+                 {{300}, "L1 L128 L512 OK 300 nLps=512"},  // 66 becomes 128
+                 {{312}, "L1 L64 L256 OK 312 nLps=256"},
+                 {{1}, "L1 L32768 L131072 OK 1 nLps=131072"},
+                 {{0, 20000}, "L1 L1 L4 OK 20000 nLps=4"},
+                 {{0}, "L1 L1 L10 L10 ACCURFAIL 0 accuracy fail"},
+                 // 2 * 30 / 3030 passes 5 %, but not the 1 % that spares the repetition;
+                 // that compares totals with one figure a loop, so it asks for more loops
+                 {{15000, 15300}, "L1 L4 L4 L4 L8 OK 15300 nLps=8", 8},
+                 {{15000, 15075}, "L1 L4 OK 15075 nLps=4", 8},
+                 {{20000, 30000, 20000, 30000},
+                  "L1 L4 L8 L8 L8 ACCURWRN 20000 nLps=8 acc=88.0% actual accuracy = 88.0%",
+                  8},
+                 {{300}, "L1 L128 L512 FUNCWRN 300 nLps=512 lib function note", 0, PS_FUNCWRN},
+                 {{300}, "L1 FUNCFAIL 300 lib function fail", 0, PS_FUNCFAIL},
+                 {{300}, "L1 L10 ACCURFAIL 300 accuracy fail", 0, PS_ACCURFAIL}};
     for (const auto& c : cases) {
         MessageCapture out(showErrors);
         script = {};
@@ -185,8 +182,7 @@ TEST_F(Engine, LoopsAreScaledAndLimited) {
         // stop 1: no iteration; negative; 0: the default
         {11, "L1 ACCURWRN 20000 nLps=1 acc=100.0% actual accuracy = 100.0%"},
         {-20, "L1048576 ACCURWRN 20000 nLps=1048576 acc=100.0% actual accuracy = 100.0%"},
-        {-21, "L2097152 ACCURWRN 20000 nLps=2097152 acc=100.0% actual accuracy = 100.0%"},
-    };
+        {-21, "L2097152 ACCURWRN 20000 nLps=2097152 acc=100.0% actual accuracy = 100.0%"}};
     script.loopClocks = [](int n) { return 20000.0 * n; };
     for (const auto& [factor, course] : factors) {
         tool.setLoopFactor(factor);
@@ -235,8 +231,7 @@ TEST_F(Engine, ABadStatusIsAvoidedByHalfTheLoops) {
         {1, true, "LI", "", "-- Attempt fails: Bad control status repeats.\n"},
         // the element of the first run counts one loop
         {2, false, "LI", " ACCURWRN ", "-- Attempt fails: Accuracy is unsatisfactory.\n"},
-        {2, false, "L", "L1 L4 OK 20000 nLps=4", "    Auto method: stop\n"},
-    };
+        {2, false, "L", "L1 L4 OK 20000 nLps=4", "    Auto method: stop\n"}};
     for (const auto& c : cases) {
         MessageCapture out(showResults | static_cast<int>(MessageLevel::INFO));
         const bool init = has(c.given, "I");

@@ -33,7 +33,8 @@ class SessionTest : public testing::Test {
 
     // The console's text of a whole run.
     std::string run(psSession& session, const Words& keys) {
-        return console(keys, [&](int count, char** words) { session.run(count, words); });
+        return console(keys,
+                       [&](int count, char** words) { m_result = session.run(count, words); });
     }
     // The echo of the keys alone.
     std::string parse(psSession& session, const Words& keys) {
@@ -46,6 +47,7 @@ class SessionTest : public testing::Test {
 
     const TempDir m_dir;
     bool m_parsed = false;
+    int m_result = -1;
 
   private:
     // What keys change outside the session, as before the first.
