@@ -79,7 +79,8 @@ TEST_F(Clock, FrequencyFromTheEnvironment) {
             MessageCapture out(showErrors);
             setenv("PSCV_FREQ_MHZ", value, 1);
             psCpuTicker::m_freqMHz = 0;
-            if (psCpuTicker::given() != taken || psCpuTicker::given() != taken) return false;
+            psCpuTicker::given();  // what is refused is reported once
+            if (psCpuTicker::given() != taken) return false;
             return taken ? psCpuTicker::getFreq() == 2345 : out.text() == refusal;
         };
         EXPECT_EQ(inChild(isReadOnce), 0) << value;
