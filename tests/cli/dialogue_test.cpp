@@ -60,14 +60,11 @@ TEST(Dialogue, AnswersAreTakenAndWrongOnesAskedForAgain) {
 TEST(Dialogue, GivenValuesAndBatchModeAskNothing) {
     Pscv pscv;
     pscv.input = "Manual\n7\n";
-    Pscv::Arguments given = small;
-    given.insert(given.end(), {"-dMethod=Statistic", "-dNumCalls=5", "-dTotalCpuClocks=1",
-                               "-dAccuracy, %=9", "-ATiming"});
-    EXPECT_FALSE(has(pscv.run(given).out, "End of common specifications"));
+    const Outcome outcome = pscv.run(small, {"-dMethod=Statistic", "-dNumCalls=5",
+                                             "-dTotalCpuClocks=1", "-dAccuracy, %=9", "-ATiming"});
+    EXPECT_FALSE(has(outcome.out, "End of common specifications"));
     EXPECT_EQ(pscv.rows().at(0)[colComment], "nCalls=5");
-    Pscv::Arguments batch = small;
-    batch.insert(batch.end(), {"-AAll", "-B"});
-    EXPECT_FALSE(has(pscv.run(batch).out, "[Auto] = "));
+    EXPECT_FALSE(has(pscv.run(small, {"-AAll", "-B"}).out, "[Auto] = "));
 }
 
 TEST(Dialogue, EachTestAsksOnlyWithAll) {
@@ -76,9 +73,7 @@ TEST(Dialogue, EachTestAsksOnlyWithAll) {
                                "-rtable"};
     for (const std::string all : {"-AAll", "-AParams", "-AMisalign"}) {
         pscv.input = std::string(20, '\n');
-        Pscv::Arguments arguments = keys;
-        arguments.emplace_back(all);
-        const Outcome outcome = pscv.run(arguments);
+        const Outcome outcome = pscv.run(keys, {all});
         const bool asked =
             has(outcome.out, "[2x2;3x3;4x4] = ") || has(outcome.out, "[2x2; 3x3; 4x4] = ");
         EXPECT_EQ(asked, all == "-AAll") << outcome.out;
@@ -104,9 +99,7 @@ TEST(Duration, HelpAndVersionDoNotMeasureTheFrequency) {
 TEST(Duration, HeaderMeasuresTheFrequencyOnce) {
     Pscv pscv;
     pscv.environment["PSCV_FREQ_MHZ"] = std::nullopt;
-    Pscv::Arguments arguments = small;
-    arguments.insert(arguments.end(), {"-B", "-dMethod=Manual"});
-    const Outcome outcome = pscv.run(arguments);
+    const Outcome outcome = pscv.run(small, {"-B", "-dMethod=Manual"});
     EXPECT_GE(outcome.duration.count(), 2000);
     EXPECT_FALSE(has(outcome.out, "(given)")) << outcome.out;
     EXPECT_TRUE(has(outcome.out, "Hz")) << outcome.out;

@@ -24,22 +24,6 @@ void expectBoxes(const std::string& text) {
     EXPECT_GT(boxed, 10U) << text;
 }
 
-// The data lines between the header and END_DATA, read as any CSV file.
-std::vector<Row> summaryLines(const std::string& text) {
-    std::vector<Row> data;
-    bool inside = false;
-    for (const std::string& line : support::lines(text)) {
-        if (line.starts_with("END_DATA")) inside = false;
-        if (inside && !line.starts_with("--")) data.push_back(support::tableRows(line)[0]);
-        if (line.starts_with("Function,Class,")) inside = true;
-    }
-    for (const Row& row : data) {
-        EXPECT_EQ(row.size(), 11U) << row[0];
-        EXPECT_EQ(std::ranges::count(row, ""), 0) << row[0];
-    }
-    return data;
-}
-
 TEST(Output, SummaryTableAndBoxesKeepTheirForm) {
     const Pscv pscv;
     const std::string longDir = pscv.file(std::string(120, 'd'));
@@ -49,7 +33,7 @@ TEST(Output, SummaryTableAndBoxesKeepTheirForm) {
     expectBoxes(outcome.out);
     expectBoxes(support::readFile(longDir + "/listing.txt"));
     const std::string summary = support::readFile(longDir + "/sum, x.csv");
-    const std::vector<Row> data = summaryLines(summary);
+    const std::vector<Row> data = Pscv::summaryLines(summary);
     ASSERT_EQ(data.size(), 2U);
     EXPECT_EQ(data[0][9], "OK");
     EXPECT_NE(summary.find("\nLibrary,libzmoi, 2.0 "), std::string::npos) << summary;
@@ -64,7 +48,7 @@ TEST(Output, AppendsToAnEarlierRun) {
     EXPECT_EQ(support::count(pscv.text("all.csv"), "\nzmoiCanny,16s8u,"), 1U);
     EXPECT_EQ(support::count(pscv.text("all.csv"), "\nzmoiCanny,32f8u,"), 1U);
     EXPECT_EQ(support::count(pscv.text("all.txt"), "|PS Summary "), 2U);
-    EXPECT_EQ(summaryLines(pscv.text("sum_sum.csv")).size(), 2U);
+    EXPECT_EQ(Pscv::summaryLines(pscv.text("sum_sum.csv")).size(), 2U);
 }
 
 TEST(Output, NamesOfTheParameters) {
@@ -129,7 +113,7 @@ TEST(Sinks, ThatFailAreNamedAndCostNothingElse) {
                 << key << outcome.out;
             if (runs) {
                 EXPECT_EQ(pscv.rows().size(), 2U);
-                EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), 2U);
+                EXPECT_EQ(Pscv::summaryLines(pscv.text("tests_sum.csv")).size(), 2U);
             }
             if (key != "-g") {
                 EXPECT_FALSE(pscv.text("done.end").empty());
@@ -169,7 +153,7 @@ TEST(Sinks, AConsoleThatFailsLeavesTheFilesWhole) {
             << listing;
         EXPECT_EQ(outcome.err.ends_with(lost), !interrupted) << outcome.err;
         EXPECT_EQ(pscv.rows().size(), c.rows);
-        EXPECT_EQ(summaryLines(pscv.text("tests_sum.csv")).size(), c.rows);
+        EXPECT_EQ(Pscv::summaryLines(pscv.text("tests_sum.csv")).size(), c.rows);
         EXPECT_FALSE(pscv.text("done.end").empty());
     }
 }

@@ -6,23 +6,19 @@
 #include <cstdlib>
 
 Pscv::Arguments Pscv::smallCanny(const Arguments& more) {
-    Arguments arguments{"-B",
-                        "-m=p_ccanny",
-                        "-dImageSize=64x64",
-                        "-dnumFigures=2x2",
-                        "-dMethod=Manual",
-                        "-dNumLoops=3",
-                        "-rtable",
-                        "-utests"};
+    Arguments arguments{"-B", "-m=p_ccanny", "-rtable", "-utests"};
+    arguments.insert(arguments.end(),
+                     {"-dImageSize=64x64", "-dnumFigures=2x2", "-dMethod=Manual", "-dNumLoops=3"});
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
 }
 
-support::Command Pscv::command(const Arguments& arguments) const {
+support::Command Pscv::command(const Arguments& arguments, const Arguments& more) const {
     support::Command command;
     command.program = program.empty() ? PSCV_PROGRAM : program;
     command.arguments = {"-l" + m_dir.path().string()};
-    command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
+    for (const Arguments* part : {&arguments, &more})
+        command.arguments.insert(command.arguments.end(), part->begin(), part->end());
     command.environment = {{"PSCV_FREQ_MHZ", "2000"}, {"LD_LIBRARY_PATH", std::nullopt}};
     for (const auto& [name, value] : environment) command.environment[name] = value;
     if (input) {
@@ -32,8 +28,8 @@ support::Command Pscv::command(const Arguments& arguments) const {
     return command;
 }
 
-support::Outcome Pscv::run(const Arguments& arguments) const {
-    support::Outcome outcome = support::run(command(arguments));
+support::Outcome Pscv::run(const Arguments& arguments, const Arguments& more) const {
+    support::Outcome outcome = support::run(command(arguments, more));
     EXPECT_TRUE(outcome.clean()) << "status " << outcome.status << ", signal " << outcome.signal
                                  << ", timed out " << outcome.timedOut << "\n"
                                  << outcome.out << outcome.err;
@@ -44,8 +40,9 @@ namespace {
 
 std::vector<support::Row> tableFromTitle(const std::string& text) {
     std::vector<support::Row> table = support::tableRows(text);
-    const auto title = std::ranges::find_if(
-        table, [](const support::Row& row) { return row[colBase] == "funcBase"; });
+    const auto title = std::ranges::find_if(table, [](const support::Row& row) {
+        return row[colBase] == "funcBase" || row[colBase] == "function";
+    });
     if (title == table.end()) ADD_FAILURE() << "no title line in\n" << text;
     table.erase(table.begin(), title);
     return table;
@@ -68,9 +65,9 @@ std::vector<support::Row> Pscv::rows() const {
     return table;
 }
 
-std::vector<support::Row> Pscv::rows(const std::string& type) const {
+std::vector<support::Row> Pscv::rows(Column column, const std::string& text) const {
     std::vector<support::Row> found = rows();
-    std::erase_if(found, [&](const support::Row& row) { return row[colType] != type; });
+    std::erase_if(found, [&](const support::Row& row) { return row[column] != text; });
     return found;
 }
 
@@ -90,11 +87,25 @@ std::vector<std::string> Pscv::listed(const std::string& out) {
     return lines;
 }
 
-std::string Pscv::result(const std::string& function) const {
-    constexpr std::size_t resultField = 9;
-    for (const support::Row& row : support::tableRows(text("tests_sum.csv"))) {
-        if (row[0] == function && row.size() > resultField) return row[resultField];
+std::vector<support::Row> Pscv::summaryLines(const std::string& text) {
+    std::vector<support::Row> data;
+    bool inside = false;
+    for (const std::string& line : support::lines(text)) {
+        if (line.starts_with("END_DATA")) inside = false;
+        if (inside && !line.starts_with("--")) data.push_back(support::tableRows(line)[0]);
+        if (line.starts_with("Function,Class,")) inside = true;
     }
+    for (support::Row& row : data) {
+        EXPECT_EQ(row.size(), 11U) << row[0];
+        EXPECT_EQ(std::ranges::count(row, ""), 0) << row[0];
+        row.resize(11);
+    }
+    return data;
+}
+
+support::Row Pscv::summaryOf(const std::string& function) const {
+    for (const support::Row& row : summaryLines(text("tests_sum.csv")))
+        if (row[0] == function) return row;
     ADD_FAILURE() << "no line for " << function << " in\n" << text("tests_sum.csv");
-    return {};
+    return support::Row(11);
 }

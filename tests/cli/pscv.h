@@ -35,8 +35,8 @@ class Pscv {
 
     // Runs pscv with -l naming the own directory. The processor's frequency is
     // preset, so that no run has to measure it.
-    support::Command command(const Arguments& arguments) const;
-    support::Outcome run(const Arguments& arguments) const;
+    support::Command command(const Arguments& arguments, const Arguments& more = {}) const;
+    support::Outcome run(const Arguments& arguments, const Arguments& more = {}) const;
 
     std::string file(const std::string& name) const { return m_dir.file(name); }
     std::string text(const std::string& name) const { return support::readFile(file(name)); }
@@ -45,7 +45,8 @@ class Pscv {
     // Both fail the running test when the file is not such a table.
     support::Row title() const;
     std::vector<support::Row> rows() const;
-    std::vector<support::Row> rows(const std::string& type) const;
+    // Those rows that have the text in the column.
+    std::vector<support::Row> rows(Column column, const std::string& text) const;
 
     // The count behind a label of the closing box, -1 without such a line.
     static int summary(const std::string& out, const std::string& label);
@@ -54,8 +55,11 @@ class Pscv {
     // line of its own, where a number may stand too, farther right.
     static std::vector<std::string> listed(const std::string& out);
 
-    // The result word of a function in the summary written by -utests.
-    std::string result(const std::string& function) const;
+    // The data lines of a summary, read as any CSV file.
+    static std::vector<support::Row> summaryLines(const std::string& text);
+    // A function's line in the summary written by -utests, and the result word in it.
+    support::Row summaryOf(const std::string& function) const;
+    std::string result(const std::string& function) const { return summaryOf(function)[9]; }
 
     std::map<std::string, std::optional<std::string>> environment;
     std::string program;  // empty: the built one

@@ -23,9 +23,9 @@ void PrintTo(const Listed& test, std::ostream* out) {
 }
 
 // The lines of the list box: the columns begin at 6, 46 and 62.
-std::vector<Listed> listed(const Pscv& pscv, const Words& keys) {
+std::vector<Listed> listed(const Pscv& pscv, const Words& keys, const Words& more = {}) {
     std::vector<Listed> tests;
-    for (const std::string& line : Pscv::listed(pscv.run(keys).out)) {
+    for (const std::string& line : Pscv::listed(pscv.run(keys, more).out)) {
         const auto cell = [&](std::size_t begin, std::size_t end) {
             const std::string text = line.substr(begin, end - begin);
             return text.substr(0, text.find_last_not_of(' ') + 1);
@@ -87,9 +87,7 @@ TEST(Selection, PatternsChooseFromTheList) {
     for (const auto& c : cases) {
         std::vector<Listed> expected = all;
         std::erase_if(expected, [&](const Listed& test) { return !c.runs(test); });
-        Words keys{"-e"};
-        keys.insert(keys.end(), c.keys.begin(), c.keys.end());
-        EXPECT_EQ(listed(pscv, keys), expected) << c.keys[0];
+        EXPECT_EQ(listed(pscv, {"-e"}, c.keys), expected) << c.keys[0];
     }
 }
 
@@ -109,9 +107,7 @@ TEST(Selection, NamesThatNothingHasStandAtTheEnd) {
          "-dImageSizes: no such parameter; ImageSize?\n"
          "-dLevel: no such parameter in this run\n"}};
     for (const auto& [keys, end] : cases) {
-        Words all{"-B", "-LP"};
-        all.insert(all.end(), keys.begin(), keys.end());
-        const std::string out = pscv.run(all).out;
+        const std::string out = pscv.run({"-B", "-LP"}, keys).out;
         EXPECT_TRUE(out.ends_with("-+\n" + std::string(end))) << out;
     }
 }
@@ -171,9 +167,8 @@ TEST(KeyFiles, AreExpandedInPlace) {
         {{a, "-dImageSize=16x16"}, "16s8u:16x16:2x2 "},
         {{"-f=zmoiCanny_16s8u_C1R", nest}, "16s8u:64x64:2x2 "}};
     for (const auto& [keys, rows] : cases) {
-        Words all{"-B", "-dImageSize=64x64", "-dnumFigures=2x2", "-dMethod=Manual", "-rtable"};
-        all.insert(all.end(), keys.begin(), keys.end());
-        const Outcome outcome = pscv.run(all);
+        const Outcome outcome = pscv.run(
+            {"-B", "-dImageSize=64x64", "-dnumFigures=2x2", "-dMethod=Manual", "-rtable"}, keys);
         EXPECT_EQ(measured(pscv), rows) << outcome.out;
     }
     const std::string lost = pscv.file("lost");
@@ -208,11 +203,7 @@ TEST(IniFile, GivesBackTheSetsThatItTook) {
     const Pscv pscv;
     const std::string in = "-p" + pscv.file("");
     const Words keys{"-B", "-m=p_ccanny", in, "-rtable"};
-    const auto with = [&](const Words& more) {
-        Words all = keys;
-        all.insert(all.end(), more.begin(), more.end());
-        return pscv.run(all).out;
-    };
+    const auto with = [&](const Words& more) { return pscv.run(keys, more).out; };
     support::writeFile(pscv.file("set.ini"), "[zmoiCanny_32f8u_C1R]\nImageSize=24x8\nmine=1\n");
     with({"-Iset", "-dImageSize=64x64;32x48", "-dnumFigures=2x2", "-dMethod=Manual",
           "-dNumLoops=2"});
@@ -225,6 +216,8 @@ TEST(IniFile, GivesBackTheSetsThatItTook) {
     EXPECT_EQ(measured(pscv), "16s8u:64x64:2x2 16s8u:32x48:2x2 32f8u:24x8:2x2 ") << out;
     EXPECT_EQ(pscv.text("set.ini"), text) << "read only";
     EXPECT_EQ(pscv.rows()[0][colComment], "nLps=2");
+    // Nothing else has a section, not even the processor's test.
+    EXPECT_EQ(Pscv::summary(pscv.run({"-B", "-P", "-iset", in}).out, ".Number of tests"), 2);
     with({"-iset", "-dImageSize=16x16"});
     EXPECT_EQ(measured(pscv), "16s8u:16x16:2x2 32f8u:16x16:2x2 ");
 }

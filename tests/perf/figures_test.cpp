@@ -41,7 +41,7 @@ constexpr Range ranges[] = {
     {"p_cflood", {40, 80}},
     {"p_cgrad", {95, 160}},
     {"p_chaar", {30, 99.5}},
-    {"p_chough", {5, 60}},
+    {"p_chough", {4, 60}},
     {"p_cinpaint", {0.5, 25}},
     {"p_cintegr", {100, 160}},
     {"p_clabel", {4, 2000}},

@@ -13,18 +13,11 @@
 #include "ps.h"
 #include "psbase.h"
 
-// The stems of the modules that are linked, and the functions of one.
+// The stems of the modules that are linked.
 inline std::set<std::string> modules() {
     std::set<std::string> stems;
     for (psTest* const test : *pTestList) stems.emplace(test->fileName().getFileTitle().c_str());
     return stems;
-}
-inline std::set<std::string> functionsOf(const std::string& module) {
-    std::set<std::string> functions;
-    for (psTest* const test : *pTestList)
-        if (module == test->fileName().getFileTitle().c_str())
-            functions.emplace(test->funcName().c_str());
-    return functions;
 }
 
 // A session ends by destroying its tests, so that a process has only one: the parent keeps its own.
