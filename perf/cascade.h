@@ -66,7 +66,7 @@ class Trainer {
 
     // Each classifier votes for the disc with 1, against it with -1.
     Stage train(int classifiers) {
-        // Of the disc's response, what a window must reach.
+        // A window must reach this part of the disc's response.
         constexpr double share = 0.5;
         Stage stage;
         while (stage.classifiers() < classifiers) {

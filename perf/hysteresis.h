@@ -8,7 +8,7 @@
 
 namespace hysteresis {
 
-// For the module that runs.
+// These are the arguments of the module that runs.
 inline Zmo32f lowThreshold;
 inline Zmo32f highThreshold;
 

@@ -29,7 +29,7 @@ class MaskedTest : public ppImageTest {
                (!func().mask() || createMask(2));
     }
 
-    // The types that the names of means give their results are no argument's.
+    // Means are 64f for all sources: whether a function computes with floats, its source says.
     double getFlops() override { return func().srcType() == pp32f ? ppImageTest::getFlops() : 0.0; }
 
     psString dataFigure() override {

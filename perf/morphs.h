@@ -15,7 +15,7 @@ using namespace bordered;
 inline psMapIterator<int> Shape("Shape", "Shape of the mask", {{0, "rect"}, {1, "ellipse"}},
                                 {0, 1});
 
-// Of the unit square, so that an ellipse of 3x3 has no corners.
+// Less than the unit square, so that an ellipse of 3x3 has no corners.
 constexpr double roundness = 0.81;
 
 // 1u: the region's first pixel, and the same of the destination.
@@ -54,7 +54,8 @@ class MorphTest : public BorderedTest {
     bool isBits() const { return func().contains("_1u_"); }
     ZmoDataType dataType() const { return isBits() ? zmo1u : srcType(); }
 
-    // In memory, compound operations look two masks around the region. A multiple of 8, for 1u.
+    // In memory, compound operations look two masks around the region. The margin is a multiple of
+    // 8, for 1u.
     ZmoiSize margin() const override {
         const ZmoiSize mask = MaskSize.value();
         const int side = (2 * std::max(mask.width, mask.height) + 7) / 8 * 8;

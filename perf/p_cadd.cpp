@@ -8,7 +8,7 @@ namespace {
 using namespace images;
 
 constexpr Zmo32f alpha = 0.05F;
-// About the middle of the sources' values.
+// These lie about the middle of the sources' values.
 constexpr Zmo8u value8u = 128;
 constexpr Zmo16u value16u = 32768;
 constexpr Zmo32f value32f = 128.0F;
@@ -45,7 +45,7 @@ class TimcAdd : public ppImageTest {
     // The sums of earlier frames: calls grow them.
     static bool drawAccumulator() { return ppDrawSource(pDst, 2) && pDst.reserveCopy() != 0; }
 
-    // Of what every timed call starts from.
+    // The share that every timed call starts from.
     static double heldPercent() {
         const auto* row = static_cast<const char*>(pDst.getReservedData());
         double held = 0;

@@ -17,7 +17,7 @@ psMapIterator<bool> Features("Features", "Rectangles of the stage",
                              {{false, "upright"}, {true, "tilted"}}, {false, true});
 
 constexpr int classifiersOf[] = {3, 8, 20, 50};
-// By stage, how much of its votes for and against a window must be left over.
+// A stage keeps a window of whose votes for and against this share is left over.
 constexpr double voteShare[] = {0.3, 0.5, 0.6, 0.7};
 constexpr int scaleFactor = 4;  // thresholds of integers keep four binary places
 
@@ -67,8 +67,8 @@ class TimcHaar : public ppImageTest {
                runEarlierStages(number) && initStage(number) && pDst.reserveCopy() != 0;
     }
 
-    // Of windows that no stage leaves early: a sum of four and a product for each rectangle, a
-    // product, a comparison and a sum for each classifier.
+    // A window that the stage does not leave early takes a sum of four and a product for each
+    // rectangle, a product, a comparison and a sum for each classifier.
     double getFlops() override {
         if (!isFloat()) return 0;
         return selected * (5.0 * m_stage.rectangles() + 3.0 * m_stage.classifiers());

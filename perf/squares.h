@@ -16,7 +16,8 @@ PP_SERVICE(zmoiCanny_16s8u_C1R);
 
 constexpr int noise = 8;
 
-// In a place of so many quarters of a pixel: squares turned by 10 degrees, of sides of half a cell.
+// Whether a place in quarters of a pixel lies in a square: they are turned by 10 degrees, and their
+// sides are half a cell.
 inline bool inSquare(int x, int y, int cell) {
     constexpr int cosine = 1008;  // of 1024
     constexpr int sine = 178;

@@ -194,7 +194,8 @@ TEST(Objects, WhatDoesNotLoadIsNamedAndHasNoSubstitute) {
     }
 }
 
-// Alone in its entry of the dynamic section: an empty part beside it would be the working folder.
+// The path is alone in its entry of the dynamic section: an empty part beside it would be the
+// working folder.
 TEST(Objects, AreLookedForInTheShippedFolderAndNowhereElse) {
     const std::pair<const char*, std::string> cases[] = {{"pscv", "$ORIGIN/lib"},
                                                          {"installed/pscv", "$ORIGIN/../lib"},
@@ -223,7 +224,7 @@ TEST_F(NoObjects, AreNamedOnceInARun) {
         EXPECT_EQ(support::count(outcome.out, std::string("-- Can't open lib") + name + ".so"), 1U)
             << outcome.out;
     }
-    EXPECT_LT(outcome.out.find("-utests: "), outcome.out.find("-- Can't open lib"));
+    EXPECT_TRUE(inOrder(outcome.out, "-utests: ", "-- Can't open lib")) << outcome.out;
     for (const char* function : {first, second}) {
         EXPECT_EQ(pscv.result(function), "FUNCFAIL") << outcome.out;
         EXPECT_EQ(support::count(outcome.out, noFunction + function + "\n"), 1U) << outcome.out;

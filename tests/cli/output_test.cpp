@@ -1,7 +1,6 @@
 // What the files of a run hold, pictures as input, and sinks that fail.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 
 #include "pscv.h"
@@ -40,6 +39,19 @@ TEST(Output, SummaryTableAndBoxesKeepTheirForm) {
     for (const char* mode : {"-e", "-e+", "-e-"}) expectBoxes(pscv.run({mode}).out);
 }
 
+// At the 2000 MHz given, with three taps across and three down.
+TEST(Output, FiguresAreThoseOfAnElementAndOfACall) {
+    const Pscv pscv;
+    pscv.run({"-B", "-f=zmoiFilterGaussianBorder_32f_C3R", "-dImageSize=64x48", "-dMaskSize=3x3",
+              "-dBorder=replicate", "-dMethod=Manual", "-rtable"});
+    const Row row = pscv.rows().at(0);
+    EXPECT_EQ(row[colPer], "pxch");
+    constexpr double elements = 64 * 48 * 3, operations = 10 * elements;
+    const double time = std::stod(row[colTime]);
+    EXPECT_NEAR(std::stod(row[colClocks]) * elements / 2000, time, time / 50);
+    EXPECT_NEAR(std::stod(row[colMFlops]) * time, operations, operations / 50);
+}
+
 TEST(Output, AppendsToAnEarlierRun) {
     const Pscv pscv;
     for (const char* function : {"-f=zmoiCanny_16s8u_C1R", "-f=zmoiCanny_32f8u_C1R"})
@@ -61,7 +73,7 @@ TEST(Output, NamesOfTheParameters) {
     run({"-f-32f", "-q+"});
     const std::string table = pscv.text("table.csv");
     EXPECT_TRUE(has(table, "\n" + names)) << table;
-    EXPECT_LT(table.find(names), table.find(",64x64,")) << table;
+    EXPECT_TRUE(inOrder(table, names, ",64x64,")) << table;
     fs::remove(pscv.file("table.csv"));
     const std::string out = run({"-f-32f", "-qnames", "-Q"});
     EXPECT_EQ(support::count(pscv.text("names_name.csv"), "\n" + names), 1U);
@@ -146,7 +158,7 @@ TEST(Sinks, AConsoleThatFailsLeavesTheFilesWhole) {
         EXPECT_EQ(pscv.text("status"), std::string(c.status) + "\n") << c.script;
         const std::string listing = pscv.text("list.txt");
         const std::string lost = "Incomplete output: standard output (" + c.reason + ")\n";
-        EXPECT_LT(listing.find(box), listing.find(lost)) << listing;
+        EXPECT_TRUE(inOrder(listing, box, lost)) << listing;
         const bool interrupted = c.rows == 0;
         EXPECT_EQ(has(listing, lost + "Interrupted by SIGPIPE: 2 tests were not run\n"),
                   interrupted)

@@ -11,6 +11,12 @@
 
 using support::has;
 
+// Whether both parts are in the text, the first before the second.
+inline bool inOrder(const std::string& text, const std::string& first, const std::string& second) {
+    const std::size_t at = text.find(first);
+    return at != std::string::npos && text.find(second, at) != std::string::npos;
+}
+
 // Columns of the performance table.
 enum Column {
     colBase,

@@ -39,27 +39,6 @@ void spin(int rounds) {
 psIterator<int> Rounds("Rounds", "", {100, 200});
 psMapIterator<int> Mode("Mode", "", {{0, "plain"}, {1, "twice"}}, {0, 1});
 
-class HostSets : public psTest {
-  public:
-    using psTest::psTest;
-
-  protected:
-    bool canStart() override {
-        regParm(Rounds);
-        regParm(Mode);
-        return true;
-    }
-    double getDivisor() override { return Rounds.value(); }
-    psString getUnit() override { return "round"; }
-    double getFlops() override { return Rounds.value(); }
-};
-
-int hostFast() {
-    spin(Rounds.value() * (1 + Mode.value()));
-    return 0;
-}
-HOST_TEST(HostSets, hostFast)
-
 // A test of the parameters, without data.
 template <auto&... parameters>
 class HostOf : public psTest {
@@ -74,6 +53,13 @@ class HostOf : public psTest {
     psString getUnit() override { return "call"; }
 };
 using HostPlain = HostOf<>;
+using HostSets = HostOf<Rounds, Mode>;
+
+int hostFast() {
+    spin(Rounds.value() * (1 + Mode.value()));
+    return 0;
+}
+HOST_TEST(HostSets, hostFast)
 
 int hostSlow() {
     spin(300000);

@@ -20,8 +20,8 @@ struct Limits {
     double high = std::numeric_limits<double>::infinity();
 };
 
-// Of the first number in a module's figures, over all its functions and default values, and of the
-// second one where it adds something.
+// The limits of the first number in a module's figures, over all its functions and default values,
+// and of the second one where it adds something.
 struct Range {
     const char* module;
     Limits first;
@@ -41,7 +41,7 @@ constexpr Range ranges[] = {
     {"p_cflood", {40, 80}},
     {"p_cgrad", {95, 160}},
     {"p_chaar", {30, 99.5}},
-    {"p_chough", {4, 60}},
+    {"p_chough", {5, 60}},
     {"p_cinpaint", {0.5, 25}},
     {"p_cintegr", {100, 160}},
     {"p_clabel", {4, 2000}},
@@ -78,7 +78,8 @@ std::string listingOf(const std::string& module) {
     const TempDir dir;
     inOwnProcess([&] {
         runSession({"-B", "-LINFO", "-l" + dir.path(), "-oall.txt", "-m=" + module, "-dNumLoops=1",
-                    "-dMethod=Manual", "-dImageSize=64x64;160x120"});
+                    "-dMethod=Manual",
+                    SANITIZED ? "-dImageSize=64x64" : "-dImageSize=64x64;320x240"});
     });
     return dir.read("all.txt");
 }
