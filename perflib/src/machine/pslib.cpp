@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "psfaults.h"
 #include "psstream.h"
 
 using enum MessageLevel;
@@ -139,6 +140,7 @@ void selectCodePath(Zmo64u mask) {
     else
         g_ostrm << "--status = zmoStsNoErr\n";
     if (status < 0) {
+        psFaults::count(psFault::input);
         g_ostrm << "--calling zmoInit()\n";
         const ZmoStatus initStatus = zmo_Init();
         if (initStatus != 0) reportStatus(initStatus);

@@ -5,6 +5,7 @@
 #include "psctable.h"
 #include "psdata.h"
 #include "psexcept.h"
+#include "psfaults.h"
 #include "psistream.h"
 #include "psstream.h"
 
@@ -147,8 +148,9 @@ void psParameter::fromIStream() {
     psOutLevelGuard level;
     if (m_input) {
         if (g_istrm.hasConsole()) g_ostrm.setOutLevel(showResults);
-        while (!takeValue() && g_istrm.canAskAgain()) {
-        }
+        bool taken = takeValue();
+        while (!taken && g_istrm.canAskAgain()) taken = takeValue();
+        if (!taken) psFaults::count(psFault::input);
     }
     g_ostrm << " " << description() << "\n";
     if (m_input && g_istrm.source() == psDataSource::CONSOLE) g_ostrm.flush();

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "psfaults.h"
 #include "psstream.h"
 
 using enum MessageLevel;
@@ -97,6 +98,7 @@ psIniFile::Reading psIniFile::readFile(bool write) {
 
 psIniFile::Reading psIniFile::refuse(const psString& reason) const {
     g_ostrm << ERR << "-- File " << m_name << " is no ini-file: " << reason << "\n" << END;
+    psFaults::count(psFault::input);
     return Reading::REFUSED;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "pscond.h"
+#include "psfaults.h"
 #include "psinterrupt.h"
 #include "psiterator.h"
 #include "psprogress.h"
@@ -172,6 +173,8 @@ int psTestList::runTests(psConditions& conditions) {
         sets += test->sets();
         if (test->sets().unprepared > 0) ++testsUnprepared;
     }
+    psFaults::count(psFault::test, countByResult[PS_FAIL]);
+    psFaults::count(psFault::set, sets.unprepared);
     if (psInterrupted())
         psRemarks::add(psString("Interrupted by ") + psInterruptName() + ": " +
                        counted(notRun, "test was", "tests were") + " not run");

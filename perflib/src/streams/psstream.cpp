@@ -17,6 +17,7 @@
 #include <system_error>
 #include <utility>
 
+#include "psfaults.h"
 #include "psinterrupt.h"
 #include "psremarks.h"
 
@@ -75,6 +76,7 @@ void io_stream::close() {
 }
 
 void io_stream::reportOpenFailure(const psString& path, int mode, int error) {
+    psFaults::count((mode & READ) ? psFault::input : psFault::output);
     psAnnounce("-- Can't open file" +
                (path.empty() ? psString(". Wrong filename (NULL) ") : " " + path) +
                ((mode & READ) ? " to read: " : " to write: ") +
@@ -161,6 +163,7 @@ void o_stream::reportLoss() {
     const psString name = isConsole() ? psString("standard output") : m_path;
     const psString reason = std::strerror(m_error);
     psAnnounce("-- Can't write " + name + ": " + reason + "; no more output goes there\n");
+    psFaults::count(psFault::output);
     psRemarks::add("Incomplete output: " + name + " (" + reason + ")");
     if (isConsole() && m_error == EPIPE) psNoteInterrupt(SIGPIPE);
 }

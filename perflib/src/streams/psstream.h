@@ -64,7 +64,7 @@ class io_stream {
     int error() const { return m_error; }
     void close();
 
-    // Reports at level ERR that a file cannot be opened, and why (an errno).
+    // Reports at level ERR that a file cannot be opened, and why (an errno); a fault.
     static void reportOpenFailure(const psString& path, int mode, int error);
 
   protected:

@@ -81,11 +81,19 @@ struct psSettings {
     unsigned long long cpuFeatures = 0;  // -T; 0: none
     psString featureText;                // what -T did not understand
 
+    bool exactFrequency = false;  // --frequency=exact
+    int core = -1;                // --cpu; -1: any
+    double loopSeconds = 0;       // --loop; 0: the calls are measured
+    bool strict = false;          // --strict
+
     // Instead of a run.
     int enumMode = runMode;  // 0, 1 and -1 with -e, -e+ and -e-
     char helpArg = '\0';     // -h, -?: psShortHelp, 'h' or '?' for all of it, or a key
     bool hideHidden = true;  // false with -?
     bool version = false;    // -v
+    bool listKeys = false;   // --help
+    psString explainKey;     // --help=: the name of a key
+    bool banner = false;     // --version
 };
 
 // Replaces what g_settings shows.
