@@ -56,16 +56,16 @@ ppEntryBase::ppEntryBase(const char* name) : m_name(name), m_next(s_first) {
 void ppEntryBase::bindAll() {
     for (ppEntryBase* entry = s_first; entry; entry = entry->m_next) {
         void* address = ppFindSymbol(entry->m_name);
-        entry->m_bound = address != nullptr;
+        entry->m_address = address;
         entry->set(address);
     }
 }
 
-bool ppEntryBase::isBound(const psString& name) {
+const void* ppEntryBase::addressOf(const psString& name) {
     for (const ppEntryBase* entry = s_first; entry; entry = entry->m_next) {
-        if (name == entry->m_name) return entry->m_bound;
+        if (name == entry->m_name) return entry->m_address;
     }
-    return false;
+    return nullptr;
 }
 
 void ppSetZmoEnvironment() {

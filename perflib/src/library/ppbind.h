@@ -16,11 +16,12 @@ class ppEntryBase {
     ppEntryBase& operator=(const ppEntryBase&) = delete;
 
     const char* name() const { return m_name; }
-    bool bound() const { return m_bound; }
+    bool bound() const { return m_address != nullptr; }
 
     static void bindAll();
-    // False when some entry of this name found no function.
-    static bool isBound(const psString& name);
+    // Of the function of this name; null when the library lacks it or nothing names it.
+    static const void* addressOf(const psString& name);
+    static bool isBound(const psString& name) { return addressOf(name) != nullptr; }
 
   protected:
     explicit ppEntryBase(const char* name);
@@ -30,7 +31,7 @@ class ppEntryBase {
     virtual void set(void* address) = 0;
 
     const char* m_name;
-    bool m_bound = false;
+    const void* m_address = nullptr;
     ppEntryBase* m_next;
     static ppEntryBase* s_first;
 };

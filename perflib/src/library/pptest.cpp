@@ -79,6 +79,10 @@ psResult ppTest::runTiming() {
     return result;
 }
 
+const void* ppTest::callAddress() const {
+    return ppEntryBase::addressOf(funcName());
+}
+
 psString ppTest::dataFigure() {
     return {};
 }

@@ -63,6 +63,7 @@ class ppTest : public psTest {
     void loopData() override;
     void beginSet() override;
     psResult runTiming() override;
+    const void* callAddress() const override;
     void funcToCstrm() override;
     bool isFloatFunction() override;
     int printAllMemoryBlocks(const psString& title) override;

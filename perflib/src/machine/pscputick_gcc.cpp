@@ -13,7 +13,9 @@
 #include <cstdlib>
 #include <limits>
 
+#include "psfaults.h"
 #include "pslib.h"
+#include "pssettings.h"
 #include "psstream.h"
 
 using enum MessageLevel;
@@ -105,6 +107,7 @@ int freqFromEnvironment() {
     g_ostrm << ERR << "-- " << freqVariable << "=\"" << text
             << "\" is ignored: it must be a whole number of MHz from 1 to " << highest << "\n"
             << END;
+    psFaults::count(psFault::input);
     return 0;
 }
 
@@ -204,11 +207,17 @@ int psCpuTicker::getFreq() {
     return m_freqMHz;
 }
 
-bool psCpuTicker::given() {
-    return givenFreq() != 0;
+double psCpuTicker::exactFreq() {
+    if (!g_settings.exactFrequency) return getFreq();
+    static const double mhz = measureRaw();
+    return mhz;
 }
 
-psString psFreqText(int mhz) {
+bool psCpuTicker::given() {
+    return !g_settings.exactFrequency && givenFreq() != 0;
+}
+
+psString psFreqText(double mhz) {
     return mhz <= 999 ? psText(mhz) + " MHz" : psText(mhz * 0.001) + " GHz";
 }
 

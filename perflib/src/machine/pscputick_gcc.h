@@ -27,6 +27,9 @@ class psCpuTicker {
     // Processor frequency in MHz. The environment variable PSCV_FREQ_MHZ gives
     // it; otherwise the first call measures for about three seconds.
     static int getFreq();
+    // The same, but with --frequency=exact as a short measurement against a better
+    // clock has it, neither given nor rounded.
+    static double exactFreq();
     // The frequency comes from the environment, not from a measurement.
     static bool given();
     static int getClockFactor() { return 1; }
@@ -40,7 +43,7 @@ class psCpuTicker {
     static int m_freqMHz;  // 0 until known
 };
 
-psString psFreqText(int mhz);  // "800 MHz", "2.6 GHz"
+psString psFreqText(double mhz);  // "800 MHz", "2.6 GHz"
 
 int psGetNumOfProcessors();  // online, at least 1
 void psHost(char* name);     // room for psHostSize bytes

@@ -10,6 +10,7 @@
 #include "psctable.h"
 #include "psctrl87.h"
 #include "pslib.h"
+#include "pssettings.h"
 #include "psstream.h"
 #include "pstest.h"
 
@@ -174,10 +175,12 @@ psString cutoffNL(const psString& text) {
 namespace {
 
 psString clockText() {
-    psString text = psFreqText(psCpuTicker::getFreq());
+    psString text = psFreqText(psCpuTicker::exactFreq());
     if (const int processors = psGetNumOfProcessors(); processors >= 2)
         text = psText(processors) + "x" + text;
     if (psCpuTicker::given()) text += " (given)";
+    if (g_settings.exactFrequency) text += " (exact)";
+    if (g_settings.core >= 0) text += ", bound to core " + psText(g_settings.core);
     return text;
 }
 

@@ -1,5 +1,7 @@
 #include "pstest.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -264,6 +266,7 @@ void psTest::runOneSet(bool& first) {
         return;
     }
     if (callTooLong()) return;  // the size has come out larger than it was to be
+    if (g_settings.loopSeconds > 0) return repeatCalls();
     putTextParms();
     if (m_tool.callMode()) reserveAllVectors();
     if (m_hot == 2 && !isHotLine()) {
@@ -345,6 +348,25 @@ psResult psTest::measureSet() {
     return std::max(timing, status);
 }
 
+// With --loop there is no figure; what the user attaches to is told before.
+void psTest::repeatCalls() {
+    putTextParms(ERR);
+    if (!m_funcCall) {
+        g_ostrm << ERR << "has no function that makes one call\n" << END;
+        raiseResult(PS_FAIL);
+        return;
+    }
+    g_ostrm << ERR << "called for " << g_settings.loopSeconds << " s by process " << getpid()
+            << " at " << psText(callAddress()) << "\n"
+            << END_FLUSH;
+    psInitCtrlStatus();
+    const long long calls = m_tool.repeat(m_funcCall, m_funcInit, g_settings.loopSeconds);
+    const psResult status = checkCtrlStatus();
+    psMaskExceptions();
+    raiseShownResult(std::max(m_tool.result(), status));
+    g_ostrm << ERR << "  " << calls << " calls\n" << END_FLUSH;
+}
+
 // The check empties the guards, so the report's texts are taken before it.
 psResult psTest::checkCtrlStatus() {
     if (!m_bad87 && !m_badSSX) m_ctrlTexts = psCtrlStatusTexts();
@@ -378,6 +400,10 @@ bool psTest::canContinue() {
         (*pos)->firstValue();
     }
     return false;
+}
+
+const void* psTest::callAddress() const {
+    return reinterpret_cast<const void*>(m_funcCall);
 }
 
 psResult psTest::runTiming() {
@@ -590,7 +616,7 @@ void psTest::parmsNameToCstrm() {
 
 void psTest::resultToCstrm(psResult result) {
     const double clocks = m_tool.funcClocks();
-    const double mhz = psCpuTicker::getFreq();
+    const double mhz = psCpuTicker::exactFreq();
     const double flops = clocks > 0.0 ? mhz * getFlops() / clocks : 0.0;
     g_cstrm.setFilledColms(m_numParmsColm);
     g_cstrm.setNextColm(commentOf(result));

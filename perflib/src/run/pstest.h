@@ -103,6 +103,7 @@ class psTest {
     virtual bool initData();
     virtual void flushData();
     virtual psResult runTiming();
+    virtual const void* callAddress() const;  // of the measured function
     virtual double getFlops();    // floating-point operations of one call; 0: not counted
     virtual double getDivisor();  // units (pixels, elements) of one call
     virtual psString getUnit();
@@ -157,6 +158,7 @@ class psTest {
     void runOneSet(bool& first);
     bool prepareSet();
     psResult measureSet();
+    void repeatCalls();
     psResult checkCtrlStatus();
     // With -C: whether a call out of the cache would take too long, by what one has
     // taken in the cache; a message says so.

@@ -1,14 +1,17 @@
 #include "pstool.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "pscputick_gcc.h"
 #include "psctrl87.h"
 #include "psdata.h"
 #include "psexcept.h"
+#include "psinterrupt.h"
 #include "psstream.h"
 
 using enum MessageLevel;
@@ -374,6 +377,46 @@ int psTool::warmUp() const {
     return status;
 }
 
+// The status of the last call that had one; an error ends the block.
+int psTool::callBlock(long long block, long long& calls) const {
+    int status = 0;
+    psGuarded([&] {
+        for (long long i = 0; i < block && status >= 0; ++i) {
+            if (m_funcInit) m_funcInit();
+            if (m_callMode) psResetAllVectors();
+            const int s = m_funcCall();
+            if (s != 0) status = s;
+            ++calls;
+        }
+    });
+    return status;
+}
+
+long long psTool::repeat(FuncCall funcCall, FuncInit funcInit, double seconds) {
+    using Clock = std::chrono::steady_clock;
+    // Blocks are as long as the reading of the clock needs not to show in a profile.
+    constexpr std::chrono::milliseconds shortestBlock(1);
+    reset();
+    updateResult(PS_OK);
+    m_funcCall = funcCall;
+    m_funcInit = funcInit;
+    const psTraceScope trace("zmoFunctionCalls");
+    const GuardScope guards;
+    const psPriorityScope priority(m_priority);
+    const auto begin = Clock::now();
+    std::chrono::duration<double> spent{};
+    long long calls = 0;
+    int status = 0;
+    for (long long block = 1; spent.count() < seconds && !isFailure(m_result);) {
+        if (psInterrupted()) break;
+        const int last = std::exchange(status, callBlock(block, calls));
+        if (status != last) updateResult(checked(status));
+        const auto before = std::exchange(spent, Clock::now() - begin);
+        if (spent - before < shortestBlock) block *= 2;
+    }
+    return calls;
+}
+
 psResult psTool::timCall_Loop(int n, long long* clocks, bool resetVectors) {
     if (!m_funcCall) return internalFail(__LINE__);
     int status = warmUp();
@@ -555,7 +598,7 @@ psResult psTool::continueLoops(int startLoops, int maxLoops) {
 
 psResult psTool::continueCalls() {
     numIntLoops = tResolution * 100 / m_funcClocks < 2 ? 1 : 100;
-    const double budget = psCpuTicker::getFreq() * 100.0 * m_numMilliseconds;
+    const double budget = psCpuTicker::exactFreq() * 100.0 * m_numMilliseconds;
     runTimFunc({m_minNumLoops, Use::either, static_cast<long long>(budget)});
     if (m_funcClocks <= 0) return PS_ACCURFAIL;
     m_accuracy = 0;

@@ -55,6 +55,10 @@ class psTool {
     psResult timing(FuncLoop funcLoop, FuncStat funcStat, FuncCall funcCall, FuncInit funcInit);
     // For tests that drive the tool themselves and leave their clocks in it.
     psResult timing(FuncOld func);
+    // Calls the function for so many seconds, or until it fails or the run is
+    // interrupted, and takes no time: for a profiler or a debugger. Returns the number
+    // of calls; the result is the worst of their statuses.
+    long long repeat(FuncCall funcCall, FuncInit funcInit, double seconds);
 
     // The outcome.
     psResult result() const { return m_result; }
@@ -117,6 +121,7 @@ class psTool {
     Run callOnce(const Order& order);
     Run callAlone(const Order& order);
     Run callFunctions(const Order& order);
+    int callBlock(long long block, long long& calls) const;
     void initOnce() const;
     int warmUp() const;
     void customLoopTiming();
