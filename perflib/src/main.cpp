@@ -5,6 +5,7 @@
 #include "psctrl87.h"
 #include "psdata.h"
 #include "psexcept.h"
+#include "psfaults.h"
 #include "psinterrupt.h"
 #include "psremarks.h"
 
@@ -23,8 +24,8 @@ void runSession(int argc, char** argv) {
 
 }  // namespace
 
-// The exit status is 0 whatever a test comes to, failures show in the output;
-// after an interruption it is that of the signal.
+// Without --strict the exit status is 0 whatever a test comes to, failures show in the
+// output; after an interruption it is that of the signal.
 int main(int argc, char** argv) {
     psFlushDenormals();
     {
@@ -32,8 +33,10 @@ int main(int argc, char** argv) {
         try {
             runSession(argc, argv);
         } catch (const psException& e) {
+            psFaults::count(psFault::test);
             g_ostrm << ERR << e.msg() << " in " << e.where() << "\n" << END_FLUSH;
         } catch (const std::exception& e) {
+            psFaults::count(psFault::test);
             g_ostrm << ERR << "-- PS exception: " << e.what() << "\n" << END_FLUSH;
         }
         psFreeAll();
@@ -42,5 +45,5 @@ int main(int argc, char** argv) {
     g_ostrm.flush();
     psRemarks::print();
     psEndIfInterrupted();
-    return 0;
+    return psFaults::exitStatus();
 }

@@ -1,7 +1,9 @@
 // What the files of a run hold, pictures as input, and sinks that fail.
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <filesystem>
+#include <regex>
 
 #include "pscv.h"
 
@@ -132,6 +134,48 @@ TEST(Sinks, ThatFailAreNamedAndCostNothingElse) {
             }
         }
     }
+}
+
+TEST(ExitStatus, SpeaksOfFaultsWhenItIsAskedTo) {
+    const Pscv pscv;
+    support::writeFile(pscv.file("plain"), "");
+    const std::string strict = "\nExit status 1 by --strict: ", lost = "-o" + pscv.file("plain/x");
+    const struct {
+        Words keys;
+        int status;
+        std::string says;
+    } cases[] = {
+        {{"--strict"}, 0, "|.Number of tests   2"},
+        {{"-dNope=1", "-X"}, 0, "-dNope: no such parameter"},
+        {{"--strict", "-dNope=1", "-dImageSize=a", "-X", "lost", "-g/dev/full"},
+         1,
+         strict + "5 values, words or names were refused or not asked for, 1 output is incomplete"},
+        {{"--strict", "-dPicture=none.bmp"},
+         1,
+         strict + "2 tests failed, 2 sets could not be prep"},
+        {{"--strict", lost}, 2, "FATAL FAIL: can't open output file for writing\n"},
+        {{lost}, 0, "FATAL FAIL: can't open output file for writing\n"},
+        {{"--stric", "-h"}, 2, "--stric: ignored: incorrect option key; --strict?\n"}};
+    for (const auto& c : cases) {
+        fs::remove(pscv.file("table.csv"));
+        const Outcome outcome = support::run(pscv.command(Pscv::smallCanny(c.keys)));
+        EXPECT_EQ(outcome.status, c.status) << outcome.out;
+        EXPECT_TRUE(has(outcome.out, c.says)) << outcome.out;
+        EXPECT_EQ(fs::exists(pscv.file("table.csv")), c.keys[0] != "--stric");
+    }
+}
+
+TEST(LongKeys, BindMeasureAndRepeat) {
+    const Pscv pscv;
+    const std::string core = std::to_string(sched_getcpu());
+    const Outcome outcome =
+        pscv.run(Pscv::smallCanny({"--loop=0.01", "--frequency=exact", "--cpu=" + core}));
+    EXPECT_TRUE(has(pscv.text("table.csv"), "Hz (exact) bound to core " + core)) << outcome.out;
+    std::string calls = outcome.out;
+    const std::regex line(
+        "called for 0.01 s by process [0-9]+ at 0x[0-9a-f]+\n  [1-9][0-9]* calls\n");
+    EXPECT_EQ(std::distance(std::sregex_iterator(calls.begin(), calls.end(), line), {}), 2);
+    EXPECT_TRUE(outcome.clean() && pscv.rows().empty()) << outcome.out;
 }
 
 // A shell's status behind the console of a run: nobody reads it, it is full, it

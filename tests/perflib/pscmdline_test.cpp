@@ -31,8 +31,8 @@ TEST(CommandWords, ArePairedIntoKeysAndArguments) {
         {{"-o", "/data/x"}, "o[]d[ata/x]"},
         {{"-o/data/x"}, "o[/data/x]"},
         {{"-d", "Accuracy, %=5"}, "d[Accuracy, %=5]"},
-        {{"--version", "--help", "f"}, "v[]h[f]"},
-        {{"--foo"}, "-[foo]"},
+        {{"--foo", "--x=a=b c", "lost", "--y=", "--help", "f", "--"},
+         "-[foo]-[x=a=b c]-[y=]-[help f]-[] 'lost' behind --x=a=b c"},
         {{"-n", "", "-B"}, "n[]B[]"}};
     for (const auto& [words, keys] : cases) {
         psCommandList list;

@@ -37,7 +37,9 @@ std::vector<psString> texts(const psSettings& s) {
         {"noSort", s.noSort},      {"enum", s.enumMode},
         {"version", s.version},    {"help", s.helpArg},
         {"hidden", !s.hideHidden}, {"names", s.nameMode},
-        {"nameExit", s.nameExit},  {"iniWrite", s.iniWrite}};
+        {"nameExit", s.nameExit},  {"iniWrite", s.iniWrite},
+        {"core", s.core},          {"exact", s.exactFrequency},
+        {"strict", s.strict},      {"ms of loop", static_cast<int>(s.loopSeconds * 1000)}};
     std::vector<psString> all{
         "data=" + data,         "files=" + files,       "signal=" + s.signalName,
         "patterns=" + patterns, "title=" + s.defName,   "in=" + s.inDir,
@@ -103,7 +105,25 @@ const struct {
     {"h", "help=1 "},
     {"??", "help=63 hidden=1 "},
     {"hB", "help=66 "},
-    {"z1", "", {"-z1: ignored"}}};
+    {"z1", "", {"-z1: ignored"}},
+    {"-frequency=exact|-loop=9|-strict|-loop=.5", "exact=1 strict=1 ms of loop=500 "},
+    {"-stric|-cpus=1|-wide|-",
+     "",
+     {"-stric: ignored: incorrect option key; --strict?\n",
+      "--cpus=1: ignored: incorrect option key; --cpu?\n",
+      "--wide: ignored: incorrect option key\n", "--: ignored: incorrect option key\n"}},
+    {"-cpu|-cpu=|-cpu 1|-cpu=9999|-cpu=-1|-cpu=0x",
+     "",
+     {"--cpu: ignored: the value is missing; --cpu=<core>\n", "--cpu=: ignored: the value is mis",
+      "--cpu 1: ignored: a value stands behind '='; --cpu=1?\n",
+      "--cpu=9999: ignored: a core is one of ", "--cpu=-1: ignored", "--cpu=0x: ignored"}},
+    {"-loop=0|-loop=x|-loop=inf|-frequency=fast|-strict=1|-strict on|-help=stric",
+     "",
+     {"--loop=0: ignored: seconds are a number above 0", "--loop=x: ignored", "--loop=inf: ignored",
+      "--frequency=fast: ignored: the only value is exact\n",
+      "--strict=1: ignored: --strict takes no value\n", "--strict on: ignored: --strict takes no",
+      "--help=stric: ignored: no such key; --strict?\n"}},
+};
 
 TEST_F(Keys, ChangeTheirOwnSettingsAndSayWhatTheyIgnore) {
     psSession plain;
@@ -141,7 +161,7 @@ TEST_F(Keys, ExitKeysSilenceTheEchoOfTheOthers) {
     for (const psOption* option : session.options())
         if (!has("@eh?v", {&option->key, 1})) others += option->key;
     const std::pair<char, Words> exits[] = {
-        {'e', {"-v", "-e"}}, {'h', {"-v", "-e", "--help"}}, {'h', {"-?"}}, {'v', {"--version"}}};
+        {'e', {"-v", "-e"}}, {'h', {"-v", "-e", "-h"}}, {'h', {"-?"}}, {'v', {"-v"}}};
     for (const auto& [exit, given] : exits) {
         Words words;
         for (const char key : others) words.push_back(std::string{'-', key, 'x'});

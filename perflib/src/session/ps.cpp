@@ -8,12 +8,15 @@
 #include <utility>
 
 #include "pscmdline.h"
+#include "pscore.h"
 #include "pscputest.h"
 #include "psctrl87.h"
 #include "psexcept.h"
+#include "psfaults.h"
 #include "psinterrupt.h"
 #include "psistream.h"
 #include "pslib.h"
+#include "pslongkey.h"
 #include "psremarks.h"
 #include "psreport.h"
 #include "pstool.h"
@@ -110,6 +113,7 @@ psSession::psSession() = default;
 
 psSession::~psSession() {
     for (psOption* option : m_options) delete option;
+    for (psOption* option : m_names) delete option;
     if (pCmdList == m_commandList.get()) pCmdList = nullptr;
 }
 
@@ -126,25 +130,46 @@ void psSession::initOption(const char* key, const psString& help, psOption::Info
     m_options.push_back(new psOption{key[0], hidden, help, info, apply, description});
 }
 
+void psSession::initName(const psOption& option) {
+    m_names.push_back(new psOption(option));
+}
+
 psOption* psSession::getOption(char key) const {
     return psFindOption(m_options, key);
 }
 
 void psSession::applyOption(char key, const psString& arg) {
     m_optionsLine += "-" + psString(key) + arg + ": ";
+    if (key == '-') return applyName(arg);
     const psOption* option = getOption(key);
-    if (!option) {
-        m_optionsLine += "ignored: incorrect option key\n";
-        return;
-    }
-    if (!option->info) {  // -@ from an option file
-        m_optionsLine += "ignored: option files cannot be nested\n";
-        return;
-    }
-    m_optionsLine += option->info(arg) + "\n";
+    if (!option) return echo("ignored: incorrect option key");
+    // -@ from an option file
+    if (!option->info) return echo("ignored: option files cannot be nested");
+    echo(option->info(arg));
     if (const psString line = psSuperfluous(key, arg); !line.empty())
         m_optionRemarks.push_back(line);
     if (option->apply) option->apply(arg, m_settings);
+}
+
+// A misspelt --strict must not pass for one: a run with a long key that cannot be
+// used does not begin.
+void psSession::applyName(const psString& arg) {
+    const psLongKey given(arg);
+    const psOption* option = psFindOption(m_names, given.name);
+    const psString refusal = given.refusal(option, m_names);
+    if (!refusal.empty()) {
+        m_optionsLine += "ignored: " + refusal + "\n";
+        psFaults::count(psFault::key);
+        return;
+    }
+    m_optionsLine += option->info(given.value) + "\n";
+    option->apply(given.value, m_settings);
+}
+
+void psSession::echo(const psString& text) {
+    m_optionsLine += text + "\n";
+    const bool atExit = m_exitLevel > 0 && text == getExitInfo();
+    if (text.startsWith("ignored") && !atExit) psFaults::count(psFault::input);
 }
 
 psString psSession::getExitInfo() {
@@ -173,6 +198,7 @@ bool psSession::parseCommandLine(int argc, char** argv) {
     m_settings.exePath = argc > 0 ? argv[0] : "";
     psPublish(m_settings);
     m_optionRemarks.clear();
+    psFaults::clear();
     m_commandList = std::make_unique<psCommandList>();
     pCmdList = m_commandList.get();
     m_optionsLine = m_commandList->readKeys(argc, argv);
@@ -189,12 +215,19 @@ bool psSession::parseCommandLine(int argc, char** argv) {
     applyKeys();
     psPublish(m_settings);
     useSettings();
-    const bool filesOpened = openFiles();
+    const bool usable = psFaults::counted(psFault::key) == 0;
+    if (usable && filesRead && listOutput()) return false;
+    // What a run that does not begin would overwrite stays as it is.
+    const bool filesOpened = !usable || openFiles();
     printOptions();
 
+    if (!usable) g_ostrm << "FATAL FAIL: can't use a key that begins with --\n";
     if (!filesRead) g_ostrm << "FATAL FAIL: can't open option file for reading\n";
     if (!filesOpened) g_ostrm << "FATAL FAIL: can't open output file for writing\n";
-    if (!filesRead || !filesOpened || !openIniFile()) return false;
+    if (!usable || !filesRead || !filesOpened || !openIniFile()) {
+        psFaults::count(psFault::start);
+        return false;
+    }
     updateOptions();
     return true;
 }
@@ -226,6 +259,7 @@ void psSession::printOptions() {
     g_ostrm << m_optionsLine << ERR;
     m_optionsLine = "";
     for (const psString& line : m_optionRemarks) g_ostrm << "-- " << line << "\n";
+    psFaults::count(psFault::input, m_optionRemarks.size());
     g_ostrm << END;
 }
 
@@ -239,6 +273,18 @@ bool psSession::startSession() {
 }
 
 // ---- help -----------------------------------------------------------------
+
+bool psSession::listOutput() {
+    if (!g_settings.listKeys && !g_settings.banner) return false;
+    m_optionsLine = "";
+    updateOptions();
+    if (g_settings.banner) g_ostrm << psBanner() << "\n";
+    if (!g_settings.explainKey.empty())
+        g_ostrm << psExplained(m_options, m_names, g_settings.explainKey);
+    else if (g_settings.listKeys)
+        g_ostrm << psKeyLines(m_options, m_names);
+    return true;
+}
 
 bool psSession::hintOutput() {
     if (g_settings.helpArg == '\0' && !g_settings.version) return false;
@@ -285,7 +331,7 @@ int psSession::run(int argc, char** argv) {
     pTestList->startTime = std::time(nullptr);
 
     int result = 0;
-    if (parseCommandLine(argc, argv) && startSession() && !hintOutput()) {
+    if (parseCommandLine(argc, argv) && startSession() && !hintOutput() && bindToCore()) {
         initLibrary();
         registerLibraryVersions();
         result = runSession();
@@ -294,9 +340,21 @@ int psSession::run(int argc, char** argv) {
     closeFiles();
     psRemarks::print();
     outputSignal();
+    if (psFaults::exitStatus() == 1 && !psInterrupted())
+        psRemarks::add("Exit status 1 by --strict: " + psFaults::text());
     psRemarks::print();
     delete std::exchange(pTestList, nullptr);
     return result;
+}
+
+// Before the frequency is measured and the library looks at the processor.
+bool psSession::bindToCore() {
+    if (g_settings.core < 0 || psBindToCore(g_settings.core)) return true;
+    g_ostrm << ERR << "FATAL FAIL: the system does not let the process run on core "
+            << g_settings.core << " only\n"
+            << END;
+    psFaults::count(psFault::key);
+    return false;
 }
 
 void psSession::initLibrary() {
@@ -308,8 +366,9 @@ void psSession::initLibrary() {
         setZmoEnvironment();
     }
     psZmoCpuSetup(g_settings.cpuFeatures != 0, g_settings.cpuFeatures);
-    if (!g_settings.featureText.empty())
-        g_ostrm << ERR << g_settings.featureText << psCpuFeatures::processorText(0) << END;
+    if (g_settings.featureText.empty()) return;
+    if (g_settings.cpuFeatures != 0) psFaults::count(psFault::input);
+    g_ostrm << ERR << g_settings.featureText << psCpuFeatures::processorText(0) << END;
 }
 
 int psSession::runSession() {

@@ -41,7 +41,7 @@ class psSession {
     // Called after the keys have been applied; false ends the run.
     virtual bool startSession();
     virtual void updateOptions();
-    // False after a fatal file error.
+    // False when nothing is to be run: after a fatal error, --help and --version.
     virtual bool parseCommandLine(int argc, char** argv);
     virtual void listTests(int mode);
     virtual void hint(char arg, bool hideHidden);
@@ -59,6 +59,9 @@ class psSession {
                     psOption::Apply apply, const psString& description, bool hidden = false);
     psOption* getOption(char key) const;  // null when no such key is registered
     const psOptionList& options() const { return m_options; }
+    // The same of the long keys, which are found by their names.
+    void initName(const psOption& option);
+    const psOptionList& names() const { return m_names; }
     // Adds the key's echo to the options line and lets it act on the settings.
     void applyOption(char key, const psString& arg);
 
@@ -112,16 +115,21 @@ class psSession {
 
   private:
     void applyKeys();
+    void applyName(const psString& arg);
+    void echo(const psString& text);
     void printOptions();
     void setDefaults();
     void useSettings();
+    bool listOutput();
     bool hintOutput();
+    bool bindToCore();
     void initLibrary();
     int runSession();
     int runTests();
 
     std::unique_ptr<psConditions> m_conditions;
     psOptionList m_options;
+    psOptionList m_names;
     std::unique_ptr<psCommandList> m_commandList;
     psSettings m_settings;
     psString m_optionsLine;

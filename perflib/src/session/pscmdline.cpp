@@ -15,6 +15,10 @@ bool isSign(char c) {
     return c == '+' || c == '-' || c == '=';
 }
 
+bool isLong(const psString& word) {
+    return word[1] == '-';
+}
+
 // Unlike psParse, which takes a double quote among the separators as the wish
 // for quoted words, this cuts at it.
 psStringList splitWords(std::string_view text) {
@@ -37,16 +41,20 @@ bool psCommandKey::isKeyWord(const psString& word) {
 }
 
 bool psCommandKey::takesNextWord(const psString& word) {
-    if (word == "--help" || word == "--version" || word.length() <= 2) return true;
+    if (isLong(word)) return !word.contains("=");
+    if (word.length() <= 2) return true;
     return word.length() == 3 && isSign(word[2]);
 }
 
 bool psCommandKey::setArg(const psString& word, const psString& separateArg) {
-    if (word == "--help") return setArg("-h", separateArg);
-    if (word == "--version") return setArg("-v", separateArg);
     if (!isKeyWord(word)) return false;
     m_key = word[1];
     psString rest = word.substr(2);
+    if (isLong(word)) {
+        const bool stray = takesNextWord(word) && !separateArg.empty();
+        m_arg = stray ? rest + " " + separateArg : rest;
+        return true;
+    }
     psString sign;
     if (!rest.empty() && isSign(rest[0])) {
         sign = psString(rest[0]);

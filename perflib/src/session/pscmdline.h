@@ -9,8 +9,9 @@ class psCommandKey {
   public:
     // Reads a key word: the character behind '-' or '/' is the key, the rest the
     // argument. A word that is only a key, or a key and one of the signs + - =,
-    // takes the separate argument behind the sign; any other drops it. --help
-    // and --version stand for -h and -v. False, and nothing changed, for a word
+    // takes the separate argument behind the sign; any other drops it. A long key
+    // --name=value is the key '-'; a separate argument in place of its value is kept
+    // behind a blank, so that it can be refused. False, and nothing changed, for a word
     // that is no key word.
     bool setArg(const psString& word, const psString& separateArg);
     // False when this is another key.
@@ -23,7 +24,7 @@ class psCommandKey {
 
     // At least two characters that begin with '-' or '/'.
     static bool isKeyWord(const psString& word);
-    // Of a key word: that it has no argument of its own.
+    // Of a key word: that it keeps a separate argument.
     static bool takesNextWord(const psString& word);
 
   private:

@@ -1,5 +1,7 @@
 #include "pshelp.h"
 
+#include "pslongkey.h"
+
 namespace {
 
 const char* hiddenNote(bool hideHidden) {
@@ -40,4 +42,22 @@ psString psKeyHelp(const psOptionList& options, char key) {
                                      ? psString("No extended description for this key\n")
                                      : option->description;
     return title + option->help + description;
+}
+
+psString psKeyLines(const psOptionList& letters, const psOptionList& names) {
+    psString text("usage: pscv [key...]\n");
+    for (const psOptionList* options : {&letters, &names}) {
+        for (const psOption* option : *options) {
+            if (option->hidden) continue;
+            text += option->help.substr(0, option->help.find("\n") + 1);
+        }
+    }
+    return text + "pscv --help=<key> explains one of them.\n";
+}
+
+psString psExplained(const psOptionList& letters, const psOptionList& names, const psString& key) {
+    const psString name = psNameInTable(key);
+    const psOption* option =
+        name.length() == 1 ? psFindOption(letters, name[0]) : psFindOption(names, name.substr(1));
+    return option ? option->help + option->description : psString();
 }

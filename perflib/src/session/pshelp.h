@@ -13,3 +13,8 @@ constexpr char psShortHelp = 1;
 psString psQuickHelp(const psOptionList& options, bool hideHidden);
 psString psFullHelp(const psOptionList& options, bool hideHidden);
 psString psKeyHelp(const psOptionList& options, char key);
+
+// --help: a line a key, letters and then names, without those of developers.
+psString psKeyLines(const psOptionList& letters, const psOptionList& names);
+// --help=: the line and the text of one key, which is there.
+psString psExplained(const psOptionList& letters, const psOptionList& names, const psString& key);

@@ -1,16 +1,20 @@
 #include "psoption.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "ps.h"
 #include "pscmdline.h"
+#include "pscore.h"
 #include "pscputick_gcc.h"
+#include "psfaults.h"
 #include "pshelp.h"
 #include "psinterrupt.h"
 #include "psistream.h"
 #include "pskeytext.h"
 #include "pslib.h"
+#include "pslongkey.h"
 #include "psremarks.h"
 #include "psstream.h"
 #include "pstest.h"
@@ -401,6 +405,71 @@ void applyHelp(const psString& arg, psSettings& settings) {
     settings.hideHidden = all != '?';
 }
 
+// Long keys
+
+bool readCore(const psString& value, int& core) {
+    return psFromText(value, core) && psCoreAllowed(core);
+}
+psString infoCpu(const psString& value) {
+    int core = 0;
+    readCore(value, core);
+    return psString("run on core ") + core + " only";
+}
+psString refuseCpu(const psString& value) {
+    int core = 0;
+    if (readCore(value, core)) return {};
+    const psString allowed = psAllowedCores();
+    if (allowed.empty()) return "the system does not tell the cores of this process";
+    return "a core is one of " + allowed;
+}
+void applyCpu(const psString& value, psSettings& settings) {
+    readCore(value, settings.core);
+}
+
+psString infoFrequency(const psString&) {
+    return "measure the frequency in 0.1 s, without rounding";
+}
+psString refuseFrequency(const psString& value) {
+    return value == "exact" ? "" : "the only value is exact";
+}
+
+bool readSeconds(const psString& value, double& seconds) {
+    double number = 0;
+    if (!psFromText(value, number) || !std::isfinite(number) || number <= 0) return false;
+    seconds = number;
+    return true;
+}
+psString infoLoop(const psString& value) {
+    double seconds = 0;
+    readSeconds(value, seconds);
+    return "call functions for " + psText(seconds) + " s a set without timing";
+}
+psString refuseLoop(const psString& value) {
+    double seconds = 0;
+    return readSeconds(value, seconds) ? "" : "seconds are a number above 0, such as 0.5";
+}
+void applyLoop(const psString& value, psSettings& settings) {
+    readSeconds(value, settings.loopSeconds);
+}
+
+psString infoStrict(const psString&) {
+    return "end with status 1 when anything went wrong";
+}
+
+psString infoList(const psString& value) {
+    return value.empty() ? psString("list all keys and exit")
+                         : "explain key " + value + " and exit";
+}
+psString refuseList(const psString& value);
+void applyList(const psString& value, psSettings& settings) {
+    settings.listKeys = true;
+    settings.explainKey = value;
+}
+
+psString infoBanner(const psString&) {
+    return "type the version and exit";
+}
+
 // The table, in the order of the help
 
 struct KeyRow {
@@ -455,7 +524,35 @@ constexpr KeyRow keyRows[] = {
     {psTextOf<"j">, unlessExit<infoCount<leastLoops>>, applyCount<leastLoops>},
     {psTextOf<"?">, infoHelp<'?'>, applyHelp<'?'>},
 };
-static_assert(std::size(keyRows) == psKeyText::count(), "docs/KEYS.md has a key more");
+
+struct NameRow {
+    const psKeyText& text;
+    Info info;
+    psOption::Apply apply;
+    psOption::Value value = psOption::Value::none;
+    psOption::Refuse refuse = nullptr;
+};
+
+constexpr NameRow nameRows[] = {
+    {psTextOf<"-cpu">, unlessExit<infoCpu>, applyCpu, psOption::Value::needed, refuseCpu},
+    {psTextOf<"-frequency">, unlessExit<infoFrequency>, applyValue<&psSettings::exactFrequency>,
+     psOption::Value::needed, refuseFrequency},
+    {psTextOf<"-loop">, unlessExit<infoLoop>, applyLoop, psOption::Value::needed, refuseLoop},
+    {psTextOf<"-strict">, unlessExit<infoStrict, 2>, applyValue<&psSettings::strict>},
+    {psTextOf<"-help">, infoList, applyList, psOption::Value::optional, refuseList},
+    {psTextOf<"-version">, infoBanner, applyValue<&psSettings::banner>},
+};
+
+psString refuseList(const psString& value) {
+    const psString name = psNameInTable(value);
+    const auto has = [&](const auto& row) { return name == psString(row.text.name); };
+    if (std::ranges::any_of(keyRows, has) || std::ranges::any_of(nameRows, has)) return {};
+    psStringList names;
+    for (const NameRow& row : nameRows) names.push_back(row.text.name.substr(1));
+    return "no such key" + psSuggestedName(name.substr(1), names);
+}
+static_assert(std::size(keyRows) + std::size(nameRows) == psKeyText::count(),
+              "docs/KEYS.md has a key more");
 
 // How many characters the texts begin with alike.
 int commonLength(const psString& a, const psString& b) {
@@ -471,6 +568,11 @@ void psRegisterKeys(psSession& session) {
         if ((key == 'q' || key == 'Q') && !qKeys) continue;
         session.initOption(text.name.data(), text.help, row.info, row.apply, text.description,
                            text.hidden);
+    }
+    for (const NameRow& row : nameRows) {
+        const psKeyText& text = row.text;
+        session.initName({'-', text.hidden, text.help, row.info, row.apply, text.description,
+                          text.name.substr(1), row.value, row.refuse});
     }
 }
 
@@ -500,9 +602,16 @@ void psRemarkUnmet(const psSession& session, psTestList& tests, bool haveRun) {
     if (haveRun && any && !tests.started)
         lines.push_back("-F" + psTestList::m_startFunc +
                         ": no selected function has it in its name");
+    if (haveRun && any && !psInterrupted()) {
+        for (const psString& line : g_istrm.unaskedNames()) lines.push_back(line);
+    }
     for (const psString& line : lines) psRemarks::add(line);
-    if (!haveRun || !any || psInterrupted()) return;
-    for (const psString& line : g_istrm.unaskedNames()) psRemarks::add(line);
+    psFaults::count(psFault::input, lines.size());
+}
+
+psOption* psFindOption(const psOptionList& options, const psString& name) {
+    const auto found = std::ranges::find(options, name, [](const psOption* o) { return o->name; });
+    return found == options.end() ? nullptr : *found;
 }
 
 psOption* psFindOption(const psOptionList& options, char key) {

@@ -14,6 +14,9 @@ struct psSettings;
 struct psOption {
     using Info = psString (*)(const psString& arg);
     using Apply = void (*)(const psString& arg, psSettings& settings);
+    // Why the value of a long key cannot be used, with a valid form; empty when it can.
+    using Refuse = psString (*)(const psString& value);
+    enum class Value { none, needed, optional };
 
     char key = ' ';
     bool hidden = false;
@@ -21,12 +24,18 @@ struct psOption {
     Info info = nullptr;
     Apply apply = nullptr;
     psString description;
+
+    // Of a long key, --name=value, whose key is '-' and whose `info` and `apply` are
+    // given the value alone.
+    psString name{};
+    Value value = Value::none;
+    Refuse refuse = nullptr;
 };
 
 using psOptionList = psList<psOption*>;
 
-// Registers every key through psSession::initOption, in the order of the help.
-// -q and -Q are left out unless psRegQKeys was called.
+// Registers every key through psSession::initOption and initName, in the order of
+// the help. -q and -Q are left out unless psRegQKeys was called.
 void psRegisterKeys(psSession& session);
 
 // A line that names what of the argument the key does not look at; empty when it
@@ -40,6 +49,7 @@ void psRemarkUnmet(const psSession& session, psTestList& tests, bool haveRun);
 
 // The first option with the key, or null.
 psOption* psFindOption(const psOptionList& options, char key);
+psOption* psFindOption(const psOptionList& options, const psString& name);
 
 // Puts `list` in place of the tab character of a description; a description
 // without one stays as it is.
