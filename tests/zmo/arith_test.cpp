@@ -77,10 +77,8 @@ const std::vector<kit::Wrong> badTimes = {{"timestamp", {HUGE_VAL, NAN}, zmoStsR
 const std::vector<std::vector<double>> norms = {{zmoNormInf}, {zmoNormL1}, {zmoNormL2}};
 const std::vector<kit::Wrong> badNorms = {{"norm", {3, -1}, zmoStsNormErr}};
 
-#define ROW(fn, ...)         \
-    Row {                    \
-        ZMO(fn), __VA_ARGS__ \
-    }
+#define ROW(fn, ...) \
+    { ZMO(fn), __VA_ARGS__ }
 #define TWO_ROWS(base, types, ...) \
     ROW(zmoi##base##_##types##_C1IR, __VA_ARGS__), ROW(zmoi##base##_##types##_C1IMR, __VA_ARGS__)
 #define ROWS(types, type, constants)                                             \

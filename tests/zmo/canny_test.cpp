@@ -23,13 +23,15 @@ kit::Case caseOf(const kit::Function& function, const kit::Turn& t, const Rules&
 
 // What the oracle finds in the derivatives; returns the number of edge pixels.
 int wantEdges(kit::Case& c, const Rules& rules) {
-    const oracle::Canny expected(c.image(0), c.image(1), rules);
-    c.want(expected.edges);
-    return expected.count();
+    int found = 0;
+    const kit::Image edges = oracle::Canny(c.image(0), c.image(1), rules).edges;
+    kit::forEachPixel(c.roi(), [&](int x, int y) { found += edges(x, y) != 0; });
+    c.want(edges);
+    return found;
 }
 
-// In images of all sizes and layouts, with both norms. Thresholds far outside the range of the sizes
-// select all maxima or none.
+// In images of all sizes and layouts, with both norms. Thresholds far outside the range of the
+// sizes select all maxima or none.
 void expectOracle(const std::vector<kit::Function>& functions,
                   const std::function<double(kit::Random&)>& draw, float low, float high) {
     constexpr float largest = std::numeric_limits<float>::max();
@@ -48,7 +50,8 @@ void expectOracle(const std::vector<kit::Function>& functions,
     EXPECT_GT(edges, 0);
 }
 
-// Any values, values from a few sizes, so that ties and thresholds are hit exactly, and the largest.
+// Any values, values from a few sizes, so that ties and thresholds are hit exactly, and the
+// largest.
 TEST(Canny, Oracle) {
     for (const auto& functions : {integers, floats}) {
         expectOracle(
@@ -137,16 +140,6 @@ TEST(Canny, BadArguments) {
                                       zmoStsTooLargeErr}});
             kit::Case(queryOf(function)).expectBadArguments();
         }
-    }
-}
-
-TEST(Canny, ImageBeyondTwoGigabytes) {
-    // All rows, and two of them.
-    for (const int height : {6, 2}) {
-        kit::Turn t(26, {40, height});
-        kit::Case c = caseOf(integers[1], t, {200, 400, zmoiNormL2});
-        c.fillAll([&] { return t.between(-500, 500); }, 77);
-        c.expectWithFarRows(height == 6 ? 1 : 4);
     }
 }
 

@@ -37,6 +37,7 @@ struct Row {
     kit::Function function;
     kit::Function query;
 
+    bool ofFloats() const { return function.isNamed("_32f_"); }
     int floats() const { return function.isNamed("EigenValsVecs") ? 6 : 1; }
     double result(const Tensor& t, int i, const Own& own) const {
         if (!function.has("scale")) return eigenResult(t, floats() == 1 ? 1 : i);
@@ -50,8 +51,7 @@ struct Row {
 #define ROWS(types)                                                                                \
     ROW(zmoiMinEigenVal, types), ROW(zmoiEigenValsVecs, types), ROW(zmoiMinEigenValBorder, types), \
         ROW(zmoiEigenValsVecsBorder, types), ROW(zmoiHarrisCorner, types)
-const std::vector<Row> rows8u = {ROWS(8u32f)};
-const std::vector<Row> rows32f = {ROWS(32f)};
+const std::vector<Row> rows = {ROWS(8u32f), ROWS(32f)};
 
 // The forms without a border replicate.
 Own ownOf(const Row& row, size_t turn) {
@@ -121,39 +121,38 @@ kit::Case& wantOracle(kit::Case&& c, const Row& row, const Own& own) {
     });
 }
 
-// Integers, of which some are black or white only.
-TEST(Corner, Oracle8u) {
-    kit::forEachCase({90, 4}, rows8u, [](kit::Turn& t, const Row& row) {
+// Integers, of which some are black or white only, and eighths, whose products and sums are exact
+// in double precision.
+TEST(Corner, Oracle) {
+    kit::forEachCase({90, 4}, rows, [](kit::Turn& t, const Row& row) {
         const Own own = ownOf(row, t.number);
         const int unit = t.number / 4 % 2 ? 1 : 255;
-        return wantOracle(caseOf(row, t, own, [&] { return t.between(0, 255 / unit) * unit; }), row,
-                          own);
+        const auto draw = [&]() -> double {
+            if (row.ofFloats()) return t.between(-8000, 8000) / 8.0;
+            return t.between(0, 255 / unit) * unit;
+        };
+        return wantOracle(caseOf(row, t, own, draw), row, own);
     });
+}
+
+TEST(Corner, WidestWindow) {
     kit::Turn t(91, {17, 5});
-    for (const Row& row : rows8u) {
+    for (const Row& row : rows) {
+        if (row.ofFloats()) continue;
         Own widest = ownOf(row, 1);
         widest.windowSize = 255;
         for (const ZmoiBorderType border : {zmoiBorderConst, zmoiBorderMirror}) {
             if (row.function.has("border")) widest.border = border;
-            kit::expectAtAllLevels(wantOracle(
-                caseOf(row, t, widest, [&] { return t.between(0, 1) * 255; }), row, widest));
+            const auto draw = [&] { return t.between(0, 1) * 255; };
+            kit::expectAtAllLevels(wantOracle(caseOf(row, t, widest, draw), row, widest));
         }
     }
-}
-
-// Eighths, whose products and sums are exact in double precision.
-TEST(Corner, Oracle32f) {
-    kit::forEachCase({92, 4}, rows32f, [](kit::Turn& t, const Row& row) {
-        const Own own = ownOf(row, t.number);
-        return wantOracle(caseOf(row, t, own, [&] { return t.between(-8000, 8000) / 8.0; }), row,
-                          own);
-    });
 }
 
 // Behind a bright part of the picture only rounding is left in the running sums.
 TEST(Corner, RunningSumsOfFloats) {
     kit::Turn t(93, {90, 60});
-    const Row& row = rows32f[3];
+    const Row& row = rows[8];
     const Own own = ownOf(row, 3);
     kit::Case c = caseOf(row, t, own, [&] { return t.uniform(-1, 1); });
     for (int x = 0; x < 90; ++x) c.src().set(x, 10, 12345.678F);
@@ -170,7 +169,8 @@ TEST(Corner, RunningSumsOfFloats) {
 // Whatever comes of it, it is the same at all levels.
 TEST(Corner, NotANumber) {
     kit::Turn t(95, {90, 20});
-    for (const Row& row : rows32f) {
+    for (const Row& row : rows) {
+        if (!row.ofFloats()) continue;
         kit::Case c = caseOf(row, t, ownOf(row, 3), [&] { return t.uniform(-1, 1); });
         c.src().set(40, 5, NAN);
         c.src().set(50, 8, -NAN);
@@ -181,19 +181,16 @@ TEST(Corner, NotANumber) {
 
 TEST(Corner, BadArguments) {
     const Own own{0, 3, 3, 0.04F, 1, zmoiBorderMirror};
-    for (const auto& rows : {rows8u, rows32f}) {
-        for (const Row& row : rows) {
-            std::vector<kit::Wrong> wrong = {
-                {"kernel", 2, zmoStsFlagErr},
-                {{{"kernel", 1}, {"kernelSize", 5}}, zmoStsMaskSizeErr},
-                {"kernelSize", 4, zmoStsMaskSizeErr},
-                {"windowSize", {4, 257}, zmoStsMaskSizeErr}};
-            if (row.function.has("scale")) {
-                wrong.push_back({"k", {0.26F, NAN}, zmoStsRangeErr});
-                wrong.push_back({"scale", {0, INFINITY}, zmoStsRangeErr});
-            }
-            caseOf(row, kit::Turn(96, {17, 13}), own, 1).expectBadArguments(wrong);
+    for (const Row& row : rows) {
+        std::vector<kit::Wrong> wrong = {{"kernel", 2, zmoStsFlagErr},
+                                         {{{"kernel", 1}, {"kernelSize", 5}}, zmoStsMaskSizeErr},
+                                         {"kernelSize", 4, zmoStsMaskSizeErr},
+                                         {"windowSize", {4, 257}, zmoStsMaskSizeErr}};
+        if (row.function.has("scale")) {
+            wrong.push_back({"k", {0.26F, NAN}, zmoStsRangeErr});
+            wrong.push_back({"scale", {0, INFINITY}, zmoStsRangeErr});
         }
+        caseOf(row, kit::Turn(96, {17, 13}), own, 1).expectBadArguments(wrong);
     }
 }
 

@@ -8,7 +8,8 @@ namespace {
 
 constexpr double unreached = std::numeric_limits<double>::infinity();
 
-// Lengths of the shortest paths to the zero pixels, found by trying all steps until nothing changes.
+// Lengths of the shortest paths to the zero pixels, found by trying all steps until nothing
+// changes.
 kit::Image chamferLengths(const kit::Image& src, const std::vector<double>& steps) {
     const ZmoiSize size = src.size();
     kit::Image lengths(size, [&](int x, int y) { return src(x, y) == 0 ? 0 : unreached; });

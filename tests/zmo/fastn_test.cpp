@@ -52,13 +52,6 @@ void drawBlocks(kit::Turn& t, kit::Image& image) {
 
 const kit::Function function = ZMO(zmoiFastN_8u_C1R);
 
-// The list of the corners of a map, of which a part may find room.
-void expectList(const kit::Image& map, const std::vector<ZmoiPoint>& corners, int room) {
-    kit::Case c(ZMO(zmoiFastN2DToVec_8u), map.size(), {7, 16});
-    c.src().fill(map);
-    kit::expectAtAllLevels(c.with("maxCorners", room).wantList("pList", corners, room));
-}
-
 TEST(FastN, Oracle) {
     std::array<int, 17> found{};
     kit::forEachCase({101, 4}, 1, [&](kit::Turn& t, size_t) {
@@ -76,7 +69,12 @@ TEST(FastN, Oracle) {
         });
         const int all = static_cast<int>(corners.size());
         found[static_cast<size_t>(n)] += all;
-        for (const int room : {1, 7, std::max(all, 1)}) expectList(map, corners, room);
+        // Of the list a part may find room.
+        for (const int room : {1, 7, std::max(all, 1)}) {
+            kit::Case list(ZMO(zmoiFastN2DToVec_8u), t);
+            list.src().fill(map);
+            kit::expectAtAllLevels(list.with("maxCorners", room).wantList("pList", corners, room));
+        }
         return c.with({{"n", n}, {"threshold", threshold}, {"suppress", suppress}})
             .sized(ZMO(zmoiFastNGetBufferSize))
             .wantResult("pCount", all)
@@ -86,12 +84,12 @@ TEST(FastN, Oracle) {
 }
 
 TEST(FastN, BadArguments) {
-    kit::Case(function, {12, 9})
+    kit::Case(function, kit::Turn(102, {12, 9}))
         .with({{"n", 9}, {"threshold", 0}, {"suppress", 1}})
         .sized(ZMO(zmoiFastNGetBufferSize))
         .expectBadArguments(
             {{"n", {8, 17}, zmoStsRangeErr}, {"threshold", {-1, 256}, zmoStsThresholdErr}});
-    kit::Case(ZMO(zmoiFastN2DToVec_8u), {12, 9})
+    kit::Case(ZMO(zmoiFastN2DToVec_8u), kit::Turn(103, {12, 9}))
         .with("maxCorners", 108)
         .give("pList", kit::Buffer(108 * sizeof(ZmoiPoint)))
         .expectBadArguments({{"maxCorners", 0, zmoStsRangeErr}});

@@ -169,14 +169,6 @@ TEST(Filters, Pipelines) {
     kit::forEachCase({37, 1, longRows}, pipelines, pipelineCase);
 }
 
-TEST(Filters, ImagesBeyondTwoGigabytes) {
-    kit::Turn t(38, {37, 6}, {}, 60);
-    for (const auto& function : separables) separableCase(t, function).expectWithFarRows();
-    for (const auto& function : gaussians) {
-        if (function.large()) gaussianCase(t, function).expectWithFarRows();
-    }
-}
-
 TEST(Filters, BadArguments) {
     kit::Turn t(39, {20, 3}, {}, 62);
     kit::Case gauss = gaussianCase(t, ZMO(zmoiFilterGaussianBorder_16s_C3R));

@@ -6,15 +6,14 @@
 
 namespace {
 
-enum class Rule { equal, range, gradient };
-
 struct Row {
     kit::Function function;
-    Rule rule;
-    int connectivity;
-    // The values that occur, the first most often, and deltas.
+    // The values that occur, the first most often, and deltas of those that have a range.
     std::vector<double> values;
-    std::vector<double> deltas = {0};
+    std::vector<double> deltas = {};
+
+    bool isRange() const { return function.isNamed("_Range"); }
+    int connectivity() const { return function.isNamed("8Con") ? 8 : 4; }
 };
 
 const std::vector<double> bytes = {100, 101, 103, 0, 255};
@@ -24,23 +23,19 @@ const std::vector<double> integers = {-7, 9, INT32_MIN, INT32_MAX};
 const std::vector<double> floats = {1.5, 1.75, 2.5, -900, 0};
 const std::vector<double> floatDeltas = {0, 0.25, 1, 1000};
 
-#define FLOODS(con, type, values) \
-    { ZMO(zmoiFloodFill_##con##Con_##type##_C1IR), Rule::equal, con, values }
-#define DELTA_FLOODS(con, type, ...)                                                      \
-    {ZMO(zmoiFloodFill_Range##con##Con_##type##_C1IR), Rule::range, con, __VA_ARGS__}, {  \
-        ZMO(zmoiFloodFill_Grad##con##Con_##type##_C1IR), Rule::gradient, con, __VA_ARGS__ \
+#define ROWS(type, values, deltas)                                     \
+    {ZMO(zmoiFloodFill_4Con_##type##_C1IR), values},                   \
+        {ZMO(zmoiFloodFill_8Con_##type##_C1IR), values},               \
+        {ZMO(zmoiFloodFill_Range4Con_##type##_C1IR), values, deltas},  \
+        {ZMO(zmoiFloodFill_Range8Con_##type##_C1IR), values, deltas},  \
+        {ZMO(zmoiFloodFill_Grad4Con_##type##_C1IR), values, deltas}, { \
+        ZMO(zmoiFloodFill_Grad8Con_##type##_C1IR), values, deltas      \
     }
 
-const std::vector<Row> rows = {FLOODS(4, 8u, bytes),
-                               FLOODS(8, 8u, bytes),
-                               DELTA_FLOODS(4, 8u, bytes, byteDeltas),
-                               DELTA_FLOODS(8, 8u, bytes, byteDeltas),
-                               FLOODS(4, 32s, integers),
-                               FLOODS(8, 32s, integers),
-                               FLOODS(4, 32f, floats),
-                               FLOODS(8, 32f, floats),
-                               DELTA_FLOODS(4, 32f, floats, floatDeltas),
-                               DELTA_FLOODS(8, 32f, floats, floatDeltas)};
+const std::vector<Row> rows = {ROWS(8u, bytes, byteDeltas),
+                               ROWS(32f, floats, floatDeltas),
+                               {ZMO(zmoiFloodFill_4Con_32s_C1IR), integers},
+                               {ZMO(zmoiFloodFill_8Con_32s_C1IR), integers}};
 
 kit::Case caseOf(const Row& row, const kit::Turn& t, ZmoiPoint seed, double value,
                  double minDelta = 1, double maxDelta = 1) {
@@ -56,19 +51,19 @@ TEST(Flood, Oracle) {
     kit::forEachCase({61, 4}, rows, [&](kit::Turn& t, const Row& row) {
         const ZmoiPoint seed{t.between(0, t.size.width - 1), t.between(0, t.size.height - 1)};
         const double value = t.pick(row.values);
-        const double minDelta = t.pick(row.deltas);
-        const double maxDelta = t.pick(row.deltas);
+        const double minDelta = row.deltas.empty() ? 0 : t.pick(row.deltas);
+        const double maxDelta = row.deltas.empty() ? 0 : t.pick(row.deltas);
         kit::Case c = caseOf(row, t, seed, value, minDelta, maxDelta);
         kit::Image& image = c.dst();
         image.fill([&] { return t.between(0, 2) ? row.values[0] : t.pick(row.values); });
         const double first = image(seed.x, seed.y);
         const auto joins = [&](ZmoiPoint p, ZmoiPoint q) {
             const double next = image(q.x, q.y);
-            if (row.rule == Rule::equal) return next == first;
-            const double from = row.rule == Rule::range ? first : image(p.x, p.y);
+            if (row.deltas.empty()) return next == first;
+            const double from = row.isRange() ? first : image(p.x, p.y);
             return next >= from - minDelta && next <= from + maxDelta;
         };
-        const auto pixels = oracle::reached(t.size, seed, row.connectivity, joins);
+        const auto pixels = oracle::reached(t.size, seed, row.connectivity(), joins);
         kit::Image after = image;
         ZmoiPoint low = seed;
         ZmoiPoint high = seed;
@@ -108,7 +103,7 @@ TEST(Flood, BadArguments) {
             {"seed",
              {ZmoiPoint{-1, 1}, ZmoiPoint{12, 1}, ZmoiPoint{1, -1}, ZmoiPoint{1, 4}},
              zmoStsPointErr}};
-        if (row.values == floats && row.rule != Rule::equal) {
+        if (row.deltas == floatDeltas) {
             wrong.push_back({"minDelta", -1, zmoStsRangeErr});
             wrong.push_back({"maxDelta", NAN, zmoStsRangeErr});
         }

@@ -16,12 +16,12 @@ TEST(Convert, EveryPixelExactly) {
 
 TEST(RotateGetShift, LeavesTheCentreInPlace) {
     for (const double angle : {0.0, 10.0, 90.0, -33.0, 180.0, 725.0}) {
-        const oracle::Turn t = oracle::turn(angle);
+        const auto [c, s] = oracle::turn(angle);
         double xShift = 0;
         double yShift = 0;
         EXPECT_EQ(zmoiRotateGetShift(320, 240.5, angle, &xShift, &yShift), zmoStsNoErr);
-        EXPECT_NEAR(t.c * 320 + t.s * 240.5 + xShift, 320, 1e-10) << angle;
-        EXPECT_NEAR(-t.s * 320 + t.c * 240.5 + yShift, 240.5, 1e-10) << angle;
+        EXPECT_NEAR(c * 320 + s * 240.5 + xShift, 320, 1e-10) << angle;
+        EXPECT_NEAR(-s * 320 + c * 240.5 + yShift, 240.5, 1e-10) << angle;
     }
 }
 
@@ -56,7 +56,7 @@ TEST(Geometry, BadArguments) {
         .expectBadArguments({{"xCenter", NAN, zmoStsRangeErr},
                              {"yCenter", HUGE_VAL, zmoStsRangeErr},
                              {"angle", -HUGE_VAL, zmoStsRangeErr}});
-    kit::Case(ZMO(zmoiRotate_8u_C1R), {6, 5}, {}, {{"pSrc", {8, 4}}})
+    kit::Case(ZMO(zmoiRotate_8u_C1R), kit::Turn(12, {6, 5}), {{"pSrc", {8, 4}}})
         .with({{"angle", 10}, {"xShift", 1}, {"yShift", 1}})
         .expectBadArguments({{"angle", NAN, zmoStsRangeErr},
                              {"xShift", 1.1e9, zmoStsRangeErr},

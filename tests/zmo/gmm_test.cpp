@@ -95,8 +95,8 @@ class Definition {
     std::vector<Component> m_list;
 };
 
-kit::Case initOf(ZmoiSize size, const Rules& r) {
-    return kit::Case(ZMO(zmoiFGMMInit), size)
+kit::Case initOf(const kit::Turn& t, const Rules& r) {
+    return kit::Case(ZMO(zmoiFGMMInit), t)
         .with({{"maxComponents", r.components},
                {"learningRate", r.rate},
                {"matchThreshold", r.threshold},
@@ -114,7 +114,7 @@ class Model {
     Model(const kit::Turn& t, const Rules& rules)
         : learning(ZMO(zmoiFGMMForeground_8u_C3R), t, {{"pDst", {}, 0, 1}}),
           recalling(ZMO(zmoiFGMMBackground_8u_C3R), t) {
-        kit::Case init = initOf(t.size, rules);
+        kit::Case init = initOf(t, rules);
         EXPECT_EQ(init.run(), zmoStsNoErr);
         learning.give("pState", init.memory("pState"));
     }
@@ -220,15 +220,14 @@ TEST(Gmm, BadArguments) {
     model.learning.expectBadArguments({region, {"pState", &noState[0], zmoStsStateErr}});
     model.recall();
     model.recalling.expectBadArguments({region});
-    initOf(t.size, usual)
-        .expectBadArguments({{"maxComponents", {0, 9}, zmoStsRangeErr},
-                             {"learningRate", {0, NAN}, zmoStsRangeErr},
-                             {"matchThreshold", 0, zmoStsThresholdErr},
-                             {"backgroundShare", 1.5F, zmoStsRangeErr},
-                             {"complexity", -0.1F, zmoStsRangeErr},
-                             {"initialVariance", 3, zmoStsRangeErr},
-                             {"type", zmo16u, zmoStsDataTypeErr},
-                             {"channels", 1, zmoStsChannelsErr}});
+    initOf(t, usual).expectBadArguments({{"maxComponents", {0, 9}, zmoStsRangeErr},
+                                         {"learningRate", {0, NAN}, zmoStsRangeErr},
+                                         {"matchThreshold", 0, zmoStsThresholdErr},
+                                         {"backgroundShare", 1.5F, zmoStsRangeErr},
+                                         {"complexity", -0.1F, zmoStsRangeErr},
+                                         {"initialVariance", 3, zmoStsRangeErr},
+                                         {"type", zmo16u, zmoStsDataTypeErr},
+                                         {"channels", 1, zmoStsChannelsErr}});
 }
 
 }  // namespace

@@ -54,8 +54,7 @@ struct Range {
     }
 };
 
-constexpr int reach = 20;  // rectangles end within so many columns and rows
-
+// Rectangles end within 20 columns and rows.
 Stage randomStage(kit::Random& random, const Range& range, size_t classifiers, bool tilted) {
     Stage s;
     s.tilted = tilted;
@@ -120,7 +119,7 @@ void expectOracle(const Range& range) {
         const Stage stage = randomStage(t, range, t.number / 3 % 9 + 1, t.number / 3 % 2 == 1);
         const double threshold = range.drawn(t, range.value);
         const int scale = t.between(-31, 31) / static_cast<int>(t.number % 3 + 1);
-        kit::Case c = caseOf(range.real ? ofFloats : ofIntegers, t, stage, reach, threshold, scale);
+        kit::Case c = caseOf(range.real ? ofFloats : ofIntegers, t, stage, 20, threshold, scale);
         c.src().fill([&] { return range.drawn(t, range.sum); });
         c.image("pSrc2").fill([&] { return range.drawn(t, range.deviation); });
         c.mask().fill([&] { return t.between(0, 99) < density ? t.between(1, 255) : 0; });
@@ -194,18 +193,21 @@ TEST(Haar, BadStages) {
     const Stage stage{{{2, 1, 2, 2}, {3, 0, 1, 2}}, {1, -1}, {2}, {1}, {1}, {1}, true};
     using List = std::vector<double>;
     for (const auto& init : {ZMO(zmoiHaarInit_32f), ZMO(zmoiHaarInit_32s)}) {
-        const List bad = {isReal(init) ? NAN : -(1 << 21) - 1, 1};
+        const double bad = isReal(init) ? NAN : -(1 << 21) - 1;
         const ZmoDataType type = isReal(init) ? zmo32f : zmo32s;
+        std::vector<kit::Wrong> wrong = {
+            {"classifiers", {0, 65537}, zmoStsRangeErr},
+            {"pRectCounts", {List{0}, List{65537}}, zmoStsRangeErr},
+            {"pRects",
+             {&badRects[0][0], &badRects[1][0], &badRects[2][0], &badRects[3][0]},
+             zmoStsRectErr},
+            {"pWeights", List{1, bad}, zmoStsRangeErr}};
+        for (const char* const name : {"pThresholds", "pLow", "pHigh"}) {
+            const bool bounded = isReal(init) || name == std::string("pThresholds");
+            if (bounded) wrong.push_back({name, List{bad}, zmoStsRangeErr});
+        }
         kit::Case c(init);
-        withStage(c.with("type", type), stage)
-            .expectBadArguments(
-                {{"classifiers", {0, 65537}, zmoStsRangeErr},
-                 {"pRectCounts", {List{0}, List{65537}}, zmoStsRangeErr},
-                 {"pRects",
-                  {&badRects[0][0], &badRects[1][0], &badRects[2][0], &badRects[3][0]},
-                  zmoStsRectErr},
-                 {"pWeights", bad, zmoStsRangeErr},
-                 {"pThresholds", bad, zmoStsRangeErr}});
+        withStage(c.with("type", type), stage).expectBadArguments(wrong);
         kit::Case(ZMO(zmoiHaarGetSize))
             .with({{"classifiers", 1}, {"rectangles", 2}, {"type", type}})
             .expectBadArguments({{"classifiers", {0, 3}, zmoStsRangeErr},

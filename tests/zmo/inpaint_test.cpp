@@ -22,10 +22,6 @@ struct Plane {
     }
 };
 
-float alignment(float value) {
-    return value <= 0.01F ? 1e-6F : value;
-}
-
 // What the known pixels make of the one at (x, y). The sums are floats, each operation rounded.
 float meanAround(const Plane& p, const Plane& times, int x, int y, float radius,
                  ZmoiInpaintFlag flag) {
@@ -44,8 +40,10 @@ float meanAround(const Plane& p, const Plane& times, int x, int y, float radius,
         float weight = 0;
         if (flag == zmoiInpaintMarching) {
             const float d = std::fabs(static_cast<float>(rx) * tx + static_cast<float>(ry) * ty);
+            const float alignment = d * (1 / std::sqrt(r2));
             const auto apart = static_cast<float>(times.value(x, y) - times.value(qx, qy));
-            weight = alignment(d * (1 / std::sqrt(r2))) * (1 / r2) * (1 / (1 + std::fabs(apart)));
+            weight =
+                (alignment <= 0.01F ? 1e-6F : alignment) * (1 / r2) * (1 / (1 + std::fabs(apart)));
             value += gx * rx + gy * ry;
         } else {
             const auto e = static_cast<float>(gy * rx - gx * ry);
@@ -69,7 +67,7 @@ Plane timesFor(const kit::Image& mask, double radius) {
     const auto selected = [&](int x, int y) {
         return kit::contains(size, x, y) && mask(x, y) != 0;
     };
-    kit::Case march(ZMO(zmoiFastMarching_8u32f_C1R), size);
+    kit::Case march(ZMO(zmoiFastMarching_8u32f_C1R), kit::Turn(0, size));
     march.with("radius", 1e30F).sized(ZMO(zmoiFastMarchingGetBufferSize));
     march.src().fill([&](int x, int y) {
         const bool touches =

@@ -41,7 +41,7 @@ uint64_t runSeed();
 
 class Random {
   public:
-    // The stream tells apart the generators of one run.
+    // The stream distinguishes the generators of one run.
     explicit Random(uint64_t stream = 0) : m_state(runSeed() + stream * 0x9e3779b97f4a7c15U) {}
 
     uint64_t bits();
@@ -255,8 +255,8 @@ class Buffer : public Block {
     int m_size;
 };
 
-// Runs body at every level that the processor has, and prints which ones it lacks. The library is at
-// its best level afterwards.
+// Runs body at every level that the processor has, and prints which ones it lacks. The library is
+// at its best level afterwards.
 struct LevelInfo {
     const char* name;
     Zmo64u mask;

@@ -19,7 +19,7 @@ Mask rectangle(ZmoiSize size, ZmoiPoint anchor) {
     return {size, anchor, std::vector<double>(kit::indexIn(size, 0, size.height), 7)};
 }
 
-// Rectangles, a cross, one without its anchor, and one point.
+// Rectangles, a cross, one without its anchor, one point, and none.
 const std::vector<Mask> masks = {rectangle({1, 1}, {0, 0}),
                                  rectangle({3, 3}, {1, 1}),
                                  rectangle({1, 4}, {0, 3}),
@@ -29,7 +29,8 @@ const std::vector<Mask> masks = {rectangle({1, 1}, {0, 0}),
                                  rectangle({66, 2}, {31, 1}),
                                  {{3, 3}, {1, 1}, {0, 1, 0, 1, 1, 1, 0, 1, 0}},
                                  {{4, 2}, {3, 1}, {1, 0, 1, 0, 0, 0, 255, 0}},
-                                 {{2, 3}, {1, 1}, {0, 0, 0, 0, 0, 1}}};
+                                 {{2, 3}, {1, 1}, {0, 0, 0, 0, 0, 1}},
+                                 {{3, 2}, {1, 1}, {0, 0, 0, 0, 0, 0}}};
 
 struct Row {
     kit::Function function;
@@ -110,7 +111,7 @@ struct MorphCase {
         }
         c.sized(ZMO(zmoiMorphGetSize_L));
         const int large[] = {c.memory("pState").size(), c.memory("pBuffer").size()};
-        c.sized(ZMO(zmoiMorphGetSize)).prepared(ZMO(zmoiMorphInit));
+        c.sized(ZMO(zmoiMorphGetSize)).prepared(ZMO(zmoiMorphInit), status());
         EXPECT_EQ(c.memory("pState").size(), large[0]);
         EXPECT_EQ(c.memory("pBuffer").size(), large[1]);
     }
@@ -134,7 +135,13 @@ struct MorphCase {
             return byte;
         });
     }
+    // A mask without points clears.
+    ZmoStatus status() const {
+        const bool any = std::ranges::any_of(mask.points, [](double point) { return point != 0; });
+        return any || row.isGray() ? zmoStsNoErr : zmoStsEmptyMask;
+    }
     kit::Case& wantOracle() {
+        if (status() != zmoStsNoErr) return want(0).wantStatus(status());
         std::vector<oracle::Plane> channels;
         for (int k = 0; k < c.src().channels(); ++k) channels.push_back(channelOf(k));
         return want([&](int x, int y, int k) { return channels[static_cast<size_t>(k)].at(x, y); });
@@ -182,7 +189,7 @@ void expectOracleEverywhere(const std::vector<Row>& rows, const kit::Pixels& pix
             for (int border = zmoiBorderReplicate; border <= zmoiBorderInMem; ++border) {
                 ++turn;
                 // Under the sanitizers the borders take turns, too.
-                if (kit::sanitized && turn % 4 != turn / 40 % 4) continue;
+                if (kit::sanitized && turn % 4 != turn / 44 % 4) continue;
                 const kit::Turn t(60, sizes[turn * 5 % sizes.size()], kit::layouts()[turn % 4]);
                 MorphCase made(row, mask, t, static_cast<ZmoiBorderType>(border));
                 cases.push_back(made.fill(pixels).wantOracle());
@@ -250,32 +257,6 @@ TEST(Morph, InfiniteAndNotANumber) {
         kit::expectAtAllLevels(made.wantOracle());
         odd.src().fill([&] { return draw(NAN); });
         kit::expectSameAtAllLevels(odd);
-    }
-}
-
-TEST(Morph, ImagesBeyondTwoGigabytes) {
-    kit::Turn t(66, {37, 6});
-    for (const auto& rows : {bits, integers, floats}) {
-        for (const Row& row : rows) {
-            if (!row.function.large()) continue;
-            MorphCase made(row, masks[4], t, zmoiBorderMirror);
-            made.fill([&] { return t.between(0, 127); }).c.expectWithFarRows();
-        }
-    }
-}
-
-TEST(Morph, EmptyMaskClears) {
-    const Mask full = rectangle({3, 2}, {1, 1});
-    const kit::Turn t(67, {141, 3}, {1, 3});
-    for (const auto& rows : {bits, floats}) {
-        for (const Row& row : rows) {
-            if (row.isGray()) continue;
-            MorphCase made(row, full, t, zmoiBorderReplicate);
-            made.fill(0xff);
-            made.c.with("pMask", std::vector<double>(6))
-                .prepared(ZMO(zmoiMorphInit), zmoStsEmptyMask);
-            kit::expectAtAllLevels(made.want(0).wantStatus(zmoStsEmptyMask));
-        }
     }
 }
 

@@ -75,10 +75,8 @@ void meanStdDev(kit::Case& c, const Seen& s, ZmoNormType) {
 
 // ---- The functions
 
-#define ROW(fn, ...)         \
-    Row {                    \
-        ZMO(fn), __VA_ARGS__ \
-    }
+#define ROW(fn, ...) \
+    { ZMO(fn), __VA_ARGS__ }
 #define MASKED(base, type, ...) \
     ROW(zmoi##base##_##type##_C1MR, __VA_ARGS__), ROW(zmoi##base##_##type##_C3CMR, __VA_ARGS__)
 #define PLAIN(base, type, ...) \

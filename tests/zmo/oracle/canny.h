@@ -28,12 +28,6 @@ class Canny {
         });
     }
 
-    int count() const {
-        int found = 0;
-        kit::forEachPixel(edges.size(), [&](int x, int y) { found += edges(x, y) != 0; });
-        return found;
-    }
-
   private:
     double rounded(double value) const { return m_dx.isWhole() ? value : kit::single(value); }
 

@@ -65,8 +65,8 @@ inline std::vector<double> gaussian(int taps, double sigma) {
     return weights;
 }
 
-// The taps of a kernel that meet a pixel of a layer that is larger or smaller by a rate; floats have
-// weights whose sum is 1.
+// The taps of a kernel that meet a pixel of a layer that is larger or smaller by a rate; floats
+// have weights whose sum is 1.
 inline Met met(const std::vector<double>& kernel, int rate, bool up, int x, bool real) {
     Met result;
     double sum = 0;

@@ -23,29 +23,20 @@ inline Pair pairOf(Mask mask) {
 
 // v[0] to v[2 radius] in the order of the header.
 inline float weigh(Along along, const float* v, int radius) {
-    if (radius == 1) {
-        if (along == Along::first) return v[2] - v[0];
-        if (along == Along::scharr) {
-            const float ends = 3 * (v[0] + v[2]);
-            return ends + 10 * v[1];
-        }
-        const float outer = v[0] + v[2];
-        const float inner = 2 * v[1];
-        return along == Along::smooth ? outer + inner : outer - inner;
+    const float ends = v[0] + v[2 * radius];
+    const float centre = v[radius];
+    switch (along) {
+        case Along::first:
+            if (radius == 1) return v[2] - v[0];
+            return (v[4] - v[0]) + 2 * (v[3] - v[1]);
+        case Along::second:
+            return ends - 2 * centre;
+        case Along::scharr:
+            return 3 * ends + 10 * centre;
+        default:
+            if (radius == 1) return ends + 2 * centre;
+            return (ends + 4 * (v[1] + v[3])) + 6 * centre;
     }
-    if (along == Along::second) {
-        const float outer = v[0] + v[4];
-        return outer - 2 * v[2];
-    }
-    if (along == Along::first) {
-        const float outer = v[4] - v[0];
-        const float middle = 2 * (v[3] - v[1]);
-        return outer + middle;
-    }
-    const float outer = v[0] + v[4];
-    const float middle = 4 * (v[1] + v[3]);
-    const float both = outer + middle;
-    return both + 6 * v[2];
 }
 
 inline float columnsThenRow(const Extended& a, int x, int y, int radius, Pair pair) {

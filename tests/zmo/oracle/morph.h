@@ -1,8 +1,6 @@
 // Morphology by its definition, one pixel and one point of the element at a time.
 #pragma once
 
-#include <vector>
-
 #include "border.h"
 
 namespace oracle {

@@ -1,8 +1,6 @@
 // Regions grown pixel by pixel.
 #pragma once
 
-#include <vector>
-
 #include "kit.h"
 
 namespace oracle {

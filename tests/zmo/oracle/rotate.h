@@ -7,12 +7,8 @@
 
 namespace oracle {
 
-struct Turn {
-    double c;
-    double s;
-};
-
-inline Turn turn(double degrees) {
+// Cosine and sine.
+inline std::pair<double, double> turn(double degrees) {
     const double rest = std::fmod(degrees, 360.0);
     if (rest == 0) return {1, 0};
     if (rest == 90 || rest == -270) return {0, 1};
@@ -24,11 +20,11 @@ inline Turn turn(double degrees) {
 // The value of destination pixel (X, Y), nothing where its source lies outside.
 inline std::optional<double> rotated(const kit::Image& src, int X, int Y, double degrees,
                                      double xShift, double yShift) {
-    const Turn t = turn(degrees);
+    const auto [c, s] = turn(degrees);
     const double u = X - xShift;
     const double v = Y - yShift;
-    const double x = t.c * u - t.s * v;
-    const double y = t.s * u + t.c * v;
+    const double x = c * u - s * v;
+    const double y = s * u + c * v;
     const ZmoiSize size = src.size();
     if (!(x >= 0 && x <= size.width - 1 && y >= 0 && y <= size.height - 1)) return std::nullopt;
     const int left = static_cast<int>(std::floor(x));
