@@ -34,7 +34,7 @@ std::vector<ZmoiPolar> expectedLines(const kit::Image& src, const Region& region
         });
     }
     std::vector<std::pair<double, ZmoiPolar>> lines;
-    kit::forEachPixel(votes.size(), [&](int r, int n) {
+    kit::forEachPixel(votes.size(), [&, low = low, delta = delta](int r, int n) {
         const double v = votes(r, n);
         if (v > threshold && v > votes(r, n - 1) && v >= votes(r, n + 1) && v > votes(r - 1, n) &&
             v >= votes(r + 1, n)) {
