@@ -23,7 +23,8 @@ FILES = ["-olist", "-rtable", "-usum"]
 KEYS = "BAdiIPoOLJrRqQuUgnplfTmktFYHWSCsev@hcj?"
 
 # A command is its keys, what it reads from the console, and files that exist before.
-COMMANDS = [(["-h"],), (["-?"],), (["-hh"],), (["-??"],), (["-v"],), (["-e"],), (["-e+"],), (["-e-"],)]
+COMMANDS = [(["-h"],), (["-?"],), (["-hh"],), (["-??"],), (["-v"],), (["--help"],), (["--version"],),
+            (["-e"],), (["-e+"],), (["-e-"],)]
 COMMANDS += [([f"-?{key}"],) for key in KEYS]
 COMMANDS += [(SMALL + [f"-{key}{argument}"],) for key in KEYS.replace("h", "").replace("?", "")
              for argument in ("", "x", "+", "-", "=1")]
