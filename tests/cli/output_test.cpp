@@ -149,7 +149,7 @@ TEST(ExitStatus, SpeaksOfFaultsWhenItIsAskedTo) {
         {{"-dNope=1", "-X"}, 0, "-dNope: no such parameter"},
         {{"--strict", "-dNope=1", "-dImageSize=a", "-X", "lost", "-g/dev/full"},
          1,
-         strict + "5 values, words or names were refused or not asked for, 1 output is incomplete"},
+         strict + "3 values, words or names were refused or not asked for, 1 output is incomplete"},
         {{"--strict", "-dPicture=none.bmp"},
          1,
          strict + "2 tests failed, 2 sets could not be prep"},

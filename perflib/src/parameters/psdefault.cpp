@@ -148,26 +148,26 @@ void psParameter::fromIStream() {
     psOutLevelGuard level;
     if (m_input) {
         if (g_istrm.hasConsole()) g_ostrm.setOutLevel(showResults);
-        bool taken = takeValue();
-        while (!taken && g_istrm.canAskAgain()) taken = takeValue();
-        if (!taken) psFaults::count(psFault::input);
+        psString refusal = takeValue();
+        while (!refusal.empty() && g_istrm.canAskAgain()) refusal = takeValue();
+        if (!refusal.empty()) psFaults::countOnce(psFault::input, refusal);
     }
     g_ostrm << " " << description() << "\n";
     if (m_input && g_istrm.source() == psDataSource::CONSOLE) g_ostrm.flush();
 }
 
-bool psParameter::takeValue() {
+psString psParameter::takeValue() {
     try {
         // The text is held out here: a signal drops what lies inside.
         const psString text =
             g_istrm.getItemValue(m_name, defaultString(), prompt(), validString());
         psGuarded([&] { translate(text); });
-        return true;
+        return {};
     } catch (const psException& failure) {
         g_ostrm << ERR << "-" << failure.msg() << "\n";
         if (!form().empty()) g_ostrm << "-- " << form() << "\n";
         g_ostrm << END;
-        return false;
+        return failure.msg();
     }
 }
 

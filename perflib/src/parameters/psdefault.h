@@ -128,7 +128,7 @@ class psParameter {
     psString m_deprecatedText;
 
   private:
-    bool takeValue();
+    psString takeValue();  // why it was refused; empty when it was not
     void putColm(psCStream& table, const psString& text) const;
 
     psString m_name;

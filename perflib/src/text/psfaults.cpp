@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "pslist.h"
 #include "pssettings.h"
 
 namespace {
@@ -24,6 +25,7 @@ constexpr Words words[] = {
 };
 
 std::array<int, std::size(words)> s_counts{};
+psStringList s_texts;
 
 int& countOf(psFault fault) {
     return s_counts[static_cast<std::size_t>(fault)];
@@ -35,12 +37,19 @@ void psFaults::count(psFault fault, int times) {
     countOf(fault) += times;
 }
 
+void psFaults::countOnce(psFault fault, const psString& text) {
+    if (s_texts.contains(text)) return;
+    s_texts.push_back(text);
+    count(fault);
+}
+
 int psFaults::counted(psFault fault) {
     return countOf(fault);
 }
 
 void psFaults::clear() {
     s_counts.fill(0);
+    s_texts.clear();
 }
 
 int psFaults::exitStatus() {

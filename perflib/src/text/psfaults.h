@@ -16,6 +16,8 @@ enum class psFault {
 class psFaults {
   public:
     static void count(psFault fault, int times = 1);
+    // The same fault, by its text, counts once however often it is met.
+    static void countOnce(psFault fault, const psString& text);
     static int counted(psFault fault);
     static void clear();
 
