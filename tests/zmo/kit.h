@@ -4,13 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <ostream>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -244,7 +247,7 @@ class Buffer : public Block {
     template <class T>
     explicit Buffer(const std::vector<T>& list)
         : Buffer(static_cast<int64_t>(list.size() * sizeof(T)), 0) {
-        std::memcpy(ptr(), list.data(), list.size() * sizeof(T));
+        std::ranges::copy(std::as_bytes(std::span(list)), reinterpret_cast<std::byte*>(ptr()));
         snapshot();
     }
     Zmo8u* ptr() { return data(); }
