@@ -12,9 +12,9 @@ class psList : public std::list<T> {
   public:
     psList() = default;
     psList(const psList&) = default;
-    psList(psList&&) = default;
+    psList(psList&&) noexcept = default;
     psList& operator=(const psList&) = default;
-    psList& operator=(psList&&) = default;
+    psList& operator=(psList&&) noexcept = default;
     virtual ~psList() = default;
 
     int size() const { return static_cast<int>(std::list<T>::size()); }
