@@ -21,10 +21,7 @@ support::Command Pscv::command(const Arguments& arguments, const Arguments& more
         command.arguments.insert(command.arguments.end(), part->begin(), part->end());
     command.environment = {{"PSCV_FREQ_MHZ", "2000"}, {"LD_LIBRARY_PATH", std::nullopt}};
     for (const auto& [name, value] : environment) command.environment[name] = value;
-    if (input) {
-        command.stdinFrom = support::Command::Input::Text;
-        command.input = *input;
-    }
+    command.input = input;
     return command;
 }
 

@@ -69,7 +69,7 @@ class Pscv {
 
     std::map<std::string, std::optional<std::string>> environment;
     std::string program;  // empty: the built one
-    std::optional<std::string> input;
+    std::string input;
 
   private:
     support::TempDir m_dir;

@@ -18,7 +18,7 @@ struct Command {
     // Added to the inherited environment; no value removes the variable.
     std::map<std::string, std::optional<std::string>> environment;
     // Terminal: the text is typed; a 4 in it is the end of the input.
-    enum class Input { Null, Closed, Text, Terminal } stdinFrom = Input::Null;
+    enum class Input { Text, Closed, Terminal } stdinFrom = Input::Text;
     std::string input;                // what standard input holds with Text and Terminal
     std::filesystem::path directory;  // working directory; empty: the caller's
     std::chrono::milliseconds timeout{60'000};
@@ -30,16 +30,15 @@ struct Outcome {
     bool timedOut = false;
     std::string out;
     std::string err;
-    std::chrono::milliseconds duration{0};
 
     bool clean() const { return status == 0 && signal == 0 && !timedOut; }
 };
 
-// A running program. It is killed and reaped when the object goes.
+// A running program. It is killed and reaped when the object goes. One that cannot be started says
+// why on its error output and ends with 127.
 class Process {
   public:
-    // Throws std::system_error when the program cannot be started at all.
-    explicit Process(Command command);
+    explicit Process(const Command& command);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -52,18 +51,15 @@ class Process {
     Outcome finish();
 
   private:
-    bool pump(std::chrono::steady_clock::time_point until);
-    void feed();
-    void reap();
+    // Waits a little while for the end, and ends what outlives its timeout.
+    bool isRunning();
 
-    Command m_command;
     Outcome m_outcome;
-    std::chrono::steady_clock::time_point m_start;
-    pid_t m_pid = -1;
-    int m_in = -1;
-    int m_out = -1;
-    int m_err = -1;
-    std::size_t m_fed = 0;
+    std::chrono::steady_clock::time_point m_end;
+    int m_in;
+    int m_out;
+    int m_err;
+    pid_t m_pid;
 };
 
 Outcome run(const Command& command);

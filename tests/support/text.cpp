@@ -70,13 +70,7 @@ std::string replaced(const std::string& text, const Mask& mask) {
 
 }  // namespace
 
-std::string masked(std::string text, const std::vector<std::string>& directories) {
-    for (const std::string& directory : directories) {
-        for (std::size_t at = text.find(directory); at != std::string::npos;
-             at = text.find(directory, at)) {
-            text.replace(at, directory.size(), "<dir>");
-        }
-    }
+std::string masked(std::string text) {
     static constexpr std::array<Mask, 6> masks{{
         {"(Mon|Tue|Wed|Thu|Fri|Sat|Sun) [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2} "
          "[0-9]{4}",

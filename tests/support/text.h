@@ -19,7 +19,7 @@ std::size_t count(std::string_view text, std::string_view part);
 
 // The text with times of day and durations (hh:mm:ss), dates of ctime and of
 // compilation, clock figures before " clocks per ", host figures of the title
-// box, pointers and the directories given replaced by fixed words.
-std::string masked(std::string text, const std::vector<std::string>& directories = {});
+// box and pointers replaced by fixed words.
+std::string masked(std::string text);
 
 }  // namespace support
