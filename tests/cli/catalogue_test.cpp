@@ -40,6 +40,13 @@ TEST(Catalogue, ListsTheFunctionsOfTheTree) {
         << "measured, but not among the functions of the library";
 }
 
+TEST(Catalogue, TheProcessorTestPrintsItsLinesAndNoRow) {
+    const Pscv pscv;
+    const std::string out = pscv.run({"-B", "-f__ps", "-rtable"}).out;
+    EXPECT_TRUE(inOrder(out, "\nCPU: ", "CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41 ")) << out;
+    EXPECT_TRUE(pscv.rows().empty());
+}
+
 TEST(Catalogue, SaysWhyASetCannotBePrepared) {
     const struct {
         const char* function;

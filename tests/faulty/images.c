@@ -13,60 +13,31 @@ static void fill(void* pDst, int dstStep, ZmoiSize roi, size_t pixel) {
 
 static const int* volatile nowhere = NULL;
 
-ZmoStatus zmoiFilterSobelVertBorder_8u16s_C1R(const Zmo8u* pSrc, int srcStep, Zmo16s* pDst,
-                                              int dstStep, ZmoiSize roi, ZmoiMaskSize mask,
-                                              ZmoiBorderType border, const Zmo8u* pBorderValue,
-                                              Zmo8u* pBuffer) {
-    (void)pSrc, (void)srcStep, (void)mask, (void)border, (void)pBorderValue, (void)pBuffer;
-    if (faultIs("preparenull")) return *nowhere;
-    if (faultIs("preparestatus")) return zmoStsStepErr;
-    fill(pDst, dstStep, roi, sizeof *pDst);
-    return zmoStsNoErr;
-}
+/* A derivative filter, which gives zeros, and the size of its work buffer. */
+#define FILTER(name, Source, Result, fault)                                                     \
+    ZmoStatus zmoiFilter##name(const Source* pSrc, int srcStep, Result* pDst, int dstStep,      \
+                               ZmoiSize roi, ZmoiMaskSize mask, ZmoiBorderType border,          \
+                               const Source* pBorderValue, Zmo8u* pBuffer) {                    \
+        (void)pSrc, (void)srcStep, (void)mask, (void)border, (void)pBorderValue, (void)pBuffer; \
+        if (fault && faultIs("preparenull")) return *nowhere;                                   \
+        if (fault && faultIs("preparestatus")) return zmoStsStepErr;                            \
+        fill(pDst, dstStep, roi, sizeof *pDst);                                                 \
+        return zmoStsNoErr;                                                                     \
+    }
+#define BUFFER_SIZE(name)                                                                        \
+    ZmoStatus zmoiFilter##name##GetBufferSize(ZmoiSize roi, ZmoiMaskSize mask, ZmoDataType type, \
+                                              int channels, int* pSize) {                        \
+        (void)roi, (void)mask, (void)type, (void)channels;                                       \
+        *pSize = 64;                                                                             \
+        return zmoStsNoErr;                                                                      \
+    }
 
-ZmoStatus zmoiFilterSobelHorizBorder_8u16s_C1R(const Zmo8u* pSrc, int srcStep, Zmo16s* pDst,
-                                               int dstStep, ZmoiSize roi, ZmoiMaskSize mask,
-                                               ZmoiBorderType border, const Zmo8u* pBorderValue,
-                                               Zmo8u* pBuffer) {
-    (void)pSrc, (void)srcStep, (void)mask, (void)border, (void)pBorderValue, (void)pBuffer;
-    fill(pDst, dstStep, roi, sizeof *pDst);
-    return zmoStsNoErr;
-}
-
-ZmoStatus zmoiFilterSobelVertBorder_32f_C1R(const Zmo32f* pSrc, int srcStep, Zmo32f* pDst,
-                                            int dstStep, ZmoiSize roi, ZmoiMaskSize mask,
-                                            ZmoiBorderType border, const Zmo32f* pBorderValue,
-                                            Zmo8u* pBuffer) {
-    (void)pSrc, (void)srcStep, (void)mask, (void)border, (void)pBorderValue, (void)pBuffer;
-    fill(pDst, dstStep, roi, sizeof *pDst);
-    return zmoStsNoErr;
-}
-
-ZmoStatus zmoiFilterSobelHorizBorder_32f_C1R(const Zmo32f* pSrc, int srcStep, Zmo32f* pDst,
-                                             int dstStep, ZmoiSize roi, ZmoiMaskSize mask,
-                                             ZmoiBorderType border, const Zmo32f* pBorderValue,
-                                             Zmo8u* pBuffer) {
-    (void)pSrc, (void)srcStep, (void)mask, (void)border, (void)pBorderValue, (void)pBuffer;
-    fill(pDst, dstStep, roi, sizeof *pDst);
-    return zmoStsNoErr;
-}
-
-static ZmoStatus smallestBuffer(int* pSize) {
-    *pSize = 64;
-    return zmoStsNoErr;
-}
-
-ZmoStatus zmoiFilterSobelVertBorderGetBufferSize(ZmoiSize roi, ZmoiMaskSize mask, ZmoDataType type,
-                                                 int channels, int* pSize) {
-    (void)roi, (void)mask, (void)type, (void)channels;
-    return smallestBuffer(pSize);
-}
-
-ZmoStatus zmoiFilterSobelHorizBorderGetBufferSize(ZmoiSize roi, ZmoiMaskSize mask, ZmoDataType type,
-                                                  int channels, int* pSize) {
-    (void)roi, (void)mask, (void)type, (void)channels;
-    return smallestBuffer(pSize);
-}
+FILTER(SobelVertBorder_8u16s_C1R, Zmo8u, Zmo16s, 1)
+FILTER(SobelHorizBorder_8u16s_C1R, Zmo8u, Zmo16s, 0)
+FILTER(SobelVertBorder_32f_C1R, Zmo32f, Zmo32f, 0)
+FILTER(SobelHorizBorder_32f_C1R, Zmo32f, Zmo32f, 0)
+BUFFER_SIZE(SobelVertBorder)
+BUFFER_SIZE(SobelHorizBorder)
 
 ZmoStatus zmoiConvert_8u32f_C1R(const Zmo8u* pSrc, int srcStep, Zmo32f* pDst, int dstStep,
                                 ZmoiSize roi) {

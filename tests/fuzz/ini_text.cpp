@@ -3,14 +3,13 @@
 #include "psinifile.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    psIniFile first;
-    first.readText(reinterpret_cast<const char*>(data), size);
-    const psString text = first.writeText();
-    psIniFile second;
-    second.readText(text.c_str(), static_cast<std::size_t>(text.length()));
-    const psString again = second.writeText();
-    psIniFile third;
-    third.readText(again.c_str(), static_cast<std::size_t>(again.length()));
-    fuzzExpect(third.writeText() == again);
+    const auto rewritten = [](std::string_view text) {
+        psIniFile ini;
+        ini.readText(text.data(), text.size());
+        return ini.writeText();
+    };
+    const psString once = rewritten({reinterpret_cast<const char*>(data), size});
+    const psString twice = rewritten(once.view());
+    fuzzExpect(rewritten(twice.view()) == twice);
     return 0;
 }

@@ -30,8 +30,9 @@ const bool withNameTables = psRegQKeys();
 
 volatile int work = 0;
 
-void spin(int rounds) {
+int spin(int rounds) {
     for (int i = 0; i < rounds; ++i) work = work + 1;
+    return 0;
 }
 
 // ---- what is measured --------------------------------------------------------
@@ -56,14 +57,12 @@ using HostPlain = HostOf<>;
 using HostSets = HostOf<Rounds, Mode>;
 
 int hostFast() {
-    spin(Rounds.value() * (1 + Mode.value()));
-    return 0;
+    return spin(Rounds.value() * (1 + Mode.value()));
 }
 HOST_TEST(HostSets, hostFast)
 
 int hostSlow() {
-    spin(300000);
-    return 0;
+    return spin(300000);
 }
 HOST_TEST(HostPlain, hostSlow)
 
@@ -113,8 +112,7 @@ HOST_TEST(HostEmpty, hostEmpty)
 psIterator<int> Same("Same", "", {8, 8});
 using HostTwice = HostOf<Same>;
 int hostTwice() {
-    spin(100);
-    return 0;
+    return spin(100);
 }
 HOST_TEST(HostTwice, hostTwice)
 
@@ -124,8 +122,7 @@ struct OldValues : psIterator<int> {
 } Level;
 using HostDeprecated = HostOf<Level>;
 int hostOldValues() {
-    spin(100);
-    return 0;
+    return spin(100);
 }
 HOST_TEST(HostDeprecated, hostOldValues)
 
@@ -159,8 +156,7 @@ class HostMemory : public HostOf<Bytes> {
     void* m_data = nullptr;
 };
 int hostMemory() {
-    spin(100);
-    return 0;
+    return spin(100);
 }
 HOST_TEST(HostMemory, hostMemory)
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -90,14 +90,10 @@ void expectWithin(const Limits& limits, double figure, const std::string& where)
 }
 
 std::vector<double> numbersIn(const std::string& line) {
-    constexpr const char* digits = "0123456789";
+    static const std::regex number("[0-9]+([.][0-9]+)?(e[-+]?[0-9]+)?");
     std::vector<double> numbers;
-    for (std::size_t at = line.find_first_of(digits); at < line.size();
-         at = line.find_first_of(digits, at)) {
-        char* end = nullptr;
-        numbers.push_back(std::strtod(line.c_str() + at, &end));
-        at = static_cast<std::size_t>(end - line.c_str());
-    }
+    for (std::sregex_iterator at(line.begin(), line.end(), number), end; at != end; ++at)
+        numbers.push_back(std::stod(at->str()));
     return numbers;
 }
 

@@ -93,18 +93,4 @@ TEST_F(SessionTest, CommonValuesActInBatchMode) {
     psSetVectorShift(512);
 }
 
-TEST_F(SessionTest, TheProcessorTestPrintsItsLinesAndNoRow) {
-    const auto fallback = zmo_GetCpuFeatures;
-    HeadlessSession session;
-    psRegZmoEnvironment([] {});
-    zmo_GetCpuFeatures = [](Zmo64u* mask, Zmo32u, Zmo32u*) -> ZmoStatus { return *mask = 0x5f, 0; };
-    const std::string text = run(session, {"-B", "-f__ps", "-rt"});
-    zmo_GetCpuFeatures = fallback;
-    EXPECT_EQ(m_result, 0);
-    EXPECT_TRUE(has(text, "\nCPU: ")) << text;
-    EXPECT_TRUE(has(text, "CPU features: MMX SSE SSE2 SSE3 SSSE3 SSE41\n")) << text;
-    g_cstrm.close();
-    EXPECT_EQ(support::lines(m_dir.read("bin/t.csv")).size(), 1U);
-}
-
 }  // namespace

@@ -46,8 +46,6 @@ TEST_F(Clock, OwnReadersCount) {
         usleep(1000);
         EXPECT_GT(zmo_StopCpuClocks() - first, 100'000);  // 1 ms at 100 MHz
     }
-    const long long overhead = psTimerOverhead();
-    EXPECT_TRUE(overhead >= 0 && overhead < 100) << overhead;
 }
 
 TEST(CpuTicker, NominalFrequency) {

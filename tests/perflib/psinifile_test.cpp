@@ -97,12 +97,14 @@ TEST(PsIniFile, WritesOnlyIniFilesAndWhereItCan) {
         std::string text;
         const char* refusal = nullptr;
         perms mode = perms(0666);
-    } cases[] = {{"\xef\xbb\xbf \r\n"},
-                 {"a=1\n\t[s] // x\n"},
-                 {"a=1\n// [s]\nint b[3];\n", "is no ini-file: it has no [section]\n"},
-                 {std::string("[s]\na=\0\n", 8), "is no ini-file: it has a NUL byte\n"},
-                 {"[s]\n", " to write: ", perms(0444)},
-                 {"[s]\n", " to read: ", perms(0222)}};
+    } cases[] = {
+        {"\xef\xbb\xbf \r\n"},
+        {"a=1\n\t[s] // x\n"},
+        {"a=1\n// [s]\nint b[3];\n", "is no ini-file: it has no [section]\n"},
+        {std::string((16 << 20) + 1, '\n'), "is no ini-file: it is longer than 16777216 b"},
+        {std::string("[s]\na=\0\n", 8), "is no ini-file: it has a NUL byte\n"},
+        {"[s]\n", " to write: ", perms(0444)},
+        {"[s]\n", " to read: ", perms(0222)}};
     std::filesystem::permissions(dir.path(), perms::all);
     for (const auto& [text, refusal, mode] : cases) {
         const psString path = dir.write("x.ini", text);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "process.h"
 #include "psstream.h"
 
 class MessageCapture {
@@ -22,28 +23,21 @@ class MessageCapture {
     }
 
     // Everything written so far.
-    std::string text() { return from(0); }
+    std::string text() {
+        m_sink.flush();
+        return support::readFile("/proc/self/fd/" + std::to_string(fileno(m_file)));
+    }
     // The text since the last call.
     std::string take() {
-        const std::string part = from(m_taken);
-        m_taken += static_cast<long>(part.size());
+        const std::string part = text().substr(m_taken);
+        m_taken += part.size();
         return part;
     }
 
   private:
-    std::string from(long begin) {
-        m_sink.flush();
-        std::fseek(m_file, begin, SEEK_SET);
-        std::string part;
-        for (int c = std::getc(m_file); c != EOF; c = std::getc(m_file))
-            part.push_back(static_cast<char>(c));
-        std::fseek(m_file, 0, SEEK_END);
-        return part;
-    }
-
     psOutLevelGuard m_level;
     std::FILE* m_file = std::tmpfile();
     o_stream m_sink;
     psSinkList m_own;
-    long m_taken = 0;
+    std::size_t m_taken = 0;
 };
