@@ -82,7 +82,8 @@ TEST(Dialogue, EachTestAsksOnlyWithAll) {
     }
 }
 
-// Who asks for the frequency is told that what is given is no number; measuring takes three seconds.
+// Who asks for the frequency is told that what is given is no number, and measures for three
+// seconds.
 TEST(Frequency, OnlyTheHeaderAsksForIt) {
     const std::string banner = "Morva ZMO Performance System 2.0, ",
                       echo = "Command line options: ",
