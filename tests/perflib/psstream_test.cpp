@@ -46,6 +46,12 @@ TEST(PsOStream, NamesWhatCannotBeOpened) {
                   str(file) + " to read: " + std::strerror(ENOTDIR) + "\n");
 }
 
+TEST(PsOStream, AFileIsWholeOnceItsStreamIsGone) {
+    const TempDir dir;
+    o_stream(dir / "file", io_stream::WRITE | io_stream::NAME_AS_GIVEN).write("text");
+    EXPECT_EQ(dir.read("file"), "text");
+}
+
 // The limit of a file's size does what a full disk does.
 TEST(PsSinkList, AFileThatFillsUpEndsWithItsLastWholeLineAndTheOthersGoOn) {
     // The file that is appended to, the text, and the file afterwards.
