@@ -66,6 +66,13 @@ class TimcFlood : public RegionTest {
         return createBufferBy(pBuffer, lib_zmoiFloodFillGetBufferSize, roi, srcType(), 1);
     }
 
+    void regArguments() override {
+        RegionTest::regArguments();
+        regOutput("area", &region.area);
+        regOutput("rect", &region.rect.x, 4);
+        regOutput("value", &region.value);
+    }
+
     // The timed calls have stored the area.
     double getDivisor() override { return std::max(1.0, region.area); }
     psString getUnit() override { return "px"; }

@@ -67,6 +67,14 @@ class TimcHaar : public ppImageTest {
                runEarlierStages(number) && initStage(number) && pDst.reserveCopy() != 0;
     }
 
+    void regArguments() override {
+        regInput("pSrc", pSrc);
+        regInput("pSrc2", pSrc2);
+        regInOut("pDst", pDst);
+        regOutput("positive", &positive);
+        regScratch("pState", pState);
+    }
+
     // A window that the stage does not leave early takes a sum of four and a product for each
     // rectangle, a product, a comparison and a sum for each classifier.
     double getFlops() override {

@@ -59,6 +59,12 @@ class TimcvHough : public SquareTest {
         pLines.deleteVector();
     }
 
+    void regArguments() override {
+        SquareTest::regArguments();
+        regOutput("lines", pLines.ptr32f(), 2 * count);
+        regOutput("count", &count);
+    }
+
     // Two products and two sums for each edge pixel and angle.
     double getFlops() override {
         const int angles = AngleRange.value() / AngleStep.value() + 1;

@@ -44,6 +44,11 @@ class TimcLabelMarkers : public RegionTest {
         return createBufferBy(pBuffer, lib_zmoiLabelMarkersGetBufferSize, roi, srcType(), 1);
     }
 
+    void regArguments() override {
+        RegionTest::regArguments();
+        regOutput("count", &count);
+    }
+
     psString dataFigure() override { return psFormat("%d components", count); }
 };
 

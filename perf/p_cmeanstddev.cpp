@@ -14,6 +14,12 @@ class TimcMean : public MaskedTest {
     using MaskedTest::MaskedTest;
 
   protected:
+    void regArguments() override {
+        MaskedTest::regArguments();
+        regOutput("mean", &mean);
+        regOutput("stdDev", &stdDev);
+    }
+
     // The sum; distance, square and its sum.
     double flopsOfElement() const override { return 4; }
 };

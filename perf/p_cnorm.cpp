@@ -16,6 +16,11 @@ class TimcNorm : public MaskedTest {
   protected:
     bool hasSecondSource() const override { return isRelative() || named("NormDiff"); }
 
+    void regArguments() override {
+        MaskedTest::regArguments();
+        regOutput("norm", &norm);
+    }
+
     // One addition or comparison, one product more for L2; the difference; the second image's norm.
     double flopsOfElement() const override {
         const int ofOne = func().baseName().contains("_L2") ? 2 : 1;

@@ -40,6 +40,11 @@ class TimcSampleLine : public ppImageTest {
                ppDrawSource(pSrc);
     }
 
+    void regArguments() override {
+        regInput("pSrc", pSrc, static_cast<double>(points()) * pSrc.numChannels());
+        regOutput("pDst", pDst);
+    }
+
     double getDivisor() override { return points(); }
     psString getUnit() override { return "point"; }
 

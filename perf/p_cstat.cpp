@@ -20,6 +20,19 @@ class TimeStatNull : public MaskedTest {
     using MaskedTest::MaskedTest;
 
   protected:
+    void regArguments() override {
+        MaskedTest::regArguments();
+        if (named("MinMaxIndx")) {
+            regOutput("low", &low);
+            regOutput("high", &high);
+            regOutput("lowPosition", &lowPosition.x, 2);
+            regOutput("highPosition", &highPosition.x, 2);
+            return;
+        }
+        regOutput("mean", &mean);
+        if (named("StdDev")) regOutput("stdDev", &stdDev);
+    }
+
     // Two comparisons or one addition; means with a deviation are of integers here.
     double flopsOfElement() const override { return named("MinMaxIndx") ? 2 : 1; }
 };

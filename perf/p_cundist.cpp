@@ -41,6 +41,12 @@ class TimcUndistort : public ppImageTest {
                                             srcType(), pSrc.numChannels());
     }
 
+    void regArguments() override {
+        ppImageTest::regArguments();
+        regInput("camera", camera, 4);
+        regInput("lens", lens, makesMap() ? 4 : 2);
+    }
+
     // The place: eight sums and nine products, and the tangential part of the map; then nine
     // operations of the interpolation for each channel.
     double flopsOfElement() const override {

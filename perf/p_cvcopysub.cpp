@@ -80,6 +80,12 @@ class TimcvCopySubInter : public TimcvCopySub {
         return true;
     }
 
+    void regArguments() override {
+        TimcvCopySub::regArguments();
+        regOutput("first", &first.x, 2);
+        regOutput("last", &last.x, 2);
+    }
+
     double validPercent() const override {
         return 100.0 * (last.x - first.x + 1) * (last.y - first.y + 1) / roi.width / roi.height;
     }

@@ -60,6 +60,16 @@ class TimiFastN : public SquareTest {
         pList.deleteVector();
     }
 
+    void regArguments() override {
+        if (makesList()) {
+            regInput("pDst", pDst);
+            regOutput("list", pList.ptr32s(), 2 * count);
+        } else {
+            SquareTest::regArguments();
+        }
+        regOutput("count", &count);
+    }
+
     double getDivisor() override {
         return makesList() ? std::max(1, count) : SquareTest::getDivisor();
     }

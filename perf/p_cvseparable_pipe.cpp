@@ -83,6 +83,14 @@ class TimSepar : public FilterTest {
         return createBufferBy(pBuffer, query, roi, kernelSize, srcType(), channels());
     }
 
+    void regArguments() override {
+        FilterTest::regArguments();
+        if (func().srcType() == pp32f)
+            regInput("kernel", kernel32f.data(), kernelSize);
+        else
+            regInput("kernel", kernel.data(), kernelSize);
+    }
+
   private:
     bool isRow() const { return named("FilterRow"); }
     bool isLow() const { return named("_Low"); }

@@ -74,6 +74,16 @@ class TimiGMM : public ppImageTest {
         pModel.deleteVector();
     }
 
+    void regArguments() override {
+        regOutput("pDst", pDst);
+        if (isForeground()) {
+            regInput("pSrc", pSrc);
+            regScratch("pModel", pModel);
+        } else {
+            regInput("pModel", pModel);
+        }
+    }
+
     double getDivisor() override { return 3.0 * roi.width * roi.height; }
 
     psString dataFigure() override {

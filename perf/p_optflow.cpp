@@ -100,6 +100,17 @@ class TimOptFlow : public ppImageTest {
         pPyramidBuffer.release();
     }
 
+    void regArguments() override {
+        for (const Layers* layers : {&firstLayers, &secondLayers}) {
+            for (const ppImage& layer : *layers) regInput("layer", layer);
+        }
+        regInput("pFrom", pFrom);
+        regInOut("pTo", pTo);
+        regOutput("pFound", pFound);
+        regOutput("pError", pError);
+        regScratch("pBuffer", pBuffer);
+    }
+
     double getDivisor() override { return count; }
     psString getUnit() override { return "point"; }
 

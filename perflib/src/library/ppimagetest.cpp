@@ -26,6 +26,19 @@ void ppImageTest::flushData() {
     pBuffer.release();
 }
 
+void ppImageTest::regArguments() {
+    regInput("pSrc", pSrc);
+    regInput("pSrc2", pSrc2);
+    regInput("pMask", pMask);
+    if (func().inplace() && !func().contains("_Copy"))
+        regInOut("pDst", pDst);
+    else
+        regOutput("pDst", pDst);
+    regOutput("pDst2", pDst2);
+    regScratch("pState", pState);
+    regScratch("pBuffer", pBuffer);
+}
+
 double ppImageTest::getDivisor() {
     const int channels = pDst.width() > 0 ? pDst.numActualChannels() : 1;
     return static_cast<double>(roi.width) * roi.height * channels;

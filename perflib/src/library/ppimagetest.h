@@ -61,6 +61,9 @@ class ppImageTest : public ppTest {
     bool canStart() override;
     bool initData() override;
     void flushData() override;
+    // The slots: sources and a mask are read, results are written, and a function in place does
+    // both; a state and a work buffer are scratch.
+    void regArguments() override;
     // The elements of the result, or the pixels where that is no image.
     double getDivisor() override;
     psString getUnit() override { return "pxch"; }

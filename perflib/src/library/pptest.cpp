@@ -4,6 +4,7 @@
 
 #include "ppbind.h"
 #include "psbase.h"
+#include "pscputick_gcc.h"
 #include "psctable.h"
 #include "psdata.h"
 #include "pslib.h"
@@ -77,6 +78,31 @@ psResult ppTest::runTiming() {
         if (!figure.empty()) g_ostrm << INFO << "    Data: " << figure << "\n" << END;
     }
     return result;
+}
+
+void ppTest::outputResult(psResult result) {
+    psTest::outputResult(result);
+    if (g_ostrm.isShown(INFO)) showRates();
+}
+
+void ppTest::showRates() {
+    const double seconds = tool().funcClocks() / (psCpuTicker::exactFreq() * 1e6);
+    if (!(seconds > 0)) return;
+    double bytes = 0;
+    for (const ppArgument& argument : arguments()) bytes += argument.trafficBytes();
+    g_ostrm << INFO << psFormat("    items_per_second = %.4g", getDivisor() / seconds);
+    if (bytes > 0) g_ostrm << psFormat(", bytes_per_second = %.4g", bytes / seconds);
+    g_ostrm << "\n" << END;
+}
+
+const std::vector<ppArgument>& ppTest::arguments() {
+    m_arguments.clear();
+    regArguments();
+    return m_arguments;
+}
+
+void ppTest::regArgument(const ppArgument& argument) {
+    if (argument.rows() > 0 && argument.rowLength() > 0) m_arguments.push_back(argument);
 }
 
 const void* ppTest::callAddress() const {

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <type_traits>
+#include <vector>
 
+#include "ppargument.h"
 #include "ppbuffer.h"
 #include "ppfunc.h"
 #include "ppimage.h"
@@ -57,12 +59,17 @@ class ppTest : public psTest {
         return static_cast<ZmoDataType>(ppFunc::zmoType(type));
     }
 
+    // What a call of the current set reads and brings back, asked afresh: lists have the length that
+    // the last call has given them.
+    const std::vector<ppArgument>& arguments();
+
     static bool m_checkErrorsOnly;  // positive statuses are not reported
 
   protected:
     void loopData() override;
     void beginSet() override;
     psResult runTiming() override;
+    void outputResult(psResult result) override;
     const void* callAddress() const override;
     void funcToCstrm() override;
     bool isFloatFunction() override;
@@ -84,6 +91,33 @@ class ppTest : public psTest {
     // (share of edge pixels, filled area, corners found); shown at level INFO.
     virtual psString dataFigure();
 
+    // Names the arguments of a call, one line each: images and vectors that are there, numbers, work
+    // memory. A call touches so many elements, or all of them where that is negative.
+    virtual void regArguments() {}
+    void regInput(const char* name, const ppVector& vector, double touched = -1) {
+        regArgument({ppRole::in, name, vector, touched});
+    }
+    void regOutput(const char* name, const ppVector& vector) {
+        regArgument({ppRole::out, name, vector, -1});
+    }
+    void regInOut(const char* name, const ppVector& vector) {
+        regArgument({ppRole::inOut, name, vector, -1});
+    }
+    void regScratch(const char* name, const ppVector& vector) {
+        regArgument({ppRole::scratch, name, vector, -1});
+    }
+    void regScratch(const char* name, const ppBuffer& buffer) {
+        regArgument({ppRole::scratch, name, buffer});
+    }
+    template <class T>
+    void regInput(const char* name, const T* numbers, int count = 1) {
+        regArgument({ppRole::in, name, ppTypeOf<T>(), numbers, count});
+    }
+    template <class T>
+    void regOutput(const char* name, const T* numbers, int count = 1) {
+        regArgument({ppRole::out, name, ppTypeOf<T>(), numbers, count});
+    }
+
     using psTest::regCacheParm;
     // With -C the size is varied until the image (or all data together) fits into
     // the cache and then until it does not. `check` makes the data of a new size and
@@ -94,7 +128,10 @@ class ppTest : public psTest {
 
   private:
     void regCacheSize(psIterator<ZmoiSize>& size, const ppImage* image, CheckSize check);
+    void regArgument(const ppArgument& argument);
+    void showRates();
 
     ppFunc m_func;
     psString m_dataComment;
+    std::vector<ppArgument> m_arguments;
 };
