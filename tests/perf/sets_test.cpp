@@ -1,10 +1,12 @@
 // What the sets of all modules work on and leave behind, seen by spies in the place of the clock
 // readers, which stand right before and right after a timed call.
 #include <gtest/gtest.h>
+#include <link.h>
 
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -108,30 +110,41 @@ long long spyStop() {
     return ticks += 1000;
 }
 
+// What stands in the place of the readers.
+psCpuClocks startSpy = spyStart;
+psCpuClocks stopSpy = spyStop;
+
 // After the library has been opened, whose readers would be taken otherwise.
 void setEnvironment() {
     ppSetZmoEnvironment();
-    zmo_StartCpuClocks = spyStart;
-    zmo_StopCpuClocks = spyStop;
+    zmo_StartCpuClocks = startSpy;
+    zmo_StopCpuClocks = stopSpy;
+}
+
+void measureSets(std::vector<std::string> words) {
+    const TempDir dir;
+    psRegZmoEnvironment(setEnvironment);
+    words.insert(words.end(), {"-B", "-l" + dir.path()});
+    runSession(words);
 }
 
 // So many timed calls of each set.
-void measureSets(std::vector<std::string> words, int loops = 1) {
-    const TempDir dir;
-    psRegZmoEnvironment(setEnvironment);
-    words.insert(words.end(), {"-B", "-l" + dir.path(), "-dMethod=Manual",
-                               "-dNumLoops=" + std::to_string(loops)});
-    runSession(words);
+void measureSets(std::vector<std::string> words, int loops) {
+    words.insert(words.end(), {"-dMethod=Manual", "-dNumLoops=" + std::to_string(loops)});
+    measureSets(words);
 }
 
 // One module's sets.
 class OfModule : public testing::TestWithParam<std::string> {
   protected:
-    static void measure(const std::string& sizes) {
-        const auto functions = std::ranges::count_if(*pTestList, [](const psTest* test) {
+    static std::ptrdiff_t functionsOfModule() {
+        return std::ranges::count_if(*pTestList, [](const psTest* test) {
             return GetParam() == test->fileName().getFileTitle().c_str();
         });
-        measureSets({"-m=" + GetParam(), "-dImageSize=" + sizes});
+    }
+    static void measure(const std::string& sizes) {
+        const std::ptrdiff_t functions = functionsOfModule();
+        measureSets({"-m=" + GetParam(), "-dImageSize=" + sizes}, 1);
         EXPECT_EQ(std::ssize(calls), functions);
     }
 };
@@ -238,7 +251,7 @@ TEST_P(OfModule, SetsSeeTheSameBytesAloneAndInAList) {
 TEST(Sets, CountThePrintedVectors) {
     inOwnProcess([] {
         measureSets(
-            {"-f=zmoiCanny_16s8u_C1R", "-LDATA", "-dImageSize=12x8;8x12", "-dnumFigures=2x2"});
+            {"-f=zmoiCanny_16s8u_C1R", "-LDATA", "-dImageSize=12x8;8x12", "-dnumFigures=2x2"}, 1);
         const Sets& sets = calls["zmoiCanny_16s8u_C1R"];
         EXPECT_EQ(sets.size(), 2U);
         for (const auto& [values, call] : sets)
@@ -273,6 +286,131 @@ TEST(RestoredData, EveryTimedCallStartsFromTheSameBytes) {
                 EXPECT_GE(call.restored, timedCalls) << function << textOf(values);
             EXPECT_FALSE(calls[function].empty()) << function;
         }
+    });
+}
+
+// ---- what a call reads and brings back ---------------------------------------------------
+
+// Memory that a call might change: a block of test data, or the variables of all modules.
+struct Region {
+    const char* data;
+    std::vector<char> before;
+    std::vector<char> after;
+
+    // Variables lie between the sanitizer's fences, which no function of the library passes.
+    std::vector<char> copy() const {
+        std::vector<char> bytes(before.size());
+        char* to = bytes.data();
+        const char* from = data;
+        std::size_t count = bytes.size();
+        asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(count) : : "memory");
+        return bytes;
+    }
+
+    // Whether a call has changed the bytes. What is named is no longer a change afterwards.
+    bool takeChange(const void* bytes, long long size) {
+        const auto first = static_cast<const char*>(bytes) - data;
+        const char* const now = after.data() + first;
+        const auto count = static_cast<std::size_t>(size);
+        const bool changed = std::memcmp(before.data() + first, now, count) != 0;
+        std::memcpy(before.data() + first, now, count);
+        return changed;
+    }
+};
+
+// Not among the variables that are watched.
+struct Watch {
+    std::vector<Region> regions;
+    std::map<std::string, bool> results;  // named ones, by function: whether a call changed them
+    long long ticks = 0;
+
+    void add(const void* data, std::size_t size) {
+        regions.push_back({static_cast<const char*>(data), std::vector<char>(size), {}});
+        regions.back().before = regions.back().copy();
+    }
+    Region* find(const void* bytes) {
+        const auto holds = [&](const Region& r) {
+            return bytes >= r.data && bytes < r.data + r.before.size();
+        };
+        const auto found = std::ranges::find_if(regions, holds);
+        return found == regions.end() ? nullptr : &*found;
+    }
+};
+Watch& watch = *new Watch;
+
+int addVariables(dl_phdr_info* program, std::size_t, void*) {
+    for (int i = 0; i < program->dlpi_phnum; ++i) {
+        const auto& part = program->dlpi_phdr[i];
+        if (part.p_type == PT_LOAD && (part.p_flags & PF_W) != 0)
+            watch.add(reinterpret_cast<const void*>(program->dlpi_addr + part.p_vaddr),
+                      part.p_memsz);
+    }
+    return 1;  // the program is the first object
+}
+
+// An earlier function may have left the same number. That of a list's elements becomes negative,
+// and the list is not there until the call.
+void disturb(const ppArgument& argument) {
+    if (argument.role() != ppRole::out || watch.find(argument.row(0)) != nullptr) return;
+    auto* const bytes = static_cast<char*>(const_cast<void*>(argument.row(0)));
+    std::transform(bytes, bytes + argument.rowBytes(), bytes, [](char c) { return ~c; });
+}
+
+long long watchStart() {
+    watch.regions.clear();
+    int size = 0;
+    for (void* block = psMallocFirst(&size, nullptr); block != nullptr;
+         block = psMallocNext(&size, nullptr))
+        watch.add(block, static_cast<std::size_t>(size));
+    if (auto* const test = dynamic_cast<ppTest*>(psTestList::m_pCurrentTest)) {
+        for (const ppArgument& argument : test->arguments()) disturb(argument);
+        dl_iterate_phdr(addVariables, nullptr);
+    }
+    return ++watch.ticks;
+}
+
+void takeNamed(const std::string& function, const ppArgument& argument) {
+    if (argument.role() == ppRole::in) return;
+    for (int y = 0; y < argument.rows(); ++y) {
+        Region* const region = watch.find(argument.row(y));
+        ASSERT_NE(region, nullptr) << function << " " << argument.name();
+        const bool changed = region->takeChange(argument.row(y), argument.rowBytes());
+        if (argument.isResult()) watch.results[function + " " + argument.name()] |= changed;
+    }
+}
+
+long long watchStop() {
+    for (Region& region : watch.regions) region.after = region.copy();
+    auto* const test = dynamic_cast<ppTest*>(psTestList::m_pCurrentTest);
+    if (test != nullptr) {
+        const std::string function = test->funcName().c_str();
+        for (const ppArgument& argument : test->arguments()) takeNamed(function, argument);
+        for (const Region& region : watch.regions) {
+            if (region.before == region.after) continue;
+            const auto change = std::ranges::mismatch(region.before, region.after).in1;
+            ADD_FAILURE() << function << " changes byte " << change - region.before.begin()
+                          << " of " << region.before.size() << " at "
+                          << static_cast<const void*>(region.data)
+                          << ", which no output and no scratch names";
+        }
+    }
+    return watch.ticks += 1000;
+}
+
+TEST_P(OfModule, NamesWhatACallChanges) {
+    inOwnProcess([] {
+        const std::ptrdiff_t all = functionsOfModule();
+        startSpy = watchStart;
+        stopSpy = watchStop;
+        // Calls without a warm-up: the first one is seen.
+        measureSets({"-m=" + GetParam(), "-dImageSize=64x48", "-dMethod=Statistic", "-dNumCalls=1",
+                     "-dTotalCpuClocks=0"});
+        std::set<std::string> functions;
+        for (const auto& [name, changed] : watch.results) {
+            EXPECT_TRUE(changed) << name << " is named as an output, and no call changes it";
+            functions.insert(name.substr(0, name.find(' ')));
+        }
+        EXPECT_EQ(std::ssize(functions), all);
     });
 }
 
