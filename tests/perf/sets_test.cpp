@@ -7,8 +7,8 @@
 #include <cstring>
 #include <map>
 #include <set>
-#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "pp.h"
@@ -23,21 +23,14 @@ namespace {
 // What a vector holds.
 struct Content {
     long long bytes;
-    std::uint64_t hash;
+    std::size_t hash;
     bool changed;  // not the copy that the test has reserved
 };
 using Contents = std::map<const void*, Content>;  // by vector
 
-std::uint64_t hashOf(const ppVector& vector) {
-    std::uint64_t hash = 14695981039346656037U;
+std::size_t hashOf(const ppVector& vector) {
     const auto* const data = static_cast<const char*>(vector.data());
-    for (long long i = 0; i < vector.size(); i += 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, data + i, static_cast<std::size_t>(std::min(8LL, vector.size() - i)));
-        hash = (hash ^ word) * 1099511628211U;
-        hash ^= hash >> 29;
-    }
-    return hash;
+    return std::hash<std::string_view>()({data, static_cast<std::size_t>(vector.size())});
 }
 
 // Work buffers have no owner that describes them: what is in them may be addresses.
@@ -322,7 +315,7 @@ struct Region {
 struct Watch {
     std::vector<Region> regions;
     std::map<std::string, bool> results;  // named ones, by function: whether a call changed them
-    std::string faults;                   // told after the run, which keeps its output to itself
+    std::string faults;                   // shown after the run, which keeps its output to itself
     long long ticks = 0;
 
     void add(const void* data, std::size_t size) {
@@ -389,11 +382,10 @@ long long watchStop() {
         for (const Region& region : watch.regions) {
             if (region.before == region.after) continue;
             const auto change = std::ranges::mismatch(region.before, region.after).in1;
-            std::ostringstream fault;
-            fault << function << " changes byte " << change - region.before.begin() << " of "
-                  << region.before.size() << " at " << static_cast<const void*>(region.data)
-                  << ", which no output and no scratch names\n";
-            watch.faults += fault.str();
+            watch.faults += function + " changes byte " +
+                            std::to_string(change - region.before.begin()) + " of a block of " +
+                            std::to_string(region.before.size()) +
+                            ", which no output and no scratch names\n";
         }
     }
     return watch.ticks += 1000;

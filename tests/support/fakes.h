@@ -24,9 +24,6 @@ inline unsigned fakeAccess(int op, unsigned value, unsigned mask) {
 // Puts the clock readers of before back at its end.
 class SavedReaders {
   public:
-    SavedReaders() = default;
-    SavedReaders(const SavedReaders&) = delete;
-    SavedReaders& operator=(const SavedReaders&) = delete;
     ~SavedReaders() {
         zmo_StartCpuClocks = m_start;
         zmo_StopCpuClocks = m_stop;
@@ -40,9 +37,6 @@ class SavedReaders {
 // Puts the processor's control words of before back at its end, and clears the x87 flags.
 class SavedRegisters {
   public:
-    SavedRegisters() = default;
-    SavedRegisters(const SavedRegisters&) = delete;
-    SavedRegisters& operator=(const SavedRegisters&) = delete;
     ~SavedRegisters() {
         psFpuSsx4TS(5, m_mxcsr, 0xffff);
         psFpuSsx4TS(4, 0, 0);
