@@ -83,7 +83,7 @@ TEST_F(Canny, MethodsShowTheirCourseAndCountLoops) {
           "-dAccuracy, %=5"},
          {"        minClocks  = 50000000\n", "        numLoops   = 2\n"},
          "nLps=",
-         8,
+         2,
          1 << 30},
         {{"-j40", "-c1", "-J3", "-YHIGH", "-W", "-s-"}, {}, "nLps=", 40, 1000000},
         {{"-SU"}, {"funcCall with Set&Use is called for measuring."}, "nLps=", 8, 1 << 30}};
