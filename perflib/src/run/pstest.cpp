@@ -348,7 +348,7 @@ psResult psTest::measureSet() {
     return std::max(timing, status);
 }
 
-// With --loop there is no figure; what the user attaches to is told before.
+// With --loop there is no figure; what the user attaches to is printed before.
 void psTest::repeatCalls() {
     putTextParms(ERR);
     if (!m_funcCall) {

@@ -93,7 +93,7 @@ bool openIniFile() {
     return false;
 }
 
-// While the streams that a loss is told through are alive. The listing stays open
+// While the streams that report a loss are alive. The listing stays open
 // for what comes after the session.
 void closeFiles() {
     g_istrm.close();

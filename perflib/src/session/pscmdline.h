@@ -48,7 +48,7 @@ class psCommandList : public psList<psCommandKey> {
 
     // The keys go before `position`. A word is given the next one as separate
     // argument unless that is a key word itself. Words that come to nothing so are
-    // dropped, and told by remarks().
+    // dropped, and named by remarks().
     void insertArgs(const char* text, iterator position);
     void insertArgs(const psStringList& words, iterator position);
     void insertArg(const psString& word, const psString& separateArg, iterator position);

@@ -1,4 +1,4 @@
-// The built-in test that tells about the processor instead of measuring.
+// The built-in test that describes the processor instead of measuring.
 #pragma once
 
 #include "pstest.h"
