@@ -30,10 +30,10 @@
  *  7. Status. 0 is success, a positive number is a note (the result is valid), a negative number is
  *     an error (nothing was done). zmoGetStatusString has a text for each.
  *  8. States and buffers. A state is an opaque record in the caller's memory; it may be moved, it
- *     remembers its element type and channels, and functions check both. zmoi<Family>GetSize reports
- *     the sizes of state and buffer, zmoi<Family>Init... fills the state. Functions take a state as
- *     const unless they learn. Functions without a state have zmoi<Base>GetBufferSize(roi, ...,
- *     type, channels, pSize); type is the element type of the source.
+ *     remembers its element type and channels, and functions check both. zmoi<Family>GetSize
+ *     reports the sizes of state and buffer, zmoi<Family>Init... fills the state. Functions take a
+ *     state as const unless they learn. Functions without a state have zmoi<Base>GetBufferSize(roi,
+ *     ..., type, channels, pSize); type is the element type of the source.
  *  9. ZmoDataType names element types; the number of channels is 1, 3 or 4.
  * 10. Borders. zmoiBorderReplicate repeats the edge pixel (a a | a b c); zmoiBorderConst uses the
  *     border value, one element a channel; zmoiBorderMirror reflects without repeating the edge

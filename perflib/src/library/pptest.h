@@ -59,8 +59,8 @@ class ppTest : public psTest {
         return static_cast<ZmoDataType>(ppFunc::zmoType(type));
     }
 
-    // What a call of the current set reads and brings back, asked afresh: lists have the length that
-    // the last call has given them.
+    // What a call of the current set reads and brings back, asked afresh: lists have the length
+    // that the last call has given them.
     const std::vector<ppArgument>& arguments();
 
     static bool m_checkErrorsOnly;  // positive statuses are not reported
@@ -91,8 +91,8 @@ class ppTest : public psTest {
     // (share of edge pixels, filled area, corners found); shown at level INFO.
     virtual psString dataFigure();
 
-    // Names the arguments of a call, one line each: images and vectors that are there, numbers, work
-    // memory. A call touches so many elements, or all of them where that is negative.
+    // Names the arguments of a call, one line each: images and vectors that are there, numbers,
+    // work memory. A call touches so many elements, or all of them where that is negative.
     virtual void regArguments() {}
     void regInput(const char* name, const ppVector& vector, double touched = -1) {
         regArgument({ppRole::in, name, vector, touched});
