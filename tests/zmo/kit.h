@@ -31,13 +31,7 @@ inline std::ostream& operator<<(std::ostream& out, ZmoiSize size) {
 namespace kit {
 
 // Tests that walk over many cases take fewer under the sanitizers.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-constexpr bool sanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool sanitized = false;
-#endif
+constexpr bool sanitized = SANITIZED;
 
 // The seed of this run: ZMO_TEST_SEED from the environment, or a fresh one. It is printed once.
 uint64_t runSeed();
